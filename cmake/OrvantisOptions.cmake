@@ -1,0 +1,52 @@
+# Compiler options shared by every target of the project.
+
+add_library(orvantis_options INTERFACE)
+target_include_directories(orvantis_options INTERFACE "${PROJECT_SOURCE_DIR}")
+target_compile_features(orvantis_options INTERFACE cxx_std_20)
+
+if(MSVC)
+    target_compile_options(orvantis_options INTERFACE /W4 /WX /permissive- /utf-8 /Zc:__cplusplus /Zc:preprocessor)
+    target_compile_definitions(orvantis_options INTERFACE _CRT_SECURE_NO_WARNINGS NOMINMAX)
+else()
+    target_compile_options(orvantis_options INTERFACE
+        -Wall -Wextra -Wpedantic -Werror
+        -Wconversion -Wsign-conversion -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
+        -Wcast-qual -Wformat=2 -Wundef -Wimplicit-fallthrough -Wextra-semi -Wnull-dereference)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+        target_compile_options(orvantis_options INTERFACE -Wduplicated-cond -Wlogical-op)
+        # A false positive of this compiler on std::string and std::vector in optimised builds.
+        target_compile_options(orvantis_options INTERFACE -Wno-null-dereference)
+    endif()
+    target_compile_options(orvantis_options INTERFACE -fstack-protector-strong)
+    target_compile_definitions(orvantis_options INTERFACE
+        $<$<NOT:$<CONFIG:Release>>:_GLIBCXX_ASSERTIONS>)
+endif()
+
+if(WIN32)
+    target_compile_definitions(orvantis_options INTERFACE UNICODE _UNICODE WIN32_LEAN_AND_MEAN)
+endif()
+
+if(ORVANTIS_SANITIZE)
+    set(sanitize -fsanitize=${ORVANTIS_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_compile_options(orvantis_options INTERFACE ${sanitize})
+    target_link_options(orvantis_options INTERFACE ${sanitize})
+endif()
+
+if(NOT WIN32)
+    find_package(Threads REQUIRED)
+    target_link_libraries(orvantis_options INTERFACE Threads::Threads ${CMAKE_DL_LIBS})
+endif()
+
+# orvantis_add_library(NAME SOURCES [WIN32_SOURCES ...] [POSIX_SOURCES ...] [LIBRARIES ...])
+# A static library of one folder. WIN32_SOURCES are the files that talk to Windows; POSIX_SOURCES are their twins,
+# which exist for the native test builds only.
+function(orvantis_add_library name)
+    cmake_parse_arguments(arg "" "" "SOURCES;WIN32_SOURCES;POSIX_SOURCES;LIBRARIES" ${ARGN})
+    add_library(${name} STATIC ${arg_SOURCES})
+    if(WIN32)
+        target_sources(${name} PRIVATE ${arg_WIN32_SOURCES})
+    else()
+        target_sources(${name} PRIVATE ${arg_POSIX_SOURCES})
+    endif()
+    target_link_libraries(${name} PUBLIC orvantis_options ${arg_LIBRARIES})
+endfunction()

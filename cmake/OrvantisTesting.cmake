@@ -1,0 +1,42 @@
+# GoogleTest from the distribution's source package, and the function that every test folder uses.
+
+set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
+set(gtest_force_shared_crt ON CACHE BOOL "" FORCE)
+add_subdirectory("${ORVANTIS_GOOGLETEST_DIR}" "${CMAKE_BINARY_DIR}/googletest" EXCLUDE_FROM_ALL)
+if(ORVANTIS_SANITIZE)
+    foreach(lib gtest gtest_main gmock gmock_main)
+        target_compile_options(${lib} PRIVATE -fsanitize=${ORVANTIS_SANITIZE} -fno-omit-frame-pointer)
+    endforeach()
+endif()
+include(GoogleTest)
+
+# Windows programs built on Linux run through Wine. The wrapper knows the folder of the stand-in codec library.
+if(WIN32 AND CMAKE_CROSSCOMPILING)
+    configure_file("${PROJECT_SOURCE_DIR}/cmake/wine-run.in" "${CMAKE_BINARY_DIR}/wine-run"
+        @ONLY FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+    set(CMAKE_CROSSCOMPILING_EMULATOR "${CMAKE_BINARY_DIR}/wine-run")
+endif()
+
+# orvantis_add_test(NAME name SOURCES ... [LIBRARIES ...] [LABELS ...] [TIMEOUT seconds] [RESOURCE_LOCK name])
+# A GoogleTest program; each of its tests is one CTest test named <name>.<Suite>.<Test>, run in a process of its own.
+function(orvantis_add_test)
+    cmake_parse_arguments(arg "" "NAME;TIMEOUT;RESOURCE_LOCK" "SOURCES;LIBRARIES;LABELS" ${ARGN})
+    add_executable(${arg_NAME} ${arg_SOURCES})
+    target_link_libraries(${arg_NAME} PRIVATE orvantis_options ${arg_LIBRARIES} GTest::gtest GTest::gmock GTest::gtest_main)
+    target_compile_options(${arg_NAME} PRIVATE $<$<CXX_COMPILER_ID:GNU,Clang>:-Wno-sign-conversion>)
+    if(NOT arg_TIMEOUT)
+        set(arg_TIMEOUT 120)
+    endif()
+    set(properties TIMEOUT ${arg_TIMEOUT})
+    if(arg_LABELS)
+        list(APPEND properties LABELS "${arg_LABELS}")
+    endif()
+    if(arg_RESOURCE_LOCK)
+        list(APPEND properties RESOURCE_LOCK "${arg_RESOURCE_LOCK}")
+    endif()
+    gtest_discover_tests(${arg_NAME}
+        TEST_PREFIX "${arg_NAME}."
+        DISCOVERY_MODE PRE_TEST
+        DISCOVERY_TIMEOUT 120
+        PROPERTIES ${properties})
+endfunction()

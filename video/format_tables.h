@@ -1,0 +1,61 @@
+// The vocabulary of video formats: what a file can contain (SubTypeInfos) and what the host can be given
+// (FormatInfos). Process-wide, built at imInit before any file is opened, read-only afterwards, any thread.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "host/std_parms.h"
+#include "video/orvantis_codec.h"
+
+namespace orvantis {
+
+enum ColorModel : std::uint32_t { kModelRgb = 0, kModelRgba = 1, kModelYuv = 2, kModelYuva = 3 };
+
+struct SubTypeInfo {
+    std::uint32_t subType;            ///< four characters, the first in the highest byte
+    const char16_t* subTypeName;      ///< display name
+    std::uint32_t orvTypeComp;        ///< the codec library's code of the coded video
+    std::uint32_t subsamplingH;
+    std::uint32_t subsamplingV;
+    std::uint32_t colorModel;         ///< ColorModel
+    std::span<const std::uint32_t> preferredFormats;  ///< host pixel formats; empty: no preference
+};
+
+enum FormatFlags : std::uint32_t { kIsAdobe16u = 1, kIsTopLeft = 2, kIsLimitedRange = 4 };
+
+struct FormatInfo {
+    std::uint32_t pixelFormat;  ///< host pixel format
+    const char* name;           ///< display name
+    std::uint32_t orvType;      ///< the codec library's code of the layout
+    std::uint32_t colorSpace;   ///< 1 Rec.601, 2 Rec.709
+    std::uint32_t flags;        ///< FormatFlags; kIsTopLeft comes from the host
+
+    bool isAdobe16u() const noexcept { return (flags & kIsAdobe16u) != 0; }
+    bool isTopLeft() const noexcept { return (flags & kIsTopLeft) != 0; }
+    bool isLimitedRange() const noexcept { return (flags & kIsLimitedRange) != 0; }
+};
+
+/// Fills both tables and asks the host which formats are stored top row first. Throws std::runtime_error when the
+/// image processing suite is refused. Host thread of imInit.
+void buildFormatTables(const host::SPBasicSuite* basicSuite);
+/// Writes the diagnostic listing of host formats, library types and both tables to the log; stores nothing.
+void dumpFormatTables(const host::SPBasicSuite* basicSuite);
+
+std::span<const SubTypeInfo> SubTypeInfos() noexcept;  // NOLINT(readability-identifier-naming)
+std::span<const FormatInfo> FormatInfos() noexcept;    // NOLINT(readability-identifier-naming)
+
+/// Throws std::runtime_error when there is no such row.
+const SubTypeInfo& GetSubTypeInfo_by_orvTypeComp(std::uint32_t type);
+const FormatInfo& GetFormatInfo_by_pixelFormat(std::uint32_t pixelFormat);
+
+/// What the codec library is asked to produce for a row.
+OrvantisFrameFormat outputFormatOf(const FormatInfo& info) noexcept;
+
+/// The rows into which a video with this format data can be decoded, in table order, narrowed to the sub-type's
+/// preferred formats when any of those is accepted. Opens a codec session of its own. Throws OrvantisError or
+/// std::runtime_error.
+std::vector<FormatInfo> buildDecodeFormats(FormatData format);
+
+}  // namespace orvantis

@@ -32,8 +32,7 @@ using SPErr = std::int32_t;
 struct PPixContents;
 using PPixHand = PPixContents**;
 
-// An OS file handle as the host carries it. An integer, because the host stores and compares it and never
-// calls through it.
+// An OS file handle as the host carries it. An integer, so that no Windows header is needed.
 using imFileRef = std::uint64_t;
 inline constexpr imFileRef kInvalidFileRef = ~imFileRef{0};
 

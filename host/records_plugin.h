@@ -16,8 +16,8 @@ namespace host {
 
 #pragma pack(push, 1)
 
-// imInit, param1. The importer writes two fields and leaves the rest as preset by the host, whose later
-// versions read a longer record than older ones do.
+// imInit, param1. The importer writes two fields and leaves the rest as the host preset it. Older hosts pass
+// a shorter record; nothing behind `avoidAudioConform` is touched.
 struct imImportInfoRec {
     std::uint32_t importerType;
     std::int32_t unused1;

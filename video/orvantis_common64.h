@@ -2,9 +2,9 @@
 //
 // Owns: the declarations of its eleven functions, the two records that cross the border, and the numbers that
 // both sides know by meaning. Called by: OrvantisCodec and the format tables; implemented by the maker's DLL,
-// and in our tests by standin/. Threads: calls on different handles may run at the same time; the caller keeps
-// the calls on one handle apart. Never: a function body, an owner of anything. The library is imported by its
-// undecorated names only; nothing of the maker's is needed to build.
+// and in our tests by standin/. Threads: calls on different handles may run at the same time; the caller
+// keeps the calls on one handle apart. Never: a function body, an owner of anything. The library is imported
+// by its undecorated names only; nothing of the maker's is needed to build.
 
 #pragma once
 
@@ -21,8 +21,7 @@
 
 // A frame description: nine 32-bit words, read and written by orvantis_decompress_query and
 // orvantis_decompress_begin.
-struct OrvantisFrameFormat
-{
+struct OrvantisFrameFormat {
     std::uint32_t width;       // pixels; 0 on input = take it from the stream
     std::uint32_t height;      // pixels; 0 on input = take it from the stream
     std::uint32_t word3;       // always orvantis::kOrvantisFrameFormatWord3 on input
@@ -48,9 +47,8 @@ static_assert(offsetof(OrvantisFrameFormat, word9) == 32);
 
 // Where a decoded frame goes. The library writes its first row at `pixels`; bit 0 of the flags alone says
 // whether that is the bottom row of the picture.
-struct OrvantisOutputBuffer
-{
-    void*         pixels;      // first row, owned by the caller
+struct OrvantisOutputBuffer {
+    void* pixels;              // first row, owned by the caller
     std::uint32_t rowPitch;    // bytes from row to row; a negative pitch arrives as its two's complement
     std::uint32_t totalBytes;  // rowPitch x height, modulo 2^32
 };
@@ -61,8 +59,7 @@ static_assert(offsetof(OrvantisOutputBuffer, pixels) == 0);
 static_assert(offsetof(OrvantisOutputBuffer, rowPitch) == 8);
 static_assert(offsetof(OrvantisOutputBuffer, totalBytes) == 12);
 
-namespace orvantis
-{
+namespace orvantis {
 
 // Every function but orvantis_get_string answers this for success; every other value is an error code that
 // orvantis_get_string turns into text.
@@ -73,7 +70,7 @@ inline constexpr std::uint32_t kOrvantisFrameFormatWord3 = 254;
 inline constexpr std::uint32_t kOrvantisFrameFormatWord4 = 1;
 
 // OrvantisFrameFormat::flags, bit by bit.
-inline constexpr std::uint32_t kOrvantisFlagBottomUp     = 1;  // rows are delivered bottom row first
+inline constexpr std::uint32_t kOrvantisFlagBottomUp = 1;      // rows are delivered bottom row first
 inline constexpr std::uint32_t kOrvantisFlagRange0_32768 = 2;  // 16-bit samples run from 0 to 32768
 
 // OrvantisFrameFormat::colorSpace.
@@ -82,49 +79,49 @@ inline constexpr std::uint32_t kOrvantisColorSpaceRec709 = 2;
 
 // OrvantisFrameFormat::range.
 inline constexpr std::uint32_t kOrvantisRangeLimited = 1;
-inline constexpr std::uint32_t kOrvantisRangeFull    = 2;
+inline constexpr std::uint32_t kOrvantisRangeFull = 2;
 
 // First argument of orvantis_get_string.
-inline constexpr std::uint32_t kOrvantisStringTypeName       = 1;
-inline constexpr std::uint32_t kOrvantisStringErrorText      = 2;
+inline constexpr std::uint32_t kOrvantisStringTypeName = 1;
+inline constexpr std::uint32_t kOrvantisStringErrorText = 2;
 inline constexpr std::uint32_t kOrvantisStringColorSpaceName = 3;
 
 // Second argument of orvantis_get_param. Both take a type code in the value and answer non-zero for yes.
-inline constexpr std::uint32_t kOrvantisParamCanFlip             = 7;
+inline constexpr std::uint32_t kOrvantisParamCanFlip = 7;
 inline constexpr std::uint32_t kOrvantisParamSupportsRange0_32768 = 9;
 
 // Coded types (orvTypeComp): what a file can hold.
-inline constexpr std::uint32_t kOrvantisCodedRgb8     = 101;
-inline constexpr std::uint32_t kOrvantisCodedRgba8    = 102;
+inline constexpr std::uint32_t kOrvantisCodedRgb8 = 101;
+inline constexpr std::uint32_t kOrvantisCodedRgba8 = 102;
 inline constexpr std::uint32_t kOrvantisCodedYuv444p8 = 103;
 inline constexpr std::uint32_t kOrvantisCodedYuv422p8 = 104;
 inline constexpr std::uint32_t kOrvantisCodedYuv420p8 = 105;
-inline constexpr std::uint32_t kOrvantisCodedYuva8    = 106;
-inline constexpr std::uint32_t kOrvantisCodedGrey8    = 107;
+inline constexpr std::uint32_t kOrvantisCodedYuva8 = 106;
+inline constexpr std::uint32_t kOrvantisCodedGrey8 = 107;
 inline constexpr std::uint32_t kOrvantisCodedYuv422p10 = 108;
-inline constexpr std::uint32_t kOrvantisCodedRgb10    = 109;
-inline constexpr std::uint32_t kOrvantisCodedRgba10   = 110;
-inline constexpr std::uint32_t kOrvantisCodedRgb12    = 111;
-inline constexpr std::uint32_t kOrvantisCodedRgba12   = 112;
-inline constexpr std::uint32_t kOrvantisCodedRgb14    = 113;
-inline constexpr std::uint32_t kOrvantisCodedRgba14   = 114;
-inline constexpr std::uint32_t kOrvantisCodedGrey10   = 115;
+inline constexpr std::uint32_t kOrvantisCodedRgb10 = 109;
+inline constexpr std::uint32_t kOrvantisCodedRgba10 = 110;
+inline constexpr std::uint32_t kOrvantisCodedRgb12 = 111;
+inline constexpr std::uint32_t kOrvantisCodedRgba12 = 112;
+inline constexpr std::uint32_t kOrvantisCodedRgb14 = 113;
+inline constexpr std::uint32_t kOrvantisCodedRgba14 = 114;
+inline constexpr std::uint32_t kOrvantisCodedGrey10 = 115;
 inline constexpr std::uint32_t kOrvantisCodedYuv444p10 = 118;
 inline constexpr std::uint32_t kOrvantisCodedYuv420p10 = 123;
 
 // Output layouts (orvType): what a frame can be decoded into.
-inline constexpr std::uint32_t kOrvantisOutBgrx   = 1;
-inline constexpr std::uint32_t kOrvantisOutBgra   = 2;
-inline constexpr std::uint32_t kOrvantisOutYuyv   = 4;
-inline constexpr std::uint32_t kOrvantisOutUyvy   = 5;
-inline constexpr std::uint32_t kOrvantisOutV210   = 11;
-inline constexpr std::uint32_t kOrvantisOutRgb10  = 15;
-inline constexpr std::uint32_t kOrvantisOutXrgb   = 16;
-inline constexpr std::uint32_t kOrvantisOutArgb   = 19;
+inline constexpr std::uint32_t kOrvantisOutBgrx = 1;
+inline constexpr std::uint32_t kOrvantisOutBgra = 2;
+inline constexpr std::uint32_t kOrvantisOutYuyv = 4;
+inline constexpr std::uint32_t kOrvantisOutUyvy = 5;
+inline constexpr std::uint32_t kOrvantisOutV210 = 11;
+inline constexpr std::uint32_t kOrvantisOutRgb10 = 15;
+inline constexpr std::uint32_t kOrvantisOutXrgb = 16;
+inline constexpr std::uint32_t kOrvantisOutArgb = 19;
 inline constexpr std::uint32_t kOrvantisOutBgra16 = 31;
 inline constexpr std::uint32_t kOrvantisOutBgrx16 = 32;
-inline constexpr std::uint32_t kOrvantisOutVuyx   = 49;
-inline constexpr std::uint32_t kOrvantisOutVuya   = 50;
+inline constexpr std::uint32_t kOrvantisOutVuyx = 49;
+inline constexpr std::uint32_t kOrvantisOutVuya = 50;
 
 }  // namespace orvantis
 
@@ -136,27 +133,29 @@ extern "C" {
 ORVANTIS_COMMON64_API std::int32_t orvantis_library_init(void);
 ORVANTIS_COMMON64_API std::int32_t orvantis_library_close(void);
 
-// Opens a decoding session and stores its handle; orvantis_close ends it, and a running decompression with it.
+// Opens a decoding session and stores its handle; orvantis_close ends it, and a running decompression with
+// it.
 ORVANTIS_COMMON64_API std::int32_t orvantis_open(std::uint32_t* handle);
 ORVANTIS_COMMON64_API std::int32_t orvantis_close(std::uint32_t handle);
 
-// `format`: the video stream's format data (the `strf` chunk's bytes). Without `output` (null) `result` receives
-// the coded video's width, height, type, flags, colour space and range; with it the call answers whether the
-// video can be delivered in that form, and `result` receives what would be produced.
+// `format`: the video stream's format data (the `strf` chunk's bytes). Without `output` (null) `result`
+// receives the coded video's width, height, type, flags, colour space and range; with it the call answers
+// whether the video can be delivered in that form, and `result` receives what would be produced.
 ORVANTIS_COMMON64_API std::int32_t orvantis_decompress_query(std::uint32_t handle, const void* format,
-                                                             std::uint64_t              format_bytes,
+                                                             std::uint64_t format_bytes,
                                                              const OrvantisFrameFormat* output,
-                                                             OrvantisFrameFormat*       result);
+                                                             OrvantisFrameFormat* result);
 
 // Starts a decompression session; `produced` receives the format that the frames will have.
 ORVANTIS_COMMON64_API std::int32_t orvantis_decompress_begin(std::uint32_t handle, const void* format,
-                                                             std::uint64_t              format_bytes,
+                                                             std::uint64_t format_bytes,
                                                              const OrvantisFrameFormat* output,
-                                                             OrvantisFrameFormat*       produced);
+                                                             OrvantisFrameFormat* produced);
 
 // Decodes one compressed frame into `out` in the form that orvantis_decompress_begin was asked for.
 ORVANTIS_COMMON64_API std::int32_t orvantis_decompress(std::uint32_t handle, const void* frame,
-                                                       std::uint64_t frame_bytes, const OrvantisOutputBuffer* out);
+                                                       std::uint64_t frame_bytes,
+                                                       const OrvantisOutputBuffer* out);
 
 // Ends the decompression session; the library session stays open.
 ORVANTIS_COMMON64_API std::int32_t orvantis_decompress_end(std::uint32_t handle);
@@ -168,7 +167,8 @@ ORVANTIS_COMMON64_API const char* orvantis_get_string(std::uint32_t kind, std::u
 ORVANTIS_COMMON64_API std::int32_t orvantis_get_param(std::uint32_t handle, std::uint32_t parameter,
                                                       std::uint32_t* value, std::uint64_t value_bytes);
 
-// Imported because the maker's list of names has it; decoding never calls it and its arguments are not known here.
+// Imported because the maker's list of names has it; decoding never calls it and its arguments are not known
+// here.
 ORVANTIS_COMMON64_API std::int32_t orvantis_compress_query(void);
 
 }  // extern "C"

@@ -12,7 +12,8 @@
 #include <type_traits>
 
 #define ORVANTIS_HOST_FIELD(record, field, offset, bytes) \
-    static_assert(offsetof(record, field) == (offset) && sizeof(record::field) == (bytes))
+    static_assert(offsetof(record, field) == (offset) &&  \
+                  sizeof(record::field) == (bytes)) /* NOLINT(bugprone-sizeof-expression): pointers too */
 
 namespace host {
 

@@ -12,7 +12,8 @@
 #include <type_traits>
 
 #define ORVANTIS_HOST_FIELD(record, field, offset, bytes) \
-    static_assert(offsetof(record, field) == (offset) && sizeof(record::field) == (bytes))
+    static_assert(offsetof(record, field) == (offset) &&  \
+                  sizeof(record::field) == (bytes)) /* NOLINT(bugprone-sizeof-expression): pointers too */
 #define ORVANTIS_HOST_SLOT(table, name, slot) \
     static_assert(offsetof(table, name) == (slot) * sizeof(void*) && sizeof(table::name) == sizeof(void*))
 

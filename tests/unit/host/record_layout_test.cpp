@@ -22,10 +22,14 @@ using namespace host;
 
 constexpr unsigned char kPoison = 0xA5;
 
+// The name says that the size of a pointer is wanted too, not that of its target.
+template <typename T>
+constexpr std::size_t kFieldBytes = sizeof(T);  // NOLINT(bugprone-sizeof-expression)
+
 // A value of any field type, made of the bytes seed, seed + 1, ... None of them is the poison.
 template <typename T>
 T patternValue(unsigned char seed) {
-    std::array<unsigned char, sizeof(T)> bytes{};
+    std::array<unsigned char, kFieldBytes<T>> bytes{};
     for (std::size_t i = 0; i < bytes.size(); ++i)
         bytes[i] = static_cast<unsigned char>((seed + i) % 0x80 + 1);
     return std::bit_cast<T>(bytes);
@@ -46,13 +50,14 @@ template <typename Record, typename Field, typename Store>
     std::array<unsigned char, sizeof(Record)> expected = before;
     if (offset + size > expected.size()) return ::testing::AssertionFailure() << "ends behind the record";
     const std::size_t count = std::is_array_v<Field> ? std::extent_v<Field> : 1;
-    if (count * sizeof(Element) != size) {
-        return ::testing::AssertionFailure() << "has " << count * sizeof(Element) << " bytes, not " << size;
+    if (count * kFieldBytes<Element> != size) {
+        return ::testing::AssertionFailure()
+               << "has " << count * kFieldBytes<Element> << " bytes, not " << size;
     }
     for (std::size_t i = 0; i < count; ++i) {
         const Element value = patternValue<Element>(static_cast<unsigned char>(i * 7));
         store(record, i, value);
-        std::memcpy(expected.data() + offset + i * sizeof(Element), &value, sizeof value);
+        std::memcpy(expected.data() + offset + i * kFieldBytes<Element>, &value, kFieldBytes<Element>);
     }
 
     std::array<unsigned char, sizeof(Record)> after{};
@@ -66,6 +71,7 @@ template <typename Record, typename Field, typename Store>
     return ::testing::AssertionSuccess();
 }
 
+// NOLINTBEGIN(bugprone-macro-parentheses): types and member names cannot stand in parentheses.
 #define SCALAR_AT(Record, field, offset, size)                                                 \
     EXPECT_TRUE((fieldLiesAt<Record, decltype(std::declval<Record&>().field)>(                 \
         offset, size, [](Record& record, std::size_t, auto value) { record.field = value; }))) \
@@ -74,6 +80,8 @@ template <typename Record, typename Field, typename Store>
     EXPECT_TRUE((fieldLiesAt<Record, decltype(std::declval<Record&>().field)>(                      \
         offset, size, [](Record& record, std::size_t i, auto value) { record.field[i] = value; }))) \
         << #Record "." #field
+
+// NOLINTEND(bugprone-macro-parentheses)
 
 TEST(RecordLayout, TotalSizes) {
     EXPECT_EQ(sizeof(prRect), 16u);

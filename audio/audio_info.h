@@ -1,9 +1,10 @@
-// The analysis of one audio stream and the delivery of its samples. One per importer; used on the host's calling
-// thread under the importer's ordinary serialisation.
+// The analysis of one audio stream and the delivery of its samples. One per importer; used on the host's
+// calling thread under the importer's ordinary serialisation.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 
 #include "audio/wave_format.h"
@@ -15,21 +16,22 @@
 
 namespace orvantis {
 
-/// What an AudioInfo may use of the importer that owns it: its open file and its host suites. Both outlive it.
+/// What an AudioInfo may use of the importer that owns it: its open file and its host suites. Both outlive
+/// it.
 struct AudioOwner {
     fileio::File* file;
     LazyImporterSuites* suites;
 };
 
 class AudioInfo {
-   public:
+ public:
     explicit AudioInfo(AudioOwner owner);
     ~AudioInfo();
     AudioInfo(const AudioInfo&) = delete;
     AudioInfo& operator=(const AudioInfo&) = delete;
 
-    /// Analyses the stream's format: imNoErr when accepted, imBadFile (the reason logged) when rejected. `stream` is
-    /// referenced, not owned.
+    /// Analyses the stream's format: imNoErr when accepted, imBadFile (the reason logged) when rejected.
+    /// `stream` is referenced, not owned.
     std::int32_t init(const AviStream& stream);
     /// Logs the format and writes the four audio fields of the host's record (never its has-audio flag).
     void fillFileInfo(host::imFileInfoRec8& record) const;
@@ -40,10 +42,15 @@ class AudioInfo {
 
     bool valid() const noexcept { return m_valid; }
     const WaveFormatExtensible& format() const noexcept { return m_format; }
-    /// Text for the host's Properties window, "\n" between lines, four blanks ahead of each, no break at the end.
+    /// Text for the host's Properties window, "\n" between lines, four blanks ahead of each, no break at the
+    /// end.
     std::string description() const;
 
-   private:
+ private:
+    /// Fills m_format and m_sampleType from the bytes of the stream format. Empty when accepted, else why
+    /// not.
+    std::string analyse(std::span<const std::uint8_t> format);
+
     AudioOwner m_owner;
     bool m_valid = false;
     const AviStream* m_stream = nullptr;

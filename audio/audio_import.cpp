@@ -1,0 +1,177 @@
+// Delivery of sample frames: from a range of frames to bytes of the stream's chunks, and from those to the
+// host's float buffers. Whatever cannot be read is silence.
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+#include "audio/audio_info.h"
+#include "audio/channel_layout.h"
+#include "audio/deinterleave.h"
+#include "diag/log.h"
+#include "host/audio_codes.h"
+#include "host/result_codes.h"
+
+namespace orvantis {
+
+namespace {
+
+using IntegerConverter = host::prSuiteError (*)(const void* source, float** destination,
+                                                std::uint32_t channels, std::uint32_t frames);
+
+/// Reads up to `sizeBytes` bytes of the stream from its byte `startBytes` on, chunk by chunk, with one seek
+/// and one read each. Returns how many came; fewer at the end of the stream or after a failure, which is
+/// logged.
+std::uint64_t readStream(fileio::File& file, const AviStream& stream, std::uint64_t startBytes,
+                         std::byte* buffer, std::uint64_t sizeBytes) {
+    if (sizeBytes == 0) return 0;
+    const IndexEntry* entry = stream.findByPosition(startBytes);
+    if (entry == nullptr) return 0;
+
+    const std::vector<IndexEntry>& entries = stream.entries();
+    const IndexEntry* const end = entries.data() + entries.size();
+    const bool logging = logEnabled();
+    std::uint64_t done = 0;
+    std::uint64_t offsetInChunk = startBytes - entry->start;
+    while (entry != nullptr && entry != end && done < sizeBytes) {
+        const std::uint64_t n = std::min(entry->size - offsetInChunk, sizeBytes - done);
+        // An index may name any position; one beyond the signed range turns negative, which the file refuses.
+        const auto filePos = static_cast<std::int64_t>(entry->offset + offsetInChunk);
+        if (logging) {
+            logMessage("reading : %lld, %lld, %lld", static_cast<long long>(startBytes + done),
+                       static_cast<long long>(filePos), static_cast<long long>(n));
+        }
+        if (n != 0) {
+            if (!file.seek(filePos)) {
+                if (logging) {
+                    logMessage("importAudio: seek error: %lld, pos: %lld", static_cast<long long>(filePos),
+                               static_cast<long long>(file.tell()));
+                }
+                break;
+            }
+            const std::uint64_t got = file.read(buffer + done, n);
+            done += got;
+            if (got < n) {
+                logMessage("importAudio: read error: %lld, read: %lld", static_cast<long long>(n),
+                           static_cast<long long>(got));
+                break;
+            }
+        }
+        // A damaged index can hold millions of empty chunks in a row. They are gone through for the log only.
+        entry = n == 0 && !logging ? stream.findByPosition(startBytes + done) : entry + 1;
+        offsetInChunk = 0;
+    }
+    return done;
+}
+
+/// WAVE samples of 8 bits are unsigned around 128; the host's converter takes signed ones.
+void makeSigned(std::byte* samples, std::size_t count) noexcept {
+    for (std::size_t i = 0; i < count; ++i)
+        samples[i] ^= std::byte{0x80};  // the same as adding 128 modulo 256
+}
+
+/// The host's converter for samples of this kind, or null.
+IntegerConverter integerConverter(const host::AudioSuite& suite, std::uint32_t sampleType) noexcept {
+    switch (sampleType) {
+        case host::kPrAudioSampleType_8BitInt:
+            return suite.UninterleaveAndConvertFrom8BitInteger;
+        case host::kPrAudioSampleType_16BitInt:
+            return suite.UninterleaveAndConvertFrom16BitInteger;
+        case host::kPrAudioSampleType_24BitInt:
+            return suite.UninterleaveAndConvertFrom24BitInteger;
+        case host::kPrAudioSampleType_32BitInt:
+            return suite.UninterleaveAndConvertFrom32BitInteger;
+        default:
+            return nullptr;
+    }
+}
+
+/// Calls the host's converter. Its result says nothing that the importer could act on. The converter writes
+/// every channel, so one that the host gave no buffer for is given a small one of ours, and the samples go
+/// block by block.
+void convertIntegers(IntegerConverter convert, const std::byte* source, float** buffers,
+                     std::uint32_t channels, std::uint32_t blockAlign, std::uint32_t frames) {
+    if (std::find(buffers, buffers + channels, nullptr) == buffers + channels) {
+        convert(source, buffers, channels, frames);
+        return;
+    }
+    constexpr std::uint32_t kBlockFrames = 512;
+    std::array<float, kBlockFrames> unwanted;
+    std::array<float*, kMaxAudioChannels> destination{};
+    for (std::uint64_t first = 0; first < frames; first += kBlockFrames) {
+        const auto count = static_cast<std::uint32_t>(std::min<std::uint64_t>(kBlockFrames, frames - first));
+        for (std::uint32_t c = 0; c < channels; ++c) {
+            destination[c] = buffers[c] != nullptr ? buffers[c] + first : unwanted.data();
+        }
+        convert(source + first * blockAlign, destination.data(), channels, count);
+    }
+}
+
+}  // namespace
+
+std::int32_t AudioInfo::importAudio(const host::imImportAudioRec7& record) {
+    // The host knows the dummy as empty, so its buffers stay as they are.
+    if (!m_valid) return host::imNoErr;
+
+    const std::int64_t position = record.position;
+    const std::uint32_t size = record.size;
+    float** const buffers = record.buffer;
+    const std::uint32_t channels = m_format.nChannels;
+    const std::uint32_t blockAlign = m_format.nBlockAlign;
+
+    // The host may name any position: sums and products go round in unsigned 64 bits instead of overflowing.
+    const std::int64_t startPos = position >= 0 ? position : m_audioPosition;
+    const auto endPos = static_cast<std::int64_t>(static_cast<std::uint64_t>(startPos) + size);
+    const std::uint64_t startPosBytes =
+        static_cast<std::uint64_t>(blockAlign) * static_cast<std::uint64_t>(startPos);
+    // Deliberately 32 bits wide: a request of 4 GiB and more wraps, and only the rest is read.
+    const std::uint32_t sizeBytes = blockAlign * size;
+    if (logEnabled()) {
+        logMessage("importAudioRec7P->position: %lld", static_cast<long long>(position));
+        logMessage("m_audioPosition           : %lld", static_cast<long long>(m_audioPosition));
+        logMessage("startPos                  : %lld", static_cast<long long>(startPos));
+        logMessage("importAudioRec7P->size    : %u", size);
+        logMessage("endPos                    : %lld", static_cast<long long>(endPos));
+        logMessage("m_numAudioSampleFrames    : %lld", static_cast<long long>(m_numAudioSampleFrames));
+        logMessage("startPosBytes             : %lld", static_cast<long long>(startPosBytes));
+        logMessage("sizeBytes                 : %lld", static_cast<long long>(sizeBytes));
+    }
+
+    std::byte* const bytes = m_readBuffer.ensure(sizeBytes);
+    const std::uint64_t done = readStream(*m_owner.file, *m_stream, startPosBytes, bytes, sizeBytes);
+    const std::uint64_t fill = sizeBytes - done;
+    logMessage("fill    : %lld", static_cast<long long>(fill));
+    if (fill != 0) std::memset(bytes + done, 0, fill);
+    m_audioPosition = endPos;
+
+    // A wrapped request leaves fewer frames in the buffer than the host has room for.
+    const std::uint32_t framesRead = blockAlign == 0 ? 0 : std::min(size, sizeBytes / blockAlign);
+    switch (m_sampleType) {
+        case host::kPrAudioSampleType_8BitInt:
+            // The fill is included: it reaches the converter as -128.
+            makeSigned(bytes, sizeBytes);
+            [[fallthrough]];
+        case host::kPrAudioSampleType_16BitInt:
+        case host::kPrAudioSampleType_24BitInt:
+        case host::kPrAudioSampleType_32BitInt:
+            if (buffers != nullptr && framesRead != 0) {
+                const IntegerConverter convert =
+                    integerConverter(m_owner.suites->get().audio.get(), m_sampleType);
+                convertIntegers(convert, bytes, buffers, channels, blockAlign, framesRead);
+            }
+            break;
+        case host::kPrAudioSampleType_32BitFloat:
+            if (buffers != nullptr) deinterleaveFloat(bytes, buffers, channels, framesRead);
+            break;
+        default:
+            return host::imDecompressionError;
+    }
+    if (buffers != nullptr && framesRead < size) {
+        for (std::uint32_t c = 0; c < channels; ++c) {
+            if (buffers[c] != nullptr) std::fill(buffers[c] + framesRead, buffers[c] + size, 0.0f);
+        }
+    }
+    return host::imNoErr;
+}
+
+}  // namespace orvantis

@@ -8,7 +8,8 @@
 
 namespace orvantis {
 
-/// Declared in the order in which they are acquired; destruction releases the audio suite first, the creator last.
+/// Declared in the order in which they are acquired; destruction releases the audio suite first, the creator
+/// last.
 struct ImporterSuites {
     explicit ImporterSuites(const host::SPBasicSuite* basicSuite);
 
@@ -20,10 +21,11 @@ struct ImporterSuites {
     TypedSuiteRef<host::AudioSuite> audio;
 };
 
-/// Creates the suites of one importer on first use. Handed to the analyses so that they need not know the importer.
-/// First use happens on the thread that describes the file, before any other thread sees the importer.
+/// Creates the suites of one importer on first use. Handed to the analyses so that they need not know the
+/// importer. First use happens on the thread that describes the file, before any other thread sees the
+/// importer.
 class LazyImporterSuites {
-   public:
+ public:
     explicit LazyImporterSuites(const host::SPBasicSuite* basicSuite) noexcept : m_basicSuite(basicSuite) {}
 
     ImporterSuites& get() {
@@ -31,7 +33,7 @@ class LazyImporterSuites {
         return *m_suites;
     }
 
-   private:
+ private:
     const host::SPBasicSuite* m_basicSuite;
     std::unique_ptr<ImporterSuites> m_suites;
 };

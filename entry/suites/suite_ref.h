@@ -1,5 +1,5 @@
-// One host suite, held by name and version and reached through an accessor that acquires it again if it was lost.
-// Releases exactly what it acquired. Nobody keeps the raw table longer than one call.
+// One host suite, held by name and version and reached through an accessor that acquires it again if it was
+// lost. Releases exactly what it acquired. Nobody keeps the raw table longer than one call.
 #pragma once
 
 #include <atomic>
@@ -14,8 +14,9 @@ namespace orvantis {
 const host::SPBasicSuite* basicSuiteOf(const host::imStdParms* stdParms);
 
 class SuiteRef {
-   public:
-    /// Holds nothing yet. `name` must outlive the object (suite names are constants); `basicSuite` is the host's.
+ public:
+    /// Holds nothing yet. `name` must outlive the object (suite names are constants); `basicSuite` is the
+    /// host's.
     SuiteRef(const host::SPBasicSuite* basicSuite, const char* name, std::int32_t version) noexcept;
     SuiteRef(const SuiteRef&) = delete;
     SuiteRef& operator=(const SuiteRef&) = delete;
@@ -26,12 +27,12 @@ class SuiteRef {
     void acquire();
     /// Gives the suite back if it is held; otherwise does nothing.
     void release();
-    /// The suite's table, acquired once more if it is not held. Throws std::runtime_error "Could not acquire suite: '…".
-    /// Any thread.
+    /// The suite's table, acquired once more if it is not held. Throws std::runtime_error "Could not acquire
+    /// suite: '…". Any thread.
     const void* get();
     bool held() const noexcept { return m_suite.load(std::memory_order_acquire) != nullptr; }
 
-   private:
+ private:
     void acquireLocked();
 
     const host::SPBasicSuite* m_basicSuite;
@@ -44,7 +45,7 @@ class SuiteRef {
 /// A SuiteRef that knows the type of its table.
 template <class Suite>
 class TypedSuiteRef : public SuiteRef {
-   public:
+ public:
     using SuiteRef::SuiteRef;
     const Suite& get() { return *static_cast<const Suite*>(SuiteRef::get()); }
 };

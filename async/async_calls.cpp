@@ -1,0 +1,73 @@
+#include "async/async_calls.h"
+
+#include <condition_variable>
+#include <cstddef>
+#include <map>
+#include <mutex>
+#include <stdexcept>
+#include <utility>
+
+namespace orvantis {
+
+namespace {
+
+struct Published {
+    std::unique_ptr<OrvantisAsyncImporter> importer;
+    std::size_t calls = 0;
+    bool closing = false;
+};
+
+/// Outlives every importer, so that a late call can be turned away without touching freed memory.
+struct Registry {
+    std::mutex mutex;
+    std::condition_variable callLeft;
+    std::map<const void*, Published> importers;
+};
+
+Registry& registry() {
+    // Never destroyed: importers that the host forgot to close at its exit are not torn down from a module
+    // that is being unloaded.
+    static Registry& instance = *new Registry;
+    return instance;
+}
+
+}  // namespace
+
+OrvantisAsyncImporter* publishAsyncImporter(std::unique_ptr<OrvantisAsyncImporter> importer) {
+    OrvantisAsyncImporter* const address = importer.get();
+    Registry& all = registry();
+    const std::lock_guard lock(all.mutex);
+    all.importers[address].importer = std::move(importer);
+    return address;
+}
+
+std::unique_ptr<OrvantisAsyncImporter> retireAsyncImporter(const OrvantisAsyncImporter* importer) {
+    Registry& all = registry();
+    std::unique_lock lock(all.mutex);
+    const auto found = all.importers.find(importer);
+    if (found == all.importers.end() || found->second.closing) return nullptr;
+    found->second.closing = true;
+    all.callLeft.wait(lock, [&] { return found->second.calls == 0; });
+    std::unique_ptr<OrvantisAsyncImporter> retired = std::move(found->second.importer);
+    all.importers.erase(found);
+    return retired;
+}
+
+AsyncCall::AsyncCall(void* importer) : m_importer(nullptr) {
+    Registry& all = registry();
+    const std::lock_guard lock(all.mutex);
+    const auto found = all.importers.find(importer);
+    if (found == all.importers.end() || found->second.closing)
+        throw std::logic_error("async importer is NULL");
+    ++found->second.calls;
+    m_importer = found->second.importer.get();
+}
+
+AsyncCall::~AsyncCall() {
+    Registry& all = registry();
+    const std::lock_guard lock(all.mutex);
+    --all.importers.find(m_importer)->second.calls;
+    all.callLeft.notify_all();
+}
+
+}  // namespace orvantis

@@ -1,0 +1,130 @@
+#include "importer/file_selectors.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+#include <stdexcept>
+
+#include "diag/log.h"
+#include "host/four_char_codes.h"
+#include "host/record_values.h"
+#include "host/result_codes.h"
+#include "importer/file_info.h"
+#include "video/pixel_format_names.h"
+
+namespace orvantis {
+
+OrvantisImporter& importerOf(void* privateData) {
+    if (privateData == nullptr) throw std::logic_error("importer is NULL");
+    return *static_cast<OrvantisImporter*>(privateData);
+}
+
+std::int32_t openFile8(const host::imStdParms* stdParms, host::imFileRef* fileRef,
+                       host::imFileOpenRec8& record) {
+    // A quieted file comes back with its importer.
+    std::unique_ptr<OrvantisImporter> created;
+    if (record.privatedata == nullptr) created = std::make_unique<OrvantisImporter>(stdParms);
+    OrvantisImporter& importer = created ? *created : importerOf(record.privatedata);
+
+    importer.logFile();
+    if (!importer.open(record.fileinfo.filepath, record.inStreamIdx, record.inReadWrite))
+        return host::imBadFile;
+
+    const auto osFile = reinterpret_cast<host::imFileRef>(importer.file().osHandle());
+    if (fileRef != nullptr) *fileRef = osFile;
+    record.fileinfo.fileref = osFile;
+    record.fileinfo.filetype = static_cast<std::int32_t>(host::kFileTypeAviv);
+    if (created) record.privatedata = created.release();  // the host's until imCloseFile
+    return host::imNoErr;
+}
+
+std::int32_t getInfo8(host::imFileInfoRec8& record) {
+    OrvantisImporter& importer = importerOf(record.privatedata);
+    importer.logFile();
+    const std::int32_t streamIndex = record.streamIdx;
+    logMessage("fileInfoRec8P->streamIdx: %d", streamIndex);
+
+    const std::int32_t result = importer.parse(streamIndex);
+    if (result != host::imNoErr && result != host::imIterateStreams && result != host::imBadStreamIndex)
+        return result;
+
+    importer.setImporterId(record.vidInfo.importerID);
+    importer.suites();
+    record.accessModes = host::kAccessModeSeparateSequentialAudio;
+    record.hasDataRate = 1;
+
+    const VideoInfo* const video = importer.videoInfo();
+    record.hasVideo = video != nullptr ? 1 : 0;
+    if (video != nullptr) fillVideoFields(record, *video);
+
+    const AudioInfo* const audio = importer.audioInfo();
+    record.hasAudio = audio != nullptr ? 1 : 0;
+    if (audio != nullptr) audio->fillFileInfo(record);
+    return result;
+}
+
+std::int32_t analysis(host::imAnalysisRec& record) {
+    OrvantisImporter& importer = importerOf(record.privatedata);
+    importer.logFile();
+    const std::int32_t bufferSize = record.buffersize;
+    logMessage("buffersize: %d", bufferSize);
+
+    const std::string text = importer.describeStreams();
+    if (record.buffer != nullptr && bufferSize > 0) {
+        std::snprintf(record.buffer, static_cast<std::size_t>(bufferSize), "%s", text.c_str());
+    }
+    return host::imNoErr;
+}
+
+std::int32_t dataRateAnalysis(host::imDataRateAnalysisRec& record) {
+    OrvantisImporter& importer = importerOf(record.privatedata);
+    importer.logFile();
+    const std::int32_t bufferSize = record.buffersize;
+    logMessage("buffersize: %d", bufferSize);
+
+    const VideoInfo& video = importer.requireVideoInfo();
+    host::imDataSample* const samples = record.buffer;
+    if (samples == nullptr) {
+        record.buffersize = static_cast<std::int32_t>(static_cast<std::int64_t>(sizeof(host::imDataSample)) *
+                                                      video.numFrames());
+        return host::imNoErr;
+    }
+    const std::vector<IndexEntry>& frames = video.stream().entries();
+    const std::size_t room =
+        bufferSize > 0 ? static_cast<std::size_t>(bufferSize) / sizeof(host::imDataSample) : 0;
+    const std::size_t count = std::min(frames.size(), room);
+    const std::uint32_t duration =
+        static_cast<std::uint32_t>(video.frameRate().denominator) | host::kDataSampleKeyFrame;
+    for (std::size_t i = 0; i < count; ++i) samples[i] = {duration, frames[i].size};
+    record.baserate = 0;
+    return host::imNoErr;
+}
+
+std::int32_t getIndPixelFormat(std::uint32_t index, host::imIndPixelFormatRec& record) {
+    OrvantisImporter& importer = importerOf(record.privatedata);
+    importer.logFile();
+    const std::vector<FormatInfo>& formats = importer.requireVideoInfo().decodeFormats();
+    if (index >= formats.size()) return host::imBadFormatIndex;
+
+    const std::uint32_t pixelFormat = formats[index].pixelFormat;
+    record.outPixelFormat = pixelFormat;
+    logMessage("Adding pixel format: %s [%s]", pixelFormatName(pixelFormat),
+               fourccToString(pixelFormat).c_str());
+    return host::imNoErr;
+}
+
+std::int32_t quietFile(host::imFileRef* fileRef, void* privateData) {
+    OrvantisImporter& importer = importerOf(privateData);
+    importer.logFile();
+    importer.closeFile();
+    if (fileRef != nullptr) *fileRef = host::kInvalidFileRef;
+    return host::imNoErr;
+}
+
+std::int32_t closeFile(host::imFileRef* fileRef, void* privateData) {
+    // Back from the host, which forgets the pointer whatever happens here.
+    const std::unique_ptr<OrvantisImporter> importer(&importerOf(privateData));
+    return quietFile(fileRef, importer.get());
+}
+
+}  // namespace orvantis

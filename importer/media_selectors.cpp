@@ -1,0 +1,60 @@
+#include "importer/media_selectors.h"
+
+#include <stdexcept>
+
+#include "diag/log.h"
+#include "host/result_codes.h"
+#include "importer/file_selectors.h"
+#include "video/frame_import.h"
+
+namespace orvantis {
+
+namespace {
+
+/// Gives an undelivered frame back however the call ends; the request's storage stays for the next call.
+class RequestEnd {
+ public:
+    explicit RequestEnd(FrameRequest& request) noexcept : m_request(request) {}
+    RequestEnd(const RequestEnd&) = delete;
+    RequestEnd& operator=(const RequestEnd&) = delete;
+    ~RequestEnd() { m_request.frame.reset(); }
+
+ private:
+    FrameRequest& m_request;
+};
+
+}  // namespace
+
+std::int32_t getSourceVideo(const host::imSourceVideoRec& record) {
+    OrvantisImporter& importer = importerOf(record.inPrivateData);
+    importer.logFile();
+    host::PPixHand* const outFrame = record.outFrame;
+    logMessage("outFrame: %p", static_cast<const void*>(outFrame));
+    VideoInfo& video = importer.requireVideoInfo();
+    if (outFrame == nullptr) throw std::logic_error("outFrame is NULL");
+
+    ImporterSuites& suites = importer.suites();
+    FrameRequest& request = importer.sourceVideoRequest();
+    const RequestEnd end(request);
+    request.assign(record.inFrameTime, record.inFrameFormats, record.inNumFrameFormats, suites.ppix.get());
+
+    std::int32_t result = prepareFrame(video, request);
+    if (result == host::imNoErr) result = readFrame(video, importer.file(), request);
+    if (result == host::imNoErr) result = decodeFrame(video, suites, request);
+    if (result == host::imNoErr) *outFrame = request.frame.release();
+    return result;
+}
+
+std::int32_t importAudio7(const host::imImportAudioRec7& record) {
+    OrvantisImporter& importer = importerOf(record.privateData);
+    importer.logFile();
+    return importer.requireAudioInfo().importAudio(record);
+}
+
+std::int32_t getAudioChannelLayout(host::imGetAudioChannelLayoutRec& record) {
+    OrvantisImporter& importer = importerOf(record.inPrivateData);
+    importer.logFile();
+    return importer.requireAudioInfo().getChannelLayout(record);
+}
+
+}  // namespace orvantis

@@ -40,7 +40,7 @@ class VideoInfo {
     const std::vector<FormatInfo>& decodeFormats() const noexcept { return m_decodeFormats; }
     const AviStream& stream() const noexcept { return *m_stream; }
     /// The host's field order code; progressive, since the container says nothing about fields.
-    std::int8_t fieldOrder() const noexcept { return 0; }
+    std::int8_t fieldOrder() const noexcept;
     bool hasAlpha() const noexcept;
     /// The frame that a time in ticks falls on, as the low 32 bits of the truncated quotient; 4294967295 where the rate
     /// or the time base gives no frame duration.

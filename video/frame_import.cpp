@@ -1,0 +1,165 @@
+// The steps from a request to a decoded host frame. Called by the synchronous selector on the host's threads
+// and by the asynchronous importer's tasks; callers keep requests on one file apart. From the second frame of
+// a format on, nothing here allocates, and no text is built while the log is off.
+#include "video/frame_import.h"
+
+#include <exception>
+
+#include "avi/frame_chunk.h"
+#include "diag/log.h"
+#include "host/result_codes.h"
+#include "host/suites.h"
+#include "video/format_tables.h"
+#include "video/pixel_format_names.h"
+
+namespace orvantis {
+
+namespace {
+
+void logFrameFormats(const FrameRequest& request) {
+    logMessage("inNumFrameFormats: %d", static_cast<int>(request.frameFormats.size()));
+    int number = 0;
+    for (const host::imFrameFormat& format : request.frameFormats) {
+        const std::uint32_t pixelFormat = format.inPixelFormat;
+        logMessage("inFrameFormats[%d]: %d %d %s [%s]", number++, static_cast<int>(format.inFrameWidth),
+                   static_cast<int>(format.inFrameHeight), pixelFormatName(pixelFormat),
+                   fourccToString(pixelFormat).c_str());
+    }
+}
+
+void logStart(const OrvantisFrameFormat& coded, const FormatInfo& info) {
+    logMessage("Starting decompression: %s [%s]%s -> %s [%s] (pr: %s [%s])%s%s", codecTypeName(coded.type),
+               colorSpaceName(coded.colorSpace), coded.range == kOrvantisRangeFull ? " [FULL]" : " [LIMITED]",
+               codecTypeName(info.orvType), colorSpaceName(info.colorSpace),
+               pixelFormatName(info.pixelFormat), fourccToString(info.pixelFormat).c_str(),
+               info.isTopLeft() ? "" : " [flipped]", info.isAdobe16u() ? " [0-32768]" : "");
+}
+
+// A session that the library refuses to end is given up all the same: beginning anew is the only way on.
+void endSession(VideoInfo& video) {
+    logMessage("Pixel format changed, ending decompression");
+    video.decodeSession().begun = false;
+    try {
+        video.codec().decompressEnd();
+    } catch (const std::exception& error) {
+        logMessage("Internal error: decompressEnd() failed: %s", error.what());
+    }
+}
+
+std::int32_t beginSession(VideoInfo& video, const FormatInfo& info) {
+    if (logEnabled()) logStart(video.compressedFormat(), info);
+    VideoInfo::DecodeSession& session = video.decodeSession();
+    try {
+        session.output = video.codec().decompressBegin(video.formatData(), outputFormatOf(info));
+    } catch (const std::exception& error) {
+        logMessage("Decompress begin failed: %s", error.what());
+        return host::imBadCompression;
+    }
+    session.begun = true;
+    session.pixelFormat = info.pixelFormat;
+    return host::imNoErr;
+}
+
+std::int32_t createFrame(ImporterSuites& suites, FrameRequest& request) {
+    const host::imFrameFormat wanted = request.frameFormats.front();
+    const host::prRect bounds{0, 0, wanted.inFrameWidth, wanted.inFrameHeight};
+    host::PPixHand frame = nullptr;
+    const host::prSuiteError result = suites.ppixCreator.get().CreatePPix(
+        &frame, host::kBufferAccessWriteOnly, wanted.inPixelFormat, &bounds);
+    if (result != host::kSuiteNoError || frame == nullptr) {
+        logMessage("ERROR: CreatePPix() failed: %d", static_cast<int>(result));
+        return host::imOtherErr;
+    }
+    request.frame = HostFrame(*request.ppixSuite, frame);
+    return host::imNoErr;
+}
+
+// Where the pixels of the request's frame go. A frame whose place is not known is not decoded into: the host
+// would show what happened to be in it.
+std::int32_t describeFrame(const host::PPixSuite& suite, const FrameRequest& request, std::int32_t height,
+                           OrvantisOutputBuffer& output) {
+    char* pixels = nullptr;
+    host::prSuiteError result = suite.GetPixels(request.frame.get(), host::kBufferAccessWriteOnly, &pixels);
+    if (result != host::kSuiteNoError || pixels == nullptr) {
+        logMessage("ERROR: GetPixels() failed: %d", static_cast<int>(result));
+        return host::imOtherErr;
+    }
+    std::int32_t rowBytes = 0;
+    result = suite.GetRowBytes(request.frame.get(), &rowBytes);
+    if (result != host::kSuiteNoError) {
+        logMessage("ERROR: GetRowBytes() failed: %d", static_cast<int>(result));
+        return host::imOtherErr;
+    }
+    output.pixels = pixels;
+    // The library takes both as 32 bits: negative row bytes keep their bit pattern, and the size wraps on
+    // purpose.
+    output.rowPitch = static_cast<std::uint32_t>(rowBytes);
+    output.totalBytes = output.rowPitch * static_cast<std::uint32_t>(height);
+    return host::imNoErr;
+}
+
+}  // namespace
+
+std::int32_t prepareFrame(const VideoInfo& video, FrameRequest& request) {
+    logMessage("inFrameTime: %lld", static_cast<long long>(request.frameTime));
+    const std::uint32_t frameIndex = video.frameIndexAt(request.frameTime);
+    logMessage("frameIndex:  %u (total: %u)", static_cast<unsigned>(frameIndex),
+               static_cast<unsigned>(video.numFrames()));
+    if (std::int64_t{frameIndex} >= video.numFrames()) {
+        logMessage("frameIndex out of bounds");
+        return host::imFrameNotFound;
+    }
+    request.frameIndex = frameIndex;
+    if (logEnabled()) logFrameFormats(request);
+
+    if (request.frameFormats.empty()) {
+        logMessage("ERROR: frameFormats is empty");
+        return host::imOtherErr;
+    }
+    host::imFrameFormat& wanted = request.frameFormats.front();
+    if (wanted.inFrameWidth == 0) wanted.inFrameWidth = video.width();
+    if (wanted.inFrameHeight == 0) wanted.inFrameHeight = video.height();
+    if (wanted.inFrameWidth != video.width() || wanted.inFrameHeight != video.height()) {
+        logMessage("ERROR: frame size mismatch (%d, %d) != (%d, %d)", static_cast<int>(wanted.inFrameWidth),
+                   static_cast<int>(wanted.inFrameHeight), static_cast<int>(video.width()),
+                   static_cast<int>(video.height()));
+        return host::imOtherErr;
+    }
+    return host::imNoErr;
+}
+
+std::int32_t readFrame(const VideoInfo& video, fileio::File& file, FrameRequest& request) {
+    return readFrameChunk(file, video.stream(), request.frameIndex, video.numFrames(), request.chunk);
+}
+
+std::int32_t decodeFrame(VideoInfo& video, ImporterSuites& suites, FrameRequest& request) {
+    // First of all, so that a format which nobody offered leaves the running session alone.
+    const FormatInfo& info = GetFormatInfo_by_pixelFormat(request.frameFormats.front().inPixelFormat);
+
+    const VideoInfo::DecodeSession& session = video.decodeSession();
+    if (session.begun && session.pixelFormat != info.pixelFormat) {
+        endSession(video);
+        request.formatChanged = true;
+    }
+    if (!session.begun) {
+        const std::int32_t result = beginSession(video, info);
+        if (result != host::imNoErr) return result;
+    }
+
+    std::int32_t result = createFrame(suites, request);
+    if (result != host::imNoErr) return result;
+
+    OrvantisOutputBuffer output{};
+    result = describeFrame(suites.ppix.get(), request, video.height(), output);
+    if (result != host::imNoErr) return result;
+
+    try {
+        video.codec().decompress({request.chunk.buffer.data(), request.chunk.bytes}, output);
+    } catch (const std::exception& error) {
+        logMessage("Decompress failed: %s", error.what());
+        return host::imBadCompression;
+    }
+    return host::imNoErr;
+}
+
+}  // namespace orvantis

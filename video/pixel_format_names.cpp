@@ -1,0 +1,133 @@
+// The host's whole enumeration of pixel formats by name, those of later hosts included: files never need
+// them, but a later host may offer them in a request, and the log then says which.
+#include "video/pixel_format_names.h"
+
+#include "host/pixel_formats.h"
+
+namespace orvantis {
+
+// One word for value and text, so that the two cannot differ.
+#define ORVANTIS_NAMED(format) \
+    case host::format:         \
+        return #format
+
+const char* pixelFormatName(std::uint32_t pixelFormat) noexcept {
+    switch (pixelFormat) {
+        ORVANTIS_NAMED(PrPixelFormat_Any);
+        ORVANTIS_NAMED(PrPixelFormat_BGRA_4444_8u);
+        ORVANTIS_NAMED(PrPixelFormat_VUYA_4444_8u);
+        ORVANTIS_NAMED(PrPixelFormat_VUYA_4444_8u_709);
+        ORVANTIS_NAMED(PrPixelFormat_ARGB_4444_8u);
+        ORVANTIS_NAMED(PrPixelFormat_BGRX_4444_8u);
+        ORVANTIS_NAMED(PrPixelFormat_VUYX_4444_8u);
+        ORVANTIS_NAMED(PrPixelFormat_VUYX_4444_8u_709);
+        ORVANTIS_NAMED(PrPixelFormat_XRGB_4444_8u);
+        ORVANTIS_NAMED(PrPixelFormat_BGRP_4444_8u);
+        ORVANTIS_NAMED(PrPixelFormat_VUYP_4444_8u);
+        ORVANTIS_NAMED(PrPixelFormat_VUYP_4444_8u_709);
+        ORVANTIS_NAMED(PrPixelFormat_PRGB_4444_8u);
+        ORVANTIS_NAMED(PrPixelFormat_BGRA_4444_16u);
+        ORVANTIS_NAMED(PrPixelFormat_VUYA_4444_16u);
+        ORVANTIS_NAMED(PrPixelFormat_ARGB_4444_16u);
+        ORVANTIS_NAMED(PrPixelFormat_BGRX_4444_16u);
+        ORVANTIS_NAMED(PrPixelFormat_XRGB_4444_16u);
+        ORVANTIS_NAMED(PrPixelFormat_BGRP_4444_16u);
+        ORVANTIS_NAMED(PrPixelFormat_PRGB_4444_16u);
+        ORVANTIS_NAMED(PrPixelFormat_BGRA_4444_32f);
+        ORVANTIS_NAMED(PrPixelFormat_VUYA_4444_32f);
+        ORVANTIS_NAMED(PrPixelFormat_VUYA_4444_32f_709);
+        ORVANTIS_NAMED(PrPixelFormat_ARGB_4444_32f);
+        ORVANTIS_NAMED(PrPixelFormat_BGRX_4444_32f);
+        ORVANTIS_NAMED(PrPixelFormat_VUYX_4444_32f);
+        ORVANTIS_NAMED(PrPixelFormat_VUYX_4444_32f_709);
+        ORVANTIS_NAMED(PrPixelFormat_XRGB_4444_32f);
+        ORVANTIS_NAMED(PrPixelFormat_BGRP_4444_32f);
+        ORVANTIS_NAMED(PrPixelFormat_VUYP_4444_32f);
+        ORVANTIS_NAMED(PrPixelFormat_VUYP_4444_32f_709);
+        ORVANTIS_NAMED(PrPixelFormat_PRGB_4444_32f);
+        ORVANTIS_NAMED(PrPixelFormat_RGB_444_10u);
+        ORVANTIS_NAMED(PrPixelFormat_YUYV_422_8u_601);
+        ORVANTIS_NAMED(PrPixelFormat_YUYV_422_8u_709);
+        ORVANTIS_NAMED(PrPixelFormat_UYVY_422_8u_601);
+        ORVANTIS_NAMED(PrPixelFormat_UYVY_422_8u_709);
+        ORVANTIS_NAMED(PrPixelFormat_V210_422_10u_601);
+        ORVANTIS_NAMED(PrPixelFormat_V210_422_10u_709);
+        ORVANTIS_NAMED(PrPixelFormat_UYVY_422_32f_601);
+        ORVANTIS_NAMED(PrPixelFormat_UYVY_422_32f_709);
+        ORVANTIS_NAMED(PrPixelFormat_BGRA_4444_32f_Linear);
+        ORVANTIS_NAMED(PrPixelFormat_BGRP_4444_32f_Linear);
+        ORVANTIS_NAMED(PrPixelFormat_BGRX_4444_32f_Linear);
+        ORVANTIS_NAMED(PrPixelFormat_ARGB_4444_32f_Linear);
+        ORVANTIS_NAMED(PrPixelFormat_PRGB_4444_32f_Linear);
+        ORVANTIS_NAMED(PrPixelFormat_XRGB_4444_32f_Linear);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG2_FRAME_PICTURE_PLANAR_8u_601);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG2_FIELD_PICTURE_PLANAR_8u_601);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG2_FRAME_PICTURE_PLANAR_8u_601_FullRange);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG2_FIELD_PICTURE_PLANAR_8u_601_FullRange);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG2_FRAME_PICTURE_PLANAR_8u_709);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG2_FIELD_PICTURE_PLANAR_8u_709);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG2_FRAME_PICTURE_PLANAR_8u_709_FullRange);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG2_FIELD_PICTURE_PLANAR_8u_709_FullRange);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG4_FRAME_PICTURE_PLANAR_8u_601);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG4_FIELD_PICTURE_PLANAR_8u_601);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG4_FRAME_PICTURE_PLANAR_8u_601_FullRange);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG4_FIELD_PICTURE_PLANAR_8u_601_FullRange);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG4_FRAME_PICTURE_PLANAR_8u_709);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG4_FIELD_PICTURE_PLANAR_8u_709);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG4_FRAME_PICTURE_PLANAR_8u_709_FullRange);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG4_FIELD_PICTURE_PLANAR_8u_709_FullRange);
+        ORVANTIS_NAMED(PrPixelFormat_NTSCDV25);
+        ORVANTIS_NAMED(PrPixelFormat_PALDV25);
+        ORVANTIS_NAMED(PrPixelFormat_NTSCDV50);
+        ORVANTIS_NAMED(PrPixelFormat_PALDV50);
+        ORVANTIS_NAMED(PrPixelFormat_NTSCDV100_720p);
+        ORVANTIS_NAMED(PrPixelFormat_PALDV100_720p);
+        ORVANTIS_NAMED(PrPixelFormat_NTSCDV100_1080i);
+        ORVANTIS_NAMED(PrPixelFormat_PALDV100_1080i);
+        ORVANTIS_NAMED(PrPixelFormat_Raw);
+        ORVANTIS_NAMED(PrPixelFormat_Invalid);
+        ORVANTIS_NAMED(PrPixelFormat_RGB_444_12u_PQ_709);
+        ORVANTIS_NAMED(PrPixelFormat_RGB_444_12u_PQ_P3);
+        ORVANTIS_NAMED(PrPixelFormat_RGB_444_12u_PQ_2020);
+        ORVANTIS_NAMED(PrPixelFormat_RGB_444_10u_HLG);
+        ORVANTIS_NAMED(PrPixelFormat_RGB_444_12u_HLG);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG4_FIELD_PICTURE_BIPLANAR_8u_601);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG4_FRAME_PICTURE_BIPLANAR_8u_601);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG4_FIELD_PICTURE_BIPLANAR_8u_601_FullRange);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG4_FRAME_PICTURE_BIPLANAR_8u_601_FullRange);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG4_FIELD_PICTURE_BIPLANAR_8u_709);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG4_FRAME_PICTURE_BIPLANAR_8u_709);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG4_FIELD_PICTURE_BIPLANAR_8u_709_FullRange);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG4_FRAME_PICTURE_BIPLANAR_8u_709_FullRange);
+        ORVANTIS_NAMED(PrPixelFormat_YVU_420_MPEG4_FIELD_PICTURE_BIPLANAR_8u_601);
+        ORVANTIS_NAMED(PrPixelFormat_YVU_420_MPEG4_FRAME_PICTURE_BIPLANAR_8u_601);
+        ORVANTIS_NAMED(PrPixelFormat_YVU_420_MPEG4_FIELD_PICTURE_BIPLANAR_8u_601_FullRange);
+        ORVANTIS_NAMED(PrPixelFormat_YVU_420_MPEG4_FRAME_PICTURE_BIPLANAR_8u_601_FullRange);
+        ORVANTIS_NAMED(PrPixelFormat_YVU_420_MPEG4_FIELD_PICTURE_BIPLANAR_8u_709);
+        ORVANTIS_NAMED(PrPixelFormat_YVU_420_MPEG4_FRAME_PICTURE_BIPLANAR_8u_709);
+        ORVANTIS_NAMED(PrPixelFormat_YVU_420_MPEG4_FIELD_PICTURE_BIPLANAR_8u_709_FullRange);
+        ORVANTIS_NAMED(PrPixelFormat_YVU_420_MPEG4_FRAME_PICTURE_BIPLANAR_8u_709_FullRange);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG4_FIELD_PICTURE_BIPLANAR_10u_as16u_709);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG4_FRAME_PICTURE_BIPLANAR_10u_as16u_709);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG4_FIELD_PICTURE_BIPLANAR_10u_as16u_709_FullRange);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG4_FRAME_PICTURE_BIPLANAR_10u_as16u_709_FullRange);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG4_FIELD_PICTURE_BIPLANAR_10u_as16u_2020);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG4_FRAME_PICTURE_BIPLANAR_10u_as16u_2020);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG4_FIELD_PICTURE_BIPLANAR_10u_as16u_2020_FullRange);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG4_FRAME_PICTURE_BIPLANAR_10u_as16u_2020_FullRange);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG4_FIELD_PICTURE_BIPLANAR_10u_as16u_2020_HDR);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG4_FRAME_PICTURE_BIPLANAR_10u_as16u_2020_HDR);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG4_FIELD_PICTURE_BIPLANAR_10u_as16u_2020_HDR_FullRange);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG4_FRAME_PICTURE_BIPLANAR_10u_as16u_2020_HDR_FullRange);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG4_FIELD_PICTURE_BIPLANAR_10u_as16u_2020_HDR_HLG);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG4_FRAME_PICTURE_BIPLANAR_10u_as16u_2020_HDR_HLG);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG4_FIELD_PICTURE_BIPLANAR_10u_as16u_2020_HDR_HLG_FullRange);
+        ORVANTIS_NAMED(PrPixelFormat_YUV_420_MPEG4_FRAME_PICTURE_BIPLANAR_10u_as16u_2020_HDR_HLG_FullRange);
+        default:
+            return "????";
+    }
+}
+
+#undef ORVANTIS_NAMED
+
+}  // namespace orvantis

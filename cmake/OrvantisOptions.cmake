@@ -18,6 +18,8 @@ else()
         target_compile_options(orvantis_options INTERFACE -Wno-null-dereference)
     endif()
     target_compile_options(orvantis_options INTERFACE -fstack-protector-strong)
+    # At link time too: there it makes the mingw-w64 drivers add the library with __stack_chk_fail.
+    target_link_options(orvantis_options INTERFACE -fstack-protector-strong)
     target_compile_definitions(orvantis_options INTERFACE
         $<$<NOT:$<CONFIG:Release>>:_GLIBCXX_ASSERTIONS>)
 endif()

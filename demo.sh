@@ -1,0 +1,60 @@
+#!/bin/sh
+# The main job, start to finish: builds the plug-in, opens a clip through it as the host does, and writes its pictures
+# and its sound.
+#
+#   ./demo.sh             makes four clips with ffmpeg and shows each
+#   ./demo.sh FILE.avi    shows that clip
+set -eu
+clip=""
+[ $# -eq 0 ] || clip="$(realpath "$1")"
+cd "$(dirname "$0")"
+
+scripts/install-packages.sh
+
+echo "== Build"
+mkdir -p build
+cmake --preset windows-mingw >build/demo-configure.log || { cat build/demo-configure.log; exit 1; }
+cmake --build --preset windows-mingw -j "$(nproc)" --target ImporterOrvantis orvantis_common64 importer_host \
+    >build/demo-build.log 2>&1 || { tail -n 60 build/demo-build.log; exit 1; }
+
+out="$PWD/demo-out"
+rm -rf "$out"
+mkdir -p "$out/clips"
+host="build/windows-mingw/wine-run build/windows-mingw/bin/importer_host.exe"
+
+# make NAME TAG PIXEL-FORMAT AUDIO-ARGUMENTS...: two seconds of a moving test picture and a tone.
+make_clip() {
+    name="$1"; tag="$2"; pixels="$3"; shift 3
+    ffmpeg -v error -y -f lavfi -i "testsrc2=size=480x270:rate=25:duration=2" "$@" -shortest \
+        -c:v rawvideo -strict unofficial -pix_fmt "$pixels" -vtag "$tag" "$out/clips/$name.avi"
+}
+
+# show FILE: everything the plug-in says of one clip, its frames, a contact sheet and its sound.
+show() {
+    name="$(basename "$1" .avi)"
+    dir="$out/$name"
+    mkdir -p "$dir"
+    echo "== $name"
+    $host info "$1" | tee "$dir/info.txt"
+    $host frames "$1" --range 0:: --format first --out "$dir/frames" --sheet "$dir/contact-sheet.png"
+    if grep -q '^ *Audio stream' "$dir/info.txt"; then
+        $host audio "$1" --stream 0 --out "$dir/sound.wav" --waveform "$dir/waveform.png"
+    fi
+    $host async "$1" --ahead 8
+}
+
+if [ -n "$clip" ]; then
+    show "$clip"
+else
+    stereo="-f lavfi -i aevalsrc=exprs=0.5*sin(2*PI*440*t)|0.5*sin(2*PI*660*t):s=48000:d=2"
+    six="-f lavfi -i aevalsrc=exprs=0.4*sin(2*PI*220*t)|0.4*sin(2*PI*330*t)|0.4*sin(2*PI*440*t)|0.4*sin(2*PI*55*t)|0.4*sin(2*PI*550*t)|0.4*sin(2*PI*660*t):c=5.1:s=48000:d=2"
+    # shellcheck disable=SC2086 # words on purpose
+    {
+        make_clip rgb-8bit O8RG gbrp $stereo -c:a pcm_s16le
+        make_clip yuv422-8bit O8Y2 yuv422p $six -c:a pcm_s24le
+        make_clip yuv422-10bit O0Y2 yuv422p10le $stereo -c:a pcm_f32le
+        make_clip rgba-8bit O8RA gbrap $stereo -c:a pcm_u8 -vf "format=gbrap,geq=r='r(X,Y)':g='g(X,Y)':b='b(X,Y)':a='255*X/W'"
+    }
+    for each in "$out"/clips/*.avi; do show "$each"; done
+fi
+echo "Pictures, sound and reports are in $out/"

@@ -1,0 +1,8 @@
+#include "tests/integration/plugin_path.h"
+
+#include <cstdlib>
+
+std::string pluginPath() {
+    if (const char* path = std::getenv("ORVANTIS_PLUGIN")) return path;
+    return ORVANTIS_BUILT_PLUGIN;
+}

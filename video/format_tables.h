@@ -1,5 +1,6 @@
 // The vocabulary of video formats: what a file can contain (SubTypeInfos) and what the host can be given
-// (FormatInfos). Process-wide, built at imInit before any file is opened, read-only afterwards, any thread.
+// (FormatInfos). Process-wide, built at imInit before any file is opened, read from any thread. A row that was handed
+// out never changes and lives as long as the plug-in is loaded.
 #pragma once
 
 #include <cstdint>
@@ -38,15 +39,17 @@ struct FormatInfo {
 };
 
 /// Fills both tables and asks the host which formats are stored top row first. Throws std::runtime_error when the
-/// image processing suite is refused. Host thread of imInit.
+/// image processing suite is refused; what was in force before stays. Host thread of imInit; a second build comes into
+/// force as a whole, while other threads may be reading.
 void buildFormatTables(const host::SPBasicSuite* basicSuite);
-/// Writes the diagnostic listing of host formats, library types and both tables to the log; stores nothing.
+/// Writes the diagnostic listing of host formats, library types and both tables to the log; stores nothing. Throws
+/// std::runtime_error when the image processing suite is refused; a failing codec library only ends the listing.
 void dumpFormatTables(const host::SPBasicSuite* basicSuite);
 
 std::span<const SubTypeInfo> SubTypeInfos() noexcept;  // NOLINT(readability-identifier-naming)
 std::span<const FormatInfo> FormatInfos() noexcept;    // NOLINT(readability-identifier-naming)
 
-/// Throws std::runtime_error when there is no such row.
+/// The first row with this type or format. Throws std::runtime_error, naming it, when there is none.
 const SubTypeInfo& GetSubTypeInfo_by_orvTypeComp(std::uint32_t type);
 const FormatInfo& GetFormatInfo_by_pixelFormat(std::uint32_t pixelFormat);
 

@@ -12,9 +12,12 @@ namespace orvantis {
 using FormatData = std::span<const std::uint8_t>;  ///< a video stream's format, the whole strf
 
 /// Owns a session from library_init and open to close and library_close. One session is used by one thread at a time.
+/// Buffers are the caller's and are only used during the call.
 class OrvantisCodec {
    public:
+    /// Initialises the library and opens a session. Throws OrvantisError; nothing is closed then.
     OrvantisCodec();
+    /// Ends the session, and with it a decompression that is still running. Does nothing without a handle.
     ~OrvantisCodec();
     OrvantisCodec(const OrvantisCodec&) = delete;
     OrvantisCodec& operator=(const OrvantisCodec&) = delete;
@@ -27,9 +30,11 @@ class OrvantisCodec {
     bool canDecompress(FormatData format, const OrvantisFrameFormat& output) const noexcept;
     /// Begins a decompression session; returns the format that the library will really produce.
     OrvantisFrameFormat decompressBegin(FormatData format, const OrvantisFrameFormat& output);
+    /// Decodes one frame in the form asked for at the begin. Allocates nothing unless it fails.
     void decompress(std::span<const std::byte> frame, const OrvantisOutputBuffer& output);
+    /// Ends the decompression; the session stays open.
     void decompressEnd();
-    /// `value`: the codec type on input; returns the answer.
+    /// What the library answers for `parameter` (kOrvantisParam...) of the codec type `value`; non-zero means yes.
     std::uint32_t getParam(std::uint32_t parameter, std::uint32_t value) const;
 
    private:

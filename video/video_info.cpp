@@ -98,8 +98,8 @@ std::int32_t VideoInfo::analyseFormat(const AviStream& stream) {
 
     try {
         m_decodeFormats = buildDecodeFormats(m_formatData);
-    } catch (const OrvantisError& error) {
-        // The same question to the library as above, put through a second session.
+    } catch (const std::runtime_error& error) {
+        // The question that was answered above, put again through a second session.
         logMessage("Decompress query failed: %s", error.what());
         return host::imBadFile;
     }

@@ -18,14 +18,15 @@ namespace orvantis {
 class VideoInfo {
    public:
     /// Opens the codec session, then asks the host for its ticks per second. Throws OrvantisError or, when the time
-    /// suite is refused, std::runtime_error. `suites` outlives the object.
+    /// suite is refused, std::runtime_error. `suites` is used during the call only.
     explicit VideoInfo(LazyImporterSuites& suites);
     ~VideoInfo();
     VideoInfo(const VideoInfo&) = delete;
     VideoInfo& operator=(const VideoInfo&) = delete;
 
     /// What the stream is and how it can be decoded; needs no index, so that a foreign file is refused without one.
-    /// imNoErr, imBadFile or imOtherErr, the reason logged. `stream` is referenced, not owned.
+    /// imNoErr, imBadFile or imOtherErr, the reason logged. `stream` is referenced, not owned, and outlives the object.
+    /// Once per object.
     std::int32_t analyseFormat(const AviStream& stream);
     /// Frame count and frame rate, from the stream's chunk list and header. After analyseFormat and readIndexes().
     void analyseTiming();
@@ -50,9 +51,9 @@ class VideoInfo {
 
     /// State of the running decompression session; belongs to the frame import.
     struct DecodeSession {
-        OrvantisFrameFormat output{};    ///< what the library said it produces
+        OrvantisFrameFormat output{};  ///< what the library said it produces
         bool begun = false;
-        std::uint32_t pixelFormat;       ///< of the running session; "badf" at first, which matches no real format
+        std::uint32_t pixelFormat;     ///< of the running session; "badf" at first, which matches no real format
         DecodeSession() noexcept;
     };
     DecodeSession& decodeSession() noexcept { return m_session; }

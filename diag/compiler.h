@@ -3,8 +3,9 @@
 
 #include <cstdio>  // defines __MINGW_PRINTF_FORMAT where it exists
 
-// Lets the compiler check a printf-style format (parameter number `formatAt`) against the arguments from `firstAt` on.
-// On mingw-w64 the plain "printf" archetype means Microsoft's old one and warns falsely on %zu and %lld.
+// Lets the compiler check a printf-style format (parameter number `formatAt`) against the arguments from
+// `firstAt` on. On mingw-w64 the plain "printf" archetype means Microsoft's old one and warns falsely on %zu
+// and %lld.
 #if defined(__MINGW_PRINTF_FORMAT)
 #define ORVANTIS_PRINTF(formatAt, firstAt) __attribute__((format(__MINGW_PRINTF_FORMAT, formatAt, firstAt)))
 #elif defined(__GNUC__) || defined(__clang__)
@@ -13,7 +14,8 @@
 #define ORVANTIS_PRINTF(formatAt, firstAt)
 #endif
 
-// The plug-in's one export. On Windows the module definition file names it; elsewhere symbols are hidden by default.
+// The plug-in's one export. On Windows the module definition file names it; elsewhere symbols are hidden by
+// default.
 #if !defined(_WIN32) && (defined(__GNUC__) || defined(__clang__))
 #define ORVANTIS_EXPORT __attribute__((visibility("default")))
 #else

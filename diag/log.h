@@ -1,6 +1,6 @@
-// The diagnostic log: one process-wide, printf-style call that every folder reports through. Off unless the user has
-// switched it on in the registry; then each line goes, unbuffered, to a fresh numbered file in the user's profile.
-// Nothing in the plug-in reads the log back, and no failure of the log ever reaches the host.
+// The diagnostic log: one process-wide, printf-style call that every folder reports through. Off unless the
+// user has switched it on in the registry; then each line goes, unbuffered, to a fresh numbered file in the
+// user's profile. Nothing in the plug-in reads the log back, and no failure of the log ever reaches the host.
 #pragma once
 
 #include <cstdint>
@@ -11,12 +11,12 @@
 
 namespace orvantis {
 
-/// True when the registry switch has turned the log on. Callers whose arguments are costly to build test this first.
-/// Any thread; costs one load.
+/// True when the registry switch has turned the log on. Callers whose arguments are costly to build test this
+/// first. Any thread; costs one load.
 bool logEnabled() noexcept;
 
-/// Reads the registry switch (HKEY_CURRENT_USER, Software\Orvantis, EnableAdobeLog). It can only turn the log on.
-/// Called once, by the first call of the process that enters the plug-in, before anything is logged.
+/// Reads the registry switch (HKEY_CURRENT_USER, Software\Orvantis, EnableAdobeLog). It can only turn the log
+/// on. Called once, by the first call of the process that enters the plug-in, before anything is logged.
 void readLogSwitch();
 
 /// Writes one line. Returns at once, with nothing formatted, while the log is off. Any thread.
@@ -25,15 +25,17 @@ void logMessage(const char* format, ...) ORVANTIS_PRINTF(1, 2);
 /// printf into a new string; empty when the format is in error. Any thread.
 std::string formatString(const char* format, ...) ORVANTIS_PRINTF(1, 2);
 
-/// A four-character code as text, lowest byte first, or highest byte first when `reversed` (file type and sub-type
-/// codes hold their first character in the highest byte). Unprintable bytes are written as "[%u]". At most 20 characters.
+/// A four-character code as text, lowest byte first, or highest byte first when `reversed` (file type and
+/// sub-type codes hold their first character in the highest byte). Unprintable bytes are written as "[%u]".
+/// At most 20 characters.
 std::string fourccToString(std::uint32_t code, bool reversed = false);
 
 /// Writes "Log closed", closes the file and forgets the log. A later logMessage would open a new one.
 void closeLog();
 
-/// At load: names the logger, takes over the build-time settings, logs "Module init" (silently: the switch has not
-/// been read), and registers the exit handler that logs "Module destroy" and closes the log at unload.
+/// At load: names the logger, takes over the build-time settings, logs "Module init" (silently: the switch
+/// has not been read), and registers the exit handler that logs "Module destroy" and closes the log at
+/// unload.
 void startModuleLog();
 
 }  // namespace orvantis

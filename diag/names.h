@@ -1,4 +1,5 @@
-// Names of the host's numeric codes for log lines. Pure functions over a code taken as unsigned; an unknown code gives
+// Names of the host's numeric codes for log lines. Pure functions over a code taken as unsigned; an unknown
+// code gives
 // "????". The strings are static. Any thread.
 #pragma once
 

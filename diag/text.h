@@ -1,5 +1,6 @@
-// UTF-8 and UTF-16: host paths and event texts are UTF-16, the log and all messages are UTF-8. Ill-formed input becomes
-// U+FFFD, as the system's own conversion with code page 65001 does it. Never fails except for memory. Any thread.
+// UTF-8 and UTF-16: host paths and event texts are UTF-16, the log and all messages are UTF-8. Ill-formed
+// input becomes U+FFFD, as the system's own conversion with code page 65001 does it. Never fails except for
+// memory. Any thread.
 #pragma once
 
 #include <string>

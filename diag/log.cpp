@@ -1,0 +1,115 @@
+// The process-wide log state: the switch, the log that the first line opens, and the module's start and end.
+
+#include "diag/log.h"
+
+#include <atomic>
+#include <cstdarg>
+#include <cstdlib>
+#include <mutex>
+#include <new>
+#include <shared_mutex>
+
+#include "diag/diagnostic_log.h"
+
+namespace orvantis {
+
+namespace {
+
+constexpr bool kEnabledAtStart = false;
+#ifdef ORVANTIS_LOG_TO_CONSOLE
+constexpr bool kLogToConsole = true;
+#else
+constexpr bool kLogToConsole = false;
+#endif
+
+struct LogState {
+    std::atomic<bool> enabled =
+        false;  ///< only the registry switch sets it; a late reader merely misses a line
+    std::unique_ptr<DiagnosticLog> log;  ///< null until the first line while enabled
+    std::string name = "orvantis_pr";    ///< set before the first line
+    bool console = false;                ///< set before the first line
+
+    /// Guards `log`: shared while a line is written, exclusive while the log is opened or closed. So two
+    /// first lines open one file, and a closing log takes no line from under its writer.
+    std::shared_mutex guard;
+};
+
+LogState& logState() {
+    // Never destroyed: worker threads and the destructors of other static objects may log until the very end.
+    alignas(LogState) static std::byte storage[sizeof(LogState)];
+    static LogState* const state = new (storage) LogState;
+    return *state;
+}
+
+ORVANTIS_PRINTF(2, 0)
+void writeLine(LogState& state, const char* format, std::va_list arguments) {
+    {
+        const std::shared_lock lock(state.guard);
+        if (state.log != nullptr) {
+            state.log->write(format, arguments);
+            return;
+        }
+    }
+    const std::unique_lock lock(state.guard);
+    if (state.log == nullptr) {
+        state.log = std::make_unique<DiagnosticLog>(state.name, state.console);
+    }
+    state.log->write(format, arguments);
+}
+
+// Runs where no exception may escape; noexcept ends the process instead.
+void endModuleLog() noexcept {
+    logMessage("Module destroy");
+    closeLog();
+}
+
+}  // namespace
+
+bool logEnabled() noexcept {
+    return logState().enabled.load(std::memory_order_relaxed);
+}
+
+void readLogSwitch() {
+    const std::optional<std::uint32_t> value = log_platform::readSwitchValue();
+    if (value && *value != 0) {
+        logState().enabled.store(true, std::memory_order_relaxed);
+    }
+}
+
+void logMessage(const char* format, ...) {
+    LogState& state = logState();
+    if (!state.enabled.load(std::memory_order_relaxed)) {
+        return;
+    }
+    std::va_list arguments;
+    va_start(arguments, format);
+    try {
+        writeLine(state, format, arguments);
+    } catch (...) {
+        va_end(arguments);
+        throw;
+    }
+    va_end(arguments);
+}
+
+void closeLog() {
+    LogState& state = logState();
+    const std::unique_lock lock(state.guard);
+    if (state.log != nullptr) {
+        state.log->writeLine("Log closed");
+        state.log.reset();
+    }
+}
+
+void startModuleLog() {
+    LogState& state = logState();
+    state.name = "orvantis_pr_importer";
+    state.enabled.store(kEnabledAtStart, std::memory_order_relaxed);
+    state.console = kLogToConsole;
+    logMessage("Module init");
+    // Inside a DLL this registers with the DLL's own exit list, which runs at unload.
+    static const int registered = std::atexit(endModuleLog);
+    (void)registered;
+}
+
+}  // namespace orvantis

@@ -1,45 +1,81 @@
-// Reads the structure of an AVI file and builds each stream's list of data chunks. Never throws for a malformed file:
-// problems are collected as lines of text and a false result says that the file cannot be used. One reader per open
-// file; not thread-safe: parsing happens while the file is described, before any frame or audio read.
+// Reads the structure of an AVI file and builds each stream's list of data chunks. Never throws for a
+// malformed file: problems are collected as lines of text and a false result says that the file cannot be
+// used. One reader per open file; not thread-safe: parsing happens while the file is described, before any
+// frame or audio read.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
 
 #include "avi/avi_stream.h"
 #include "avi/avi_structs.h"
+#include "avi/file_window.h"
+#include "avi/raw_vector.h"
 #include "avi/riff_chunk.h"
 #include "fileio/file.h"
 
 namespace orvantis {
 
 class AviReader {
-   public:
+ public:
     AviReader() = default;
 
-    /// Parses `file` from its current position (the start) and starts from an empty state each time. With `headerOnly`
-    /// no index is read: readIndexes() can follow when the chunk lists are wanted after all. False when the file is no
-    /// usable AVI; errorText() then says why. `file` is not owned and must stay open until readIndexes() is done.
+    /// Parses `file` from its current position (the start) and starts from an empty state each time. With
+    /// `headerOnly` no index is read: readIndexes() can follow when the chunk lists are wanted after all;
+    /// without, it is part of this call. False when the file is no usable AVI; errorText() then says why.
+    /// `file` is not owned and must stay open until readIndexes() is done. Its position afterwards is
+    /// undefined.
     bool parse(fileio::File& file, bool headerOnly);
-    /// The second half of a full parse: OpenDML indexes, idx1, and the chunk lists of every stream. Problems go to
-    /// errorText(); a stream without a usable index has an empty list. Runs once per parse; a further call does nothing.
+    /// The second half of a full parse: OpenDML indexes, idx1, and the chunk lists of every stream. Problems
+    /// go to errorText(), in the order of a full parse; a stream without a usable index has an empty list.
+    /// Runs once per successful parse; a further call does nothing.
     void readIndexes();
 
     const std::string& errorText() const noexcept { return errors; }
-    /// Positions in `streams`, in order, of the streams with this fccType (kStreamTypeVideo, kStreamTypeAudio).
+    /// Positions in `streams`, in order, of the streams with this fccType (kStreamTypeVideo,
+    /// kStreamTypeAudio).
     std::vector<std::size_t> streamsOfType(std::uint32_t type) const;
+    /// Reads the first `count` data bytes of `chunk`. False when the chunk has fewer, or they cannot be read;
+    /// `dest` may then hold a part of them. For use while parsing.
+    bool readChunkData(const RiffChunk& chunk, void* dest, std::size_t count) noexcept;
 
-    fileio::File* file = nullptr;      ///< not owned
-    std::vector<RiffChunk> chunks;     ///< top level of the chunk tree
-    std::string errors;                ///< one line per problem
+    fileio::File* file = nullptr;  ///< not owned
+    std::vector<RiffChunk>
+        chunks;          ///< top level of the chunk tree; given up before the indexes are read if it is huge
+    std::string errors;  ///< one line per problem
     AviMainHeader mainHeader{};
     AviExtHeader extHeader{};
     std::vector<std::unique_ptr<AviStream>> streams;
-    std::vector<AviOldIndexEntry> legacyIndex;
-    // Further private state (limits of one parse, positions of the indexes) is the implementation's.
+    RawVector<AviOldIndexEntry> legacyIndex;
+
+ private:
+    // A stream's indx chunk, to be read by readIndexes().
+    struct PendingIndex {
+        AviStream* stream;
+        std::uint64_t position;
+        std::uint32_t size;
+        std::size_t textPosition;  // where in the error text its problems belong
+    };
+
+    void reset() noexcept;
+    bool parseHeaders();
+    void addStream(const RiffChunk& strl, std::uint64_t ordinal);
+    bool parseStreamList(const RiffChunk& strl, AviStream& stream);
+    void readExtHeader(const RiffChunk& odml);
+    void readOpenDmlIndexes();
+    void readLegacyIndex();
+
+    FileWindow m_input;
+    std::optional<RiffChunk> m_idx1;
+    std::optional<RiffChunk> m_movi;
+    std::vector<PendingIndex> m_pendingIndexes;
+    std::uint64_t m_formatBytesLeft = 0;  // all strf together
+    bool m_indexesPending = false;
 };
 
 }  // namespace orvantis

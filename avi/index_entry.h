@@ -9,7 +9,8 @@ struct IndexEntry {
     std::uint64_t offset;    ///< absolute file position of the chunk's data, behind its 8-byte header
     std::uint32_t size;      ///< bytes of data
     std::uint32_t reserved;  ///< always 0
-    std::uint64_t start;     ///< sum of the sizes of all earlier entries: the chunk's byte position inside the stream
+    std::uint64_t
+        start;  ///< sum of the sizes of all earlier entries: the chunk's byte position inside the stream
     bool keyFrame;
 };
 static_assert(sizeof(IndexEntry) == 32);

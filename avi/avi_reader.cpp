@@ -1,0 +1,245 @@
+#include "avi/avi_reader.h"
+
+#include <algorithm>
+#include <array>
+#include <exception>
+
+#include "avi/avi_index.h"
+#include "avi/error_text.h"
+#include "avi/riff_walk.h"
+
+namespace orvantis {
+
+namespace {
+
+constexpr std::array kDescendTypes = {riffCode("AVI "), riffCode("hdrl"), riffCode("strl"), riffCode("odml")};
+// The walk ends behind the first form: data of OpenDML's further forms is reached through the index.
+constexpr std::array kStopKeys = {riffCode("AVI ")};
+
+// A stream list with its strh and strf takes 84 bytes. More lists than this lie over one another.
+constexpr std::uint64_t kStreamListBytes = 64;
+constexpr std::uint64_t kSpareStreams = 1024;
+// Room for formats beyond what lists that do not overlap could hold.
+constexpr std::uint64_t kSpareFormatBytes = 1024 * 1024;
+
+// A tree larger than any real file's is given up before the indexes take their memory. Real files have some
+// twenty chunks.
+constexpr std::size_t kMaxKeptChunks = 65'536;
+
+std::size_t countChunks(const std::vector<RiffChunk>& list) noexcept {
+    std::size_t count = list.size();
+    for (const RiffChunk& chunk : list) count += countChunks(chunk.children);  // at most kMaxListDepth deep
+    return count;
+}
+
+std::string streamLine(std::uint64_t ordinal, const char* problem) {
+    return "stream[" + std::to_string(ordinal) + "]: " + problem + "\n";
+}
+
+}  // namespace
+
+void AviReader::reset() noexcept {
+    chunks = {};
+    errors.clear();
+    mainHeader = {};
+    extHeader = {};
+    streams.clear();
+    legacyIndex = {};
+    m_idx1.reset();
+    m_movi.reset();
+    m_pendingIndexes.clear();
+    m_indexesPending = false;
+}
+
+bool AviReader::parse(fileio::File& source, bool headerOnly) {
+    reset();
+    file = &source;
+    bool usable = false;
+    try {
+        usable = parseHeaders();
+    } catch (const std::exception&) {
+        usable = false;  // out of memory for the structure itself
+    }
+    m_indexesPending = usable;
+    if (!usable) m_input.release();
+    if (usable && !headerOnly) readIndexes();
+    return usable;
+}
+
+bool AviReader::parseHeaders() {
+    const auto fileSize = static_cast<std::uint64_t>(std::max<std::int64_t>(file->size(), 0));
+    const auto start = static_cast<std::uint64_t>(file->tell());
+    m_input.attach(*file, fileSize);
+    m_formatBytesLeft = fileSize + kSpareFormatBytes;
+
+    std::uint32_t first[3];
+    if (!m_input.readSmall(start, first, sizeof(first)) || first[0] != riffCode("RIFF") ||
+        first[2] != riffCode("AVI ")) {
+        appendBounded(errors, "file doesn't look like AVI (first 12 bytes is not 'RIFF'....'AVI ')");
+        return false;
+    }
+    if (!walk(m_input, start, fileSize, kDescendTypes, kStopKeys, chunks)) {
+        appendBounded(errors, "riff structure is corrupt or invalid\n");
+    }
+    if (chunks.empty()) {
+        appendBounded(errors, "riff structure is empty\n");
+        return false;
+    }
+    if (!chunks.front().isListOf(riffCode("AVI "))) {
+        appendBounded(errors, "AVI chunk missing\n");
+        return false;
+    }
+    const std::vector<RiffChunk>& form = chunks.front().children;
+    const RiffChunk* hdrl = findList(form, riffCode("hdrl"));
+    if (hdrl == nullptr) {
+        appendBounded(errors, "hdrl missing\n");
+        return false;
+    }
+    const RiffChunk* avih = findChunk(hdrl->children, riffCode("avih"));
+    if (avih == nullptr) {
+        appendBounded(errors, "avih missing\n");
+        return false;
+    }
+    AviMainHeader header;
+    if (!readChunkData(*avih, &header, sizeof(header))) {
+        appendBounded(errors, "avih data read error\n");
+        return false;
+    }
+    mainHeader = header;
+
+    std::uint64_t ordinal = 0;
+    for (const RiffChunk& child : hdrl->children) {
+        if (child.isListOf(riffCode("strl"))) {
+            addStream(child, ordinal);
+            ++ordinal;
+        } else if (child.isListOf(riffCode("odml"))) {
+            readExtHeader(child);
+        }
+    }
+    if (const RiffChunk* idx1 = findChunk(form, riffCode("idx1"))) m_idx1 = *idx1;
+    if (const RiffChunk* movi = findList(form, riffCode("movi"))) m_movi = *movi;
+    return true;
+}
+
+void AviReader::addStream(const RiffChunk& strl, std::uint64_t ordinal) {
+    const std::uint64_t maxStreams = m_input.fileSize() / kStreamListBytes + kSpareStreams;
+    const std::size_t pendingBefore = m_pendingIndexes.size();
+    try {
+        if (streams.size() < maxStreams) {
+            auto stream = std::make_unique<AviStream>(ordinal);
+            if (parseStreamList(strl, *stream)) streams.push_back(std::move(stream));
+            return;
+        }
+    } catch (const std::exception&) {
+        // Out of memory: what was noted for the stream must not outlive it.
+        m_pendingIndexes.resize(pendingBefore, PendingIndex{});
+    }
+    appendBounded(errors, streamLine(ordinal, "strh data read error"));
+}
+
+bool AviReader::parseStreamList(const RiffChunk& strl, AviStream& stream) {
+    const auto fail = [&](const char* problem) {
+        appendBounded(errors, streamLine(stream.index, problem));
+        return false;
+    };
+    const RiffChunk* strh = findChunk(strl.children, riffCode("strh"));
+    if (strh == nullptr) return fail("strh missing in strl");
+    const RiffChunk* strf = findChunk(strl.children, riffCode("strf"));
+    if (strf == nullptr) return fail("strf missing in strl");
+    if (!readChunkData(*strh, &stream.header, sizeof(stream.header))) return fail("strh data read error");
+
+    const std::uint32_t formatSize = strf->dataSize();
+    if (formatSize > m_formatBytesLeft || !m_input.holds(strf->dataPosition(), formatSize)) {
+        return fail("strf data read error");
+    }
+    m_formatBytesLeft -= formatSize;
+    try {
+        stream.format.resize(formatSize);
+    } catch (const std::exception&) {
+        return fail("strf data read error");
+    }
+    if (!readChunkData(*strf, stream.format.data(), formatSize)) return fail("strf data read error");
+
+    if (const RiffChunk* indx = findChunk(strl.children, riffCode("indx"))) {
+        m_pendingIndexes.push_back(
+            PendingIndex{&stream, indx->dataPosition(), indx->dataSize(), errors.size()});
+    }
+    return true;
+}
+
+void AviReader::readExtHeader(const RiffChunk& odml) {
+    const RiffChunk* dmlh = findChunk(odml.children, riffCode("dmlh"));
+    if (dmlh == nullptr) return;
+    AviExtHeader header{};
+    const std::size_t count = std::min<std::size_t>(dmlh->dataSize(), sizeof(header));
+    if (readChunkData(*dmlh, &header, count)) extHeader = header;
+}
+
+bool AviReader::readChunkData(const RiffChunk& chunk, void* dest, std::size_t count) noexcept {
+    if (chunk.dataSize() < count) return false;
+    if (count > FileWindow::kWindowBytes) return m_input.readBulk(chunk.dataPosition(), dest, count);
+    return m_input.readSmall(chunk.dataPosition(), dest, count);
+}
+
+void AviReader::readIndexes() {
+    if (!m_indexesPending) return;
+    m_indexesPending = false;
+    if (countChunks(chunks) > kMaxKeptChunks) chunks = {};
+    readOpenDmlIndexes();
+    readLegacyIndex();
+    buildChunkLists(legacyIndex, m_movi ? &*m_movi : nullptr, streams);
+    m_pendingIndexes = {};
+    m_input.release();
+}
+
+void AviReader::readOpenDmlIndexes() {
+    if (m_pendingIndexes.empty()) return;
+    // A full parse meets each index between the stream lists, so its problems go between theirs.
+    const std::string streamProblems = std::move(errors);
+    errors.clear();
+    std::size_t taken = 0;
+    const auto takeUpTo = [&](std::size_t end) {
+        appendBounded(errors, std::string_view(streamProblems).substr(taken, end - taken));
+        taken = end;
+    };
+    try {
+        OpenDmlIndexReader indexes(m_input, errors);
+        for (const PendingIndex& pending : m_pendingIndexes) {
+            takeUpTo(pending.textPosition);
+            pending.stream->hasOpenDmlIndex =
+                indexes.readOpenDmlIndex(pending.position, pending.size, *pending.stream);
+        }
+    } catch (const std::exception&) {
+        // Out of memory before the first read: every stream goes by idx1.
+    }
+    takeUpTo(streamProblems.size());
+}
+
+void AviReader::readLegacyIndex() {
+    if (!m_idx1) return;
+    const std::uint32_t bytes = m_idx1->dataSize();
+    constexpr std::uint32_t kEntryBytes = sizeof(AviOldIndexEntry);
+    const std::size_t entries = (std::size_t{bytes} + kEntryBytes - 1) / kEntryBytes;
+    try {
+        // An idx1 that cannot be read whole counts as one of zero entries, which belong to no stream: none
+        // are made.
+        if (m_input.holds(m_idx1->dataPosition(), bytes)) {
+            legacyIndex.resize(entries);
+            if (bytes % kEntryBytes != 0) legacyIndex.back() = {};  // its end is not in the file
+            if (!m_input.readBulk(m_idx1->dataPosition(), legacyIndex.data(), bytes)) legacyIndex = {};
+        }
+    } catch (const std::exception&) {
+        legacyIndex = {};
+    }
+    if (bytes % kEntryBytes != 0) appendBounded(errors, "idx1 size is not a multiple of index entry size\n");
+}
+
+std::vector<std::size_t> AviReader::streamsOfType(std::uint32_t type) const {
+    std::vector<std::size_t> result;
+    for (std::size_t i = 0; i < streams.size(); ++i) {
+        if (streams[i]->header.fccType == type) result.push_back(i);
+    }
+    return result;
+}
+
+}  // namespace orvantis

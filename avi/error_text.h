@@ -1,0 +1,29 @@
+// The text that collects the problems of one parse. It is bounded, because a hostile file can have a problem
+// every few bytes, and adding to it never fails: a problem that cannot be noted is dropped.
+#pragma once
+
+#include <cstddef>
+#include <exception>
+#include <string>
+#include <string_view>
+
+namespace orvantis {
+
+inline constexpr std::size_t kMaxErrorText = 16 * 1024 * 1024;
+
+/// Whether `text` has room for `bytes` more.
+inline bool hasRoomFor(const std::string& text, std::size_t bytes) noexcept {
+    return text.size() <= kMaxErrorText && bytes <= kMaxErrorText - text.size();
+}
+
+/// Appends `line`, or nothing.
+inline void appendBounded(std::string& text, std::string_view line) noexcept {
+    if (!hasRoomFor(text, line.size())) return;
+    try {
+        text.append(line);
+    } catch (const std::exception&) {
+        return;  // out of memory
+    }
+}
+
+}  // namespace orvantis

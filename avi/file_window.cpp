@@ -1,0 +1,81 @@
+#include "avi/file_window.h"
+
+#include <cstring>
+#include <exception>
+
+namespace orvantis {
+
+namespace {
+// Each way forward through the file needs at most one refill per window length. The headers are gone through
+// twice (walk, then contents), and a damaged file may jump back a few times.
+constexpr std::uint64_t kSpareRefills = 2048;
+constexpr std::uint64_t kPasses = 2;
+}  // namespace
+
+void FileWindow::attach(fileio::File& file, std::uint64_t fileSize) noexcept {
+    m_file = &file;
+    m_fileSize = fileSize;
+    m_refillsLeft = kPasses * (fileSize / kWindowBytes) + kSpareRefills;
+    m_first.count = 0;
+    m_second.count = 0;
+}
+
+void FileWindow::release() noexcept {
+    m_file = nullptr;
+    m_first = Window{};
+    m_second = Window{};
+}
+
+const std::byte* FileWindow::Window::find(std::uint64_t at, std::uint64_t length) const noexcept {
+    if (at < position) return nullptr;
+    const std::uint64_t skip = at - position;
+    if (skip > count || length > count - skip) return nullptr;
+    return bytes.get() + skip;
+}
+
+bool FileWindow::refill(Window& window, std::uint64_t position) noexcept {
+    if (m_refillsLeft == 0) return false;
+    --m_refillsLeft;
+    window.count = 0;
+    try {
+        if (!window.bytes) window.bytes = std::make_unique_for_overwrite<std::byte[]>(kWindowBytes);
+        if (!m_file->seek(static_cast<std::int64_t>(position))) return false;
+        window.count = static_cast<std::size_t>(m_file->read(window.bytes.get(), kWindowBytes));
+    } catch (const std::exception&) {
+        return false;
+    }
+    window.position = position;
+    return true;
+}
+
+bool FileWindow::readSmall(std::uint64_t position, void* destination, std::size_t count) noexcept {
+    if (count == 0) return true;
+    const std::byte* found = m_first.find(position, count);
+    if (found == nullptr) found = m_second.find(position, count);
+    if (found == nullptr) {
+        Window& window = m_first.count == 0 ? m_first : m_second;
+        if (!refill(window, position)) return false;
+        found = window.find(position, count);
+        if (found == nullptr) return false;
+    }
+    std::memcpy(destination, found, count);
+    return true;
+}
+
+bool FileWindow::readBulk(std::uint64_t position, void* destination, std::uint64_t count) noexcept {
+    if (!holds(position, count)) return false;
+    if (count == 0) return true;
+    const std::byte* found = m_first.find(position, count);
+    if (found == nullptr) found = m_second.find(position, count);
+    if (found != nullptr) {
+        std::memcpy(destination, found, static_cast<std::size_t>(count));
+        return true;
+    }
+    try {
+        return m_file->seek(static_cast<std::int64_t>(position)) && m_file->read(destination, count) == count;
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+}  // namespace orvantis

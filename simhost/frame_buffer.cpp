@@ -62,7 +62,7 @@ void describe(std::string& out, const std::string& where, const Damage& found) {
 }  // namespace
 
 FrameBuffer::FrameBuffer(const PixelLayout& layout, std::int32_t width, std::int32_t height,
-                         RowBytesPolicy policy)
+                         RowBytesPolicy policy, std::int64_t mostBytes)
     : m_contents(nullptr),
       m_layout(&layout),
       m_width(width),
@@ -71,9 +71,8 @@ FrameBuffer::FrameBuffer(const PixelLayout& layout, std::int32_t width, std::int
       m_stride(strideFor(layout, width, m_rowPixels, policy)),
       m_rowBytes(0),
       m_total(0) {
-    // More than the host could address in its 32-bit row bytes, or than any picture has.
-    constexpr std::int64_t kLargestFrame = std::int64_t{1} << 32;
-    if (m_stride > std::numeric_limits<std::int32_t>::max() || m_stride > kLargestFrame / height) {
+    // Row bytes are 32-bit.
+    if (m_stride > std::numeric_limits<std::int32_t>::max() || m_stride > mostBytes / height) {
         throw std::bad_alloc();
     }
     m_total = static_cast<std::size_t>(m_stride) * static_cast<std::size_t>(height) + 2 * kGuardBytes;

@@ -22,6 +22,10 @@ class FrameBuffer {
     static constexpr std::size_t kGuardBytes = 256;
 
     /// `layout` must be one that frames can be created of; width and height at least 1. Throws
+    /// std::bad_alloc, also when the rows take more than `mostBytes`.
+    FrameBuffer(const PixelLayout& layout, std::int32_t width, std::int32_t height, RowBytesPolicy policy,
+                std::int64_t mostBytes);
+    width and height at least 1. Throws
     /// std::bad_alloc.
     FrameBuffer(const PixelLayout& layout, std::int32_t width, std::int32_t height, RowBytesPolicy policy);
     FrameBuffer(const FrameBuffer&) = delete;

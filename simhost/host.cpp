@@ -262,7 +262,8 @@ std::shared_ptr<FrameBuffer> Host::makeFrame(const PixelLayout& layout, std::int
             return spare;
         }
     }
-    auto made = std::make_shared<FrameBuffer>(layout, width, height, m_profile.rowBytes);
+    auto made =
+        std::make_shared<FrameBuffer>(layout, width, height, m_profile.rowBytes, m_options.largestFrameBytes);
     if (m_options.poisonFrames) {
         made->poison();
     }

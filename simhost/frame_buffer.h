@@ -25,9 +25,6 @@ class FrameBuffer {
     /// std::bad_alloc, also when the rows take more than `mostBytes`.
     FrameBuffer(const PixelLayout& layout, std::int32_t width, std::int32_t height, RowBytesPolicy policy,
                 std::int64_t mostBytes);
-    width and height at least 1. Throws
-    /// std::bad_alloc.
-    FrameBuffer(const PixelLayout& layout, std::int32_t width, std::int32_t height, RowBytesPolicy policy);
     FrameBuffer(const FrameBuffer&) = delete;
     FrameBuffer& operator=(const FrameBuffer&) = delete;
 
@@ -35,8 +32,7 @@ class FrameBuffer {
     /// anything.
     void poison();
 
-    /// Null when nothing outside the pixels was written, else what was: "row 3, 5 bytes behind the pixels"
-    /// and so on.
+    /// Empty when nothing outside the pixels was written, else how many bytes where.
     std::string damage() const;
 
     host::PPixHand handle() noexcept { return &m_contents; }

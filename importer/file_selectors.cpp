@@ -71,7 +71,8 @@ std::int32_t analysis(host::imAnalysisRec& record) {
 
     const std::string text = importer.describeStreams();
     if (record.buffer != nullptr && bufferSize > 0) {
-        std::snprintf(record.buffer, static_cast<std::size_t>(bufferSize), "%s", text.c_str());
+        static_cast<void>(
+            std::snprintf(record.buffer, static_cast<std::size_t>(bufferSize), "%s", text.c_str()));
     }
     return host::imNoErr;
 }

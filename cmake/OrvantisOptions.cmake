@@ -28,6 +28,19 @@ if(WIN32)
     target_compile_definitions(orvantis_options INTERFACE UNICODE _UNICODE WIN32_LEAN_AND_MEAN)
 endif()
 
+# What ships must not tell where it was built, and two builds of one state in different folders must be equal. Not in the
+# native builds: there, debuggers and sanitizer reports want the real paths.
+if(WIN32 AND NOT MSVC)
+    target_compile_options(orvantis_options INTERFACE
+        "-ffile-prefix-map=${PROJECT_SOURCE_DIR}=." "-ffile-prefix-map=${PROJECT_BINARY_DIR}=./build")
+    # The library's own assertions carry the paths of its headers.
+    foreach(dir IN LISTS CMAKE_CXX_IMPLICIT_INCLUDE_DIRECTORIES)
+        if(dir MATCHES "/c\\+\\+$")
+            target_compile_options(orvantis_options INTERFACE "-fmacro-prefix-map=${dir}=c++")
+        endif()
+    endforeach()
+endif()
+
 if(ORVANTIS_SANITIZE)
     set(sanitize -fsanitize=${ORVANTIS_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_compile_options(orvantis_options INTERFACE ${sanitize})

@@ -37,7 +37,22 @@ struct FileHooks {
     std::atomic<std::uint64_t> bytesWritten = 0;  ///< really written
 };
 
-/// The environment variable with the address of the FileHooks as "0x..." of this process.
+/// The environment variable with the address of the FileHooks of this process, decimal or "0x...".
 inline constexpr const char* kFileHooksVariable = "ORVANTIS_TEST_FILE_HOOKS";
+
+/// A table in force from here to the end of this object, which must outlive every WinFile made meanwhile.
+class InstalledFileHooks {
+ public:
+    InstalledFileHooks();
+    ~InstalledFileHooks();
+    InstalledFileHooks(const InstalledFileHooks&) = delete;
+    InstalledFileHooks& operator=(const InstalledFileHooks&) = delete;
+
+    FileHooks& operator*() noexcept { return m_hooks; }
+    FileHooks* operator->() noexcept { return &m_hooks; }
+
+ private:
+    FileHooks m_hooks;
+};
 
 }  // namespace orvantis::test

@@ -1,0 +1,96 @@
+// Wraps a fileio::File and lets one of its operations go wrong, or all from one on: the same scenario run
+// with a fault at operation 1, 2, 3, ... until it passes shows that every failure is handled. One thread at a
+// time.
+#pragma once
+
+#include <cstdint>
+#include <new>
+#include <stdexcept>
+
+#include "fileio/file.h"
+
+namespace orvantis::test {
+
+enum class FileFault {
+    fail,           ///< reads and writes give 0 bytes, seeks are refused, size and tell give 0
+    shortRead,      ///< reads give half of what they could (at least one byte less); all else works
+    throwRuntime,   ///< throws std::runtime_error("injected fault"), which no real file does
+    throwBadAlloc,  ///< throws std::bad_alloc
+};
+
+/// Which operations are counted for the place of the fault.
+enum class FileOperation { any, read, seek, size, tell, write };
+
+class FailingFile final : public fileio::File {
+ public:
+    /// `file` must outlive this object. Without a plan everything passes through.
+    explicit FailingFile(fileio::File& file) : m_file(file) {}
+
+    /// The `number`-th operation (from 1) of kind `operation` meets `fault`; with `fromThereOn` all later
+    /// ones too.
+    void plan(FileFault fault, std::uint64_t number, FileOperation operation = FileOperation::any,
+              bool fromThereOn = false) {
+        m_fault = fault;
+        m_number = number;
+        m_operation = operation;
+        m_fromThereOn = fromThereOn;
+        m_seen = 0;
+        m_faults = 0;
+    }
+
+    /// Operations of the planned kind so far.
+    std::uint64_t seen() const noexcept { return m_seen; }
+    /// Faults so far; 0 tells that the scenario ended before the planned place.
+    std::uint64_t faults() const noexcept { return m_faults; }
+
+    bool open(const char* utf8Path, int mode) override { return m_file.open(utf8Path, mode); }
+    void close() override { m_file.close(); }
+    std::int64_t size() override { return fails(FileOperation::size) ? 0 : m_file.size(); }
+    std::int64_t tell() override { return fails(FileOperation::tell) ? 0 : m_file.tell(); }
+    bool seek(std::int64_t offset) override { return !fails(FileOperation::seek) && m_file.seek(offset); }
+
+    std::uint64_t read(void* buffer, std::uint64_t count) override {
+        if (!meetsFault(FileOperation::read)) {
+            return m_file.read(buffer, count);
+        }
+        if (m_fault == FileFault::shortRead) {
+            return m_file.read(buffer, count / 2);
+        }
+        return 0;
+    }
+
+    std::uint64_t write(const void* buffer, std::uint64_t count) override {
+        return fails(FileOperation::write) ? 0 : m_file.write(buffer, count);
+    }
+
+ private:
+    bool fails(FileOperation operation) { return meetsFault(operation) && m_fault == FileFault::fail; }
+
+    bool meetsFault(FileOperation operation) {
+        if (m_operation != FileOperation::any && m_operation != operation) {
+            return false;
+        }
+        ++m_seen;
+        if (m_number == 0 || m_seen < m_number || (m_seen > m_number && !m_fromThereOn)) {
+            return false;
+        }
+        ++m_faults;
+        if (m_fault == FileFault::throwRuntime) {
+            throw std::runtime_error("injected fault");
+        }
+        if (m_fault == FileFault::throwBadAlloc) {
+            throw std::bad_alloc();
+        }
+        return true;
+    }
+
+    fileio::File& m_file;
+    FileFault m_fault = FileFault::fail;
+    FileOperation m_operation = FileOperation::any;
+    std::uint64_t m_number = 0;  ///< 0: no fault planned
+    bool m_fromThereOn = false;
+    std::uint64_t m_seen = 0;
+    std::uint64_t m_faults = 0;
+};
+
+}  // namespace orvantis::test

@@ -7,6 +7,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "diag/never_destroyed.h"
+
 namespace orvantis {
 
 namespace {
@@ -25,10 +27,10 @@ struct Registry {
 };
 
 Registry& registry() {
-    // Never destroyed: importers that the host forgot to close at its exit are not torn down from a module
-    // that is being unloaded.
-    static Registry& instance = *new Registry;
-    return instance;
+    // Importers that the host forgot to close at its exit are not torn down from a module that is being
+    // unloaded.
+    static NeverDestroyed<Registry> instance;
+    return instance.get();
 }
 
 }  // namespace

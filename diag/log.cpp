@@ -6,10 +6,10 @@
 #include <cstdarg>
 #include <cstdlib>
 #include <mutex>
-#include <new>
 #include <shared_mutex>
 
 #include "diag/diagnostic_log.h"
+#include "diag/never_destroyed.h"
 
 namespace orvantis {
 
@@ -26,7 +26,7 @@ struct LogState {
     std::atomic<bool> enabled =
         false;  ///< only the registry switch sets it; a late reader merely misses a line
     std::unique_ptr<DiagnosticLog> log;  ///< null until the first line while enabled
-    std::string name = "orvantis_pr";    ///< set before the first line
+    const char* name = "orvantis_pr";    ///< set before the first line
     bool console = false;                ///< set before the first line
 
     /// Guards `log`: shared while a line is written, exclusive while the log is opened or closed. So two
@@ -35,10 +35,9 @@ struct LogState {
 };
 
 LogState& logState() {
-    // Never destroyed: worker threads and the destructors of other static objects may log until the very end.
-    alignas(LogState) static std::byte storage[sizeof(LogState)];
-    static LogState* const state = new (storage) LogState;
-    return *state;
+    // Worker threads and the destructors of other static objects may log until the very end.
+    static NeverDestroyed<LogState> state;
+    return state.get();
 }
 
 ORVANTIS_PRINTF(2, 0)

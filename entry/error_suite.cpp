@@ -4,6 +4,7 @@
 #include <string>
 #include <utility>
 
+#include "diag/never_destroyed.h"
 #include "diag/text.h"
 
 namespace orvantis {
@@ -12,11 +13,11 @@ namespace {
 
 using ErrorSuiteRef = TypedSuiteRef<host::ErrorSuite>;
 
-/// Null before imInit and after imShutdown. The slot itself is never destroyed: a host that unloads the
-/// plug-in without imShutdown has taken its suites down already, and they must not be called from there.
+/// Null before imInit and after imShutdown. A host that unloads the plug-in without imShutdown has taken its
+/// suites down already, and they must not be called from there.
 std::unique_ptr<ErrorSuiteRef>& g_errorSuite() {
-    static auto& slot = *new std::unique_ptr<ErrorSuiteRef>;
-    return slot;
+    static NeverDestroyed<std::unique_ptr<ErrorSuiteRef>> slot;
+    return slot.get();
 }
 
 }  // namespace

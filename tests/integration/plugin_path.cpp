@@ -6,3 +6,7 @@ std::string pluginPath() {
     if (const char* path = std::getenv("ORVANTIS_PLUGIN")) return path;
     return ORVANTIS_BUILT_PLUGIN;
 }
+
+std::string codecFolder() {
+    return ORVANTIS_CODEC_FOLDER;
+}

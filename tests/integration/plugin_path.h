@@ -1,7 +1,9 @@
-// Where the plug-in under test lies: beside the test program, as the build puts everything that runs into one folder.
+// Where the plug-in under test and the codec library that it imports lie. UTF-8 paths.
 #pragma once
 
 #include <string>
 
-/// UTF-8. The build's own plug-in, or the one that ORVANTIS_PLUGIN names.
+/// The build's own plug-in, or the one that the environment variable ORVANTIS_PLUGIN names.
 std::string pluginPath();
+/// The folder of the stand-in codec library.
+std::string codecFolder();

@@ -405,7 +405,7 @@ TEST_F(AudioImportTest, ARequestOf4GiBKeepsOnlyTheRestAndTheOtherFramesAreSilenc
         EXPECT_EQ(bits, expected) << f;
     }
     std::size_t silent = 0;
-    for (std::size_t f = 5; f < kFrames; ++f) silent += samples[f] == 0.0f ? 1 : 0;
+    for (std::size_t f = 5; f < kFrames; ++f) silent += samples[f] == 0.0f ? 1u : 0u;
     EXPECT_EQ(silent, kFrames - 5u);
     EXPECT_EQ(samples[kFrames], kUntouched);
     // The position counts all of them.
@@ -646,20 +646,19 @@ TEST_F(AudioImportTest, FloatSamplesArriveBitForBit) {
     };
     std::vector<std::uint8_t> bytes;
     for (const std::uint32_t word : words) append(bytes, word, 4);
-    for (const std::uint16_t channels :
+    for (const std::uint16_t count :
          {std::uint16_t{1}, std::uint16_t{2}, std::uint16_t{7}, std::uint16_t{14}}) {
         setOnlyChunk(bytes);
-        const std::uint32_t frames = 14u / channels;
-        ASSERT_EQ(analyse({.tag = kTagFloat, .channels = channels, .bits = 32}, frames), 0);
-        HostBuffers buffers(channels, frames + 1);
+        const std::uint32_t frames = 14u / count;
+        ASSERT_EQ(analyse({.tag = kTagFloat, .channels = count, .bits = 32}, frames), 0);
+        HostBuffers buffers(count, frames + 1);
         EXPECT_EQ(importFrames(0, frames + 1, buffers), 0);
         for (std::uint32_t f = 0; f < frames; ++f) {
-            for (std::uint32_t c = 0; c < channels; ++c) {
-                EXPECT_EQ(buffers.bitsAt(c, f), words[f * channels + c])
-                    << channels << ": " << c << ", " << f;
+            for (std::uint32_t c = 0; c < count; ++c) {
+                EXPECT_EQ(buffers.bitsAt(c, f), words[f * count + c]) << count << ": " << c << ", " << f;
             }
         }
-        for (std::uint32_t c = 0; c < channels; ++c) EXPECT_EQ(buffers.bitsAt(c, frames), 0u);
+        for (std::uint32_t c = 0; c < count; ++c) EXPECT_EQ(buffers.bitsAt(c, frames), 0u);
         EXPECT_TRUE(buffers.guardsHold());
     }
 }

@@ -33,15 +33,17 @@ FrameRate rateOf(const AviStreamHeader& header) noexcept {
     return {static_cast<std::int32_t>(header.dwRate), static_cast<std::int32_t>(header.dwScale)};
 }
 
+bool isValid(FrameRate rate) noexcept {
+    return rate.numerator != 0 && rate.denominator != 0;
+}
+
 bool sameValue(FrameRate a, FrameRate b) noexcept {
     return std::int64_t{a.numerator} * b.denominator == std::int64_t{b.numerator} * a.denominator;
 }
 
 std::string rateText(FrameRate rate) {
-    const int numerator = static_cast<int>(rate.numerator);
-    const int denominator = static_cast<int>(rate.denominator);
-    if (denominator == 0) return formatString("invalid (%d/%d)", numerator, denominator);
-    return formatString("%.3f (%d/%d)", quotient(numerator, denominator), numerator, denominator);
+    return formatString("%.3f (%d/%d)", quotient(rate.numerator, rate.denominator),
+                        static_cast<int>(rate.numerator), static_cast<int>(rate.denominator));
 }
 
 constexpr double kBytesPerMiB = 1024.0 * 1024.0;
@@ -149,7 +151,12 @@ std::string VideoInfo::description() const {
     text += formatString("    Frame size: %d x %d\n", static_cast<int>(width()), static_cast<int>(height()));
     text += "    Frame rate: " + rateText(m_frameRate) + "\n";
     const FrameRate fileRate = rateOf(m_stream->header);
-    if (!sameValue(fileRate, m_frameRate)) text += "    Frame rate in the file: " + rateText(fileRate) + "\n";
+    if (!isValid(fileRate)) {
+        text += formatString("    Frame rate in the file: invalid (%d/%d)\n",
+                             static_cast<int>(fileRate.numerator), static_cast<int>(fileRate.denominator));
+    } else if (!sameValue(fileRate, m_frameRate)) {
+        text += "    Frame rate in the file: " + rateText(fileRate) + "\n";
+    }
 
     const double mebibytes = static_cast<double>(m_stream->totalBytes()) / kBytesPerMiB;
     const bool hasDuration = m_frameRate.numerator > 0 && m_frameRate.denominator > 0;

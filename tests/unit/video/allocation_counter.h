@@ -1,0 +1,19 @@
+// Counts what the calling thread asks of operator new while a counter lives. Linked into the test program, it
+// replaces the global operator new.
+#pragma once
+
+#include <cstddef>
+
+namespace orvantis::test {
+
+class AllocationCounter {
+ public:
+    AllocationCounter() noexcept;
+    ~AllocationCounter();
+    AllocationCounter(const AllocationCounter&) = delete;
+    AllocationCounter& operator=(const AllocationCounter&) = delete;
+
+    std::size_t count() const noexcept;
+};
+
+}  // namespace orvantis::test

@@ -26,7 +26,7 @@ struct SlotName {
 template <SlotName kName>
 std::intptr_t unusedSlot() {
     HostServices::unused(kName.text);
-    return static_cast<std::int32_t>(host::kSuiteNotImplemented);
+    return host::kSuiteNotImplemented;
 }
 
 template <SlotName kName>

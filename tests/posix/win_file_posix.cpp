@@ -61,12 +61,12 @@ struct OpenFile {
 };
 
 std::mutex& openFilesMutex() {
-    static std::mutex& mutex = *new std::mutex;
+    static std::mutex mutex;
     return mutex;
 }
 
 std::vector<OpenFile>& openFiles() {
-    static std::vector<OpenFile>& files = *new std::vector<OpenFile>;
+    static std::vector<OpenFile> files;
     return files;
 }
 

@@ -1,0 +1,203 @@
+// Reading one frame's bytes: which chunk serves it, how the buffer grows, what each failure answers and logs.
+#include "avi/frame_chunk.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+#include "host/result_codes.h"
+#include "tests/unit/avi/avi_test_support.h"
+#include "tests/unit/avi/captured_log.h"
+#include "tests/unit/avi/test_files.h"
+
+namespace orvantis {
+namespace {
+
+using test::AviBuilder;
+using test::Bytes;
+using test::CountingFile;
+using Lines = std::vector<std::string>;
+
+// A video stream with frames of these sizes; frame i is filled with i + 1.
+AviBuilder framesOf(const std::vector<std::uint32_t>& sizes) {
+    AviBuilder avi;
+    avi.addStream(test::videoStream("O8Y2", 16, 8, 25, 1));
+    for (std::size_t i = 0; i < sizes.size(); ++i)
+        avi.addFilledChunk(0, sizes[i], static_cast<std::uint8_t>(i + 1));
+    return avi;
+}
+
+class FrameChunkTest : public ::testing::Test {
+ protected:
+    void open(const std::vector<std::uint32_t>& sizes) {
+        m_frameCount = static_cast<std::int64_t>(sizes.size());
+        m_file = std::make_unique<CountingFile>(framesOf(sizes).build());
+        ASSERT_TRUE(m_reader.parse(*m_file, false));
+        m_file->reads = m_file->seeks = m_file->sizes = 0;
+        (void)test::takeLogLines();
+    }
+    std::int32_t read(std::uint64_t frame) {
+        return readFrameChunk(*m_file, *m_reader.streams.at(0), frame, m_frameCount, m_chunk);
+    }
+    Bytes bytesRead() const {
+        const auto* const first = reinterpret_cast<const std::uint8_t*>(m_chunk.buffer.data());
+        return {first, first + m_chunk.bytes};
+    }
+    IndexEntry& entry(std::size_t number) { return m_reader.streams.at(0)->legacyEntries.at(number); }
+
+    std::unique_ptr<CountingFile> m_file;
+    AviReader m_reader;
+    FrameChunk m_chunk;
+    std::int64_t m_frameCount = 0;
+};
+
+TEST_F(FrameChunkTest, ReadsTheFramesOwnChunk) {
+    open({10, 200, 30});
+    EXPECT_EQ(read(1), host::imNoErr);
+    EXPECT_EQ(bytesRead(), Bytes(200, 2));
+    EXPECT_EQ(read(0), host::imNoErr);
+    EXPECT_EQ(bytesRead(), Bytes(10, 1));
+    EXPECT_EQ(read(2), host::imNoErr);
+    EXPECT_EQ(bytesRead(), Bytes(30, 3));
+    EXPECT_EQ(test::takeLogLines(), Lines{});
+}
+
+TEST_F(FrameChunkTest, EmptyChunkIsServedByTheNearestEarlierOneAndLogged) {
+    open({10, 11, 12, 13, 14, 0, 0});
+    EXPECT_EQ(read(5), host::imNoErr);
+    EXPECT_EQ(bytesRead(), Bytes(14, 5));
+    EXPECT_EQ(test::takeLogLines(), Lines{"Empty frame: 5, frame read: 4"});
+    EXPECT_EQ(read(6), host::imNoErr);
+    EXPECT_EQ(bytesRead(), Bytes(14, 5));
+    EXPECT_EQ(test::takeLogLines(), Lines{"Empty frame: 6, frame read: 4"});
+}
+
+TEST_F(FrameChunkTest, EmptyChunksAtTheStartAreServedByTheFirstWithData) {
+    open({0, 0, 12, 13});
+    EXPECT_EQ(read(0), host::imNoErr);
+    EXPECT_EQ(bytesRead(), Bytes(12, 3));
+    EXPECT_EQ(test::takeLogLines(), Lines{"Empty frame: 0, frame read: 2"});
+    EXPECT_EQ(read(1), host::imNoErr);
+    EXPECT_EQ(test::takeLogLines(), Lines{"Empty frame: 1, frame read: 2"});
+}
+
+TEST_F(FrameChunkTest, SearchForwardEndsAtTheFrameCount) {
+    open({0, 0, 12, 13});
+    m_frameCount = 2;
+    EXPECT_EQ(read(0), host::imFrameNotFound);
+    EXPECT_EQ(test::takeLogLines(), Lines{});
+    m_frameCount = 3;
+    EXPECT_EQ(read(0), host::imNoErr);
+}
+
+TEST_F(FrameChunkTest, StreamOfEmptyChunksHasNoFrame) {
+    open({0, 0, 0});
+    for (std::uint64_t i = 0; i < 3; ++i) EXPECT_EQ(read(i), host::imFrameNotFound) << i;
+    EXPECT_EQ(test::takeLogLines(), Lines{});
+    EXPECT_EQ(m_file->reads, 0);
+}
+
+TEST_F(FrameChunkTest, FrameNumberBehindTheListThrows) {
+    open({10, 11});
+    EXPECT_THROW(read(2), std::out_of_range);
+    EXPECT_THROW(read(0xFFFFFFFF), std::out_of_range);
+    EXPECT_THROW(read(0xFFFF'FFFF'FFFF'FFFF), std::out_of_range);
+}
+
+TEST_F(FrameChunkTest, SteadyStateIsOneSeekAndOneReadAndNoNewBuffer) {
+    open({1000, 900, 1000, 0});
+    ASSERT_EQ(read(0), host::imNoErr);
+    const std::byte* const buffer = m_chunk.buffer.data();
+    m_file->reads = m_file->seeks = m_file->sizes = 0;
+    for (std::uint64_t i = 0; i < 4; ++i) ASSERT_EQ(read(i), host::imNoErr);
+    EXPECT_EQ(m_file->seeks, 4);
+    EXPECT_EQ(m_file->reads, 4);
+    EXPECT_EQ(m_file->sizes, 0);
+    EXPECT_EQ(m_chunk.buffer.data(), buffer);
+    EXPECT_EQ(m_chunk.buffer.capacity(), 1000U);
+}
+
+TEST_F(FrameChunkTest, ChunkCutByTheEndOfTheFileFailsWithTheBytesLeft) {
+    open({500, 100});
+    const std::uint64_t offset = entry(0).offset;
+    m_file->bytes().resize(offset + 120);
+    EXPECT_EQ(read(0), host::imFileReadFailed);
+    EXPECT_EQ(test::takeLogLines(), Lines{"Failed to read frame from AVI: Read error: size: 500, read: 120"});
+    EXPECT_EQ(m_chunk.buffer.capacity(), 0U);
+    // The same text when the buffer is large enough already and the read itself comes up short.
+    m_chunk.buffer.ensure(1000);
+    EXPECT_EQ(read(0), host::imFileReadFailed);
+    EXPECT_EQ(test::takeLogLines(), Lines{"Failed to read frame from AVI: Read error: size: 500, read: 120"});
+}
+
+TEST_F(FrameChunkTest, ClaimThatTheFileCannotBackDoesNotGrowTheBuffer) {
+    open({500, 100});
+    entry(1).size = 0x7FFFFFFF;
+    const std::uint64_t left = m_file->bytes().size() - entry(1).offset;
+    ASSERT_EQ(read(0), host::imNoErr);
+    EXPECT_EQ(read(1), host::imFileReadFailed);
+    EXPECT_EQ(
+        test::takeLogLines(),
+        Lines{"Failed to read frame from AVI: Read error: size: 2147483647, read: " + std::to_string(left)});
+    EXPECT_EQ(m_chunk.buffer.capacity(), 500U);
+    EXPECT_EQ(m_chunk.bytes, 500U) << "a failed read leaves the count of the last good one";
+}
+
+TEST_F(FrameChunkTest, ChunkBehindTheEndOfTheFileHasNoBytesLeft) {
+    open({500, 100});
+    entry(0).offset = m_file->bytes().size() + 1000;
+    EXPECT_EQ(read(0), host::imFileReadFailed);
+    EXPECT_EQ(test::takeLogLines(), Lines{"Failed to read frame from AVI: Read error: size: 500, read: 0"});
+}
+
+TEST_F(FrameChunkTest, PositionThatIsRefusedIsASeekError) {
+    open({500, 100});
+    entry(0).offset = 0xFFFF'FFFF'FFFF'FFF0;
+    EXPECT_EQ(read(0), host::imFileReadFailed);
+    EXPECT_EQ(test::takeLogLines(), Lines{"Failed to read frame from AVI: Seek error: offset: -16"});
+}
+
+TEST_F(FrameChunkTest, AnyExceptionOfTheFileIsAFailedRead) {
+    open({500, 100});
+    test::FaultyFile faulty(m_file->bytes(), test::FaultyFile::Fault::throwing, 1, false);
+    EXPECT_EQ(readFrameChunk(faulty, *m_reader.streams.at(0), 0, 2, m_chunk), host::imFileReadFailed);
+    EXPECT_EQ(test::takeLogLines(), Lines{"Failed to read frame from AVI: read"});
+    // The next attempt is a new one.
+    EXPECT_EQ(readFrameChunk(faulty, *m_reader.streams.at(0), 0, 2, m_chunk), host::imNoErr);
+}
+
+TEST_F(FrameChunkTest, ReadsThroughTheOpenDmlListWhenThatIsInForce) {
+    AviBuilder avi = framesOf({10, 0, 30});
+    m_frameCount = 3;
+    Bytes bytes = avi.openDml(test::OpenDml::superIndex).build();
+    // idx1 names no stream of the file.
+    for (std::size_t i = 0; i < 3; ++i) bytes[avi.idx1Offset() + 8 + 16 * i] = 'x';
+    m_file = std::make_unique<CountingFile>(bytes);
+    ASSERT_TRUE(m_reader.parse(*m_file, false));
+    EXPECT_EQ(read(2), host::imNoErr);
+    EXPECT_EQ(bytesRead(), Bytes(30, 3));
+    EXPECT_EQ(read(1), host::imNoErr);
+    EXPECT_EQ(bytesRead(), Bytes(10, 1));
+    EXPECT_EQ(test::takeLogLines(), Lines{"Empty frame: 1, frame read: 0"});
+}
+
+// The neighbours of a million empty frames are found without going through the list for each.
+TEST_F(FrameChunkTest, MillionEmptyFramesAreServedAtOnce) {
+    constexpr std::size_t kFrames = 1'000'000;
+    auto stream = std::make_unique<AviStream>(0);
+    stream->legacyEntries.assign(kFrames, IndexEntry{0, 0, 0, 0, false});
+    stream->legacyEntries[0] = IndexEntry{0, 4, 0, 0, true};
+    stream->indexEmptyRuns();
+    CountingFile file(Bytes{1, 2, 3, 4});
+    // Half a million requests at the far end take a second; when each one searches, they outlast any time
+    // limit.
+    constexpr int kRequests = 500'000;
+    for (std::uint64_t i = 0; i < kRequests; ++i) {
+        ASSERT_EQ(readFrameChunk(file, *stream, kFrames - 1 - i, kFrames, m_chunk), host::imNoErr);
+        (void)test::takeLogLines();
+    }
+    EXPECT_EQ(file.reads, kRequests);
+}
+
+}  // namespace
+}  // namespace orvantis

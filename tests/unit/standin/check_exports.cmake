@@ -1,5 +1,5 @@
 # Fails unless LIBRARY exports exactly the eleven names of the codec library's list and, on Windows, imports nothing that
-# a machine with bare Windows lacks.
+# a machine with bare Windows lacks. On Windows TOOL is GNU objdump, elsewhere any nm.
 #   cmake -DLIBRARY=... -DTOOL=<nm or objdump> -DWINDOWS=0|1 -DLIST=<the .def file> -P check_exports.cmake
 
 file(STRINGS "${LIST}" lines REGEX "^ +orvantis_")
@@ -17,15 +17,24 @@ endif()
 set(exported "")
 if(WINDOWS)
     execute_process(COMMAND "${TOOL}" -p "${LIBRARY}" OUTPUT_VARIABLE text COMMAND_ERROR_IS_FATAL ANY)
-    string(REGEX REPLACE "^.*\\[Ordinal/Name Pointer\\] Table" "" names "${text}")
-    string(REGEX MATCHALL "\\[ *[0-9]+\\] [A-Za-z_0-9@?$]+" entries "${names}")
+    # The names stand between two headings, one to a line: "[   1] orvantis_close".
+    string(FIND "${text}" "[Ordinal/Name Pointer] Table" start)
+    if(start EQUAL -1)
+        message(FATAL_ERROR "no table of names found in the output of ${TOOL}")
+    endif()
+    string(SUBSTRING "${text}" ${start} -1 names)
+    string(FIND "${names}" "\n\n" end)
+    string(SUBSTRING "${names}" 0 ${end} names)
+    string(REGEX MATCHALL "[^ \r\n]+\r?\n" entries "${names}\n")
     foreach(entry IN LISTS entries)
-        string(REGEX REPLACE "^.* " "" name "${entry}")
-        list(APPEND exported "${name}")
+        string(STRIP "${entry}" name)
+        if(NOT name STREQUAL "Table")
+            list(APPEND exported "${name}")
+        endif()
     endforeach()
     string(REGEX MATCHALL "DLL Name: [^\n\r]+" imports "${text}")
     foreach(import IN LISTS imports)
-        if(NOT import MATCHES "DLL Name: (KERNEL32\\.dll|msvcrt\\.dll|api-ms-win-crt-[a-z0-9-]+\\.dll)$")
+        if(NOT import MATCHES "DLL Name: (KERNEL32\\.dll|ADVAPI32\\.dll|msvcrt\\.dll|api-ms-win-crt-[a-z0-9-]+\\.dll)$")
             message(FATAL_ERROR "${LIBRARY} imports more than the system has: ${import}")
         endif()
     endforeach()

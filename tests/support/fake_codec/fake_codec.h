@@ -45,8 +45,8 @@ struct Call {
     std::uint32_t handle = 0;
     const void* data = nullptr;  ///< format data or compressed frame
     std::uint64_t bytes = 0;
-    std::optional<OrvantisFrameFormat> output;  ///< the requested output; none: a null pointer
-    OrvantisFrameFormat answerOnEntry{};        ///< the record for the answer, as the caller had filled it
+    std::optional<OrvantisFrameFormat> output = std::nullopt;  ///< the requested output; none: a null pointer
+    OrvantisFrameFormat answerOnEntry{};  ///< the record for the answer, as the caller had filled it
     OrvantisOutputBuffer buffer{};
     std::uint32_t number = 0;  ///< string kind or parameter
     std::uint32_t code = 0;    ///< string code or value on input

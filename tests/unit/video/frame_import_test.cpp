@@ -593,10 +593,12 @@ TEST_F(FrameImport, SteadyPlaybackAllocatesNothingWhileTheLogIsOff) {
     EXPECT_EQ(library.count(Function::GetString), 0) << "no text is asked for while the log is off";
 }
 
+// Through another library's code, since a compiler may leave out an allocation that it sees whole.
 TEST(AllocationCounterItself, CountsThisThreadsAllocations) {
     const test::AllocationCounter counter;
-    std::vector<int>(100).swap(*std::make_unique<std::vector<int>>());
-    EXPECT_GE(counter.count(), 2U);
+    const std::string text = formatString("%0100d", 1);
+    EXPECT_GE(counter.count(), 1U);
+    EXPECT_EQ(text.size(), 100U);
 }
 
 }  // namespace

@@ -34,11 +34,12 @@ std::uint64_t readStream(fileio::File& file, const AviStream& stream, std::uint6
     std::uint64_t done = 0;
     std::uint64_t offsetInChunk = startBytes - entry->start;
     while (entry != nullptr && entry != end && done < sizeBytes) {
+        const std::uint64_t streamPos = startBytes + done;
         const std::uint64_t n = std::min(entry->size - offsetInChunk, sizeBytes - done);
         // An index may name any position; one beyond the signed range turns negative, which the file refuses.
         const auto filePos = static_cast<std::int64_t>(entry->offset + offsetInChunk);
         if (logging) {
-            logMessage("reading : %lld, %lld, %lld", static_cast<long long>(startBytes + done),
+            logMessage("reading : %lld, %lld, %lld", static_cast<long long>(streamPos),
                        static_cast<long long>(filePos), static_cast<long long>(n));
         }
         if (n != 0) {

@@ -22,18 +22,18 @@ std::vector<std::uint32_t> randomChunks(std::mt19937& random) {
     return sizes;
 }
 
-/// What the host must get for one sample, from the stream's bytes with silence behind them.
-float modelSample(const std::vector<std::uint8_t>& data, std::uint64_t position, unsigned bits,
-                  bool isFloat) {
+/// The bits that the host must get for one sample, from the stream's bytes with silence behind them.
+std::uint32_t modelSample(const std::vector<std::uint8_t>& data, std::uint64_t position, unsigned bits,
+                          bool isFloat) {
     std::uint8_t bytes[4] = {};
     for (unsigned i = 0; i < bits / 8; ++i) {
         if (position + i < data.size()) bytes[i] = data[position + i];
         if (bits == 8) bytes[i] = static_cast<std::uint8_t>(bytes[i] + 128);
     }
-    if (!isFloat) return convertedSample(bytes, bits);
-    float value;
-    std::memcpy(&value, bytes, sizeof value);
-    return value;
+    const float converted = isFloat ? 0.0f : convertedSample(bytes, bits);
+    std::uint32_t result;
+    std::memcpy(&result, isFloat ? static_cast<const void*>(bytes) : &converted, sizeof result);
+    return result;
 }
 
 void importRandomRanges(const WaveBytes& wave, unsigned seed) {
@@ -61,8 +61,8 @@ void importRandomRanges(const WaveBytes& wave, unsigned seed) {
         for (std::uint32_t f = 0; f < size; ++f) {
             for (std::uint32_t c = 0; c < wave.channels; ++c) {
                 const std::uint64_t at = (startFrame + f) * frameBytes + c * (wave.bits / 8u);
-                const float expected = modelSample(data, at, wave.bits, wave.tag == kTagFloat);
-                ASSERT_EQ(std::memcmp(&expected, &buffers.pointers[c][f], 4), 0)
+                const std::uint32_t expected = modelSample(data, at, wave.bits, wave.tag == kTagFloat);
+                ASSERT_EQ(buffers.bitsAt(c, f), expected)
                     << "seed " << seed << ", round " << round << ": position " << position << ", size "
                     << size << ", start " << startFrame << ", channel " << c << ", frame " << f;
             }

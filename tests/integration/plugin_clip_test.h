@@ -1,0 +1,72 @@
+// A PluginTest with a folder for clips, with the log on demand, and with the codec library's own account of
+// what was not undone.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "tests/integration/plugin_clips.h"
+#include "tests/integration/plugin_log_text.h"
+#include "tests/integration/plugin_test.h"
+#include "tests/support/environment.h"
+#include "tests/support/log_capture.h"
+#include "tests/support/temp_folder.h"
+
+class ClipTest : public PluginTest {
+ protected:
+    /// Writes a file and answers its path, UTF-8.
+    std::string place(std::u8string_view name, const orvantis::test::Bytes& bytes) {
+        const auto path = m_folder / name;
+        orvantis::test::writeFile(path, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+        return orvantis::test::utf8Path(path);
+    }
+    std::string placeClip(const clips::Shape& shape = {}) {
+        return place(u8"clip.avi", clips::builder(shape).build());
+    }
+    const orvantis::test::TempFolder& folder() const { return m_folder; }
+
+    /// Before start(): switches the log on.
+    void logOn() {
+        m_capture = std::make_unique<orvantis::test::LogCapture>();
+        m_log.emplace(*m_capture, orvantis::test::utf8Path(m_folder.path()));
+    }
+    LogText& log() { return *m_log; }
+    orvantis::test::LogCapture& logCapture() { return *m_capture; }
+
+    /// Before start(): lets the codec library keep account. Afterwards every test fails that leaves a session
+    /// open.
+    void traceCodec() {
+        m_codecTrace.emplace("ORVANTIS_STANDIN_LOG", orvantis::test::utf8Path(m_folder / "codec-calls.txt"));
+    }
+    /// The account so far.
+    std::string codecTrace() const { return orvantis::test::readFile(m_folder / "codec-calls.txt"); }
+
+    void TearDown() override {
+        PluginTest::TearDown();
+        if (m_codecTrace) {
+            EXPECT_TRUE(
+                codecTrace().ends_with(" unload, library_init not undone: 0, sessions not closed: 0\n"))
+                << codecTrace();
+        }
+    }
+
+ private:
+    orvantis::test::TempFolder m_folder;
+    std::unique_ptr<orvantis::test::LogCapture> m_capture;
+    std::optional<LogText> m_log;
+    std::optional<orvantis::test::ScopedEnvironment> m_codecTrace;
+};
+
+/// The codec library answers by this plan from its next start on, that is with the next file that is opened
+/// or the next imInit. Counting starts there. See standin/fault_plan.h for the grammar.
+class CodecFaults {
+ public:
+    explicit CodecFaults(const std::string& plan) : m_environment("ORVANTIS_STANDIN_FAIL", plan) {}
+
+ private:
+    orvantis::test::ScopedEnvironment m_environment;
+};

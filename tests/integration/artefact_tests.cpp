@@ -1,5 +1,5 @@
-// Reads the built plug-in as the loader and the host's plug-in scan see it: exports, imports, resources and the
-// security flags, straight from the file's bytes.
+// Reads the built plug-in as the loader and the host's plug-in scan see it: exports, imports, resources and
+// the security flags, straight from the file's bytes.
 #include <windows.h>
 
 #include <gtest/gtest.h>
@@ -28,7 +28,7 @@ Bytes readFile(const std::string& path) {
 
 /// A 64-bit PE file, read by the published layout.
 class PeFile {
-   public:
+ public:
     explicit PeFile(const std::string& path) : m_bytes(readFile(path)) {
         m_pe = at<std::uint32_t>(0x3C);
         m_optional = m_pe + 24;
@@ -59,9 +59,11 @@ class PeFile {
 
     std::map<std::string, std::set<std::string>> imports() const {
         std::map<std::string, std::set<std::string>> result;
-        for (std::uint32_t entry = fileOffset(directory(1)); at<std::uint32_t>(entry + 12) != 0; entry += 20) {
+        for (std::uint32_t entry = fileOffset(directory(1)); at<std::uint32_t>(entry + 12) != 0;
+             entry += 20) {
             std::string dll = text(fileOffset(at<std::uint32_t>(entry + 12)));
-            std::transform(dll.begin(), dll.end(), dll.begin(), [](unsigned char c) { return std::tolower(c); });
+            std::transform(dll.begin(), dll.end(), dll.begin(),
+                           [](unsigned char c) { return std::tolower(c); });
             std::uint32_t thunk = fileOffset(at<std::uint32_t>(entry));
             for (; at<std::uint64_t>(thunk) != 0; thunk += 8) {
                 result[dll].insert(text(fileOffset(at<std::uint32_t>(thunk)) + 2));
@@ -70,7 +72,7 @@ class PeFile {
         return result;
     }
 
-   private:
+ private:
     struct Section {
         std::uint32_t address, size, offset;
     };
@@ -81,7 +83,9 @@ class PeFile {
         if (offset + sizeof(T) <= m_bytes.size()) std::memcpy(&value, m_bytes.data() + offset, sizeof(T));
         return value;
     }
-    std::uint32_t directory(std::uint32_t index) const { return at<std::uint32_t>(m_optional + 112 + 8 * index); }
+    std::uint32_t directory(std::uint32_t index) const {
+        return at<std::uint32_t>(m_optional + 112 + 8 * index);
+    }
     std::uint32_t fileOffset(std::uint32_t address) const {
         for (const Section& section : m_sections) {
             if (address >= section.address && address < section.address + section.size) {
@@ -91,7 +95,9 @@ class PeFile {
         ADD_FAILURE() << "address outside every section: " << address;
         return 0;
     }
-    std::string text(std::uint32_t offset) const { return reinterpret_cast<const char*>(m_bytes.data() + offset); }
+    std::string text(std::uint32_t offset) const {
+        return reinterpret_cast<const char*>(m_bytes.data() + offset);
+    }
 
     Bytes m_bytes;
     std::uint32_t m_pe = 0;
@@ -101,7 +107,7 @@ class PeFile {
 
 /// The module mapped as data, for its resources.
 class DataModule {
-   public:
+ public:
     explicit DataModule(const std::string& path)
         : m_module(LoadLibraryExA(path.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE)) {}
     DataModule(const DataModule&) = delete;
@@ -115,7 +121,7 @@ class DataModule {
         return Bytes(data, data + SizeofResource(m_module, found));
     }
 
-   private:
+ private:
     HMODULE m_module;
 };
 
@@ -146,10 +152,10 @@ TEST(Artefact, ExportsTheEntryPointAndNothingElse) {
 
 TEST(Artefact, ImportsTheWholeCodecInterface) {
     const std::set<std::string> expected = {
-        "orvantis_library_init",    "orvantis_library_close", "orvantis_open",
-        "orvantis_close",           "orvantis_decompress_query", "orvantis_decompress_begin",
-        "orvantis_decompress",      "orvantis_decompress_end", "orvantis_get_string",
-        "orvantis_get_param",       "orvantis_compress_query"};
+        "orvantis_library_init", "orvantis_library_close",    "orvantis_open",
+        "orvantis_close",        "orvantis_decompress_query", "orvantis_decompress_begin",
+        "orvantis_decompress",   "orvantis_decompress_end",   "orvantis_get_string",
+        "orvantis_get_param",    "orvantis_compress_query"};
     EXPECT_EQ(PeFile(pluginPath()).imports()["orvantis_common64.dll"], expected);
 }
 

@@ -1,5 +1,5 @@
-// What every integration test starts from: a simulated host, the built plug-in loaded from its file, and the check at
-// the end that everything the host lent came back and no rule of the host was broken.
+// What every integration test starts from: a simulated host, the built plug-in loaded from its file, and the
+// check at the end that everything the host lent came back and no rule of the host was broken.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -16,9 +16,10 @@
 #include "tests/integration/plugin_path.h"
 
 class PluginTest : public ::testing::Test {
-   protected:
+ protected:
     /// Loads the plug-in into a host of this profile. Once per test.
-    void start(const simhost::HostProfile& profile = simhost::defaultProfile(), simhost::HostOptions options = {}) {
+    void start(const simhost::HostProfile& profile = simhost::defaultProfile(),
+               simhost::HostOptions options = {}) {
         m_host = std::make_unique<simhost::Host>(profile, options);
         m_plugin = std::make_unique<simhost::Plugin>(pluginPath(), codecFolder());
         m_importer = std::make_unique<simhost::Importer>(*m_host, *m_plugin);
@@ -49,7 +50,7 @@ class PluginTest : public ::testing::Test {
         EXPECT_TRUE(m_host->isClean()) << m_host->report();
     }
 
-   private:
+ private:
     std::unique_ptr<simhost::Host> m_host;
     std::unique_ptr<simhost::Plugin> m_plugin;
     std::unique_ptr<simhost::Importer> m_importer;

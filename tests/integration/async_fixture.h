@@ -1,0 +1,132 @@
+// A clip whose every frame shows its own number, opened through the synchronous importer, and the means to
+// hold decode tasks until the test says go.
+#pragma once
+
+#include <condition_variable>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "host/pixel_formats.h"
+#include "host/record_values.h"
+#include "tests/integration/plugin_test.h"
+#include "tests/support/avi_builder/avi_builder.h"
+#include "tests/support/temp_folder.h"
+
+inline constexpr std::int32_t kClipWidth = 16;
+inline constexpr std::int32_t kClipHeight = 8;
+inline constexpr std::uint32_t kClipFrames = 40;
+
+/// Every byte of frame `index`'s picture.
+inline std::uint8_t frameValue(std::uint32_t index) {
+    return static_cast<std::uint8_t>(3 * index + 7);
+}
+
+/// Eight-bit RGB at 25 frames a second, with one stereo stream.
+inline std::string numberedClip() {
+    using namespace orvantis::test;
+    AviBuilder avi;
+    avi.addStream(videoStream("O8RG", kClipWidth, kClipHeight, 25, 1)).addStream(pcmStream(2, 48000, 16));
+    for (std::uint32_t i = 0; i < kClipFrames; ++i) {
+        avi.addFilledChunk(0, 3 * kClipWidth * kClipHeight, frameValue(i)).addFilledChunk(1, 4 * 1920, 0x11);
+    }
+    const Bytes bytes = avi.build();
+    return std::string(bytes.begin(), bytes.end());
+}
+
+inline std::vector<host::imFrameFormat> anySize(std::uint32_t pixelFormat) {
+    return {{0, 0, pixelFormat}};
+}
+
+/// True when the frame is the picture of that number, in any of the 8-bit RGB formats.
+inline bool showsFrame(const simhost::Frame& frame, std::uint32_t index) {
+    const std::uint8_t value = frameValue(index);
+    const bool alphaFirst = frame.pixelFormat() == host::PrPixelFormat_ARGB_4444_8u ||
+                            frame.pixelFormat() == host::PrPixelFormat_XRGB_4444_8u;
+    const std::size_t alpha = alphaFirst ? 0 : 3;
+    const std::vector<std::uint8_t> picture = frame.picture();
+    if (picture.size() != 4u * kClipWidth * kClipHeight) return false;
+    for (std::size_t i = 0; i < picture.size(); ++i) {
+        if (i % 4 != alpha && picture[i] != value) return false;
+    }
+    return true;
+}
+
+/// Holds every call of one host service until it is opened. Decode tasks create their frame under the decode
+/// mutex, so holding CreatePPix holds the one task that decodes.
+class ServiceGate {
+ public:
+    ServiceGate(simhost::Host& host, simhost::Service service) : m_host(host) {
+        m_host.setHook([this, service](simhost::Service called) {
+            if (called == service) pass();
+        });
+    }
+    ServiceGate(const ServiceGate&) = delete;
+    ServiceGate& operator=(const ServiceGate&) = delete;
+    ~ServiceGate() { open(); }
+
+    /// Waits until a call stands at the closed gate.
+    void waitForArrival() {
+        std::unique_lock lock(m_mutex);
+        m_changed.wait(lock, [this] { return m_waiting > 0; });
+    }
+    void open() {
+        const std::lock_guard lock(m_mutex);
+        m_open = true;
+        m_changed.notify_all();
+    }
+
+ private:
+    void pass() {
+        std::unique_lock lock(m_mutex);
+        ++m_waiting;
+        m_changed.notify_all();
+        m_changed.wait(lock, [this] { return m_open; });
+        --m_waiting;
+    }
+
+    simhost::Host& m_host;
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    int m_waiting = 0;
+    bool m_open = false;
+};
+
+class AsyncTest : public PluginTest {
+ protected:
+    void openClip(const simhost::HostProfile& profile = simhost::defaultProfile()) {
+        orvantis::test::writeFile(clipPath(), numberedClip());
+        ASSERT_NO_FATAL_FAILURE(startAndInit(profile));
+        m_clip.emplace(importer(), orvantis::test::utf8Path(clipPath()));
+        ASSERT_EQ(m_clip->openResult(), host::imNoErr);
+        ASSERT_EQ(m_clip->getInfo(0).result, host::imNoErr);
+    }
+    void openAsync() {
+        ASSERT_NO_FATAL_FAILURE(openClip());
+        m_async = std::make_unique<simhost::AsyncClip>(*m_clip);
+        ASSERT_EQ(m_async->creation().result, host::imNoErr);
+    }
+    void TearDown() override {
+        m_async.reset();
+        m_clip.reset();
+        PluginTest::TearDown();
+    }
+
+    std::filesystem::path clipPath() const { return m_folder / "numbered.avi"; }
+    simhost::Clip& clip() { return *m_clip; }
+    simhost::AsyncClip& async() { return *m_async; }
+    void dropClip() { m_clip.reset(); }
+    void dropAsync() { m_async.reset(); }
+    host::PrTime timeOf(std::uint32_t index) {
+        return simhost::firstTickOfFrame(index, 25, 1, host().ticksPerSecond());
+    }
+
+ private:
+    orvantis::test::TempFolder m_folder;
+    std::optional<simhost::Clip> m_clip;
+    std::unique_ptr<simhost::AsyncClip> m_async;
+};

@@ -11,7 +11,7 @@ namespace {
 
 HANDLE openSemaphore(const std::string& name, const char* kind) {
     const std::wstring fullName = wideFromUtf8("Local\\orvantis_standin_" + name + kind);
-    const HANDLE semaphore = CreateSemaphoreW(nullptr, 0, LONG_MAX, fullName.c_str());
+    HANDLE semaphore = CreateSemaphoreW(nullptr, 0, LONG_MAX, fullName.c_str());
     if (semaphore == nullptr) {
         throw std::runtime_error("could not open the gate '" + name + "'");
     }

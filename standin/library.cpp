@@ -24,17 +24,18 @@ std::int32_t code(Error error) {
     return static_cast<std::int32_t>(error);
 }
 
+bool isUsable(const void* bytes, std::uint64_t count) {
+    return bytes != nullptr && count <= kMaxByteCount;
+}
+
 Error readFormat(const void* format, std::uint64_t formatBytes, StreamFormat& stream) {
-    if (format == nullptr || formatBytes > kMaxByteCount) {
-        return Error::kInvalidArgument;
-    }
     return parseStreamFormat(
         {static_cast<const std::uint8_t*>(format), static_cast<std::size_t>(formatBytes)}, stream);
 }
 
 Error query(const void* format, std::uint64_t formatBytes, const OrvantisFrameFormat* output,
             OrvantisFrameFormat* result) {
-    if (result == nullptr) {
+    if (!isUsable(format, formatBytes) || result == nullptr) {
         return Error::kInvalidArgument;
     }
     StreamFormat stream;
@@ -54,7 +55,7 @@ Error query(const void* format, std::uint64_t formatBytes, const OrvantisFrameFo
 
 Error begin(std::unique_ptr<Conversion>& conversion, const void* format, std::uint64_t formatBytes,
             const OrvantisFrameFormat* output, OrvantisFrameFormat* produced) {
-    if (output == nullptr || produced == nullptr) {
+    if (!isUsable(format, formatBytes) || output == nullptr || produced == nullptr) {
         return Error::kInvalidArgument;
     }
     if (conversion != nullptr) {
@@ -195,7 +196,8 @@ void Library::trace(const Settings& settings, Text text) noexcept {
     try {
         m_trace.append(settings.texts.log, text());
     } catch (const std::exception& exception) {
-        std::fprintf(stderr, "orvantis_common64 stand-in: trace line lost: %s\n", exception.what());
+        static_cast<void>(
+            std::fprintf(stderr, "orvantis_common64 stand-in: trace line lost: %s\n", exception.what()));
     }
 }
 
@@ -206,7 +208,7 @@ std::int32_t Library::run(Function function, Work work, Arguments arguments) noe
     try {
         call = enter(function);
     } catch (const std::exception& exception) {
-        std::fprintf(stderr, "orvantis_common64 stand-in: %s\n", exception.what());
+        static_cast<void>(std::fprintf(stderr, "orvantis_common64 stand-in: %s\n", exception.what()));
         return code(Error::kMalformedSettings);
     }
     std::int32_t result = call.injected.value_or(0);
@@ -356,7 +358,7 @@ Error Library::decode(const Call& call, const Session& session, const void* fram
         injected = *call.injected;
         return Error::kInjectedFault;
     }
-    if (frame == nullptr || frameBytes > kMaxByteCount || out == nullptr) {
+    if (!isUsable(frame, frameBytes) || out == nullptr) {
         return Error::kInvalidArgument;
     }
     if (session.conversion == nullptr) {

@@ -1,10 +1,10 @@
 #include "standin/trace.h"
 
 #include <algorithm>
-#include <cinttypes>
-#include <cstdio>
+#include <charconv>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 
 namespace orvantis::standin {
 namespace {
@@ -65,9 +65,9 @@ std::string traceBytes(const void* bytes, std::uint64_t count) {
 }
 
 std::string traceHandle(std::uint32_t handle) {
-    char text[16];
-    std::snprintf(text, sizeof(text), "0x%" PRIx32, handle);
-    return text;
+    char digits[8];
+    const auto end = std::to_chars(std::begin(digits), std::end(digits), handle, 16).ptr;
+    return "0x" + std::string(digits, end);
 }
 
 }  // namespace orvantis::standin

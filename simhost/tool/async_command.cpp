@@ -1,0 +1,198 @@
+// async: plays a clip through the asynchronous importer, compares each frame with the synchronous one, and
+// measures both.
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "simhost/async_clip.h"
+#include "simhost/session.h"
+#include "simhost/tool/commands.h"
+#include "simhost/tool/frame_range.h"
+#include "simhost/tool/hosted_run.h"
+#include "simhost/tool/play_order.h"
+#include "simhost/tool/progress.h"
+#include "simhost/tool/tool_error.h"
+
+namespace simhost::tool {
+namespace {
+
+struct Options {
+    std::string file;
+    std::uint32_t ahead = 4;
+    std::string pattern = "sequential";
+    std::string range = "all";
+    std::string format;
+    std::uint32_t seed = 1;
+};
+
+using Clock = std::chrono::steady_clock;
+
+double secondsSince(Clock::time_point start) {
+    return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+// What one way of playing took: all of it, and the part that the host spent waiting for the plug-in. The rest
+// is the host's own work on the frames, here the reading of every byte for the comparison.
+struct Timing {
+    double total = 0.0;
+    double waiting = 0.0;
+};
+
+struct Player {
+    HostedRun& hosted;
+    const Clip& clip;
+    std::vector<std::uint32_t> order;
+    host::imFrameFormat wanted[1];
+    std::unordered_map<std::uint32_t, std::uint64_t> hashes;
+    std::vector<std::uint32_t> differing;
+
+    static std::uint64_t hashOf(const Frame& frame) {
+        std::uint64_t hash = hashBytes(nullptr, 0);
+        for (std::int32_t y = 0; y < frame.height(); ++y) {
+            const auto row = frame.pictureRow(y);
+            hash = hashBytes(row.data(), row.size(), hash);
+        }
+        return hash;
+    }
+
+    [[noreturn]] static void refused(const char* way, std::uint32_t index, std::int32_t result) {
+        throw ToolError(kFailed, std::string(way) + " frame " + std::to_string(index) + ": result " +
+                                     std::to_string(result));
+    }
+
+    Timing playSynchronously() {
+        Progress progress(hosted.progress(), "synchronous ", order.size());
+        Timing out;
+        const auto start = Clock::now();
+        for (const std::uint32_t index : order) {
+            const auto asked = Clock::now();
+            const FrameAnswer answer = clip.getSourceVideo(clip.frameTime(index), wanted);
+            out.waiting += secondsSince(asked);
+            if (!answer.frame) {
+                refused("synchronous", index, answer.result);
+            }
+            hashes[index] = hashOf(*answer.frame);
+            progress.advance();
+        }
+        out.total = secondsSince(start);
+        return out;
+    }
+
+    Timing playAsynchronously(const AsyncClip& async, std::uint32_t ahead) {
+        Progress progress(hosted.progress(), "asynchronous", order.size());
+        Timing out;
+        const auto start = Clock::now();
+        std::size_t announced = 0;
+        for (std::size_t at = 0; at < order.size(); ++at) {
+            const auto asked = Clock::now();
+            for (; announced < order.size() && announced <= at + ahead; ++announced) {
+                const std::int32_t result = async.initiate(clip.frameTime(order[announced]), wanted);
+                if (result != host::aiNoError) {
+                    refused("announced", order[announced], result);
+                }
+            }
+            const FrameAnswer answer = async.getFrame(clip.frameTime(order[at]), wanted);
+            out.waiting += secondsSince(asked);
+            if (!answer.frame) {
+                refused("asynchronous", order[at], answer.result);
+            }
+            if (hashOf(*answer.frame) != hashes[order[at]]) {
+                differing.push_back(order[at]);
+            }
+            progress.advance();
+        }
+        out.total = secondsSince(start);
+        return out;
+    }
+};
+
+void print(const char* way, const Timing& timing, std::size_t frames) {
+    const double count = static_cast<double>(frames);
+    std::printf("%s %9.1f frames/s, of that waiting %6.2f ms a frame\n", way,
+                timing.total > 0 ? count / timing.total : 0.0, timing.waiting * 1000.0 / count);
+}
+
+std::uint32_t chosenFormat(const Options& options, const Clip& clip) {
+    if (!options.format.empty()) {
+        const auto format = pixelFormatFromText(options.format);
+        if (!format) {
+            throw ToolError(kUsage, "there is no pixel format '" + options.format + "'");
+        }
+        return *format;
+    }
+    const auto offered = clip.pixelFormats().formats;
+    if (offered.empty()) {
+        throw ToolError(kFailed, "the plug-in offers no pixel format");
+    }
+    return offered.front();
+}
+
+int run(const GlobalOptions& global, const Options& options) {
+    const auto range = parseFrameRange(options.range);
+    const auto pattern = parsePlayPattern(options.pattern);
+    if (!range || !pattern) {
+        throw ToolError(kUsage, "'" + (range ? options.pattern : options.range) + "' is no " +
+                                    (range ? "pattern" : "range of frames"));
+    }
+    return runHosted(global, [&](HostedRun& hosted) {
+        Answer<host::imFileInfoRec8> info;
+        const auto clip = hosted.open(options.file, 0, info);
+        const auto frames = framesOf(*range, frameCount(info.record));
+        if (frames.empty()) {
+            throw ToolError(kFailed, "the clip has no such frames");
+        }
+        const std::uint32_t format = chosenFormat(options, *clip);
+        Player player{hosted, *clip, playOrder(*pattern, frames, options.seed), {{0, 0, format}}, {}, {}};
+        AsyncClip async = clip->createAsync();
+        if (!async.isOpen()) {
+            throw ToolError(kFailed, "the plug-in answered imCreateAsyncImporter with " +
+                                         resultText(async.creation().result));
+        }
+        const Timing synchronous = player.playSynchronously();
+        const Timing asynchronous = player.playAsynchronously(async, options.ahead);
+        (void)async.flush();
+        (void)async.close();
+
+        std::printf("%zu frames, %s, %u ahead, %s", player.order.size(), options.pattern.c_str(),
+                    options.ahead, pixelFormatName(format));
+        std::printf(*pattern == PlayPattern::kRandom ? ", seed %u\n" : "\n", options.seed);
+        print("synchronous: ", synchronous, player.order.size());
+        print("asynchronous:", asynchronous, player.order.size());
+        const double hidden =
+            synchronous.waiting > 0 ? std::max(0.0, 1.0 - asynchronous.waiting / synchronous.waiting) : 0.0;
+        std::printf("overlap: %.0f %% of the waiting is hidden behind the host's work\n", hidden * 100.0);
+        if (player.differing.empty()) {
+            std::printf("all frames are identical\n");
+            return kSuccess;
+        }
+        std::printf("%zu frames differ, the first is %u\n", player.differing.size(),
+                    player.differing.front());
+        return kBrokenRule;
+    });
+}
+
+}  // namespace
+
+Command addAsyncCommand(CLI::App& app) {
+    auto options = std::make_shared<Options>();
+    CLI::App* parser = app.add_subcommand(
+        "async", "Play a clip through the asynchronous importer and compare it with the synchronous one");
+    parser->add_option("FILE", options->file, "AVI file")->required();
+    parser->add_option("--ahead", options->ahead, "Frames announced ahead of the one that is collected")
+        ->capture_default_str()
+        ->check(CLI::Range(0, 1000));
+    parser->add_option("--pattern", options->pattern, "sequential, scrub, reverse or random")
+        ->capture_default_str();
+    parser->add_option("--range", options->range, "Frames: FIRST[:LAST[:STEP]] with LAST included, or all")
+        ->capture_default_str();
+    parser->add_option("--format", options->format, "Pixel format (default: the first offered)");
+    parser->add_option("--seed", options->seed, "Seed of the random pattern")->capture_default_str();
+    return {parser, [options](const GlobalOptions& global) { return run(global, *options); }};
+}
+
+}  // namespace simhost::tool

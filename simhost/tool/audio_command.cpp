@@ -1,0 +1,148 @@
+// audio: delivers the samples of a stream as a WAV file and as a picture.
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "simhost/tool/commands.h"
+#include "simhost/tool/hosted_run.h"
+#include "simhost/tool/output_file.h"
+#include "simhost/tool/png.h"
+#include "simhost/tool/progress.h"
+#include "simhost/tool/tool_error.h"
+#include "simhost/tool/wav.h"
+#include "simhost/tool/waveform.h"
+
+namespace simhost::tool {
+namespace {
+
+struct Options {
+    std::string file;
+    std::int32_t stream = 0;
+    std::string wav;
+    std::string waveform;
+};
+
+constexpr std::uint32_t kMostChannels = 32;
+constexpr std::uint32_t kBlock = 48000;
+
+std::vector<std::uint32_t> labelsOf(const Clip& clip, std::uint32_t channels) {
+    const auto answer = clip.channelLayout();
+    std::vector<std::uint32_t> out;
+    for (std::uint32_t i = 0; answer.result == host::imNoErr && i < channels; ++i) {
+        const std::uint32_t label = answer.record.outChannelLabels[i];
+        const std::uint32_t before = answer.before.outChannelLabels[i];
+        if (label == before) {
+            return {};
+        }
+        out.push_back(label);
+    }
+    return out;
+}
+
+void interleave(const AudioAnswer& answer, std::vector<std::uint8_t>& out) {
+    const std::size_t channels = answer.channels.size();
+    const std::size_t frames = answer.channels.front().size();
+    out.resize(frames * channels * sizeof(float));
+    for (std::size_t frame = 0; frame < frames; ++frame) {
+        for (std::size_t channel = 0; channel < channels; ++channel) {
+            std::memcpy(out.data() + (frame * channels + channel) * sizeof(float),
+                        &answer.channels[channel][frame], sizeof(float));
+        }
+    }
+}
+
+void deliver(const HostedRun& hosted, const Options& options, const Clip& clip,
+             const host::imFileInfoRec8& info) {
+    const auto channels = static_cast<std::uint32_t>(byValue(info.audInfo.numChannels));
+    const auto rate =
+        static_cast<std::uint32_t>(std::lround(std::max(byValue(info.audInfo.sampleRate), 0.0F)));
+    const auto total = static_cast<std::uint64_t>(std::max<std::int64_t>(info.audDuration, 0));
+    if (channels == 0 || channels > kMostChannels) {
+        throw ToolError(kFailed, "the plug-in told " + std::to_string(channels) + " audio channels");
+    }
+    const std::vector<std::uint32_t> labels = labelsOf(clip, channels);
+    std::vector<std::string> names;
+    for (std::uint32_t i = 0; i < channels; ++i) {
+        names.push_back(std::to_string(i) +
+                        (labels.empty() ? "" : std::string(" ") + channelLabelName(labels[i])));
+    }
+    std::optional<OutputFile> wav;
+    if (!options.wav.empty()) {
+        const auto header = wavHeader(channels, rate, labels.empty() ? 0 : channelMask(labels), total);
+        if (!header) {
+            throw ToolError(kNoOutput, "the sound is too long for a WAV file");
+        }
+        wav.emplace(options.wav);
+        wav->write(*header);
+    }
+    std::optional<Waveform> waveform;
+    if (!options.waveform.empty()) {
+        waveform.emplace(channels, total);
+    }
+    {
+        Progress progress(hosted.progress(), "sample frames", total);
+        std::vector<std::uint8_t> bytes;
+        for (std::uint64_t at = 0; at < total; at += kBlock) {
+            const auto size = static_cast<std::uint32_t>(std::min<std::uint64_t>(kBlock, total - at));
+            const AudioAnswer answer = clip.importAudio(static_cast<std::int64_t>(at), size, channels);
+            if (answer.result != host::imNoErr) {
+                throw ToolError(kFailed,
+                                "sample frame " + std::to_string(at) + ": " + resultText(answer.result));
+            }
+            if (wav) {
+                interleave(answer, bytes);
+                wav->write(bytes);
+            }
+            for (std::uint32_t channel = 0; waveform && channel < channels; ++channel) {
+                waveform->add(channel, answer.channels[channel]);
+            }
+            progress.advance(size);
+        }
+    }
+    if (wav) {
+        wav->finish();
+        std::printf("%llu sample frames of %u channels at %u Hz in %s\n",
+                    static_cast<unsigned long long>(total), channels, rate, options.wav.c_str());
+    }
+    if (waveform) {
+        writeFile(options.waveform, encodePng(waveform->render(names)));
+        std::printf("waveform in %s\n", options.waveform.c_str());
+    }
+}
+
+int run(const GlobalOptions& global, const Options& options) {
+    if (options.wav.empty() && options.waveform.empty()) {
+        throw ToolError(kUsage, "nothing to write: give --out or --waveform");
+    }
+    return runHosted(global, [&options](HostedRun& hosted) {
+        Answer<host::imFileInfoRec8> info;
+        const auto clip = hosted.open(options.file, options.stream, info);
+        if (info.record.hasAudio != 1) {
+            throw ToolError(kFailed, "the file has no audio stream " + std::to_string(options.stream));
+        }
+        deliver(hosted, options, *clip, info.record);
+        return kSuccess;
+    });
+}
+
+}  // namespace
+
+Command addAudioCommand(CLI::App& app) {
+    auto options = std::make_shared<Options>();
+    CLI::App* parser = app.add_subcommand("audio", "Write the sound of a stream as WAV, or draw it");
+    parser->add_option("FILE", options->file, "AVI file")->required();
+    parser->add_option("--stream", options->stream, "Number of the audio stream, from 0")
+        ->capture_default_str()
+        ->check(CLI::NonNegativeNumber);
+    parser->add_option("--out", options->wav, "WAV file of 32-bit float samples");
+    parser->add_option("--waveform", options->waveform, "PNG file with the waveform of each channel");
+    return {parser, [options](const GlobalOptions& global) { return run(global, *options); }};
+}
+
+}  // namespace simhost::tool

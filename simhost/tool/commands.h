@@ -1,0 +1,25 @@
+// The commands of the tool. Each adds itself to the parser; what it returns runs it and gives the exit code.
+// Failures are ToolErrors. Main thread only.
+#pragma once
+
+#include <functional>
+
+namespace CLI {
+class App;
+}
+
+namespace simhost::tool {
+
+struct GlobalOptions;
+
+struct Command {
+    CLI::App* parser;
+    std::function<int(const GlobalOptions&)> run;
+};
+
+Command addInfoCommand(CLI::App& app);
+Command addFramesCommand(CLI::App& app);
+Command addAudioCommand(CLI::App& app);
+Command addAsyncCommand(CLI::App& app);
+
+}  // namespace simhost::tool

@@ -1,0 +1,73 @@
+// One run of the tool with a plug-in under a simulated host: loads, starts, and at the end shuts down and
+// tells what the plug-in left behind. Main thread only.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "simhost/clip.h"
+#include "simhost/host.h"
+#include "simhost/importer.h"
+#include "simhost/plugin.h"
+
+namespace simhost::tool {
+
+/// The options that every command has.
+struct GlobalOptions {
+    std::string plugin;       ///< empty: beside the program
+    std::string codecFolder;  ///< empty: ../standin of the program, if there is one
+    std::string profile = "default";
+    bool log = false;
+    bool progress = false;
+};
+
+class HostedRun {
+ public:
+    /// Loads the plug-in and sends imInit. Throws ToolError.
+    explicit HostedRun(const GlobalOptions& options);
+    HostedRun(const HostedRun&) = delete;
+    HostedRun& operator=(const HostedRun&) = delete;
+    ~HostedRun();
+
+    Host& host() noexcept { return *m_host; }
+    const Importer& importer() const noexcept { return *m_importer; }
+    const std::string& pluginPath() const noexcept { return m_plugin->path(); }
+    const Answer<host::imImportInfoRec>& initAnswer() const noexcept { return m_init; }
+    bool progress() const noexcept { return m_progress; }
+
+    /// Opens a file and asks for the description of a stream. Throws ToolError when the plug-in refuses
+    /// either.
+    std::unique_ptr<Clip> open(const std::string& pathUtf8, std::int32_t streamIndex,
+                               Answer<host::imFileInfoRec8>& info) const;
+
+    /// imShutdown, and what is to be told on the error stream. `result` unless that was success and a rule
+    /// was broken.
+    int finish(int result);
+
+ private:
+    void shutDown();
+
+    bool m_progress;
+    std::unique_ptr<Host> m_host;
+    std::unique_ptr<Plugin> m_plugin;
+    std::optional<Importer> m_importer;
+    Answer<host::imImportInfoRec> m_init;
+    bool m_started = false;
+    bool m_log = false;
+    std::vector<std::string> m_logsBefore;
+};
+
+/// Runs `work` on a HostedRun and gives the exit code; a ToolError of it is told on the error stream before
+/// the plug-in is shut down.
+int runHosted(const GlobalOptions& options, const std::function<int(HostedRun&)>& work);
+
+/// "imBadFile (2)".
+std::string resultText(std::int32_t result);
+
+/// Number of frames of a described stream.
+std::uint32_t frameCount(const host::imFileInfoRec8& info) noexcept;
+
+}  // namespace simhost::tool

@@ -1,0 +1,284 @@
+// info: everything that the plug-in tells the host about itself and about a file, as text or JSON.
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "host/audio_codes.h"
+#include "host/four_char_codes.h"
+#include "host/record_values.h"
+#include "simhost/text.h"
+#include "simhost/tool/commands.h"
+#include "simhost/tool/hosted_run.h"
+#include "simhost/tool/tool_error.h"
+#include "simhost/tool/wav.h"
+
+namespace simhost::tool {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+struct Options {
+    std::string file;
+    bool json = false;
+};
+
+const char* sampleTypeName(std::uint32_t type) {
+    switch (type) {
+        case host::kPrAudioSampleType_8BitInt:
+            return "8-bit integer";
+        case host::kPrAudioSampleType_16BitInt:
+            return "16-bit integer";
+        case host::kPrAudioSampleType_24BitInt:
+            return "24-bit integer";
+        case host::kPrAudioSampleType_32BitInt:
+            return "32-bit integer";
+        case host::kPrAudioSampleType_32BitFloat:
+            return "32-bit float";
+        default:
+            return "other";
+    }
+}
+
+const char* fieldTypeName(std::int8_t type) {
+    constexpr const char* kNames[] = {"progressive", "upper field first", "lower field first", "unknown"};
+    return type >= 0 && type <= host::kFieldTypeUnknown ? kNames[type] : "unknown";
+}
+
+const char* alphaTypeName(std::int8_t type) {
+    return type == host::kAlphaTypeStraight ? "straight" : type == host::kAlphaTypeNone ? "none" : "other";
+}
+
+// Text in a field of fixed size.
+template <std::size_t N>
+std::string fieldText(const char (&field)[N]) {
+    return {field, std::find(field, field + N, '\0')};
+}
+
+Json aboutPlugin(const HostedRun& run) {
+    const host::imImportInfoRec& record = run.initAnswer().record;
+    Json out;
+    out["path"] = run.pluginPath();
+    out["priority"] = byValue(record.priority);
+    out["avoidAudioConform"] = byValue(record.avoidAudioConform);
+    out["supports8"] = run.importer().getSupports8() == host::malSupports8;
+    out["formats"] = Json::array();
+    for (std::uint32_t index = 0; index < 100; ++index) {
+        const auto answer = run.importer().getIndFormat(index);
+        if (answer.result != host::imNoErr) {
+            break;
+        }
+        const host::imIndFormatRec& format = answer.record;
+        Json extensions = Json::array();
+        for (const char* at = format.PlatformExtension;
+             *at != '\0' && at < std::end(format.PlatformExtension);) {
+            const std::string extension(at, std::find(at, std::end(format.PlatformExtension), '\0'));
+            extensions.push_back(extension);
+            at += extension.size() + 1;
+        }
+        const auto type = static_cast<std::uint32_t>(byValue(format.filetype));
+        Json subTypes = Json::array();
+        for (const SubTypeName& name : run.importer().getSubTypeNames(type).names) {
+            subTypes.push_back({{"code", codeText(name.code, true)}, {"name", name.nameUtf8}});
+        }
+        out["formats"].push_back({{"fileType", codeText(type, true)},
+                                  {"name", fieldText(format.FormatName)},
+                                  {"shortName", fieldText(format.FormatShortName)},
+                                  {"extensions", extensions},
+                                  {"subTypes", subTypes}});
+    }
+    return out;
+}
+
+Json aboutVideo(const host::imFileInfoRec8& info) {
+    const host::imImageInfoRec& video = info.vidInfo;
+    const std::int32_t rate = info.vidScale;
+    const std::int32_t duration = info.vidSampleSize;
+    return {{"width", byValue(video.imageWidth)},
+            {"height", byValue(video.imageHeight)},
+            {"depth", byValue(video.depth)},
+            {"subType", codeText(static_cast<std::uint32_t>(byValue(video.subType)), true)},
+            {"fields", fieldTypeName(video.fieldType)},
+            {"alpha", alphaTypeName(video.alphaType)},
+            {"pixelAspect", {byValue(video.pixelAspectNum), byValue(video.pixelAspectDen)}},
+            {"rate", rate},
+            {"frameDuration", duration},
+            {"framesPerSecond", duration == 0 ? Json() : Json(static_cast<double>(rate) / duration)},
+            {"duration", byValue(info.vidDuration)},
+            {"frames", frameCount(info)},
+            {"supportsAsync", byValue(video.supportsAsyncIO) != 0},
+            {"supportsGetSourceVideo", byValue(video.supportsGetSourceVideo) != 0}};
+}
+
+Json aboutAudio(const Clip& clip, const host::imFileInfoRec8& info) {
+    const host::imAudioInfoRec7& audio = info.audInfo;
+    const float rate = audio.sampleRate;
+    const std::uint32_t type = audio.sampleType;
+    const std::int64_t sampleFrames = info.audDuration;
+    Json out = {
+        {"channels", byValue(audio.numChannels)},
+        {"sampleRate", rate},
+        {"sampleType", sampleTypeName(type)},
+        {"sampleTypeCode", type},
+        {"sampleFrames", sampleFrames},
+        {"seconds", rate > 0 ? Json(static_cast<double>(sampleFrames) / static_cast<double>(rate)) : Json()}};
+    const auto layout = clip.channelLayout();
+    out["channelLayoutResult"] = layout.result;
+    if (layout.result == host::imNoErr) {
+        Json labels = Json::array();
+        const std::int32_t channels = std::clamp(byValue(audio.numChannels), 0, 32);
+        for (std::int32_t i = 0; i < channels; ++i) {
+            const std::uint32_t label = layout.record.outChannelLabels[i];
+            const std::uint32_t before = layout.before.outChannelLabels[i];
+            labels.push_back(label == before ? Json() : Json(channelLabelName(label)));
+        }
+        out["channelLabels"] = labels;
+    }
+    return out;
+}
+
+Json aboutDataRate(const Clip& clip, const host::imFileInfoRec8& info) {
+    const DataRates rates = clip.dataRates();
+    Json out = {{"result", rates.sizingResult != 0 ? rates.sizingResult : rates.result}};
+    std::uint64_t bytes = 0;
+    std::uint32_t least = rates.samples.empty() ? 0 : byValue(rates.samples.front().samplesize);
+    std::uint32_t most = 0;
+    for (const host::imDataSample& sample : rates.samples) {
+        const std::uint32_t size = sample.samplesize;
+        bytes += size;
+        least = std::min(least, size);
+        most = std::max(most, size);
+    }
+    out["samples"] = rates.samples.size();
+    out["bytes"] = bytes;
+    out["smallestFrame"] = least;
+    out["largestFrame"] = most;
+    const double seconds =
+        info.vidScale > 0 ? static_cast<double>(byValue(info.vidDuration)) / info.vidScale : 0.0;
+    out["bitsPerSecond"] = seconds > 0 ? Json(static_cast<double>(bytes) * 8.0 / seconds) : Json();
+    return out;
+}
+
+Json aboutFile(const HostedRun& run, const std::string& file) {
+    Answer<host::imFileInfoRec8> info;
+    const auto clip = run.open(file, 0, info);
+    Json out;
+    out["path"] = file;
+    out["streams"] = Json::array();
+    // What concerns the video is asked for while the plug-in has analysed stream 0, which alone carries it.
+    Json video;
+    if (info.record.hasVideo == 1) {
+        const PixelFormats offered = clip->pixelFormats();
+        for (const std::uint32_t format : offered.formats) {
+            video["pixelFormats"].push_back(
+                {{"code", codeText(format, false)}, {"name", pixelFormatName(format)}});
+        }
+        const AnalysisText text = clip->analysis(1 << 16);
+        video["analysisResult"] = text.result;
+        video["analysis"] = text.text;
+        video["dataRate"] = aboutDataRate(*clip, info.record);
+    }
+    for (const StreamInfo& stream : clip->walkStreams()) {
+        Json row = {{"index", stream.streamIndex}, {"result", stream.answer.result}};
+        // The layout is that of the stream described last.
+        (void)clip->getInfo(stream.streamIndex);
+        if (stream.answer.record.hasVideo == 1) {
+            row["video"] = aboutVideo(stream.answer.record);
+            row["video"].update(video);
+        }
+        if (stream.answer.record.hasAudio == 1) {
+            row["audio"] = aboutAudio(*clip, stream.answer.record);
+        }
+        out["streams"].push_back(row);
+    }
+    return out;
+}
+
+// ---- text ----
+
+std::string indented(const std::string& text, const std::string& indent) {
+    std::string out;
+    std::size_t at = 0;
+    while (at < text.size()) {
+        const std::size_t end = std::min(text.find('\n', at), text.size());
+        out += indent + text.substr(at, end - at) + "\n";
+        at = end + 1;
+    }
+    return out;
+}
+
+// A JSON value in a line of text.
+std::string plain(const Json& value) {
+    if (value.is_string()) {
+        return value.get<std::string>();
+    }
+    if (value.is_null()) {
+        return "none";
+    }
+    if (value.is_array()) {
+        std::string out;
+        for (const Json& item : value) {
+            const bool named = item.is_object() && item.contains("name");
+            out += (out.empty() ? "" : ", ") + (named ? plain(item["name"]) : plain(item));
+        }
+        return out;
+    }
+    return value.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+void printText(const Json& value, const std::string& indent) {
+    for (const auto& [key, item] : value.items()) {
+        const bool rows =
+            item.is_array() && !item.empty() && item.front().is_object() && !item.front().contains("code");
+        if (rows) {
+            for (const Json& row : item) {
+                std::printf("%s%s:\n", indent.c_str(), key.c_str());
+                printText(row, indent + "  ");
+            }
+        } else if (item.is_object()) {
+            std::printf("%s%s:\n", indent.c_str(), key.c_str());
+            printText(item, indent + "  ");
+        } else if (item.is_array() && !item.empty() && item.front().is_object()) {
+            std::printf("%s%s:\n", indent.c_str(), key.c_str());
+            for (const Json& row : item) {
+                std::printf("%s  [%s] %s\n", indent.c_str(), plain(row["code"]).c_str(),
+                            plain(row["name"]).c_str());
+            }
+        } else if (item.is_string() && item.get<std::string>().find('\n') != std::string::npos) {
+            std::printf("%s%s:\n%s", indent.c_str(), key.c_str(),
+                        indented(item.get<std::string>(), indent + "  | ").c_str());
+        } else {
+            std::printf("%s%s: %s\n", indent.c_str(), key.c_str(), plain(item).c_str());
+        }
+    }
+}
+
+int run(const GlobalOptions& global, const Options& options) {
+    return runHosted(global, [&options](HostedRun& hosted) {
+        Json out;
+        out["host"] = {{"profile", hosted.host().profile().name},
+                       {"interfaceVersion", hosted.host().profile().interfaceVersion}};
+        out["plugin"] = aboutPlugin(hosted);
+        out["file"] = aboutFile(hosted, options.file);
+        if (options.json) {
+            std::printf("%s\n", out.dump(2, ' ', false, Json::error_handler_t::replace).c_str());
+        } else {
+            printText(out, "");
+        }
+        return kSuccess;
+    });
+}
+
+}  // namespace
+
+Command addInfoCommand(CLI::App& app) {
+    auto options = std::make_shared<Options>();
+    CLI::App* parser = app.add_subcommand("info", "Tell what the plug-in says about itself and about a file");
+    parser->add_option("FILE", options->file, "AVI file")->required();
+    parser->add_flag("--json", options->json, "Write JSON");
+    return {parser, [options](const GlobalOptions& global) { return run(global, *options); }};
+}
+
+}  // namespace simhost::tool

@@ -1,0 +1,112 @@
+// Contact sheets and waveforms.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "simhost/tool/contact_sheet.h"
+#include "simhost/tool/waveform.h"
+
+namespace simhost::tool {
+namespace {
+
+Picture plain(std::int32_t width, std::int32_t height, int channels, int bits,
+              std::vector<std::uint16_t> pixel) {
+    Picture out;
+    out.width = width;
+    out.height = height;
+    out.channels = channels;
+    out.bits = bits;
+    for (std::int32_t i = 0; i < width * height; ++i) {
+        out.samples.insert(out.samples.end(), pixel.begin(), pixel.end());
+    }
+    return out;
+}
+
+std::vector<std::uint16_t> at(const Picture& picture, std::int32_t x, std::int32_t y) {
+    const std::uint16_t* pixel = picture.row(y) + std::ptrdiff_t{3} * x;
+    return {pixel, pixel + 3};
+}
+
+TEST(ContactSheetTest, PicturesAreScaledToTheCellAndKeepTheirColour) {
+    ContactSheet sheet(100);
+    sheet.add(plain(400, 200, 3, 16, {65535, 0, 32768}), "0");
+    sheet.add(plain(50, 20, 3, 8, {0, 255, 0}), "1");
+    sheet.add(plain(400, 200, 3, 8, {0, 0, 255}), "2");
+    const Picture out = sheet.render();
+    EXPECT_EQ(out.width, 8 + 2 * 108) << "two columns";
+    EXPECT_EQ(out.height, 8 + 2 * (50 + kTextHeight + 8));
+    EXPECT_EQ(at(out, 58, 33), (std::vector<std::uint16_t>{255, 0, 128}));
+    EXPECT_EQ(at(out, 116 + 49, 8 + 19), (std::vector<std::uint16_t>{0, 255, 0}));
+    EXPECT_NE(at(out, 116 + 50, 8 + 19), (std::vector<std::uint16_t>{0, 255, 0}));
+    EXPECT_EQ(at(out, 58, 8 + 70 + 25), (std::vector<std::uint16_t>{0, 0, 255}));
+}
+
+TEST(ContactSheetTest, ColumnsCanBeGiven) {
+    ContactSheet sheet(10);
+    for (int i = 0; i < 6; ++i) {
+        sheet.add(plain(10, 10, 3, 8, {1, 2, 3}), "");
+    }
+    EXPECT_EQ(sheet.render(6).width, 8 + 6 * 18);
+    EXPECT_EQ(sheet.render(6).height, 8 + 10 + kTextHeight + 8);
+    EXPECT_EQ(sheet.render(100).width, 8 + 6 * 18);
+}
+
+TEST(ContactSheetTest, TransparentPixelsShowTheGround) {
+    ContactSheet sheet(16);
+    sheet.add(plain(16, 16, 4, 8, {255, 255, 255, 0}), "");
+    const Picture out = sheet.render();
+    EXPECT_EQ(at(out, 8, 8), (std::vector<std::uint16_t>{150, 150, 150}));
+    EXPECT_EQ(at(out, 8 + 8, 8), (std::vector<std::uint16_t>{105, 105, 105}));
+}
+
+TEST(ContactSheetTest, AnExtremelyFlatPictureKeepsOneRow) {
+    ContactSheet sheet(10);
+    sheet.add(plain(4000, 1, 3, 8, {9, 9, 9}), "");
+    EXPECT_EQ(at(sheet.render(), 8, 8), (std::vector<std::uint16_t>{9, 9, 9}));
+}
+
+TEST(DrawTextTest, MarksPixelsInsideItsBoxAndIsCutAtTheEdge) {
+    Picture picture = plain(20, 12, 3, 8, {0, 0, 0});
+    drawText(picture, 0, 0, "H", 200);
+    const auto lit = std::count(picture.samples.begin(), picture.samples.end(), 200);
+    EXPECT_GT(lit, 3 * 8);
+    EXPECT_LT(lit, 3 * 60);
+    for (std::int32_t y = 0; y < 12; ++y) {
+        EXPECT_EQ(at(picture, textWidth("H"), y), (std::vector<std::uint16_t>{0, 0, 0}));
+    }
+    drawText(picture, 15, 8, "many more letters than fit\xC3\xA9", 100);
+    drawText(picture, -100, -100, "X", 100);
+    EXPECT_GT(std::count(picture.samples.begin(), picture.samples.end(), 100), 0);
+}
+
+TEST(WaveformTest, ColumnsSpanWhatTheirSamplesSpan) {
+    Waveform waveform(1, 200, 100);
+    std::vector<float> samples(200, 0.0F);
+    samples[100] = 0.5F;   // column 50
+    samples[101] = -0.5F;  // the same
+    waveform.add(0, std::span(samples).first(150));
+    waveform.add(0, std::span(samples).subspan(150));
+    const Picture out = waveform.render({});
+    const std::vector<std::uint16_t> wave = {120, 200, 255};
+    const auto height = [&](std::int32_t column) {
+        int count = 0;
+        for (std::int32_t y = 6; y < 126; ++y) {
+            count += at(out, 6 + column, y) == wave ? 1 : 0;
+        }
+        return count;
+    };
+    EXPECT_EQ(height(49), 1);
+    EXPECT_EQ(height(50), 60);
+    EXPECT_EQ(height(51), 1);
+}
+
+TEST(WaveformTest, SamplesBeyondFullScaleAreMarked) {
+    Waveform waveform(2, 10, 10);
+    waveform.add(1, std::vector<float>(10, 1.5F));
+    const Picture out = waveform.render({});
+    EXPECT_EQ(at(out, 6, 6 + 120 + kTextHeight + 6), (std::vector<std::uint16_t>{255, 80, 80}));
+    EXPECT_EQ(at(out, 6, 6), (std::vector<std::uint16_t>{24, 24, 24})) << "the channel without samples";
+}
+
+}  // namespace
+}  // namespace simhost::tool

@@ -6,7 +6,6 @@
 #include <cstdarg>
 #include <cstdlib>
 #include <mutex>
-#include <shared_mutex>
 
 #include "diag/diagnostic_log.h"
 #include "diag/never_destroyed.h"
@@ -29,9 +28,10 @@ struct LogState {
     const char* name = "orvantis_pr";    ///< set before the first line
     bool console = false;                ///< set before the first line
 
-    /// Guards `log`: shared while a line is written, exclusive while the log is opened or closed. So two
-    /// first lines open one file, and a closing log takes no line from under its writer.
-    std::shared_mutex guard;
+    /// Guards `log`, from before a line is written to after it: two first lines open one file, and closing takes no
+    /// line from under its writer. Lines are written one by one anyway, so nothing is lost by it. Not a shared mutex:
+    /// that of the mingw-w64 runtime fails when its first users meet.
+    std::mutex guard;
 };
 
 LogState& logState() {
@@ -42,14 +42,7 @@ LogState& logState() {
 
 ORVANTIS_PRINTF(2, 0)
 void writeLine(LogState& state, const char* format, std::va_list arguments) {
-    {
-        const std::shared_lock lock(state.guard);
-        if (state.log != nullptr) {
-            state.log->write(format, arguments);
-            return;
-        }
-    }
-    const std::unique_lock lock(state.guard);
+    const std::lock_guard lock(state.guard);
     if (state.log == nullptr) {
         state.log = std::make_unique<DiagnosticLog>(state.name, state.console);
     }
@@ -93,7 +86,7 @@ void logMessage(const char* format, ...) {
 
 void closeLog() {
     LogState& state = logState();
-    const std::unique_lock lock(state.guard);
+    const std::lock_guard lock(state.guard);
     if (state.log != nullptr) {
         state.log->writeLine("Log closed");
         state.log.reset();

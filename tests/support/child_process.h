@@ -28,7 +28,8 @@ class ChildProcess {
 /// The running program's own file.
 std::filesystem::path thisProgram();
 
-/// This process's number.
+/// The system's number of this process, and of the calling thread.
 std::uint32_t thisProcessId();
+std::uint32_t thisThreadId();
 
 }  // namespace orvantis::test

@@ -53,4 +53,8 @@ std::uint32_t thisProcessId() {
     return static_cast<std::uint32_t>(::getpid());
 }
 
+std::uint32_t thisThreadId() {
+    return static_cast<std::uint32_t>(::gettid());
+}
+
 }  // namespace orvantis::test

@@ -81,4 +81,8 @@ std::uint32_t thisProcessId() {
     return GetCurrentProcessId();
 }
 
+std::uint32_t thisThreadId() {
+    return GetCurrentThreadId();
+}
+
 }  // namespace orvantis::test

@@ -41,6 +41,14 @@ if(WIN32 AND NOT MSVC)
     endforeach()
 endif()
 
+# Only clang writes the debug information that lld turns into a PDB (see OrvantisReleaseFiles.cmake).
+if(ORVANTIS_PDB)
+    if(NOT WIN32 OR NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+        message(FATAL_ERROR "ORVANTIS_PDB needs a Windows build with clang and lld")
+    endif()
+    target_compile_options(orvantis_options INTERFACE -g -gcodeview)
+endif()
+
 if(ORVANTIS_SANITIZE)
     set(sanitize -fsanitize=${ORVANTIS_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_compile_options(orvantis_options INTERFACE ${sanitize})

@@ -1,0 +1,28 @@
+# CPack runs this after it has made the zips: compiles installer.nsi from the files that went into them, and writes the
+# installer's checksum.
+if(NOT CPACK_ORVANTIS_MAKENSIS)
+    return()
+endif()
+set(installer "${CPACK_PACKAGE_DIRECTORY}/${CPACK_PACKAGE_FILE_NAME}-setup.exe")
+
+# One folder with exactly the files to install, wherever CPack put each component. Symbols are not installed.
+set(stage "${CPACK_TOPLEVEL_DIRECTORY}/installer-stage")
+file(REMOVE_RECURSE "${stage}")
+file(MAKE_DIRECTORY "${stage}")
+foreach(component plugin tool texts)
+    file(GLOB_RECURSE files "${CPACK_TEMPORARY_DIRECTORY}/${component}/*")
+    file(COPY ${files} DESTINATION "${stage}")
+endforeach()
+
+set(defines "-DVERSION=${CPACK_PACKAGE_VERSION}" "-DSTAGE=${stage}" "-DOUTFILE=${installer}")
+if(EXISTS "${stage}/importer_host.exe")
+    list(APPEND defines -DHAVE_TOOL)
+endif()
+execute_process(
+    COMMAND "${CPACK_ORVANTIS_MAKENSIS}" -V2 -WX ${defines} "${CPACK_ORVANTIS_INSTALLER_SCRIPT}"
+    COMMAND_ERROR_IS_FATAL ANY)
+
+file(SHA256 "${installer}" sum)
+get_filename_component(name "${installer}" NAME)
+file(WRITE "${installer}.sha256" "${sum}  ${name}\n")
+message(STATUS "Installer: ${installer}")

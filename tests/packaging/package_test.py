@@ -1,0 +1,189 @@
+"""The zips, their checksums, the version in everything, and the symbols: read as files, nothing is run."""
+
+import hashlib
+import os
+import pathlib
+import re
+import subprocess
+import tempfile
+import unittest
+import zipfile
+import zlib
+
+import pe_file
+import settings
+
+
+def read_zip(path):
+    """Name to bytes; refuses a zip that names a file twice."""
+    with zipfile.ZipFile(path) as archive:
+        names = archive.namelist()
+        if len(names) != len(set(names)):
+            raise ValueError(f"{path} names a file twice")
+        return {name: archive.read(name) for name in names}
+
+
+def programs():
+    """Every program and library of the package, by file name."""
+    return {
+        name.removeprefix(settings.TOP): data for name, data in read_zip(settings.PACKAGE).items() if data[:2] == b"MZ"
+    }
+
+
+class ZipTest(unittest.TestCase):
+    def test_holds_exactly_the_release_files(self):
+        files = [settings.PLUGIN, *settings.TEXTS] + ([settings.TOOL] if settings.HAS_TOOL else [])
+        self.assertEqual(sorted(read_zip(settings.PACKAGE)), sorted(settings.TOP + name for name in files))
+
+    def test_folder_holds_exactly_the_packages_and_their_checksums(self):
+        names = [path.name for path in (settings.PACKAGE, settings.SYMBOLS, settings.SETUP)]
+        expected = sorted(names + [name + ".sha256" for name in names])
+        self.assertEqual(sorted(path.name for path in settings.PACKAGES.iterdir() if path.is_file()), expected)
+
+    def test_checksums_are_those_of_the_packages(self):
+        for package in (settings.PACKAGE, settings.SYMBOLS, settings.SETUP):
+            digest = hashlib.sha256(package.read_bytes()).hexdigest()
+            line = package.with_name(package.name + ".sha256").read_text()
+            self.assertEqual(line, f"{digest}  {package.name}\n")
+
+    def test_no_program_is_the_codec_library(self):
+        codec = (settings.BUILD_DIR / "standin" / settings.CODEC).read_bytes()
+        # Proof that the search would find it.
+        self.assertIn("orvantis_open", pe_file.PeFile(codec).exports())
+        for name, data in programs().items():
+            exported = [each for each in pe_file.PeFile(data).exports() if each.startswith("orvantis_")]
+            self.assertEqual(exported, [], name)
+        for path in (settings.PACKAGE, settings.SYMBOLS):
+            self.assertEqual([name for name in read_zip(path) if settings.CODEC in name], [])
+
+    def test_plugin_is_a_64_bit_library_without_symbols_and_time_stamp(self):
+        plugin = pe_file.PeFile(programs()[settings.PLUGIN])
+        self.assertEqual(plugin.machine, 0x8664)
+        self.assertEqual(plugin.timestamp, 0)
+        self.assertEqual(plugin.symbol_count, 0)
+        self.assertEqual([name for name in plugin.sections if name.startswith((".debug", ".stab"))], [])
+        self.assertEqual(list(plugin.exports()), ["xImportEntry"])
+
+    def test_plugin_keeps_the_hosts_registration(self):
+        data = programs()[settings.PLUGIN]
+        self.assertIn("IMPT".encode("utf-16-le"), pe_file.PeFile(data).section(".rsrc"))
+
+    def test_no_program_tells_where_it_was_built(self):
+        folders = [settings.SOURCE_DIR, settings.BUILD_DIR, pathlib.Path.home()]
+        for name, data in programs().items():
+            for folder in folders:
+                for encoding in ("utf-8", "utf-16-le"):
+                    self.assertNotIn(str(folder).encode(encoding), data, f"{folder} in {name}")
+
+    def test_texts_end_their_lines_as_windows_does(self):
+        files = read_zip(settings.PACKAGE)
+        for name in settings.TEXTS:
+            data = files[settings.TOP + name]
+            self.assertGreater(data.count(b"\n"), 10, name)
+            self.assertEqual(data.count(b"\n"), data.count(b"\r\n"), name)
+
+    def test_texts_are_filled_in(self):
+        files = read_zip(settings.PACKAGE)
+        for name in settings.TEXTS:
+            self.assertIsNone(re.search(rb"@\w+@", files[settings.TOP + name]), name)
+        self.assertIn(b"GCC Runtime Library Exception", files[settings.TOP + "THIRD_PARTY_NOTICES.txt"])
+        self.assertIn(b"mingw-w64", files[settings.TOP + "THIRD_PARTY_NOTICES.txt"])
+
+    def test_packaging_again_gives_the_same_bytes(self):
+        with tempfile.TemporaryDirectory() as folder:
+            subprocess.run(
+                [settings.CPACK, "--config", settings.BUILD_DIR / "CPackConfig.cmake", "-B", folder],
+                check=True, cwd=settings.BUILD_DIR, stdout=subprocess.DEVNULL)
+            for package in (settings.PACKAGE, settings.SYMBOLS, settings.SETUP):
+                self.assertEqual((pathlib.Path(folder) / package.name).read_bytes(), package.read_bytes(), package.name)
+
+
+class VersionTest(unittest.TestCase):
+    """The number is typed once, in CMakeLists.txt (and in the heading of the changelog)."""
+
+    def setUp(self):
+        text = (settings.SOURCE_DIR / "CMakeLists.txt").read_text()
+        self.version = re.search(r"^\s+VERSION (\d+\.\d+\.\d+)$", text, re.MULTILINE).group(1)
+        self.numbers = tuple(int(part) for part in self.version.split(".")) + (0,)
+
+    def check_resource(self, data):
+        file = pe_file.PeFile(data)
+        self.assertEqual(file.version_strings()["FileVersion"], self.version)
+        self.assertEqual(file.version_strings()["ProductVersion"], self.version)
+        self.assertEqual(file.version_numbers(), (self.numbers, self.numbers))
+
+    def test_plugin_carries_it(self):
+        self.check_resource(programs()[settings.PLUGIN])
+
+    def test_installer_carries_it(self):
+        self.check_resource(settings.SETUP.read_bytes())
+
+    def test_file_names_carry_it(self):
+        self.assertEqual(self.version, settings.VERSION)  # the paths in settings.py are made of it, and they exist
+        for package in (settings.PACKAGE, settings.SYMBOLS, settings.SETUP):
+            self.assertTrue(package.is_file(), package)
+
+    def test_readme_carries_it(self):
+        readme = read_zip(settings.PACKAGE)[settings.TOP + "README.txt"].decode()
+        self.assertEqual(readme.splitlines()[0], f"Orvantis importer {self.version}")
+        self.assertIn(settings.SETUP.name, readme)
+
+    def test_newest_heading_of_the_changelog_is_it(self):
+        text = (settings.SOURCE_DIR / "CHANGELOG.md").read_text()
+        headings = re.findall(r"^## \[(\d+\.\d+\.\d+)\] - (Unreleased|\d{4}-\d{2}-\d{2})$", text, re.MULTILINE)
+        self.assertEqual(headings[0][0], self.version)
+
+
+class DwarfSymbolsTest(unittest.TestCase):
+    def setUp(self):
+        self.symbols = read_zip(settings.SYMBOLS)
+        self.programs = programs()
+
+    def test_zip_holds_one_file_for_each_program(self):
+        expected = sorted(f"{settings.TOP}{name}.debug" for name in self.programs)
+        self.assertEqual(sorted(self.symbols), expected)
+
+    def test_each_program_names_its_symbols_with_their_checksum(self):
+        for name, data in self.programs.items():
+            symbols = self.symbols[f"{settings.TOP}{name}.debug"]
+            self.assertEqual(pe_file.PeFile(data).debug_link(), (f"{name}.debug", zlib.crc32(symbols)))
+
+    def test_address_of_the_entry_point_resolves_to_its_source_line(self):
+        address = pe_file.PeFile(self.programs[settings.PLUGIN]).exports()["xImportEntry"]
+        with tempfile.TemporaryDirectory() as folder:
+            file = pathlib.Path(folder) / "symbols.debug"
+            file.write_bytes(self.symbols[f"{settings.TOP}{settings.PLUGIN}.debug"])
+            output = subprocess.run([settings.ADDR2LINE, "-f", "-e", file, hex(address)],
+                                    check=True, capture_output=True, text=True).stdout
+        function, place = output.splitlines()
+        self.assertEqual(function, "xImportEntry")
+        self.assertRegex(place, r"entry/import_entry\.cpp:\d+")
+
+    def test_symbols_do_not_tell_where_they_were_built(self):
+        for name, data in self.symbols.items():
+            for folder in (settings.SOURCE_DIR, settings.BUILD_DIR):
+                self.assertNotIn(str(folder).encode(), data, f"{folder} in {name}")
+
+
+class PdbSymbolsTest(unittest.TestCase):
+    def setUp(self):
+        self.symbols = read_zip(settings.SYMBOLS)
+        self.programs = programs()
+
+    def test_zip_holds_one_file_for_each_program(self):
+        expected = sorted(f"{settings.TOP}{pathlib.Path(name).stem}.pdb" for name in self.programs)
+        self.assertEqual(sorted(self.symbols), expected)
+
+    def test_each_program_names_its_symbols_without_a_folder(self):
+        for name, data in self.programs.items():
+            pdb = f"{pathlib.Path(name).stem}.pdb"
+            guid, _, path = pe_file.PeFile(data).code_view()
+            self.assertEqual(path, pdb)
+            self.assertEqual(guid, pe_file.pdb_identity(self.symbols[settings.TOP + pdb]), name)
+
+    def test_plugins_symbols_name_its_sources(self):
+        self.assertIn(b"import_entry.cpp", self.symbols[f"{settings.TOP}ImporterOrvantis.pdb"])
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,7 +1,6 @@
 #include "audio/audio_info.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "audio/channel_layout.h"
 #include "audio/sample_type.h"
@@ -23,19 +22,14 @@ std::int32_t AudioInfo::init(const AviStream& stream) {
     m_stream = &stream;
     m_numAudioSampleFrames = stream.header.dwLength;
     m_valid = false;
-    m_sampleType = 0;
     m_format = {};
     m_audioPosition = 0;
 
-    std::string problem = analyse(stream.format);
-    if (!problem.empty()) {
-        logMessage("%s", problem.c_str());
-        m_rejection = std::move(problem);
-        return host::imBadFile;
-    }
-    m_rejection.clear();
-    m_valid = true;
-    return host::imNoErr;
+    m_rejection = analyse(stream.format);
+    m_valid = m_rejection.empty();
+    if (m_valid) return host::imNoErr;
+    logMessage("%s", m_rejection.c_str());
+    return host::imBadFile;
 }
 
 std::string AudioInfo::analyse(std::span<const std::uint8_t> format) {

@@ -225,6 +225,22 @@ TEST_F(AudioImportTest, AnEmptyChunkIsLoggedAndCostsNoFileCall) {
     EXPECT_EQ(file.reads.size(), 2u);
 }
 
+TEST_F(AudioImportTest, EveryEmptyChunkOfARunIsLogged) {
+    layOut({4, 0, 0, 0, 4, 0, 0});  // data at 108, 220, 328, 436, 544, 656, 764
+    ASSERT_EQ(analyse({}, 2), 0);
+    m_log.clear();
+    expectFrames(0, 3, 0, 2);
+    EXPECT_EQ(m_log.take(), readLog({"0", "0", "0", "3", "3", "2", "0", "12"}, {"reading : 0, 108, 4",  //
+                                                                                "reading : 4, 220, 0",  //
+                                                                                "reading : 4, 328, 0",  //
+                                                                                "reading : 4, 436, 0",  //
+                                                                                "reading : 4, 544, 4",  //
+                                                                                "reading : 8, 656, 0",  //
+                                                                                "reading : 8, 764, 0",  //
+                                                                                "fill    : 4"}));
+    EXPECT_EQ(file.reads.size(), 2u);
+}
+
 TEST_F(AudioImportTest, EmptyChunksAheadOfTheFirstOneWithDataArePassedOver) {
     layOut({0, 0, 8});
     ASSERT_EQ(analyse({}, 2), 0);

@@ -331,6 +331,11 @@ TEST_F(AudioInfoTest, AnotherAnalysisStartsAfresh) {
     expectRejected({.channels = 33}, "Avi too many audio channels: 33");
     expectAccepted({.channels = 1, .bits = 24}, 4);
     expectRejected({.bits = 12}, "Avi unsupported audio bits per sample: 12");
+    // Nothing of the earlier format may show.
+    expectRejected(audioStream({}), "Avi audio stream format size is too small: 0");
+    FileInfoRecord record;
+    info.fillFileInfo(*record);
+    EXPECT_EQ(record.bytes(), expectedRecord(1, 1000.0f, 14, 0));
 }
 
 // --- the text for the Properties window ---

@@ -17,10 +17,10 @@ if(WIN32 AND CMAKE_CROSSCOMPILING)
     set(CMAKE_CROSSCOMPILING_EMULATOR "${CMAKE_BINARY_DIR}/wine-run")
 endif()
 
-# orvantis_add_test(NAME name SOURCES ... [LIBRARIES ...] [LABELS ...] [TIMEOUT seconds] [RESOURCE_LOCK name])
+# orvantis_add_test(NAME name SOURCES ... [LIBRARIES ...] [LABELS ...] [TIMEOUT seconds] [RESOURCE_LOCK name] [FIXTURES name])
 # A GoogleTest program; each of its tests is one CTest test named <name>.<Suite>.<Test>, run in a process of its own.
 function(orvantis_add_test)
-    cmake_parse_arguments(arg "" "NAME;TIMEOUT;RESOURCE_LOCK" "SOURCES;LIBRARIES;LABELS" ${ARGN})
+    cmake_parse_arguments(arg "" "NAME;TIMEOUT;RESOURCE_LOCK;FIXTURES" "SOURCES;LIBRARIES;LABELS" ${ARGN})
     add_executable(${arg_NAME} ${arg_SOURCES})
     target_link_libraries(${arg_NAME} PRIVATE orvantis_options ${arg_LIBRARIES} GTest::gtest GTest::gmock GTest::gtest_main)
     target_compile_options(${arg_NAME} PRIVATE $<$<CXX_COMPILER_ID:GNU,Clang>:-Wno-sign-conversion>)
@@ -33,6 +33,9 @@ function(orvantis_add_test)
     endif()
     if(arg_RESOURCE_LOCK)
         list(APPEND properties RESOURCE_LOCK "${arg_RESOURCE_LOCK}")
+    endif()
+    if(arg_FIXTURES)
+        list(APPEND properties FIXTURES_REQUIRED "${arg_FIXTURES}")
     endif()
     gtest_discover_tests(${arg_NAME}
         TEST_PREFIX "${arg_NAME}."

@@ -12,8 +12,7 @@ namespace {
 static_assert(std::endian::native == std::endian::little,
               "payload words and packed pixels are little-endian");
 
-// ---- reading samples
-// ----------------------------------------------------------------------------------------
+// ---- reading samples ----
 
 // The payload has no alignment, hence the copy.
 template <class Sample>
@@ -61,8 +60,8 @@ struct YuvPixelAsRgb {
 // Luma and chroma of a row in the depth of the layout.
 template <class Sample>
 struct YuvRow {
-    const PlaneRows& rows;
-    const RowContext& context;
+    PlaneRows rows;
+    RowContext context;
 
     std::uint32_t luma(std::uint32_t x) const {
         // The second pixel of the last pair of an odd width is the last pixel again.
@@ -75,8 +74,7 @@ struct YuvRow {
     }
 };
 
-// ---- writing pixels
-// -----------------------------------------------------------------------------------------
+// ---- writing pixels ----
 
 void putBytes(std::uint8_t* out, std::uint32_t b0, std::uint32_t b1, std::uint32_t b2, std::uint32_t b3) {
     out[0] = static_cast<std::uint8_t>(b0);
@@ -136,11 +134,15 @@ struct PutBgrx16 {
     }
 };
 
-// ---- rows
-// ---------------------------------------------------------------------------------------------------
+// ---- rows ----
+//
+// Each row works on copies of its arguments: the compiler must assume that bytes written through `out` could
+// be theirs, and would read them again for every pixel.
 
 template <class Pixel, class Put>
-void packRgb(const PlaneRows& rows, const RowContext& context, std::uint8_t* out) noexcept {
+void packRgb(const PlaneRows& planeRows, const RowContext& rowContext, std::uint8_t* out) noexcept {
+    const PlaneRows rows = planeRows;
+    const RowContext context = rowContext;
     for (std::uint32_t x = 0; x < context.width; ++x, out += Put::kBytes) {
         Put::put(out, Pixel::at(rows, x, context), context.opaque);
     }
@@ -149,7 +151,7 @@ void packRgb(const PlaneRows& rows, const RowContext& context, std::uint8_t* out
 template <class Sample>
 void packYuyv(const PlaneRows& rows, const RowContext& context, std::uint8_t* out) noexcept {
     const YuvRow<Sample> row{rows, context};
-    for (std::uint32_t x = 0; x < context.width; x += 2, out += 4) {
+    for (std::uint32_t x = 0; x < row.context.width; x += 2, out += 4) {
         putBytes(out, row.luma(x), row.chroma(1, x / 2), row.luma(x + 1), row.chroma(2, x / 2));
     }
 }
@@ -157,7 +159,7 @@ void packYuyv(const PlaneRows& rows, const RowContext& context, std::uint8_t* ou
 template <class Sample>
 void packUyvy(const PlaneRows& rows, const RowContext& context, std::uint8_t* out) noexcept {
     const YuvRow<Sample> row{rows, context};
-    for (std::uint32_t x = 0; x < context.width; x += 2, out += 4) {
+    for (std::uint32_t x = 0; x < row.context.width; x += 2, out += 4) {
         putBytes(out, row.chroma(1, x / 2), row.luma(x), row.chroma(2, x / 2), row.luma(x + 1));
     }
 }
@@ -166,16 +168,17 @@ void packUyvy(const PlaneRows& rows, const RowContext& context, std::uint8_t* ou
 template <class Sample>
 void packVuya(const PlaneRows& rows, const RowContext& context, std::uint8_t* out) noexcept {
     const YuvRow<Sample> row{rows, context};
-    for (std::uint32_t x = 0; x < context.width; ++x, out += 4) {
-        putBytes(out, row.chroma(2, x), row.chroma(1, x), row.luma(x), alphaAt<Sample>(rows, x, context));
+    for (std::uint32_t x = 0; x < row.context.width; ++x, out += 4) {
+        putBytes(out, row.chroma(2, x), row.chroma(1, x), row.luma(x),
+                 alphaAt<Sample>(row.rows, x, row.context));
     }
 }
 
 template <class Sample>
 void packVuyx(const PlaneRows& rows, const RowContext& context, std::uint8_t* out) noexcept {
     const YuvRow<Sample> row{rows, context};
-    for (std::uint32_t x = 0; x < context.width; ++x, out += 4) {
-        putBytes(out, row.chroma(2, x), row.chroma(1, x), row.luma(x), context.opaque);
+    for (std::uint32_t x = 0; x < row.context.width; ++x, out += 4) {
+        putBytes(out, row.chroma(2, x), row.chroma(1, x), row.luma(x), row.context.opaque);
     }
 }
 
@@ -184,7 +187,7 @@ void packVuyx(const PlaneRows& rows, const RowContext& context, std::uint8_t* ou
 template <class Sample>
 void packV210(const PlaneRows& rows, const RowContext& context, std::uint8_t* out) noexcept {
     const YuvRow<Sample> row{rows, context};
-    const std::uint32_t pairs = context.width / 2 + context.width % 2;
+    const std::uint32_t pairs = row.context.width / 2 + row.context.width % 2;
     for (std::uint32_t pair = 0; pair < pairs; pair += 3, out += 16) {
         std::uint32_t y[6] = {};
         std::uint32_t u[3] = {};

@@ -31,6 +31,7 @@ int run(std::vector<std::string> arguments) {
     CLI::App app(
         "Opens clips through an importer plug-in as its host does, and shows what the host would see.");
     app.name("importer_host");
+    app.allow_windows_style_options(false);  // "/clips/a.avi" is a path under Wine, not an option
     app.footer(footer());
     app.set_version_flag("--version", "importer_host " ORVANTIS_VERSION);
     app.require_subcommand(1);

@@ -1,6 +1,6 @@
 // The vocabulary of video formats: what a file can contain (SubTypeInfos) and what the host can be given
-// (FormatInfos). Process-wide, built at imInit before any file is opened, read from any thread. A row that was handed
-// out never changes and lives as long as the plug-in is loaded.
+// (FormatInfos). Process-wide, built at imInit before any file is opened, read from any thread. A row that
+// was handed out never changes and lives as long as the plug-in is loaded.
 #pragma once
 
 #include <cstdint>
@@ -15,12 +15,12 @@ namespace orvantis {
 enum ColorModel : std::uint32_t { kModelRgb = 0, kModelRgba = 1, kModelYuv = 2, kModelYuva = 3 };
 
 struct SubTypeInfo {
-    std::uint32_t subType;            ///< four characters, the first in the highest byte
-    const char16_t* subTypeName;      ///< display name
-    std::uint32_t orvTypeComp;        ///< the codec library's code of the coded video
+    std::uint32_t subType;        ///< four characters, the first in the highest byte
+    const char16_t* subTypeName;  ///< display name
+    std::uint32_t orvTypeComp;    ///< the codec library's code of the coded video
     std::uint32_t subsamplingH;
     std::uint32_t subsamplingV;
-    std::uint32_t colorModel;         ///< ColorModel
+    std::uint32_t colorModel;                         ///< ColorModel
     std::span<const std::uint32_t> preferredFormats;  ///< host pixel formats; empty: no preference
 };
 
@@ -38,12 +38,13 @@ struct FormatInfo {
     bool isLimitedRange() const noexcept { return (flags & kIsLimitedRange) != 0; }
 };
 
-/// Fills both tables and asks the host which formats are stored top row first. Throws std::runtime_error when the
-/// image processing suite is refused; what was in force before stays. Host thread of imInit; a second build comes into
-/// force as a whole, while other threads may be reading.
+/// Fills both tables and asks the host which formats are stored top row first. Throws std::runtime_error when
+/// the image processing suite is refused; what was in force before stays. Host thread of imInit; a second
+/// build comes into force as a whole, while other threads may be reading.
 void buildFormatTables(const host::SPBasicSuite* basicSuite);
-/// Writes the diagnostic listing of host formats, library types and both tables to the log; stores nothing. Throws
-/// std::runtime_error when the image processing suite is refused; a failing codec library only ends the listing.
+/// Writes the diagnostic listing of host formats, library types and both tables to the log; stores nothing.
+/// Throws std::runtime_error when the image processing suite is refused; a failing codec library only ends
+/// the listing.
 void dumpFormatTables(const host::SPBasicSuite* basicSuite);
 
 std::span<const SubTypeInfo> SubTypeInfos() noexcept;  // NOLINT(readability-identifier-naming)
@@ -56,9 +57,9 @@ const FormatInfo& GetFormatInfo_by_pixelFormat(std::uint32_t pixelFormat);
 /// What the codec library is asked to produce for a row.
 OrvantisFrameFormat outputFormatOf(const FormatInfo& info) noexcept;
 
-/// The rows into which a video with this format data can be decoded, in table order, narrowed to the sub-type's
-/// preferred formats when any of those is accepted. Opens a codec session of its own. Throws OrvantisError or
-/// std::runtime_error.
+/// The rows into which a video with this format data can be decoded, in table order, narrowed to the
+/// sub-type's preferred formats when any of those is accepted. Opens a codec session of its own. Throws
+/// OrvantisError or std::runtime_error.
 std::vector<FormatInfo> buildDecodeFormats(FormatData format);
 
 }  // namespace orvantis

@@ -13,7 +13,7 @@ namespace orvantis {
 
 /// Owner of a host frame buffer until the host takes it: a frame that is not released is given back.
 class HostFrame {
-   public:
+ public:
     HostFrame() noexcept = default;
     /// `suite` must stay acquired while the frame is held.
     HostFrame(const host::PPixSuite& suite, host::PPixHand ppix) noexcept : m_suite(&suite), m_ppix(ppix) {}
@@ -37,7 +37,7 @@ class HostFrame {
         if (m_ppix != nullptr) m_suite->Dispose(std::exchange(m_ppix, nullptr));
     }
 
-   private:
+ private:
     const host::PPixSuite* m_suite = nullptr;
     host::PPixHand m_ppix = nullptr;
 };

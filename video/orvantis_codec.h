@@ -1,4 +1,5 @@
-// One session of the codec library, and the checked calls into it. Every non-zero result becomes an OrvantisError.
+// One session of the codec library, and the checked calls into it. Every non-zero result becomes an
+// OrvantisError.
 #pragma once
 
 #include <cstdint>
@@ -11,10 +12,10 @@ namespace orvantis {
 
 using FormatData = std::span<const std::uint8_t>;  ///< a video stream's format, the whole strf
 
-/// Owns a session from library_init and open to close and library_close. One session is used by one thread at a time.
-/// Buffers are the caller's and are only used during the call.
+/// Owns a session from library_init and open to close and library_close. One session is used by one thread at
+/// a time. Buffers are the caller's and are only used during the call.
 class OrvantisCodec {
-   public:
+ public:
     /// Initialises the library and opens a session. Throws OrvantisError; nothing is closed then.
     OrvantisCodec();
     /// Ends the session, and with it a decompression that is still running. Does nothing without a handle.
@@ -34,10 +35,11 @@ class OrvantisCodec {
     void decompress(std::span<const std::byte> frame, const OrvantisOutputBuffer& output);
     /// Ends the decompression; the session stays open.
     void decompressEnd();
-    /// What the library answers for `parameter` (kOrvantisParam...) of the codec type `value`; non-zero means yes.
+    /// What the library answers for `parameter` (kOrvantisParam...) of the codec type `value`; non-zero means
+    /// yes.
     std::uint32_t getParam(std::uint32_t parameter, std::uint32_t value) const;
 
-   private:
+ private:
     std::uint32_t m_handle = 0;  ///< 0: no session
 };
 

@@ -9,7 +9,7 @@ namespace orvantis {
 
 /// "Orvantis error (<code>): <the library's text>: <context>". The context names the call that failed.
 class OrvantisError : public std::runtime_error {
-   public:
+ public:
     OrvantisError(const std::string& context, std::int32_t resultCode);
 
     std::int32_t code;  ///< the library's result code

@@ -1,24 +1,23 @@
 #include "tests/unit/video/allocation_counter.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <new>
 
 namespace {
 
-thread_local bool counting = false;
-thread_local std::size_t allocations = 0;
-
-void* allocate(std::size_t size) {
-    if (counting) ++allocations;
-    if (void* const memory = std::malloc(size != 0 ? size : 1)) return memory;
-    throw std::bad_alloc();
-}
+std::atomic<bool> counting = false;
+std::atomic<std::size_t> allocations = 0;
 
 }  // namespace
 
+#if ORVANTIS_COUNT_ALLOCATIONS
+
 // The array forms and those with std::nothrow come here too.
 void* operator new(std::size_t size) {
-    return allocate(size);
+    if (counting) ++allocations;
+    if (void* const memory = std::malloc(size != 0 ? size : 1)) return memory;
+    throw std::bad_alloc();
 }
 void operator delete(void* memory) noexcept {
     std::free(memory);
@@ -26,6 +25,8 @@ void operator delete(void* memory) noexcept {
 void operator delete(void* memory, std::size_t) noexcept {
     std::free(memory);
 }
+
+#endif
 
 namespace orvantis::test {
 
@@ -40,6 +41,10 @@ AllocationCounter::~AllocationCounter() {
 
 std::size_t AllocationCounter::count() const noexcept {
     return allocations;
+}
+
+bool AllocationCounter::isAvailable() noexcept {
+    return ORVANTIS_COUNT_ALLOCATIONS != 0;
 }
 
 }  // namespace orvantis::test

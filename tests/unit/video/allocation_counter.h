@@ -1,5 +1,5 @@
-// Counts what the calling thread asks of operator new while a counter lives. Linked into the test program, it
-// replaces the global operator new.
+// Counts what the process asks of operator new while a counter lives; one counter at a time. Linked into the
+// test program, it replaces the global operator new.
 #pragma once
 
 #include <cstddef>
@@ -14,6 +14,9 @@ class AllocationCounter {
     AllocationCounter& operator=(const AllocationCounter&) = delete;
 
     std::size_t count() const noexcept;
+
+    /// False in a build that cannot count.
+    static bool isAvailable() noexcept;
 };
 
 }  // namespace orvantis::test

@@ -6,7 +6,7 @@ g++-mingw-w64-x86-64-posix mingw-w64-tools wine wine64
 clang lld clang-tidy clang-format libclang-rt-14-dev llvm cppcheck
 googletest libcli11-dev nlohmann-json3-dev libstb-dev
 ffmpeg quicktime-utils mencoder dvgrab
-python3 python3-pefile
+python3 python3-pefile nsis
 ${ORVANTIS_EXTRA_PACKAGES:-}"
 
 missing=""

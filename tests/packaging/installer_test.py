@@ -1,6 +1,7 @@
 r"""The installer and its uninstaller, run silently on a Windows system of their own (Wine). Setup's own log, its exit code,
 and the files and keys on the system are what a test looks at. C:\t is each test's folder."""
 
+import json
 import os
 import pathlib
 import re
@@ -505,11 +506,28 @@ class ToolTest(InstallerTest):
         self.install("/TOOL=2", folder=OWN_FOLDER, code=EXIT_USAGE)
         self.assertNothingInstalled()
 
-    def test_starts_where_it_was_installed(self):
+    def test_names_the_projects_version(self):
         self.install("/TOOL=1", folder=OWN_FOLDER)
-        result = wine.run(rf"{OWN_FOLDER}\{settings.TOOL}", "--help")
-        self.assertEqual(result.returncode, 0)
-        self.assertIn("info", result.stdout)
+        result = wine.run(rf"{OWN_FOLDER}\{settings.TOOL}", "--version")
+        self.assertEqual((result.returncode, result.stdout.strip()), (0, f"importer_host {settings.VERSION}"))
+
+    def test_opens_a_clip_through_the_installed_plugin(self):
+        codec = self.add_codec(r"C:\t\codec")
+        self.install("/TOOL=1", folder=OWN_FOLDER, search_path=codec)
+        clip = wine.native(r"C:\t") / "clip.avi"
+        subprocess.run([settings.FFMPEG, "-v", "error", "-f", "lavfi", "-i", "testsrc2=size=64x32:rate=25:duration=1",
+                        "-c:v", "rawvideo", "-strict", "unofficial", "-pix_fmt", "yuv422p", "-vtag", "O8Y2", clip], check=True)
+        result = wine.run(rf"{OWN_FOLDER}\{settings.TOOL}", "info", "--json", r"C:\t\clip.avi", search_path=codec)
+        self.assertEqual(result.returncode, 0, result.stdout)
+        said = json.loads(result.stdout)
+        self.assertEqual(pathlib.PureWindowsPath(said["plugin"]["path"]), pathlib.PureWindowsPath(OWN_FOLDER, settings.PLUGIN))
+        video = said["file"]["streams"][0]["video"]
+        self.assertEqual((video["subType"], video["width"], video["height"], video["frames"]), ("O8Y2", 64, 32, 25))
+
+    def test_says_that_the_plugin_cannot_be_loaded_without_the_codec_library(self):
+        self.install("/TOOL=1", folder=OWN_FOLDER)
+        result = wine.run(rf"{OWN_FOLDER}\{settings.TOOL}", "info", LOG)
+        self.assertEqual(result.returncode, 3, result.stdout)
 
 
 if __name__ == "__main__":

@@ -14,6 +14,7 @@ PACKAGES = _path("ORVANTIS_PACKAGES")  # made by the fixture of these tests, not
 CPACK = os.environ["ORVANTIS_CPACK"]
 MAKENSIS = os.environ["ORVANTIS_MAKENSIS"]
 ADDR2LINE = os.environ["ORVANTIS_ADDR2LINE"]
+FFMPEG = os.environ["ORVANTIS_FFMPEG"]
 HAS_TOOL = os.environ["ORVANTIS_HAS_TOOL"] == "1"
 VERSION = os.environ["ORVANTIS_VERSION"]
 

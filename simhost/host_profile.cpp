@@ -18,7 +18,8 @@ HostProfile profile(const char* name, const char* description) {
 }
 
 HostProfile withoutSuite(const char* name, const char* suite) {
-    HostProfile made = profile(name, "refuses one suite");
+    HostProfile made = profile(name, "");
+    made.description = std::string("refuses the \"") + suite + "\"";
     made.refusedSuites = {suite};
     return made;
 }

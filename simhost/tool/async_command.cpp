@@ -74,7 +74,8 @@ struct Player {
             const FrameAnswer answer = clip.getSourceVideo(clip.frameTime(index), wanted);
             out.waiting += secondsSince(asked);
             if (!answer.frame) {
-                refused("synchronous", index, answer.result);
+                throw ToolError(
+                    kFailed, "synchronous frame " + std::to_string(index) + ": " + resultText(answer.result));
             }
             hashes[index] = hashOf(*answer.frame);
             progress.advance();
@@ -139,7 +140,12 @@ int run(const GlobalOptions& global, const Options& options) {
         throw ToolError(kUsage, "'" + (range ? options.pattern : options.range) + "' is no " +
                                     (range ? "pattern" : "range of frames"));
     }
-    return runHosted(global, [&](HostedRun& hosted) {
+    // The host's own cost would be taken for the plug-in's.
+    HostOptions light;
+    light.poisonFrames = false;
+    light.keepTrace = false;
+    light.recycleFrames = true;
+    const auto work = [&](HostedRun& hosted) -> int {
         Answer<host::imFileInfoRec8> info;
         const auto clip = hosted.open(options.file, 0, info);
         const auto frames = framesOf(*range, frameCount(info.record));
@@ -173,7 +179,8 @@ int run(const GlobalOptions& global, const Options& options) {
         std::printf("%zu frames differ, the first is %u\n", player.differing.size(),
                     player.differing.front());
         return kBrokenRule;
-    });
+    };
+    return runHosted(global, work, light);
 }
 
 }  // namespace

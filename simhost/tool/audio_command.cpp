@@ -62,7 +62,7 @@ void deliver(const HostedRun& hosted, const Options& options, const Clip& clip,
     const auto channels = static_cast<std::uint32_t>(byValue(info.audInfo.numChannels));
     const auto rate =
         static_cast<std::uint32_t>(std::lround(std::max(byValue(info.audInfo.sampleRate), 0.0F)));
-    const auto total = static_cast<std::uint64_t>(std::max<std::int64_t>(info.audDuration, 0));
+    const auto total = static_cast<std::uint64_t>(std::max<std::int64_t>(byValue(info.audDuration), 0));
     if (channels == 0 || channels > kMostChannels) {
         throw ToolError(kFailed, "the plug-in told " + std::to_string(channels) + " audio channels");
     }
@@ -122,9 +122,16 @@ int run(const GlobalOptions& global, const Options& options) {
     }
     return runHosted(global, [&options](HostedRun& hosted) {
         Answer<host::imFileInfoRec8> info;
+        // Only the walk tells how many streams there are: the last one is answered like one that is not
+        // there.
+        const std::size_t streams = hosted.open(options.file, 0, info)->walkStreams().size();
+        if (static_cast<std::size_t>(options.stream) >= streams ||
+            (streams == 1 && info.record.hasAudio != 1)) {
+            throw ToolError(kFailed, "the file has no audio stream " + std::to_string(options.stream));
+        }
         const auto clip = hosted.open(options.file, options.stream, info);
         if (info.record.hasAudio != 1) {
-            throw ToolError(kFailed, "the file has no audio stream " + std::to_string(options.stream));
+            throw ToolError(kFailed, "audio stream " + std::to_string(options.stream) + " cannot be played");
         }
         deliver(hosted, options, *clip, info.record);
         return kSuccess;

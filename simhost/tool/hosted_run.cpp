@@ -42,9 +42,9 @@ std::vector<std::string> logFiles() {
 
 }  // namespace
 
-HostedRun::HostedRun(const GlobalOptions& options)
+HostedRun::HostedRun(const GlobalOptions& options, HostOptions watching)
     : m_progress(options.progress || stderrIsTerminal()), m_log(options.log) {
-    m_host = std::make_unique<Host>(profileNamed(options.profile));
+    m_host = std::make_unique<Host>(profileNamed(options.profile), watching);
     const std::string path =
         options.plugin.empty() ? executableFolder() + "/ImporterOrvantis.prm" : options.plugin;
     try {
@@ -62,9 +62,6 @@ HostedRun::HostedRun(const GlobalOptions& options)
         m_init = m_importer->init();
     }
     m_started = true;
-    if (m_init.result != host::imNoErr) {
-        throw ToolError(kNoPlugin, "the plug-in answered imInit with " + resultText(m_init.result));
-    }
 }
 
 HostedRun::~HostedRun() {
@@ -123,10 +120,15 @@ int HostedRun::finish(int result) {
     return result == kSuccess ? kBrokenRule : result;
 }
 
-int runHosted(const GlobalOptions& options, const std::function<int(HostedRun&)>& work) {
-    HostedRun run(options);
+int runHosted(const GlobalOptions& options, const std::function<int(HostedRun&)>& work,
+              HostOptions watching) {
+    HostedRun run(options, watching);
     int result = kFailed;
     try {
+        if (run.initAnswer().result != host::imNoErr) {
+            throw ToolError(kNoPlugin,
+                            "the plug-in answered imInit with " + resultText(run.initAnswer().result));
+        }
         result = work(run);
     } catch (const ToolError& error) {
         (void)std::fprintf(stderr, "importer_host: %s\n", error.what());

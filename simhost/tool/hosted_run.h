@@ -27,7 +27,7 @@ struct GlobalOptions {
 class HostedRun {
  public:
     /// Loads the plug-in and sends imInit. Throws ToolError.
-    explicit HostedRun(const GlobalOptions& options);
+    explicit HostedRun(const GlobalOptions& options, HostOptions watching = {});
     HostedRun(const HostedRun&) = delete;
     HostedRun& operator=(const HostedRun&) = delete;
     ~HostedRun();
@@ -60,9 +60,10 @@ class HostedRun {
     std::vector<std::string> m_logsBefore;
 };
 
-/// Runs `work` on a HostedRun and gives the exit code; a ToolError of it is told on the error stream before
-/// the plug-in is shut down.
-int runHosted(const GlobalOptions& options, const std::function<int(HostedRun&)>& work);
+/// Runs `work` on a HostedRun whose imInit succeeded and gives the exit code; a ToolError is told on the
+/// error stream before the plug-in is shut down.
+int runHosted(const GlobalOptions& options, const std::function<int(HostedRun&)>& work,
+              HostOptions watching = {});
 
 /// "imBadFile (2)".
 std::string resultText(std::int32_t result);

@@ -38,9 +38,15 @@ void Waveform::add(std::uint32_t channel, std::span<const float> samples) {
         const auto x = static_cast<std::size_t>(position * m_width);
         Column& column = target.columns[std::min(x, target.columns.size() - 1)];
         const float value = std::isnan(sample) ? 0.0F : sample;
-        column.low = column.any ? std::min(column.low, value) : value;
-        column.high = column.any ? std::max(column.high, value) : value;
-        column.any = true;
+        if (!column.any) {
+            // Columns join: the line comes from the last sample of the one before.
+            column.low = target.at > 1 ? target.previous : value;
+            column.high = column.low;
+            column.any = true;
+        }
+        column.low = std::min(column.low, value);
+        column.high = std::max(column.high, value);
+        target.previous = value;
     }
 }
 

@@ -31,6 +31,7 @@ class Waveform {
     struct Channel {
         std::vector<Column> columns;
         std::uint64_t at = 0;
+        float previous = 0.0F;
     };
     std::uint64_t m_sampleFrames;
     std::int32_t m_width;

@@ -97,7 +97,8 @@ TEST(WaveformTest, ColumnsSpanWhatTheirSamplesSpan) {
     };
     EXPECT_EQ(height(49), 1);
     EXPECT_EQ(height(50), 60);
-    EXPECT_EQ(height(51), 1);
+    EXPECT_EQ(height(51), 30) << "joined to the last sample before";
+    EXPECT_EQ(height(52), 1);
 }
 
 TEST(WaveformTest, SamplesBeyondFullScaleAreMarked) {

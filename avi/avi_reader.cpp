@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <exception>
+#include <string_view>
 
 #include "avi/avi_index.h"
 #include "avi/error_text.h"
@@ -25,6 +26,8 @@ constexpr std::uint64_t kSpareFormatBytes = 1024 * 1024;
 // A tree larger than any real file's is given up before the indexes take their memory. Real files have some
 // twenty chunks.
 constexpr std::size_t kMaxKeptChunks = 65'536;
+
+constexpr std::string_view kCorrupt = "riff structure is corrupt or invalid\n";
 
 std::size_t countChunks(const std::vector<RiffChunk>& list) noexcept {
     std::size_t count = list.size();
@@ -58,7 +61,9 @@ bool AviReader::parse(fileio::File& source, bool headerOnly) {
     try {
         usable = parseHeaders();
     } catch (const std::exception&) {
-        usable = false;  // out of memory for the structure itself
+        // Out of memory for the structure itself, or a file that breaks its promise not to throw.
+        usable = false;
+        appendBounded(errors, kCorrupt);
     }
     m_indexesPending = usable;
     if (!usable) m_input.release();
@@ -79,7 +84,7 @@ bool AviReader::parseHeaders() {
         return false;
     }
     if (!walk(m_input, start, fileSize, kDescendTypes, kStopKeys, chunks)) {
-        appendBounded(errors, "riff structure is corrupt or invalid\n");
+        appendBounded(errors, kCorrupt);
     }
     if (chunks.empty()) {
         appendBounded(errors, "riff structure is empty\n");

@@ -71,7 +71,7 @@ std::string problem(std::uint64_t position, std::uint64_t size, const std::strin
 
 TEST(LegacyIndex, ListsEachStreamsChunksInOrder) {
     AviBuilder avi = test::smallClip(5);
-    const Parsed<> parsed(avi.build());
+    const Parsed parsed(avi.build());
     EXPECT_EQ(parsed.reader.errorText(), "");
     EXPECT_EQ(parsed.reader.legacyIndex.size(), 10U);
     expectListed(parsed.stream(0).entries(), avi.placementsOf(0));
@@ -91,7 +91,7 @@ TEST(LegacyIndex, ChunkBelongsToThePositionOfItsTwoDigits) {
     const Bytes idx1 = RiffBuilder().chunk("idx1", table.take()).take();
     bytes.insert(bytes.end(), idx1.begin(), idx1.end());
     setFormSize(bytes);
-    const Parsed<> parsed(bytes);
+    const Parsed parsed(bytes);
     EXPECT_EQ(parsed.reader.errorText(), "");
     EXPECT_EQ(parsed.stream(0).entries().size(), 3U);
     EXPECT_EQ(parsed.stream(1).entries().size(), 1U);
@@ -118,7 +118,7 @@ TEST(LegacyIndex, PositionDecidesAfterADroppedStreamList) {
         .u32(4)
         .u32(9)
         .end();
-    const Parsed<> parsed(riff.take());
+    const Parsed parsed(riff.take());
     ASSERT_EQ(parsed.reader.streams.size(), 2U);
     EXPECT_EQ(parsed.stream(0).index, 1U);
     ASSERT_EQ(parsed.stream(0).entries().size(), 1U);
@@ -140,7 +140,7 @@ TEST(LegacyIndex, KeyFrameIsBitFourOfTheFlags) {
         riff.code("00dc").u32(flags).u32(0xFFFFFFFF).u32(0xFFFFFFFF);
     }
     riff.end();
-    const Parsed<> parsed(riff.take());
+    const Parsed parsed(riff.take());
     const std::vector<IndexEntry>& list = parsed.stream(0).entries();
     ASSERT_EQ(list.size(), 4U);
     EXPECT_FALSE(list[0].keyFrame);
@@ -159,7 +159,7 @@ TEST(LegacyIndex, Of100BytesHasSevenEntriesAndTheSizeMessage) {
     bytes.resize(avi.idx1Offset() + 8 + 100);
     bytes[avi.idx1Offset() + 4] = 100;
     setFormSize(bytes);
-    const Parsed<> parsed(bytes);
+    const Parsed parsed(bytes);
     EXPECT_TRUE(parsed.usable);
     EXPECT_EQ(parsed.reader.errorText(), "idx1 size is not a multiple of index entry size\n");
     ASSERT_EQ(parsed.reader.legacyIndex.size(), 7U);
@@ -179,7 +179,7 @@ TEST(LegacyIndex, CutByTheEndOfTheFileLeavesNoEntriesButTheSizeMessage) {
         Bytes bytes = avi.build();
         bytes[avi.idx1Offset() + 4] = size;
         bytes.resize(avi.idx1Offset() + 8 + 159);
-        const Parsed<> parsed(bytes);
+        const Parsed parsed(bytes);
         EXPECT_TRUE(parsed.usable);
         EXPECT_TRUE(parsed.reader.legacyIndex.empty());
         EXPECT_TRUE(parsed.stream(0).entries().empty());
@@ -192,7 +192,7 @@ TEST(LegacyIndex, ClaimOfFourGigabytesAllocatesNothing) {
     AviBuilder avi = test::smallClip(5);
     Bytes bytes = avi.build();
     for (std::size_t i = 4; i < 8; ++i) bytes[avi.idx1Offset() + i] = 0xFF;
-    const Parsed<> parsed(bytes);
+    const Parsed parsed(bytes);
     EXPECT_TRUE(parsed.usable);
     EXPECT_EQ(parsed.reader.legacyIndex.capacity(), 0U);
     EXPECT_EQ(parsed.reader.errorText(), "idx1 size is not a multiple of index entry size\n");
@@ -200,7 +200,7 @@ TEST(LegacyIndex, ClaimOfFourGigabytesAllocatesNothing) {
 
 TEST(LegacyIndex, AbsoluteOffsetsAreTakenAsRelative) {
     AviBuilder avi = test::smallClip(2);
-    const Parsed<> parsed(avi.absoluteIdx1Offsets(true).build());
+    const Parsed parsed(avi.absoluteIdx1Offsets(true).build());
     // The header's true position, counted from movi once more.
     EXPECT_EQ(parsed.stream(0).entries().at(0).offset,
               avi.moviOffset() + 16 + avi.placements()[0].offset - 8);
@@ -209,13 +209,13 @@ TEST(LegacyIndex, AbsoluteOffsetsAreTakenAsRelative) {
 TEST(LegacyIndex, ChunksInsideRecListsAreReached) {
     AviBuilder avi = test::smallClip(6);
     avi.chunksPerRecList(4);
-    const Parsed<> parsed(avi.build());
+    const Parsed parsed(avi.build());
     expectListed(parsed.stream(0).entries(), avi.placementsOf(0));
     expectListed(parsed.stream(1).entries(), avi.placementsOf(1));
 }
 
 TEST(LegacyIndex, WithoutAnIndexThereAreNoFrames) {
-    const Parsed<> parsed(test::smallClip(6).idx1(false).build());
+    const Parsed parsed(test::smallClip(6).idx1(false).build());
     EXPECT_TRUE(parsed.usable);
     EXPECT_EQ(parsed.reader.errorText(), "");
     EXPECT_TRUE(parsed.stream(0).entries().empty());
@@ -238,7 +238,7 @@ TEST(LegacyIndex, StreamsFromPosition100OnHaveNoList) {
     }
     riff.end();
     const Bytes bytes = riff.take();
-    const Parsed<> parsed(bytes);
+    const Parsed parsed(bytes);
     ASSERT_EQ(parsed.reader.streams.size(), 130U);
     for (std::size_t i = 0; i < 130; ++i) {
         ASSERT_EQ(parsed.stream(i).entries().size(), i < 100 ? 1U : 0U) << i;
@@ -254,7 +254,7 @@ TEST(LegacyIndex, StreamsFromPosition100OnHaveNoList) {
 
 TEST(OpenDmlIndex, StandardIndexInTheStreamListIsRead) {
     AviBuilder avi = test::smallClip(5);
-    const Parsed<> parsed(avi.openDml(OpenDml::standardIndex).build());
+    const Parsed parsed(avi.openDml(OpenDml::standardIndex).build());
     EXPECT_EQ(parsed.reader.errorText(), "");
     EXPECT_TRUE(parsed.stream(0).hasOpenDmlIndex);
     EXPECT_EQ(parsed.stream(0).standardIndexes.size(), 1U);
@@ -267,7 +267,7 @@ TEST(OpenDmlIndex, SuperIndexReachesChunksBehindTheFirstForm) {
     AviBuilder avi = test::smallClip(30);
     avi.openDml(OpenDml::superIndex).chunksPerForm(8).entriesPerStandardIndex(3);
     for (const bool numberFirst : {false, true}) {
-        const Parsed<> parsed(avi.indexNumberFirst(numberFirst).build());
+        const Parsed parsed(avi.indexNumberFirst(numberFirst).build());
         EXPECT_EQ(parsed.reader.errorText(), "");
         for (std::size_t i = 0; i < 2; ++i) {
             EXPECT_TRUE(parsed.stream(i).hasOpenDmlIndex);
@@ -286,7 +286,7 @@ TEST(OpenDmlIndex, FileWithBothCompleteUsesOpenDml) {
     Bytes bytes = avi.openDml(OpenDml::superIndex).build();
     // idx1 says something else, so that it shows which list is in force.
     bytes[avi.idx1Offset() + 8 + 12] = 1;
-    const Parsed<> parsed(bytes);
+    const Parsed parsed(bytes);
     EXPECT_EQ(parsed.stream(0).legacyEntries.at(0).size, 1U);
     EXPECT_EQ(parsed.stream(0).entries().at(0).size, 100U);
 }
@@ -296,7 +296,7 @@ TEST(OpenDmlIndex, BrokenOneFallsBackToIdx1) {
     Bytes bytes = avi.openDml(OpenDml::superIndex).build();
     const std::uint64_t indx = avi.indxOffset(0) + 8;
     bytes[indx + 3] = 2;
-    const Parsed<> parsed(bytes);
+    const Parsed parsed(bytes);
     EXPECT_TRUE(parsed.usable);
     EXPECT_FALSE(parsed.stream(0).hasOpenDmlIndex);
     EXPECT_TRUE(parsed.stream(1).hasOpenDmlIndex);
@@ -310,7 +310,7 @@ TEST(OpenDmlIndex, BlocksReadBeforeAFailureAreKeptButNotInForce) {
     // The second of three super index entries of stream 0 names nothing.
     const std::uint64_t entry = avi.indxOffset(0) + 8 + 24 + 16;
     for (std::size_t i = 0; i < 16; ++i) bytes[entry + i] = 0;
-    const Parsed<> parsed(bytes);
+    const Parsed parsed(bytes);
     EXPECT_FALSE(parsed.stream(0).hasOpenDmlIndex);
     EXPECT_EQ(parsed.stream(0).superIndex.size(), 3U);
     EXPECT_EQ(parsed.stream(0).standardIndexes.size(), 2U);
@@ -322,7 +322,7 @@ TEST(OpenDmlIndex, BlocksReadBeforeAFailureAreKeptButNotInForce) {
 TEST(OpenDmlIndex, BaseOffsetAndBitThirtyOne) {
     RiffBuilder data = indexData(2, 1, 3, 0x1'0000'0000);
     data.u32(0x10).u32(0x80001000).u32(0xFFFFFFFF).u32(5).u32(0).u32(0x80000000);
-    const Parsed<> parsed(IndexFile(data.take()).bytes);
+    const Parsed parsed(IndexFile(data.take()).bytes);
     EXPECT_EQ(parsed.reader.errorText(), "");
     EXPECT_TRUE(parsed.stream(0).hasOpenDmlIndex);
     const std::vector<IndexEntry>& list = parsed.stream(0).entries();
@@ -341,7 +341,7 @@ TEST(OpenDmlIndex, BaseOffsetAndBitThirtyOne) {
 TEST(OpenDmlIndex, NothingIsSortedOrCheckedAgainstTheFile) {
     RiffBuilder data = indexData(2, 1, 3, 0xFFFF'FFFF'FFFF'FFF0);
     data.u32(0x20).u32(1).u32(0x8).u32(2).u32(0x8).u32(2);
-    const Parsed<> parsed(IndexFile(data.take()).bytes);
+    const Parsed parsed(IndexFile(data.take()).bytes);
     const std::vector<IndexEntry>& list = parsed.stream(0).entries();
     ASSERT_EQ(list.size(), 3U);
     EXPECT_EQ(list[0].offset, 0x10U);
@@ -354,7 +354,7 @@ TEST(OpenDmlIndex, ClaimOfMoreEntriesThanFitIsCutAndRecorded) {
     RiffBuilder data = indexData(2, 1, 3);
     data.u32(1).u32(10).u32(2).u32(20).u32(3);
     const IndexFile file(data.take());
-    const Parsed<> parsed(file.bytes);
+    const Parsed parsed(file.bytes);
     EXPECT_TRUE(parsed.stream(0).hasOpenDmlIndex);
     EXPECT_EQ(parsed.stream(0).entries().size(), 2U);
     EXPECT_EQ(
@@ -367,7 +367,7 @@ TEST(OpenDmlIndex, SuperIndexClaimingMoreThanFitsReadsThoseThatFit) {
     Bytes bytes = avi.openDml(OpenDml::superIndex).build();
     const std::uint64_t indx = avi.indxOffset(0) + 8;
     for (std::size_t i = 4; i < 8; ++i) bytes[indx + i] = 0xFF;
-    const Parsed<> parsed(bytes);
+    const Parsed parsed(bytes);
     EXPECT_TRUE(parsed.stream(0).hasOpenDmlIndex);
     EXPECT_EQ(parsed.stream(0).superIndex.size(), 1U);
     expectListed(parsed.stream(0).entries(), avi.placementsOf(0));
@@ -379,17 +379,17 @@ TEST(OpenDmlIndex, ClaimOfFewerEntriesThanFitIsTaken) {
     // Preallocated room behind the entries in use.
     RiffBuilder data = indexData(2, 1, 1);
     data.u32(1).u32(10).fill(80);
-    const Parsed<> parsed(IndexFile(data.take()).bytes);
+    const Parsed parsed(IndexFile(data.take()).bytes);
     EXPECT_EQ(parsed.reader.errorText(), "");
     EXPECT_EQ(parsed.stream(0).entries().size(), 1U);
     EXPECT_EQ(parsed.stream(0).standardIndexes.at(0).entries().size(), 1U);
 }
 
 TEST(OpenDmlIndex, EmptyIndexesAreComplete) {
-    const Parsed<> standard(IndexFile(indexData(2, 1, 0).take()).bytes);
+    const Parsed standard(IndexFile(indexData(2, 1, 0).take()).bytes);
     EXPECT_TRUE(standard.stream(0).hasOpenDmlIndex);
     EXPECT_TRUE(standard.stream(0).entries().empty());
-    const Parsed<> super(IndexFile(indexData(4, 0, 0).take()).bytes);
+    const Parsed super(IndexFile(indexData(4, 0, 0).take()).bytes);
     EXPECT_TRUE(super.stream(0).hasOpenDmlIndex);
     EXPECT_EQ(super.reader.errorText(), "");
 }
@@ -397,7 +397,7 @@ TEST(OpenDmlIndex, EmptyIndexesAreComplete) {
 TEST(OpenDmlIndex, HeaderAsStoredIsKept) {
     RiffBuilder data = indexData(2, 1, 1, 0x1122334455667788);
     data.u32(1).u32(10);
-    const Parsed<> parsed(IndexFile(data.take()).bytes);
+    const Parsed parsed(IndexFile(data.take()).bytes);
     const AviStdIndexHeader header = parsed.stream(0).standardIndexes.at(0).header();
     EXPECT_EQ(header.wLongsPerEntry, 2);
     EXPECT_EQ(header.bIndexType, 1);
@@ -422,7 +422,7 @@ TEST(OpenDmlIndex, OtherKindsAreUnknown) {
     };
     for (const Case& c : cases) {
         const IndexFile file(indexData(c.longs, c.type, 1).fill(64).take());
-        const Parsed<> parsed(file.bytes);
+        const Parsed parsed(file.bytes);
         EXPECT_FALSE(parsed.stream(0).hasOpenDmlIndex);
         EXPECT_TRUE(parsed.stream(0).standardIndexes.empty());
         EXPECT_EQ(parsed.reader.errorText(), problem(file.indxPosition, 88, c.message));
@@ -432,7 +432,7 @@ TEST(OpenDmlIndex, OtherKindsAreUnknown) {
 TEST(OpenDmlIndex, UnknownKindStillSaysThatEntriesAreMissing) {
     // 0xFFFF longs are 262140 bytes an entry.
     const IndexFile file(indexData(0xFFFF, 7, 9).fill(8).take());
-    const Parsed<> parsed(file.bytes);
+    const Parsed parsed(file.bytes);
     EXPECT_EQ(
         parsed.reader.errorText(),
         problem(file.indxPosition, 32, "index data size is smaller than required by nEntriesInUse (9)") +
@@ -441,14 +441,14 @@ TEST(OpenDmlIndex, UnknownKindStillSaysThatEntriesAreMissing) {
 
 TEST(OpenDmlIndex, SmallerThanItsHeaderIsTooSmall) {
     const IndexFile file(Bytes(23));
-    const Parsed<> parsed(file.bytes);
+    const Parsed parsed(file.bytes);
     EXPECT_EQ(parsed.reader.errorText(), problem(file.indxPosition, 23, "index data size too small"));
 }
 
 TEST(OpenDmlIndex, CutByTheEndOfTheFileFails) {
     IndexFile file(indexData(2, 1, 1).u32(1).u32(10).take());
     file.bytes.resize(file.indxPosition + 31);
-    const Parsed<> parsed(file.bytes);
+    const Parsed parsed(file.bytes);
     ASSERT_EQ(parsed.reader.streams.size(), 1U);
     EXPECT_EQ(parsed.reader.errorText(), problem(file.indxPosition, 32, "failed to read index data"));
 }
@@ -465,7 +465,7 @@ TEST(OpenDmlIndex, SuperIndexEntryOutsideTheFileFailsWithItsSignedPosition) {
                              .u32(31)
                              .u32(0)
                              .take());
-    const Parsed<> parsed(file.bytes);
+    const Parsed parsed(file.bytes);
     EXPECT_EQ(parsed.reader.errorText(),
               problem(0x7FFF'FFFF'FFFF'0008, 92, "failed to read index data") +
                   "readIndex: stream[0], pos: -65528, size: 92: failed to read index data\n" +
@@ -474,7 +474,7 @@ TEST(OpenDmlIndex, SuperIndexEntryOutsideTheFileFailsWithItsSignedPosition) {
 
 TEST(OpenDmlIndex, ClaimOfFourGigabytesAllocatesNothing) {
     const IndexFile file(indexData(4, 0, 1).u64(0).u32(0xFFFFFFFF).u32(0).take());
-    const Parsed<> parsed(file.bytes);
+    const Parsed parsed(file.bytes);
     EXPECT_EQ(parsed.reader.errorText(), problem(8, 0xFFFFFFF7, "failed to read index data"));
 }
 
@@ -486,7 +486,7 @@ TEST(OpenDmlIndex, SuperIndexInsideASuperIndexIsFollowed) {
     ASSERT_EQ(tail.position(), inner + 48);
     tail.chunk("ix00", indexData(2, 1, 1).u32(77).u32(10).take());
     const IndexFile file(indexData(4, 0, 1).u64(inner).u32(48).u32(0).take(), tail.take());
-    const Parsed<> parsed(file.bytes);
+    const Parsed parsed(file.bytes);
     EXPECT_EQ(parsed.reader.errorText(), "");
     EXPECT_TRUE(parsed.stream(0).hasOpenDmlIndex);
     EXPECT_EQ(parsed.stream(0).superIndex.size(), 2U);
@@ -517,8 +517,8 @@ TEST(OpenDmlIndex, ProblemsStandBetweenThoseOfTheStreamLists) {
                                  std::to_string(second) +
                                  ", size: 10: index data size too small\n"
                                  "idx1 size is not a multiple of index entry size\n";
-    EXPECT_EQ(Parsed<>(bytes).reader.errorText(), expected);
-    Parsed<> halves(bytes, true);
+    EXPECT_EQ(Parsed(bytes).reader.errorText(), expected);
+    Parsed halves(bytes, true);
     EXPECT_EQ(halves.reader.errorText(), "stream[1]: strf missing in strl\n");
     halves.reader.readIndexes();
     EXPECT_EQ(halves.reader.errorText(), expected);

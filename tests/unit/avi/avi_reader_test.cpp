@@ -5,9 +5,9 @@
 
 #include <cstring>
 
+#include "tests/support/failing_file.h"
 #include "tests/unit/avi/avi_test_support.h"
 #include "tests/unit/avi/plain_parser.h"
-#include "tests/unit/avi/test_files.h"
 
 namespace orvantis {
 namespace {
@@ -55,7 +55,7 @@ TEST(AviReader, FileWithOtherFirstBytesIsRefused) {
         Bytes bytes = good;
         for (const std::size_t at : {0U, 1U, 2U, 3U, 8U, 9U, 10U, 11U})
             bytes[at] = static_cast<std::uint8_t>(first[at]);
-        const Parsed<> parsed(bytes);
+        const Parsed parsed(bytes);
         EXPECT_FALSE(parsed.usable) << first;
         EXPECT_EQ(parsed.reader.errorText(), kNotAvi) << first;
         EXPECT_TRUE(parsed.reader.streams.empty()) << first;
@@ -65,38 +65,51 @@ TEST(AviReader, FileWithOtherFirstBytesIsRefused) {
 TEST(AviReader, FileOfLessThanTwelveBytesIsRefused) {
     Bytes bytes = test::smallClip().build();
     for (std::size_t size = 0; size < 12; ++size) {
-        const Parsed<> parsed(Bytes(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(size)));
+        const Parsed parsed(Bytes(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(size)));
         EXPECT_FALSE(parsed.usable) << size;
         EXPECT_EQ(parsed.reader.errorText(), kNotAvi) << size;
     }
 }
 
 TEST(AviReader, FileWhoseSizeCannotBeToldIsEmpty) {
-    class SizelessFile : public test::MemoryFile {
-     public:
-        using MemoryFile::MemoryFile;
-        std::int64_t size() override { return 0; }
-    };
-    const Parsed<SizelessFile> parsed(test::smallClip().build());
-    EXPECT_FALSE(parsed.usable);
-    EXPECT_EQ(parsed.reader.errorText(), "riff structure is empty\n");
+    test::MemoryFile whole(test::smallClip().build());
+    test::FailingFile file(whole);
+    file.plan(test::FileFault::fail, 1, test::FileOperation::size);
+    AviReader reader;
+    EXPECT_FALSE(reader.parse(file, false));
+    EXPECT_EQ(reader.errorText(), "riff structure is empty\n");
 }
 
+// All bytes are there, but the length is not.
+class NegativeSizeFile final : public fileio::File {
+ public:
+    explicit NegativeSizeFile(const Bytes& bytes) : m_file(bytes) {}
+
+    bool open(const char* utf8Path, int mode) override { return m_file.open(utf8Path, mode); }
+    void close() override { m_file.close(); }
+    std::int64_t size() override { return -1; }
+    std::int64_t tell() override { return m_file.tell(); }
+    bool seek(std::int64_t offset) override { return m_file.seek(offset); }
+    std::uint64_t read(void* buffer, std::uint64_t count) override { return m_file.read(buffer, count); }
+    std::uint64_t write(const void* buffer, std::uint64_t count) override {
+        return m_file.write(buffer, count);
+    }
+
+ private:
+    test::MemoryFile m_file;
+};
+
 TEST(AviReader, NegativeSizeCountsAsNone) {
-    class NegativeFile : public test::MemoryFile {
-     public:
-        using MemoryFile::MemoryFile;
-        std::int64_t size() override { return -1; }
-    };
-    const Parsed<NegativeFile> parsed(test::smallClip().build());
-    EXPECT_FALSE(parsed.usable);
-    EXPECT_EQ(parsed.reader.errorText(), "riff structure is empty\n");
+    NegativeSizeFile file(test::smallClip().build());
+    AviReader reader;
+    EXPECT_FALSE(reader.parse(file, false));
+    EXPECT_EQ(reader.errorText(), "riff structure is empty\n");
 }
 
 TEST(AviReader, FormOfSizeZeroHasNoHdrl) {
     Bytes bytes = test::smallClip().build();
     for (std::size_t at = 4; at < 8; ++at) bytes[at] = 0;
-    const Parsed<> parsed(bytes);
+    const Parsed parsed(bytes);
     EXPECT_FALSE(parsed.usable);
     EXPECT_EQ(parsed.reader.errorText(), "hdrl missing\n");
 }
@@ -105,7 +118,7 @@ TEST(AviReader, FormOfSizeZeroHasNoHdrl) {
 TEST(AviReader, FormOfUnknownSizeIsReadToTheEndOfTheFile) {
     Bytes bytes = test::smallClip().build();
     for (std::size_t at = 4; at < 8; ++at) bytes[at] = 0xFF;
-    const Parsed<> parsed(bytes);
+    const Parsed parsed(bytes);
     EXPECT_TRUE(parsed.usable);
     EXPECT_EQ(parsed.reader.errorText(), "riff structure is corrupt or invalid\n");
     ASSERT_EQ(parsed.reader.streams.size(), 2U);
@@ -113,14 +126,14 @@ TEST(AviReader, FormOfUnknownSizeIsReadToTheEndOfTheFile) {
 }
 
 TEST(AviReader, FormWithoutHdrlIsRefused) {
-    const Parsed<> parsed(
+    const Parsed parsed(
         formWith(RiffBuilder().beginList("LIST", "movi").end().begin("hdrl").fill(8).end().take()));
     EXPECT_FALSE(parsed.usable);
     EXPECT_EQ(parsed.reader.errorText(), "hdrl missing\n");
 }
 
 TEST(AviReader, HdrlWithoutAvihIsRefused) {
-    const Parsed<> parsed(formWith(RiffBuilder().beginList("LIST", "hdrl").bytes(strl()).end().take()));
+    const Parsed parsed(formWith(RiffBuilder().beginList("LIST", "hdrl").bytes(strl()).end().take()));
     EXPECT_FALSE(parsed.usable);
     EXPECT_EQ(parsed.reader.errorText(), "avih missing\n");
     EXPECT_TRUE(parsed.reader.streams.empty());
@@ -129,7 +142,7 @@ TEST(AviReader, HdrlWithoutAvihIsRefused) {
 TEST(AviReader, AvihShorterThan56BytesIsRefused) {
     RiffBuilder hdrl;
     hdrl.beginList("LIST", "hdrl").begin("avih").fill(55, 7).end().bytes(strl()).end();
-    const Parsed<> parsed(formWith(hdrl.take()));
+    const Parsed parsed(formWith(hdrl.take()));
     EXPECT_FALSE(parsed.usable);
     EXPECT_EQ(parsed.reader.errorText(), "avih data read error\n");
     EXPECT_EQ(parsed.reader.mainHeader.dwMicroSecPerFrame, 0U);
@@ -140,7 +153,7 @@ TEST(AviReader, AvihCutByTheEndOfTheFileIsRefused) {
     hdrl.beginList("LIST", "hdrl").begin("avih").fill(56, 7).end().end();
     Bytes bytes = formWith(hdrl.take());
     bytes.pop_back();
-    const Parsed<> parsed(bytes);
+    const Parsed parsed(bytes);
     EXPECT_FALSE(parsed.usable);
     EXPECT_EQ(parsed.reader.errorText(), "avih data read error\n");
     EXPECT_EQ(parsed.reader.mainHeader.dwMicroSecPerFrame, 0U);
@@ -156,7 +169,7 @@ TEST(AviReader, AvihLongerThan56BytesGivesItsFirst56) {
         .fill(50, 0xEE)
         .end()
         .end();
-    const Parsed<> parsed(formWith(hdrl.take()));
+    const Parsed parsed(formWith(hdrl.take()));
     ASSERT_TRUE(parsed.usable) << parsed.reader.errorText();
     EXPECT_EQ(parsed.reader.mainHeader.dwMicroSecPerFrame, 40000U);
     EXPECT_EQ(parsed.reader.mainHeader.dwReserved[3], 0x12345678U);
@@ -170,7 +183,7 @@ TEST(AviReader, KeepsHeadersAndFormatsAsTheyAreStored) {
     avi.addStream(test::videoStream("O8RA", 320, -240, 30000, 1001, 32, extra));
     avi.addStream(test::pcmStream(2, 44100, 16));
     avi.addFilledChunk(0, 10, 1).addFilledChunk(1, 8, 2);
-    const Parsed<> parsed(avi.build());
+    const Parsed parsed(avi.build());
     ASSERT_TRUE(parsed.usable);
     EXPECT_EQ(parsed.reader.errorText(), "");
     EXPECT_EQ(parsed.reader.mainHeader.dwMicroSecPerFrame, 40000U);
@@ -204,7 +217,7 @@ TEST(AviReader, KeepsHeadersAndFormatsAsTheyAreStored) {
 TEST(AviReader, ChunkIdHasTheOrdinalsDigitsAndNoSuffix) {
     RiffBuilder lists;
     for (int i = 0; i < 13; ++i) lists.bytes(strl(i == 12 ? "auds" : "vids"));
-    const Parsed<> parsed(formWith(hdrlWith(lists.take())));
+    const Parsed parsed(formWith(hdrlWith(lists.take())));
     ASSERT_EQ(parsed.reader.streams.size(), 13U);
     EXPECT_EQ(textOf(parsed.stream(0)), "00??");
     EXPECT_EQ(textOf(parsed.stream(7)), "07??");
@@ -212,7 +225,7 @@ TEST(AviReader, ChunkIdHasTheOrdinalsDigitsAndNoSuffix) {
 }
 
 TEST(AviReader, StreamsOfATypeAreFoundInOrder) {
-    const Parsed<> parsed(
+    const Parsed parsed(
         formWith(hdrlWith(joined({strl("auds"), strl("vids"), strl("txts"), strl("auds"), strl("vids")}))));
     EXPECT_EQ(parsed.reader.streamsOfType(kStreamTypeVideo), (std::vector<std::size_t>{1, 4}));
     EXPECT_EQ(parsed.reader.streamsOfType(kStreamTypeAudio), (std::vector<std::size_t>{0, 3}));
@@ -222,7 +235,7 @@ TEST(AviReader, StreamsOfATypeAreFoundInOrder) {
 TEST(AviReader, StreamListWithoutStrfIsDroppedAndKeepsItsOrdinal) {
     const Bytes noStrf =
         RiffBuilder().beginList("LIST", "strl").chunk("strh", test::streamHeader("vids")).end().take();
-    const Parsed<> parsed(formWith(hdrlWith(joined({noStrf, strl("auds")}))));
+    const Parsed parsed(formWith(hdrlWith(joined({noStrf, strl("auds")}))));
     EXPECT_TRUE(parsed.usable);
     EXPECT_EQ(parsed.reader.errorText(), "stream[0]: strf missing in strl\n");
     ASSERT_EQ(parsed.reader.streams.size(), 1U);
@@ -249,7 +262,7 @@ TEST(AviReader, ProblemsOfStreamListsNameTheOrdinal) {
                                .endWithSize(0x7FFFFFFF)
                                .end()
                                .take();
-    const Parsed<> parsed(formWith(hdrlWith(joined({strl(), noStrh, noStrf, shortStrh, hugeStrf}))));
+    const Parsed parsed(formWith(hdrlWith(joined({strl(), noStrh, noStrf, shortStrh, hugeStrf}))));
     EXPECT_TRUE(parsed.usable);
     EXPECT_EQ(parsed.reader.streams.size(), 1U);
     // The huge strf leads its list to the end of the file without damage; nothing follows it there.
@@ -261,7 +274,7 @@ TEST(AviReader, ProblemsOfStreamListsNameTheOrdinal) {
 }
 
 TEST(AviReader, EmptyFormatIsTaken) {
-    const Parsed<> parsed(formWith(hdrlWith(strl("vids", {}))));
+    const Parsed parsed(formWith(hdrlWith(strl("vids", {}))));
     EXPECT_EQ(parsed.reader.errorText(), "");
     ASSERT_EQ(parsed.reader.streams.size(), 1U);
     EXPECT_TRUE(parsed.stream(0).format.empty());
@@ -270,7 +283,7 @@ TEST(AviReader, EmptyFormatIsTaken) {
 TEST(AviReader, FormatLargerThanTheReadWindowIsReadWhole) {
     Bytes format(3 * FileWindow::kWindowBytes + 5);
     for (std::size_t i = 0; i < format.size(); ++i) format[i] = static_cast<std::uint8_t>(i * 7 + i / 251);
-    const Parsed<> parsed(formWith(hdrlWith(joined({strl("vids", format), strl("auds", Bytes(18, 9))}))));
+    const Parsed parsed(formWith(hdrlWith(joined({strl("vids", format), strl("auds", Bytes(18, 9))}))));
     EXPECT_EQ(parsed.reader.errorText(), "");
     ASSERT_EQ(parsed.reader.streams.size(), 2U);
     EXPECT_EQ(parsed.stream(0).format, format);
@@ -290,10 +303,10 @@ TEST(AviReader, FirstOfSeveralChunksOfAKindCounts) {
     form.beginList("LIST", "hdrl").end();
     form.begin("idx1").code("00dc").u32(0).u32(4).u32(10).end();
     form.begin("idx1").code("00dc").u32(0).u32(4).u32(20).end();
-    const Parsed<> noMovi(formWith(form.data()));
+    const Parsed noMovi(formWith(form.data()));
     const std::uint64_t movi = 12 + form.position();
     form.beginList("LIST", "movi").fill(30).end().beginList("LIST", "movi").fill(30).end();
-    const Parsed<> parsed(formWith(form.take()));
+    const Parsed parsed(formWith(form.take()));
     ASSERT_EQ(parsed.reader.streams.size(), 1U);
     EXPECT_EQ(parsed.stream(0).header.dwRate, 25U);
     EXPECT_EQ(parsed.stream(0).format, Bytes(40, 1));
@@ -310,26 +323,26 @@ TEST(AviReader, ExtendedHeaderTakesWhatIsThereUpTo248Bytes) {
     const auto withDmlh = [](const Bytes& data) {
         return formWith(hdrlWith(RiffBuilder().beginList("LIST", "odml").chunk("dmlh", data).end().take()));
     };
-    const Parsed<> shorter(withDmlh({0x78, 0x56, 0x34, 0x12, 0xAA}));
+    const Parsed shorter(withDmlh({0x78, 0x56, 0x34, 0x12, 0xAA}));
     EXPECT_EQ(shorter.reader.extHeader.dwGrandFrames, 0x12345678U);
     EXPECT_EQ(shorter.reader.extHeader.dwFuture[0], 0xAAU);
     EXPECT_EQ(shorter.reader.extHeader.dwFuture[1], 0U);
     EXPECT_EQ(shorter.reader.errorText(), "");
 
-    const Parsed<> longer(withDmlh(Bytes(400, 0x11)));
+    const Parsed longer(withDmlh(Bytes(400, 0x11)));
     EXPECT_EQ(longer.reader.extHeader.dwGrandFrames, 0x11111111U);
     EXPECT_EQ(longer.reader.extHeader.dwFuture[60], 0x11111111U);
 }
 
 TEST(AviReader, ExtendedHeaderThatCannotBeReadStaysZeroWithoutAWord) {
-    const Parsed<> missing(formWith(hdrlWith(RiffBuilder().beginList("LIST", "odml").end().take())));
+    const Parsed missing(formWith(hdrlWith(RiffBuilder().beginList("LIST", "odml").end().take())));
     EXPECT_TRUE(missing.usable);
     EXPECT_EQ(missing.reader.errorText(), "");
 
     Bytes bytes = formWith(
         hdrlWith(RiffBuilder().beginList("LIST", "odml").begin("dmlh").fill(248, 3).end().end().take()));
     bytes.resize(bytes.size() - 10);
-    const Parsed<> cut(bytes);
+    const Parsed cut(bytes);
     EXPECT_TRUE(cut.usable);
     EXPECT_EQ(cut.reader.extHeader.dwGrandFrames, 0U);
     EXPECT_EQ(cut.reader.errorText(), "");
@@ -341,7 +354,7 @@ TEST(AviReader, FileCutInsideMoviKeepsHeadersAndSaysCorrupt) {
     AviBuilder avi = test::smallClip();
     Bytes bytes = avi.build();
     bytes.resize(avi.placements()[2].offset + 5);
-    const Parsed<> parsed(bytes);
+    const Parsed parsed(bytes);
     // The size of movi leads behind the end, where the form still claims bytes.
     EXPECT_TRUE(parsed.usable);
     EXPECT_EQ(parsed.reader.errorText(), "riff structure is corrupt or invalid\n");
@@ -357,7 +370,7 @@ TEST(AviReader, Idx1BeforeTheCutIsUsed) {
     form.beginList("LIST", "movi").begin("00dc").fill(100).end().end().begin("JUNK").fill(8).end();
     Bytes bytes = formWith(form.take());
     bytes.resize(bytes.size() - 60);
-    const Parsed<> parsed(bytes);
+    const Parsed parsed(bytes);
     EXPECT_TRUE(parsed.usable);
     EXPECT_EQ(parsed.reader.errorText(), "riff structure is corrupt or invalid\n");
     ASSERT_EQ(parsed.reader.streams.size(), 1U);
@@ -372,7 +385,7 @@ TEST(AviReader, SecondFormIsIgnored) {
     const Bytes more = second.take();
     const test::PlainAvi alone = test::parsePlainly(bytes);
     bytes.insert(bytes.end(), more.begin(), more.end());
-    const Parsed<> parsed(bytes);
+    const Parsed parsed(bytes);
     EXPECT_EQ(parsed.reader.chunks.size(), 1U);
     EXPECT_EQ(test::firstDifference(alone, test::asPlain(parsed.reader, parsed.usable)), "none");
 }
@@ -386,7 +399,7 @@ TEST(AviReader, StartsAtTheFilesCurrentPosition) {
     AviReader reader;
     ASSERT_TRUE(reader.parse(file, false));
     EXPECT_EQ(reader.chunks.at(0).offset, 100U);
-    const Parsed<> plain(clip);
+    const Parsed plain(clip);
     ASSERT_EQ(reader.streams.at(0)->entries().size(), 3U);
     EXPECT_EQ(reader.streams[0]->entries()[1].offset, plain.stream(0).entries()[1].offset + 100);
 }
@@ -395,7 +408,7 @@ TEST(AviReader, StartsAtTheFilesCurrentPosition) {
 
 TEST(AviReader, HeaderOnlyParseReadsNoIndex) {
     for (const auto kind : {test::OpenDml::none, test::OpenDml::standardIndex, test::OpenDml::superIndex}) {
-        const Parsed<> parsed(test::smallClip().openDml(kind).build(), true);
+        const Parsed parsed(test::smallClip().openDml(kind).build(), true);
         ASSERT_TRUE(parsed.usable);
         EXPECT_EQ(parsed.reader.streams.size(), 2U);
         EXPECT_TRUE(parsed.reader.legacyIndex.empty());
@@ -411,8 +424,8 @@ TEST(AviReader, HeaderOnlyParseReadsNoIndex) {
 TEST(AviReader, HeadersThenIndexesEqualAFullParse) {
     for (const auto kind : {test::OpenDml::none, test::OpenDml::standardIndex, test::OpenDml::superIndex}) {
         const Bytes bytes = test::smallClip(20).openDml(kind).chunksPerForm(16).build();
-        const Parsed<> full(bytes);
-        Parsed<> halves(bytes, true);
+        const Parsed full(bytes);
+        Parsed halves(bytes, true);
         halves.reader.readIndexes();
         EXPECT_EQ(test::firstDifference(test::asPlain(full.reader, full.usable),
                                         test::asPlain(halves.reader, halves.usable)),
@@ -423,15 +436,15 @@ TEST(AviReader, HeadersThenIndexesEqualAFullParse) {
 }
 
 TEST(AviReader, ReadingIndexesAgainChangesNothing) {
-    Parsed<> parsed(test::smallClip().openDml(test::OpenDml::superIndex).build());
+    Parsed parsed(test::smallClip().openDml(test::OpenDml::superIndex).build());
     const test::PlainAvi first = test::asPlain(parsed.reader, true);
-    parsed.file->bytes().assign(parsed.file->bytes().size(), 0);
+    parsed.file->bytes().assign(parsed.file->bytes().size(), std::byte{0});
     parsed.reader.readIndexes();
     EXPECT_EQ(test::asPlain(parsed.reader, true), first);
 }
 
 TEST(AviReader, ReadingIndexesAfterAFailedParseDoesNothing) {
-    Parsed<> parsed(Bytes(100));
+    Parsed parsed(Bytes(100));
     ASSERT_FALSE(parsed.usable);
     parsed.reader.readIndexes();
     EXPECT_EQ(parsed.reader.errorText(), kNotAvi);
@@ -441,7 +454,7 @@ TEST(AviReader, ReadingIndexesAfterAFailedParseDoesNothing) {
 }
 
 TEST(AviReader, EachParseStartsFromAnEmptyState) {
-    Parsed<> parsed(test::smallClip().openDml(test::OpenDml::superIndex).build());
+    Parsed parsed(test::smallClip().openDml(test::OpenDml::superIndex).build());
     ASSERT_TRUE(parsed.usable);
 
     test::MemoryFile foreign(Bytes(50, 'x'));
@@ -461,7 +474,7 @@ TEST(AviReader, EachParseStartsFromAnEmptyState) {
 }
 
 TEST(AviReader, SameFileParsedTwiceGivesTheSame) {
-    Parsed<> parsed(test::smallClip(7).openDml(test::OpenDml::superIndex).build());
+    Parsed parsed(test::smallClip(7).openDml(test::OpenDml::superIndex).build());
     const test::PlainAvi first = test::asPlain(parsed.reader, parsed.usable);
     parsed.file->seek(0);
     const bool usable = parsed.reader.parse(*parsed.file, false);
@@ -469,7 +482,7 @@ TEST(AviReader, SameFileParsedTwiceGivesTheSame) {
 }
 
 TEST(AviReader, ChunkDataShorterThanAskedIsNotRead) {
-    Parsed<> parsed(formWith(hdrlWith(strl())), true);
+    Parsed parsed(formWith(hdrlWith(strl())), true);
     const RiffChunk* hdrl = findList(parsed.reader.chunks.at(0).children, riffCode("hdrl"));
     ASSERT_NE(hdrl, nullptr);
     const RiffChunk* avih = findChunk(hdrl->children, riffCode("avih"));

@@ -8,19 +8,18 @@
 
 #include "avi/avi_reader.h"
 #include "tests/support/avi_builder/avi_builder.h"
-#include "tests/support/avi_builder/memory_file.h"
+#include "tests/support/memory_file.h"
 
 namespace orvantis::test {
 
 /// A reader with the file it has parsed.
-template <typename FileType = MemoryFile>
 struct Parsed {
-    explicit Parsed(Bytes bytes, bool headerOnly = false)
-        : file(std::make_unique<FileType>(std::move(bytes))), usable(reader.parse(*file, headerOnly)) {}
+    explicit Parsed(const Bytes& bytes, bool headerOnly = false)
+        : file(std::make_unique<MemoryFile>(bytes)), usable(reader.parse(*file, headerOnly)) {}
 
     const AviStream& stream(std::size_t position) const { return *reader.streams.at(position); }
 
-    std::unique_ptr<FileType> file;
+    std::unique_ptr<MemoryFile> file;
     AviReader reader;
     bool usable;
 };

@@ -4,16 +4,15 @@
 
 #include <random>
 
+#include "tests/support/failing_file.h"
 #include "tests/unit/avi/avi_test_support.h"
 #include "tests/unit/avi/plain_parser.h"
-#include "tests/unit/avi/test_files.h"
 
 namespace orvantis {
 namespace {
 
 using test::AviBuilder;
 using test::Bytes;
-using test::FaultyFile;
 using test::OpenDml;
 using test::Parsed;
 
@@ -30,7 +29,7 @@ std::vector<AviBuilder> allKinds() {
 }
 
 void expectPlainAnswer(const Bytes& bytes, const std::string& what) {
-    const Parsed<> parsed(bytes);
+    const Parsed parsed(bytes);
     ASSERT_EQ(test::firstDifference(test::parsePlainly(bytes), test::asPlain(parsed.reader, parsed.usable)),
               "none")
         << what;
@@ -40,7 +39,7 @@ TEST(DamagedFile, UndamagedFilesGiveThePlainAnswer) {
     for (AviBuilder& avi : allKinds()) {
         const Bytes bytes = avi.build();
         expectPlainAnswer(bytes, "whole");
-        const Parsed<> parsed(bytes);
+        const Parsed parsed(bytes);
         EXPECT_EQ(parsed.reader.errorText(), "");
         EXPECT_EQ(parsed.stream(0).entries().size(), 11U);
     }
@@ -61,7 +60,7 @@ TEST(DamagedFile, CutFileReadInTwoHalvesGivesTheSame) {
         const Bytes bytes = avi.build();
         for (std::size_t size = 0; size < bytes.size(); size += 3) {
             const Bytes cut(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(size));
-            Parsed<> halves(cut, true);
+            Parsed halves(cut, true);
             halves.reader.readIndexes();
             ASSERT_EQ(
                 test::firstDifference(test::parsePlainly(cut), test::asPlain(halves.reader, halves.usable)),
@@ -131,8 +130,8 @@ TEST(DamagedFile, RandomChanges) {
 
 // Files that fail.
 
-const FaultyFile::Fault kFaults[] = {FaultyFile::Fault::shortRead, FaultyFile::Fault::emptyRead,
-                                     FaultyFile::Fault::refuseSeek, FaultyFile::Fault::throwing};
+constexpr test::FileFault kFaults[] = {test::FileFault::fail, test::FileFault::shortRead,
+                                       test::FileFault::throwRuntime, test::FileFault::throwBadAlloc};
 
 // Long enough that the indexes are read on their own, beside the headers' window.
 AviBuilder longClip() {
@@ -147,11 +146,13 @@ TEST(FailingFile, EachOperationFailingInEachWay) {
     const Bytes bytes = avi.build();
     const test::PlainAvi sound = test::parsePlainly(bytes);
     ASSERT_EQ(sound.errors, "");
-    for (const FaultyFile::Fault fault : kFaults) {
+    for (const test::FileFault fault : kFaults) {
         for (const bool fromThere : {false, true}) {
-            for (int failAt = 0;; ++failAt) {
-                ASSERT_LT(failAt, 200);
-                FaultyFile file(bytes, fault, failAt, fromThere);
+            for (std::uint64_t failAt = 1;; ++failAt) {
+                ASSERT_LT(failAt, 200U);
+                test::MemoryFile whole(bytes);
+                test::FailingFile file(whole);
+                file.plan(fault, failAt, test::FileOperation::any, fromThere);
                 AviReader reader;
                 bool usable = true;
                 ASSERT_NO_THROW(usable = reader.parse(file, false)) << failAt;
@@ -174,7 +175,7 @@ TEST(FailingFile, EachOperationFailingInEachWay) {
                 if (!usable) {
                     EXPECT_NE(found.errors, "") << what;
                 }
-                if (file.operations() <= failAt) {
+                if (file.faults() == 0) {
                     // The fault was never reached: all other operations are done.
                     EXPECT_EQ(found, sound) << what;
                     break;
@@ -189,8 +190,10 @@ TEST(FailingFile, IndexThatCannotBeReadIsAReadFailureAndFallsBackToIdx1) {
     const Bytes bytes = avi.build();
     // Find the reads of the standard indexes: the first fault that costs a stream its OpenDML index.
     bool seen = false;
-    for (int failAt = 0; failAt < 100 && !seen; ++failAt) {
-        FaultyFile file(bytes, FaultyFile::Fault::shortRead, failAt, false);
+    for (std::uint64_t failAt = 1; failAt < 100 && !seen; ++failAt) {
+        test::MemoryFile whole(bytes);
+        test::FailingFile file(whole);
+        file.plan(test::FileFault::shortRead, failAt, test::FileOperation::read);
         AviReader reader;
         if (!reader.parse(file, false) || reader.streams.size() != 2 || reader.streams[0]->hasOpenDmlIndex)
             continue;
@@ -211,8 +214,10 @@ TEST(FailingFile, Idx1ThatCannotBeReadLeavesNoEntries) {
     AviBuilder avi = longClip();
     const Bytes bytes = avi.openDml(OpenDml::none).chunksPerForm(0).build();
     bool seen = false;
-    for (int failAt = 0; failAt < 100 && !seen; ++failAt) {
-        FaultyFile file(bytes, FaultyFile::Fault::shortRead, failAt, false);
+    for (std::uint64_t failAt = 1; failAt < 100 && !seen; ++failAt) {
+        test::MemoryFile whole(bytes);
+        test::FailingFile file(whole);
+        file.plan(test::FileFault::shortRead, failAt, test::FileOperation::read);
         AviReader reader;
         if (!reader.parse(file, false) || reader.streams.size() != 2 || !reader.legacyIndex.empty()) continue;
         if (reader.errorText() != "") continue;  // the walk did not reach idx1

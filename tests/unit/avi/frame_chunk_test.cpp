@@ -6,16 +6,17 @@
 #include <stdexcept>
 
 #include "host/result_codes.h"
+#include "tests/support/failing_file.h"
+#include "tests/support/memory_file.h"
 #include "tests/unit/avi/avi_test_support.h"
 #include "tests/unit/avi/captured_log.h"
-#include "tests/unit/avi/test_files.h"
 
 namespace orvantis {
 namespace {
 
 using test::AviBuilder;
 using test::Bytes;
-using test::CountingFile;
+using test::MemoryFile;
 using Lines = std::vector<std::string>;
 
 // A video stream with frames of these sizes; frame i is filled with i + 1.
@@ -31,9 +32,9 @@ class FrameChunkTest : public ::testing::Test {
  protected:
     void open(const std::vector<std::uint32_t>& sizes) {
         m_frameCount = static_cast<std::int64_t>(sizes.size());
-        m_file = std::make_unique<CountingFile>(framesOf(sizes).build());
+        m_file = std::make_unique<MemoryFile>(framesOf(sizes).build());
         ASSERT_TRUE(m_reader.parse(*m_file, false));
-        m_file->reads = m_file->seeks = m_file->sizes = 0;
+        m_file->resetCounts();
         (void)test::takeLogLines();
     }
     std::int32_t read(std::uint64_t frame) {
@@ -45,7 +46,7 @@ class FrameChunkTest : public ::testing::Test {
     }
     IndexEntry& entry(std::size_t number) { return m_reader.streams.at(0)->legacyEntries.at(number); }
 
-    std::unique_ptr<CountingFile> m_file;
+    std::unique_ptr<MemoryFile> m_file;
     AviReader m_reader;
     FrameChunk m_chunk;
     std::int64_t m_frameCount = 0;
@@ -94,7 +95,7 @@ TEST_F(FrameChunkTest, StreamOfEmptyChunksHasNoFrame) {
     open({0, 0, 0});
     for (std::uint64_t i = 0; i < 3; ++i) EXPECT_EQ(read(i), host::imFrameNotFound) << i;
     EXPECT_EQ(test::takeLogLines(), Lines{});
-    EXPECT_EQ(m_file->reads, 0);
+    EXPECT_EQ(m_file->counts().reads, 0U);
 }
 
 TEST_F(FrameChunkTest, FrameNumberBehindTheListThrows) {
@@ -108,11 +109,11 @@ TEST_F(FrameChunkTest, SteadyStateIsOneSeekAndOneReadAndNoNewBuffer) {
     open({1000, 900, 1000, 0});
     ASSERT_EQ(read(0), host::imNoErr);
     const std::byte* const buffer = m_chunk.buffer.data();
-    m_file->reads = m_file->seeks = m_file->sizes = 0;
+    m_file->resetCounts();
     for (std::uint64_t i = 0; i < 4; ++i) ASSERT_EQ(read(i), host::imNoErr);
-    EXPECT_EQ(m_file->seeks, 4);
-    EXPECT_EQ(m_file->reads, 4);
-    EXPECT_EQ(m_file->sizes, 0);
+    EXPECT_EQ(m_file->counts().seeks, 4U);
+    EXPECT_EQ(m_file->counts().reads, 4U);
+    EXPECT_EQ(m_file->counts().sizes, 0U);
     EXPECT_EQ(m_chunk.buffer.data(), buffer);
     EXPECT_EQ(m_chunk.buffer.capacity(), 1000U);
 }
@@ -159,9 +160,10 @@ TEST_F(FrameChunkTest, PositionThatIsRefusedIsASeekError) {
 
 TEST_F(FrameChunkTest, AnyExceptionOfTheFileIsAFailedRead) {
     open({500, 100});
-    test::FaultyFile faulty(m_file->bytes(), test::FaultyFile::Fault::throwing, 1, false);
+    test::FailingFile faulty(*m_file);
+    faulty.plan(test::FileFault::throwRuntime, 1, test::FileOperation::read);
     EXPECT_EQ(readFrameChunk(faulty, *m_reader.streams.at(0), 0, 2, m_chunk), host::imFileReadFailed);
-    EXPECT_EQ(test::takeLogLines(), Lines{"Failed to read frame from AVI: read"});
+    EXPECT_EQ(test::takeLogLines(), Lines{"Failed to read frame from AVI: injected fault"});
     // The next attempt is a new one.
     EXPECT_EQ(readFrameChunk(faulty, *m_reader.streams.at(0), 0, 2, m_chunk), host::imNoErr);
 }
@@ -172,7 +174,7 @@ TEST_F(FrameChunkTest, ReadsThroughTheOpenDmlListWhenThatIsInForce) {
     Bytes bytes = avi.openDml(test::OpenDml::superIndex).build();
     // idx1 names no stream of the file.
     for (std::size_t i = 0; i < 3; ++i) bytes[avi.idx1Offset() + 8 + 16 * i] = 'x';
-    m_file = std::make_unique<CountingFile>(bytes);
+    m_file = std::make_unique<MemoryFile>(bytes);
     ASSERT_TRUE(m_reader.parse(*m_file, false));
     EXPECT_EQ(read(2), host::imNoErr);
     EXPECT_EQ(bytesRead(), Bytes(30, 3));
@@ -188,15 +190,15 @@ TEST_F(FrameChunkTest, MillionEmptyFramesAreServedAtOnce) {
     stream->legacyEntries.assign(kFrames, IndexEntry{0, 0, 0, 0, false});
     stream->legacyEntries[0] = IndexEntry{0, 4, 0, 0, true};
     stream->indexEmptyRuns();
-    CountingFile file(Bytes{1, 2, 3, 4});
+    MemoryFile file(Bytes{1, 2, 3, 4});
     // Half a million requests at the far end take a second; when each one searches, they outlast any time
     // limit.
-    constexpr int kRequests = 500'000;
+    constexpr std::uint64_t kRequests = 500'000;
     for (std::uint64_t i = 0; i < kRequests; ++i) {
         ASSERT_EQ(readFrameChunk(file, *stream, kFrames - 1 - i, kFrames, m_chunk), host::imNoErr);
         (void)test::takeLogLines();
     }
-    EXPECT_EQ(file.reads, kRequests);
+    EXPECT_EQ(file.counts().reads, kRequests);
 }
 
 }  // namespace

@@ -7,13 +7,11 @@
 #include "avi/avi_index.h"
 #include "avi/error_text.h"
 #include "tests/unit/avi/avi_test_support.h"
-#include "tests/unit/avi/test_files.h"
 
 namespace orvantis {
 namespace {
 
 using test::Bytes;
-using test::CountingFile;
 using test::Parsed;
 using test::RiffBuilder;
 
@@ -54,7 +52,7 @@ constexpr const char* kReadFailed = "failed to read index data";
 
 TEST(HostileIndex, SuperIndexThatNamesItselfFails) {
     std::uint64_t position = 0;
-    const Parsed<CountingFile> parsed(fileWithIndex([&](RiffBuilder& riff, std::uint64_t at) {
+    const Parsed parsed(fileWithIndex([&](RiffBuilder& riff, std::uint64_t at) {
         position = at;
         superHeader(riff, 1);
         superEntry(riff, at - 8, kSuperHeader + kSuperEntry);
@@ -67,7 +65,7 @@ TEST(HostileIndex, SuperIndexThatNamesItselfFails) {
 }
 
 TEST(HostileIndex, SuperIndexesThatNameEachOtherFail) {
-    const Parsed<CountingFile> parsed(fileWithIndex([](RiffBuilder& riff, std::uint64_t at) {
+    const Parsed parsed(fileWithIndex([](RiffBuilder& riff, std::uint64_t at) {
         superHeader(riff, 1);
         superEntry(riff, at + 40, 40);  // chunk header, then the second one
         riff.fill(8);
@@ -93,7 +91,7 @@ Bytes nestedSuperIndexes(std::uint32_t levels) {
 }
 
 TEST(HostileIndex, EightNestedSuperIndexesAreFollowed) {
-    const Parsed<> parsed(nestedSuperIndexes(8));
+    const Parsed parsed(nestedSuperIndexes(8));
     EXPECT_EQ(parsed.reader.errorText(), "");
     EXPECT_TRUE(parsed.stream(0).hasOpenDmlIndex);
     ASSERT_EQ(parsed.stream(0).entries().size(), 1U);
@@ -101,11 +99,11 @@ TEST(HostileIndex, EightNestedSuperIndexesAreFollowed) {
 }
 
 TEST(HostileIndex, NinthNestedSuperIndexFails) {
-    const Parsed<> parsed(nestedSuperIndexes(9));
+    const Parsed parsed(nestedSuperIndexes(9));
     EXPECT_FALSE(parsed.stream(0).hasOpenDmlIndex);
     EXPECT_EQ(parsed.stream(0).superIndex.size(), 8U);
     EXPECT_EQ(countLines(parsed.reader.errorText(), kReadFailed), 1U);
-    const Parsed<> deep(nestedSuperIndexes(5000));
+    const Parsed deep(nestedSuperIndexes(5000));
     EXPECT_FALSE(deep.stream(0).hasOpenDmlIndex);
     EXPECT_EQ(deep.stream(0).superIndex.size(), 8U);
 }
@@ -124,10 +122,10 @@ TEST(HostileIndex, FanOutOverLevelsEndsAtTheChunkLimit) {
         }
         standardHeader(riff, (kData - 24) / 8).fill(kData - 24);
     });
-    const Parsed<CountingFile> parsed(bytes);
+    const Parsed parsed(bytes);
     EXPECT_FALSE(parsed.stream(0).hasOpenDmlIndex);
-    EXPECT_LE(parsed.file->reads, static_cast<int>(bytes.size() / 32 + 1024 + 2));
-    EXPECT_LE(parsed.file->bytesRead, 2 * bytes.size() + 1024 * 1024 + 2 * FileWindow::kWindowBytes);
+    EXPECT_LE(parsed.file->counts().reads, bytes.size() / 32 + 1024 + 2);
+    EXPECT_LE(parsed.file->counts().bytesRead, 2 * bytes.size() + 1024 * 1024 + 2 * FileWindow::kWindowBytes);
     EXPECT_TRUE(parsed.stream(0).entries().empty());
 }
 
@@ -144,10 +142,10 @@ TEST(HostileIndex, IndexBytesEndAtTwiceTheFile) {
         riff.fill(8);
         standardHeader(riff, 100'000).fill(800'000);
     });
-    const Parsed<CountingFile> parsed(bytes);
+    const Parsed parsed(bytes);
     EXPECT_FALSE(parsed.stream(0).hasOpenDmlIndex);
     const std::uint64_t limit = 2 * bytes.size() + 1024 * 1024;
-    EXPECT_LE(parsed.file->bytesRead, limit + 2 * FileWindow::kWindowBytes);
+    EXPECT_LE(parsed.file->counts().bytesRead, limit + 2 * FileWindow::kWindowBytes);
     // The bound is used up. The indx chunk, which reaches to the end of the file, counts too.
     EXPECT_EQ(parsed.stream(0).standardIndexes.size(), (limit - (bytes.size() - superPosition)) / kData);
     EXPECT_EQ(countLines(parsed.reader.errorText(), kReadFailed),
@@ -164,7 +162,7 @@ TEST(HostileIndex, IndexChunksEndAtOneForEachThirtyTwoBytes) {
         riff.fill(8);
         standardHeader(riff, 0);
     });
-    const Parsed<CountingFile> parsed(bytes);
+    const Parsed parsed(bytes);
     EXPECT_FALSE(parsed.stream(0).hasOpenDmlIndex);
     // The super index is one chunk itself.
     EXPECT_EQ(parsed.stream(0).standardIndexes.size(), bytes.size() / 32 + 1024 - 1);
@@ -187,7 +185,7 @@ TEST(HostileIndex, BoundsCountForAllStreamsTogether) {
     ASSERT_EQ(riff.position(), chunk);
     standardHeader(riff.begin("ix00"), 65536).fill(65536 * 8);
     const Bytes bytes = riff.take();
-    const Parsed<CountingFile> parsed(bytes);
+    const Parsed parsed(bytes);
     ASSERT_EQ(parsed.reader.streams.size(), kStreams);
     std::size_t complete = 0;
     std::uint64_t indexBytes = 0;
@@ -203,7 +201,7 @@ TEST(HostileIndex, BoundsCountForAllStreamsTogether) {
 TEST(HostileIndex, ErrorTextStopsAtSixteenMebibytes) {
     // Half a million entries that name nothing: some 60 bytes of text each.
     constexpr std::uint32_t kNames = 500'000;
-    const Parsed<> parsed(fileWithIndex(
+    const Parsed parsed(fileWithIndex(
         [](RiffBuilder& riff, std::uint64_t) { superHeader(riff, kNames).fill(kNames * kSuperEntry); }));
     EXPECT_LE(parsed.reader.errorText().size(), kMaxErrorText);
     EXPECT_GT(parsed.reader.errorText().size(), kMaxErrorText - 200);
@@ -236,7 +234,7 @@ TEST(HostileHeaders, FormatsThatOverlapEndAtTheFilesSize) {
     }
     riff.end().begin("JUNK").fill(kTail + 100);
     const Bytes bytes = riff.take();
-    const Parsed<> parsed(bytes);
+    const Parsed parsed(bytes);
     ASSERT_TRUE(parsed.usable);
     std::uint64_t kept = 0;
     for (const auto& stream : parsed.reader.streams) kept += stream->format.size();
@@ -265,7 +263,7 @@ TEST(HostileHeaders, StreamsThatOverlapEndAtOneForEachSixtyFourBytes) {
         riff.begin("stop").endWithSize(0xFFFFFFF7);
     }
     const Bytes bytes = riff.take();
-    const Parsed<CountingFile> parsed(bytes);
+    const Parsed parsed(bytes);
     EXPECT_TRUE(parsed.usable);
     EXPECT_EQ(parsed.reader.streams.size(), bytes.size() / 64 + 1024);
     EXPECT_GT(countLines(parsed.reader.errorText(), "]: strh data read error\n"), 100U);
@@ -276,13 +274,13 @@ TEST(HostileHeaders, HugeTreesAreGivenUpBeforeTheIndexesAreRead) {
     riff.beginList("RIFF", "AVI ").beginList("LIST", "hdrl").begin("avih").fill(56).end();
     for (int i = 0; i < 70'000; ++i) riff.begin("JUNK").end();
     const Bytes bytes = riff.take();
-    Parsed<> parsed(bytes, true);
+    Parsed parsed(bytes, true);
     ASSERT_TRUE(parsed.usable);
     EXPECT_FALSE(parsed.reader.chunks.empty());
     parsed.reader.readIndexes();
     EXPECT_TRUE(parsed.reader.chunks.empty());
 
-    Parsed<> regular(test::smallClip().build());
+    Parsed regular(test::smallClip().build());
     EXPECT_EQ(regular.reader.chunks.size(), 1U);
 }
 
@@ -294,10 +292,10 @@ TEST(HostileHeaders, ClaimsFarBeyondTheFileAreRefusedUnread) {
         riff.beginList("LIST", "strl").chunk("strh", test::streamHeader("vids")).chunk("strf", Bytes(40));
         riff.begin("indx").endWithSize(claim).end().end();
         riff.beginList("LIST", "movi").end().begin("idx1").endWithSize(claim);
-        const Parsed<CountingFile> parsed(riff.take());
+        const Parsed parsed(riff.take());
         EXPECT_TRUE(parsed.usable);
         EXPECT_EQ(countLines(parsed.reader.errorText(), kReadFailed), 1U);
-        EXPECT_EQ(parsed.file->reads, 1);
+        EXPECT_EQ(parsed.file->counts().reads, 1U);
     }
 }
 

@@ -9,9 +9,9 @@
 #include "avi/frame_chunk.h"
 #include "fileio/win_file.h"
 #include "host/result_codes.h"
+#include "tests/support/sparse_file.h"
 #include "tests/unit/avi/avi_test_support.h"
 #include "tests/unit/avi/captured_log.h"
-#include "tests/unit/avi/test_files.h"
 
 namespace orvantis {
 namespace {
@@ -114,17 +114,18 @@ TEST(LargeFile, FramesAcrossAndBehindFourGigabytesAreReadThroughTheFileLayer) {
 TEST(LargeFile, OpeningCostsReadsOfTheIndexesOnly) {
     const std::vector<Piece> pieces = piecesOfLargeClip();
     const Piece& last = pieces.back();
-    test::SparseMemoryFile file(static_cast<std::int64_t>(last.position + last.bytes.size()));
+    test::SparseFile file(static_cast<std::int64_t>(last.position + last.bytes.size()));
     Bytes first = pieces[0].bytes;
     std::copy(pieces[1].bytes.begin(), pieces[1].bytes.end(),
               first.begin() + static_cast<std::ptrdiff_t>(pieces[1].position));
-    file.put(0, first);
-    for (std::size_t i = 2; i < pieces.size(); ++i) file.put(pieces[i].position, pieces[i].bytes);
+    file.put(0, std::as_bytes(std::span(first)));
+    for (std::size_t i = 2; i < pieces.size(); ++i)
+        file.put(static_cast<std::int64_t>(pieces[i].position), std::as_bytes(std::span(pieces[i].bytes)));
 
     AviReader reader;
     ASSERT_TRUE(reader.parse(file, false));
     // The headers, and an index for each form behind the first.
-    EXPECT_EQ(file.reads, 3);
+    EXPECT_EQ(file.counts().reads, 3U);
     expectAllFrames(file);
 }
 
@@ -143,10 +144,11 @@ TEST(LargeFile, Idx1OffsetsUpToFourGigabytesAreUnsigned) {
     const std::uint64_t movi = riff.position();
     riff.beginList("LIST", "movi").endWithSize(0xFFFFFFF0);
     const Bytes head = riff.take();
-    test::SparseMemoryFile file(static_cast<std::int64_t>(5 * kGibibyte));
-    file.put(0, head);
+    test::SparseFile file(static_cast<std::int64_t>(5 * kGibibyte));
+    file.put(0, std::as_bytes(std::span(head)));
     const std::uint64_t data = movi + 16 + kOffset;
-    file.put(data, Bytes(kFrameBytes, 0x5A));
+    const Bytes frame(kFrameBytes, 0x5A);
+    file.put(static_cast<std::int64_t>(data), std::as_bytes(std::span(frame)));
     AviReader reader;
     ASSERT_TRUE(reader.parse(file, false));
     ASSERT_EQ(reader.streams.at(0)->entries().size(), 1U);

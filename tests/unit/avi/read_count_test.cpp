@@ -2,14 +2,12 @@
 #include <gtest/gtest.h>
 
 #include "tests/unit/avi/avi_test_support.h"
-#include "tests/unit/avi/test_files.h"
 
 namespace orvantis {
 namespace {
 
 using test::AviBuilder;
 using test::Bytes;
-using test::CountingFile;
 using test::OpenDml;
 using test::Parsed;
 
@@ -22,73 +20,73 @@ AviBuilder megabytes(std::size_t frames = 40) {
 }
 
 TEST(ReadCount, FileThatIsNoAviCostsOneRead) {
-    const Parsed<CountingFile> parsed(Bytes(1'000'000));
+    const Parsed parsed(Bytes(1'000'000));
     EXPECT_FALSE(parsed.usable);
-    EXPECT_EQ(parsed.file->reads, 1);
-    EXPECT_EQ(parsed.file->seeks, 1);
-    EXPECT_EQ(parsed.file->sizes, 1);
+    EXPECT_EQ(parsed.file->counts().reads, 1U);
+    EXPECT_EQ(parsed.file->counts().seeks, 1U);
+    EXPECT_EQ(parsed.file->counts().sizes, 1U);
 }
 
 TEST(ReadCount, HeadersOfARegularFileCostTwoReads) {
     // One for everything up to movi, one for what follows movi.
-    const Parsed<CountingFile> parsed(megabytes().build(), true);
+    const Parsed parsed(megabytes().build(), true);
     EXPECT_TRUE(parsed.usable);
-    EXPECT_EQ(parsed.file->reads, 2);
-    EXPECT_EQ(parsed.file->seeks, 2);
-    EXPECT_LE(parsed.file->bytesRead, 2 * FileWindow::kWindowBytes);
+    EXPECT_EQ(parsed.file->counts().reads, 2U);
+    EXPECT_EQ(parsed.file->counts().seeks, 2U);
+    EXPECT_LE(parsed.file->counts().bytesRead, 2 * FileWindow::kWindowBytes);
 }
 
 TEST(ReadCount, PaddingBeforeMoviCostsOneReadMore) {
-    const Parsed<CountingFile> parsed(megabytes().junk(300'000).build(), true);
+    const Parsed parsed(megabytes().junk(300'000).build(), true);
     EXPECT_TRUE(parsed.usable);
-    EXPECT_EQ(parsed.file->reads, 3);
+    EXPECT_EQ(parsed.file->counts().reads, 3U);
 }
 
 TEST(ReadCount, SmallIdx1ComesWithItsHeader) {
-    const Parsed<CountingFile> parsed(megabytes().build());
+    const Parsed parsed(megabytes().build());
     EXPECT_EQ(parsed.stream(0).entries().size(), 40U);
-    EXPECT_EQ(parsed.file->reads, 2);
+    EXPECT_EQ(parsed.file->counts().reads, 2U);
 }
 
 TEST(ReadCount, LargeIdx1IsOneReadMoreAndNotCopied) {
     AviBuilder avi = megabytes(0);
     constexpr int kFrames = 20'000;
     for (int i = 0; i < kFrames; ++i) avi.addFilledChunk(0, 30, 1).addFilledChunk(1, 4, 1);
-    const Parsed<CountingFile> parsed(avi.build());
+    const Parsed parsed(avi.build());
     EXPECT_EQ(parsed.stream(0).entries().size(), std::size_t{kFrames});
-    EXPECT_EQ(parsed.file->reads, 3);
-    EXPECT_LE(parsed.file->bytesRead, 2 * FileWindow::kWindowBytes + 2 * kFrames * 16);
+    EXPECT_EQ(parsed.file->counts().reads, 3U);
+    EXPECT_LE(parsed.file->counts().bytesRead, 2 * FileWindow::kWindowBytes + 2 * kFrames * 16);
 }
 
 TEST(ReadCount, EachStandardIndexIsOneRead) {
     AviBuilder avi = megabytes();
     avi.openDml(OpenDml::superIndex).chunksPerForm(20);
-    const Parsed<CountingFile> parsed(avi.build());
+    const Parsed parsed(avi.build());
     EXPECT_EQ(parsed.stream(0).entries().size(), 40U);
     EXPECT_TRUE(parsed.stream(0).hasOpenDmlIndex);
     // Four forms with an index for each of two streams; the super indexes came with the headers.
     EXPECT_EQ(parsed.stream(0).standardIndexes.size() + parsed.stream(1).standardIndexes.size(), 8U);
-    EXPECT_EQ(parsed.file->reads, 2 + 8);
+    EXPECT_EQ(parsed.file->counts().reads, 2 + 8U);
 }
 
 TEST(ReadCount, HeadersOfManyStreamsAreOneRead) {
     AviBuilder avi = megabytes();
     for (int i = 0; i < 60; ++i) avi.addStream(test::pcmStream(2, 48000, 16));
-    const Parsed<CountingFile> parsed(avi.build(), true);
+    const Parsed parsed(avi.build(), true);
     EXPECT_EQ(parsed.reader.streams.size(), 62U);
-    EXPECT_EQ(parsed.file->reads, 2);
+    EXPECT_EQ(parsed.file->counts().reads, 2U);
 }
 
 TEST(ReadCount, HeadersLargerThanAWindowAreGoneThroughInWindows) {
     AviBuilder avi = megabytes();
     for (int i = 0; i < 2000; ++i) avi.addStream(test::pcmStream(2, 48000, 16));
     const Bytes bytes = avi.build();
-    const Parsed<CountingFile> parsed(bytes, true);
+    const Parsed parsed(bytes, true);
     EXPECT_EQ(parsed.reader.streams.size(), 2002U);
     // The tree first, then what the headers hold: twice the headers, and what follows movi.
-    const auto windows = static_cast<int>(avi.moviOffset() / FileWindow::kWindowBytes) + 1;
-    EXPECT_GT(windows, 2);
-    EXPECT_LE(parsed.file->reads, 2 * windows + 1);
+    const std::uint64_t windows = avi.moviOffset() / FileWindow::kWindowBytes + 1;
+    EXPECT_GT(windows, 2U);
+    EXPECT_LE(parsed.file->counts().reads, 2 * windows + 1);
 }
 
 }  // namespace

@@ -6,9 +6,8 @@
 #include <algorithm>
 #include <array>
 
-#include "tests/support/avi_builder/memory_file.h"
 #include "tests/support/avi_builder/riff_builder.h"
-#include "tests/unit/avi/test_files.h"
+#include "tests/support/memory_file.h"
 
 namespace orvantis {
 namespace {
@@ -22,18 +21,18 @@ constexpr std::array kAviStop = {riffCode("AVI ")};
 struct Walked {
     bool sound = false;
     std::vector<RiffChunk> chunks;
-    int reads = 0;
+    std::uint64_t reads = 0;
 };
 
-Walked walkAll(Bytes bytes, std::span<const std::uint32_t> descendTypes = kAviLists,
+Walked walkAll(const Bytes& bytes, std::span<const std::uint32_t> descendTypes = kAviLists,
                std::span<const std::uint32_t> stopKeys = kAviStop) {
-    test::CountingFile file(std::move(bytes));
+    test::MemoryFile file(bytes);
     const auto size = static_cast<std::uint64_t>(file.size());
     FileWindow window;
     window.attach(file, size);
     Walked result;
     result.sound = walk(window, 0, size, descendTypes, stopKeys, result.chunks);
-    result.reads = file.reads;
+    result.reads = file.counts().reads;
     return result;
 }
 
@@ -302,7 +301,7 @@ TEST(RiffWalk, WindowIsReadOnceForManySmallChunks) {
     const Walked walked = walkAll(riff.take());
     EXPECT_TRUE(walked.sound);
     EXPECT_EQ(walked.chunks.size(), 1000U);
-    EXPECT_EQ(walked.reads, 1);
+    EXPECT_EQ(walked.reads, 1U);
 }
 
 TEST(RiffWalk, HeaderAcrossTheWindowsEndIsReadWhole) {

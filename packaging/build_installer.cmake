@@ -3,7 +3,7 @@
 if(NOT CPACK_ORVANTIS_MAKENSIS)
     return()
 endif()
-set(installer "${CPACK_PACKAGE_DIRECTORY}/${CPACK_PACKAGE_FILE_NAME}-setup.exe")
+set(installer "${CPACK_PACKAGE_DIRECTORY}/${CPACK_PACKAGE_NAME}-${CPACK_PACKAGE_VERSION}-setup.exe")
 
 # One folder with exactly the files to install, wherever CPack put each component. Symbols are not installed.
 set(stage "${CPACK_TOPLEVEL_DIRECTORY}/installer-stage")

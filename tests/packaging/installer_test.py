@@ -61,7 +61,7 @@ class InstallerTest(unittest.TestCase):
         stage.mkdir()
         for name in [settings.PLUGIN, *settings.TEXTS]:
             (stage / name).write_bytes(f"{name} of version {version}\n".encode())
-        setup = wine.native(r"C:\t") / f"ImporterOrvantis-{version}-win64-setup.exe"
+        setup = wine.native(r"C:\t") / f"ImporterOrvantis-{version}-setup.exe"
         subprocess.run([settings.MAKENSIS, "-V2", "-WX", f"-DVERSION={version}", f"-DSTAGE={stage}", f"-DOUTFILE={setup}",
                         settings.SOURCE_DIR / "packaging" / "installer.nsi"], check=True, stdout=subprocess.DEVNULL)
         return setup

@@ -20,7 +20,7 @@ VERSION = os.environ["ORVANTIS_VERSION"]
 
 PACKAGE = PACKAGES / f"ImporterOrvantis-{VERSION}-win64.zip"
 SYMBOLS = PACKAGES / f"ImporterOrvantis-{VERSION}-symbols.zip"
-SETUP = PACKAGES / f"ImporterOrvantis-{VERSION}-win64-setup.exe"
+SETUP = PACKAGES / f"ImporterOrvantis-{VERSION}-setup.exe"
 TOP = f"ImporterOrvantis-{VERSION}-win64/"
 
 PLUGIN = "ImporterOrvantis.prm"

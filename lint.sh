@@ -1,0 +1,33 @@
+#!/bin/sh
+# Format and static analysis over the sources. Warnings are errors.
+#
+#   ./lint.sh            everything
+#   ./lint.sh format     only clang-format
+#   ./lint.sh plugin     the plug-in's own folders only
+set -eu
+cd "$(dirname "$0")"
+what="${1:-all}"
+scripts/install-packages.sh
+
+echo "== clang-format"
+git ls-files '*.h' '*.cpp' | xargs clang-format --dry-run --Werror
+[ "$what" != format ] || exit 0
+
+plugin='entry|importer|fileio|avi|video|audio|async|diag'
+case "$what" in plugin) folders="$plugin" ;; *) folders="$plugin|simhost|standin|tests" ;; esac
+
+# The clang build for Windows: its commands are clang's own, and it has the files that talk to Windows.
+echo "== clang-tidy"
+cmake --preset windows-clang >/dev/null
+run-clang-tidy -quiet -j "$(nproc)" -p build/windows-clang "^$PWD/($folders)/" >build/clang-tidy.log 2>/dev/null || {
+    grep -E 'error:|warning:' build/clang-tidy.log | sort -u
+    exit 1
+}
+
+echo "== cppcheck"
+cppcheck --quiet --project=build/windows-clang/compile_commands.json --platform=win64 --std=c++20 \
+    --enable=warning,performance,portability --inline-suppr --error-exitcode=1 -j "$(nproc)" \
+    --suppress=missingInclude --suppress=missingIncludeSystem --suppress='*:*/googletest/*' \
+    --file-filter="$PWD/entry/*" --file-filter="$PWD/importer/*" --file-filter="$PWD/fileio/*" --file-filter="$PWD/avi/*" \
+    --file-filter="$PWD/video/*" --file-filter="$PWD/audio/*" --file-filter="$PWD/async/*" --file-filter="$PWD/diag/*"
+echo "Lint is clean."

@@ -4,17 +4,47 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 
+#include "host/result_codes.h"
 #include "tests/integration/plugin_clips.h"
 #include "tests/integration/plugin_log_text.h"
 #include "tests/integration/plugin_test.h"
 #include "tests/support/environment.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/temp_folder.h"
+
+/// The n-th call of a service from now on fails.
+inline simhost::FaultPlan failOnce(simhost::Service service, std::uint64_t nth = 1,
+                                   std::int32_t result = host::kSuiteFailed) {
+    simhost::FaultPlan plan;
+    plan.service = service;
+    plan.nth = nth;
+    plan.result = result;
+    return plan;
+}
+/// Every call of a service from now on fails.
+inline simhost::FaultPlan failAlways(simhost::Service service, std::int32_t result = host::kSuiteFailed) {
+    simhost::FaultPlan plan = failOnce(service, 1, result);
+    plan.fromThenOn = true;
+    return plan;
+}
+/// The host refuses a suite when it is asked for the n-th time from now on.
+inline simhost::FaultPlan refuseOnce(std::string_view suite, std::uint64_t nth = 1) {
+    simhost::FaultPlan plan = failOnce(simhost::Service::kAcquireSuite, nth);
+    plan.detail = suite;
+    return plan;
+}
+/// The host refuses a suite from now on.
+inline simhost::FaultPlan refuseAlways(std::string_view suite) {
+    simhost::FaultPlan plan = refuseOnce(suite);
+    plan.fromThenOn = true;
+    return plan;
+}
 
 class ClipTest : public PluginTest {
  protected:
@@ -42,6 +72,8 @@ class ClipTest : public PluginTest {
     void traceCodec() {
         m_codecTrace.emplace("ORVANTIS_STANDIN_LOG", orvantis::test::utf8Path(m_folder / "codec-calls.txt"));
     }
+    /// For tests that have looked at the account themselves.
+    void forgetCodecTrace() { m_codecTrace.reset(); }
     /// The account so far.
     std::string codecTrace() const { return orvantis::test::readFile(m_folder / "codec-calls.txt"); }
 

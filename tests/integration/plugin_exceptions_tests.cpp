@@ -140,7 +140,7 @@ TEST_F(PluginExceptions, AfterShutdownOnlyTheLineIsWritten) {
 TEST_F(PluginExceptions, AnErrorSuiteThatWasRefusedAtInitIsAskedForAgainWhenItIsNeeded) {
     logOn();
     start();
-    host().addFault({.service = Service::kAcquireSuite, .detail = host::kErrorSuiteName});
+    host().addFault(refuseOnce(host::kErrorSuiteName));
     ASSERT_EQ(importer().init().result, host::imNoErr);
     setInitialised(true);
     EXPECT_THAT(
@@ -177,7 +177,7 @@ TEST_F(PluginExceptions, AnErrorSuiteThatStaysRefusedCostsTheEventButNotTheAnswe
 
 TEST_F(PluginExceptions, AnErrorSuiteThatFailsChangesNothing) {
     startAndInit();
-    host().addFault({.service = Service::kSetEventString});
+    host().addFault(failOnce(Service::kSetEventString));
     simhost::Clip clip(importer(), placeClip());
     EXPECT_EQ(clip.pixelFormat(0).result, 99);
     EXPECT_EQ(host().calls(Service::kSetEventString), 1U);

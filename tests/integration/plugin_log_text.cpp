@@ -73,14 +73,19 @@ std::vector<LogText::Line> LogText::take() {
     for (std::size_t end = bytes.find("\r\n", at); end != std::string::npos; end = bytes.find("\r\n", at)) {
         const std::string_view line = std::string_view(bytes).substr(at, end - at);
         std::string text = orvantis::test::maskedLine(line);
+        // A message may bring line ends of its own; what stands behind them has no header.
+        std::uint32_t thread = lines.empty() ? 0 : lines.back().thread;
         constexpr std::string_view kHeader = "[T] [#] ";
-        if (!text.starts_with(kHeader)) throw std::runtime_error("log line without a header: " + text);
-        text = maskedAddresses(std::string_view(text).substr(kHeader.size()));
+        if (text.starts_with(kHeader)) {
+            thread = orvantis::test::threadOfLine(line);
+            text.erase(0, kHeader.size());
+        }
+        text = maskedAddresses(text);
         if (text.starts_with("Application: ")) text = "Application: <host>";
         replaceAll(text, m_folder + "\\", "<folder>/");
         replaceAll(text, m_folder + "/", "<folder>/");
         if (text.ends_with(' ')) text += '$';
-        lines.push_back({orvantis::test::threadOfLine(line), std::move(text)});
+        lines.push_back({thread, std::move(text)});
         at = end + 2;
     }
     m_taken = at;

@@ -72,7 +72,7 @@ TEST_F(NullPointers, PrivateDataThatIsMissingIs99) {
     expectNoImporter(importer().call(host::imCloseFile, &fileRef, nullptr));
     host::imAsyncImporterCreationRec creation{};
     expectNoImporter(importer().call(host::imCreateAsyncImporter, &creation, nullptr));
-    EXPECT_EQ(creation.outAsyncEntry, nullptr);
+    EXPECT_EQ(simhost::byValue(creation.outAsyncEntry), nullptr);
 }
 
 TEST_F(NullPointers, AFileReferenceIsNotNeededToOpenQuietOrClose) {

@@ -220,7 +220,7 @@ TEST_F(PluginSelectors, EveryFileTypeHasTheSameSubTypes) {
 TEST_F(PluginSelectors, SubTypesWithoutMemoryAre99AndLeaveTheHostsVariableAlone) {
     logOn();
     start();
-    host().addFault({.service = Service::kNewPtr});
+    host().addFault(failOnce(Service::kNewPtr));
     void* names = &names;
     EXPECT_EQ(importer().callWithNumber(host::imGetSubTypeNames, host::kFileTypeAviv, &names), 99);
     EXPECT_EQ(names, &names);

@@ -17,7 +17,7 @@
 
 class PluginTest : public ::testing::Test {
  protected:
-    /// Loads the plug-in into a host of this profile. Once per test.
+    /// Loads the plug-in into a host of this profile. Once per test, or again behind restart().
     void start(const simhost::HostProfile& profile = simhost::defaultProfile(),
                simhost::HostOptions options = {}) {
         m_host = std::make_unique<simhost::Host>(profile, options);
@@ -37,6 +37,14 @@ class PluginTest : public ::testing::Test {
             EXPECT_EQ(importer().shutdown(), host::imNoErr);
         }
         if (m_plugin) m_plugin->unload();
+    }
+
+    /// Behind stop(): checks and forgets this host, so that start() may follow.
+    void restart() {
+        EXPECT_TRUE(m_host->isClean()) << m_host->report();
+        m_importer.reset();
+        m_plugin.reset();
+        m_host.reset();
     }
 
     simhost::Host& host() { return *m_host; }

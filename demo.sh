@@ -29,18 +29,24 @@ make_clip() {
         -c:v rawvideo -strict unofficial -pix_fmt "$pixels" -vtag "$tag" "$out/clips/$name.avi"
 }
 
-# show FILE: everything the plug-in says of one clip, its frames, a contact sheet and its sound.
+# show FILE: everything the plug-in says of one clip, two dozen of its frames, a contact sheet, its sound, and how the
+# asynchronous importer plays it.
 show() {
     name="$(basename "$1" .avi)"
     dir="$out/$name"
     mkdir -p "$dir"
     echo "== $name"
-    $host info "$1" | tee "$dir/info.txt"
-    $host frames "$1" --range 0:: --format first --out "$dir/frames" --sheet "$dir/contact-sheet.png"
-    if grep -q '^ *Audio stream' "$dir/info.txt"; then
+    $host info "$1" >"$dir/info.txt"
+    sed -n '/^file:/,$p' "$dir/info.txt"
+    frames="$(sed -n 's/^ *frames: //p' "$dir/info.txt" | head -n 1)"
+    if [ "${frames:-0}" -gt 0 ]; then
+        last=$((frames - 1))
+        $host frames "$1" --range "0:$last:$((frames / 24 + 1))" --out "$dir/frames" --sheet "$dir/contact-sheet.png"
+        $host async "$1" --range "0:$((last < 499 ? last : 499))" --ahead 8
+    fi
+    if grep -q '^ *sampleFrames:' "$dir/info.txt"; then
         $host audio "$1" --stream 0 --out "$dir/sound.wav" --waveform "$dir/waveform.png"
     fi
-    $host async "$1" --ahead 8
 }
 
 if [ -n "$clip" ]; then

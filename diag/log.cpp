@@ -3,9 +3,13 @@
 #include "diag/log.h"
 
 #include <atomic>
+#include <chrono>
 #include <cstdarg>
 #include <cstdlib>
+#include <exception>
 #include <mutex>
+#include <thread>
+#include <utility>
 
 #include "diag/diagnostic_log.h"
 #include "diag/never_destroyed.h"
@@ -28,9 +32,9 @@ struct LogState {
     const char* name = "orvantis_pr";    ///< set before the first line
     bool console = false;                ///< set before the first line
 
-    /// Guards `log`, from before a line is written to after it: two first lines open one file, and closing takes no
-    /// line from under its writer. Lines are written one by one anyway, so nothing is lost by it. Not a shared mutex:
-    /// that of the mingw-w64 runtime fails when its first users meet.
+    /// Guards `log`, from before a line is written to after it: two first lines open one file, and closing
+    /// takes no line from under its writer. Lines are written one by one anyway, so nothing is lost by it.
+    /// Not a shared mutex: that of the mingw-w64 runtime fails when its first users meet.
     std::mutex guard;
 };
 
@@ -49,8 +53,25 @@ void writeLine(LogState& state, const char* format, std::va_list arguments) {
     state.log->write(format, arguments);
 }
 
+// When a process ends, the system first ends its other threads by force, and a thread that was writing a line
+// then keeps the lock for ever. A host that never ends is worse than a log without its last lines.
+bool lockComesFree(std::mutex& mutex) {
+    using namespace std::chrono_literals;
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        if (mutex.try_lock()) {
+            mutex.unlock();
+            return true;
+        }
+        std::this_thread::sleep_for(10ms);
+    }
+    return false;
+}
+
 // Runs where no exception may escape; noexcept ends the process instead.
 void endModuleLog() noexcept {
+    if (!lockComesFree(logState().guard)) {
+        return;
+    }
     logMessage("Module destroy");
     closeLog();
 }
@@ -68,7 +89,7 @@ void readLogSwitch() {
     }
 }
 
-void logMessage(const char* format, ...) {
+void logMessage(const char* format, ...) noexcept {
     LogState& state = logState();
     if (!state.enabled.load(std::memory_order_relaxed)) {
         return;
@@ -77,19 +98,23 @@ void logMessage(const char* format, ...) {
     va_start(arguments, format);
     try {
         writeLine(state, format, arguments);
-    } catch (...) {
-        va_end(arguments);
-        throw;
+    } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch)
+        // Without memory the line is lost. It must not be more than that: destructors log, and what a handler
+        // has done or handed over must not be undone for a line about it.
     }
     va_end(arguments);
 }
 
-void closeLog() {
+void closeLog() noexcept {
     LogState& state = logState();
-    const std::lock_guard lock(state.guard);
-    if (state.log != nullptr) {
-        state.log->writeLine("Log closed");
-        state.log.reset();
+    try {
+        const std::lock_guard lock(state.guard);
+        const std::unique_ptr<DiagnosticLog> log =
+            std::move(state.log);  // closed even if its last line is lost
+        if (log != nullptr) {
+            log->writeLine("Log closed");
+        }
+    } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch)
     }
 }
 

@@ -19,8 +19,9 @@ bool logEnabled() noexcept;
 /// on. Called once, by the first call of the process that enters the plug-in, before anything is logged.
 void readLogSwitch();
 
-/// Writes one line. Returns at once, with nothing formatted, while the log is off. Any thread.
-void logMessage(const char* format, ...) ORVANTIS_PRINTF(1, 2);
+/// Writes one line. Returns at once, with nothing formatted, while the log is off. A line for which there is
+/// no memory is lost, without a word to the caller: destructors log. Any thread.
+void logMessage(const char* format, ...) noexcept ORVANTIS_PRINTF(1, 2);
 
 /// printf into a new string; empty when the format is in error. Any thread.
 std::string formatString(const char* format, ...) ORVANTIS_PRINTF(1, 2);
@@ -31,7 +32,7 @@ std::string formatString(const char* format, ...) ORVANTIS_PRINTF(1, 2);
 std::string fourccToString(std::uint32_t code, bool reversed = false);
 
 /// Writes "Log closed", closes the file and forgets the log. A later logMessage would open a new one.
-void closeLog();
+void closeLog() noexcept;
 
 /// At load: names the logger, takes over the build-time settings, logs "Module init" (silently: the switch
 /// has not been read), and registers the exit handler that logs "Module destroy" and closes the log at

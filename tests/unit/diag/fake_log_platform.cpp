@@ -93,6 +93,9 @@ std::FILE* openForWriting(const Path& path) {
 
 void writeText(const char* text, std::FILE& /*file*/) {
     test::fakeLogPlatform().file += text;
+    if (test::fakeLogPlatform().onWrite) {
+        test::fakeLogPlatform().onWrite();
+    }
 }
 
 void openConsole() {

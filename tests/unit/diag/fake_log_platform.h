@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <ctime>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -23,9 +24,10 @@ struct FakeLogPlatform {
     std::string application;
 
     std::vector<std::string>
-        calls;            ///< in order: "switch", "profile", "append X", "make X", "read N", "create X", ...
-    std::string file;     ///< what was written to the log file
-    std::string console;  ///< what was written to the console
+        calls;         ///< in order: "switch", "profile", "append X", "make X", "read N", "create X", ...
+    std::string file;  ///< what was written to the log file
+    std::function<void()> onWrite;  ///< called with each line, under the log's lock
+    std::string console;            ///< what was written to the console
 };
 
 /// The system in force; the test sets it up.

@@ -3,11 +3,17 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <cstdlib>
+#include <mutex>
 #include <string>
+#include <thread>
+#include <utility>
 #include <vector>
 
 #include "diag/diagnostic_log.h"
 #include "diag/log.h"
+#include "tests/support/latch.h"
 #include "tests/unit/diag/fake_log_platform.h"
 
 namespace {
@@ -15,6 +21,7 @@ namespace {
 using namespace orvantis;
 using orvantis::test::FakeLogPlatform;
 using orvantis::test::fakeLogPlatform;
+using orvantis::test::Latch;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -167,6 +174,60 @@ TEST_F(LogPlatform, TheModuleAsksTheSystemForNothingUntilItsFirstLine) {
     const std::string line = "[2026-11-15 22:10:09] [5312] line\n";
     EXPECT_EQ(m_system.file,
               kOpened + kApplication + line + line + "[2026-11-15 22:10:09] [5312] Log closed\n");
+}
+
+// Ends the process while another thread is in the middle of a line and will never come back, as a thread that
+// the system has ended by force.
+void endWhileAThreadHoldsTheLog() {
+    // Neither is destroyed, because the thread is still there when static objects are; the mutex stays
+    // locked.
+    static Latch& writing = *new Latch(1);
+    static std::mutex& never = *new std::mutex;
+    never.lock();
+    startModuleLog();
+    readLogSwitch();
+    fakeLogPlatform().onWrite = [] {
+        writing.countDown();
+        never.lock();
+    };
+    std::thread([] { logMessage("line"); }).detach();
+    writing.wait();
+    std::exit(17);
+}
+
+TEST_F(LogPlatform, TheEndOfTheModuleDoesNotWaitForAThreadThatIsGone) {
+    testing::GTEST_FLAG(death_test_style) = "threadsafe";
+    m_system.switchValue = 1;
+    EXPECT_EXIT(endWhileAThreadHoldsTheLog(), testing::ExitedWithCode(17), "");
+}
+
+// The same, but the thread ends its line while the module waits.
+void endWhileAThreadIsWriting() {
+    static Latch& writing = *new Latch(1);
+    static bool first = true;
+    startModuleLog();
+    readLogSwitch();
+    fakeLogPlatform().onWrite = [] {
+        if (std::exchange(first, false)) {
+            writing.countDown();
+            for (int i = 0; i < 1000; ++i) {
+                std::this_thread::yield();
+            }
+        }
+        if (fakeLogPlatform().file.ends_with("Log closed\n")) {
+            (void)std::fputs(fakeLogPlatform().file.c_str(), stderr);
+        }
+    };
+    std::thread([] { logMessage("line"); }).detach();
+    writing.wait();
+    std::exit(17);
+}
+
+TEST_F(LogPlatform, TheEndOfTheModuleWaitsForALineThatIsBeingWritten) {
+    testing::GTEST_FLAG(death_test_style) = "threadsafe";
+    m_system.switchValue = 1;
+    EXPECT_EXIT(endWhileAThreadIsWriting(), testing::ExitedWithCode(17),
+                "line\n.*Module destroy\n.*Log closed");
 }
 
 }  // namespace

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <latch>
 #include <map>
 #include <set>
 #include <string>
@@ -14,6 +13,7 @@
 #include <vector>
 
 #include "diag/log.h"
+#include "tests/support/latch.h"
 #include "tests/support/log_capture.h"
 #include "tests/unit/diag/log_test_support.h"
 
@@ -32,11 +32,11 @@ std::string messageOf(int thread, int line) {
 }
 
 void logFromAllThreads(int lines) {
-    std::latch start(kThreads);
+    Latch start(kThreads);
     std::vector<std::thread> threads;
     for (int t = 0; t < kThreads; ++t) {
         threads.emplace_back([t, lines, &start] {
-            start.arrive_and_wait();
+            start.arriveAndWait();
             for (int i = 0; i < lines; ++i) {
                 logMessage("%s", messageOf(t, i).c_str());
             }
@@ -76,12 +76,12 @@ TEST(LogThreads, EachThreadHasItsOwnNumber) {
     startModuleLog();
     readLogSwitch();
     // All threads live at once, so no number is given out twice.
-    std::latch logged(kThreads);
+    Latch logged(kThreads);
     std::vector<std::thread> threads;
     for (int t = 0; t < kThreads; ++t) {
         threads.emplace_back([&logged] {
             logMessage("I am %u", thisThreadId());
-            logged.arrive_and_wait();
+            logged.arriveAndWait();
         });
     }
     for (std::thread& thread : threads) {

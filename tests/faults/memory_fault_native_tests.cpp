@@ -1,0 +1,75 @@
+// Every single allocation that the plug-in makes in a session fails once. There are thousands of them with
+// the log on, so they are dealt out to several tests.
+#include <cstring>
+#include <string>
+
+#include "tests/faults/fault_session.h"
+#include "tests/faults/module_allocations.h"
+
+namespace {
+
+constexpr std::uint64_t kMost = 50'000;
+
+class AllocationFaults : public SessionFaults, public ::testing::WithParamInterface<std::uint64_t> {
+ protected:
+    static constexpr std::uint64_t kShares = 8;
+
+    void start(Log log) {
+        SessionFaults::start(log);
+        const auto entry = plugin().entry();
+        const void* address = nullptr;
+        static_assert(sizeof(address) == sizeof(entry));
+        std::memcpy(&address, &entry, sizeof(address));
+        faults::watchModule(address);
+    }
+    /// Lets allocation n fail for n = first, first + step, ... up to the end. Returns the number of
+    /// allocations.
+    std::uint64_t failEach(std::uint64_t first, std::uint64_t step) {
+        for (std::uint64_t n = first; n <= kMost; n += step) {
+            std::uint64_t allocations = 0;
+            const bool good = survives(
+                "allocation " + std::to_string(n), [&](simhost::Host&) { faults::startCounting(n, false); },
+                [&](simhost::Host&) { allocations = faults::stopCounting(); });
+            if (allocations < n) return allocations;
+            if (!good) {
+                ADD_FAILURE() << "stopped at allocation " << n;
+                return 0;
+            }
+        }
+        ADD_FAILURE() << "no end";
+        return 0;
+    }
+};
+
+TEST_P(AllocationFaults, EachFailsOnceWithTheLogOff) {
+    start(Log::off);
+    const std::uint64_t allocations = failEach(GetParam(), kShares);
+    EXPECT_GT(allocations, 100U);
+    RecordProperty("allocations", std::to_string(allocations));
+}
+
+TEST_P(AllocationFaults, EachFailsOnceWithTheLogOn) {
+    start(Log::on);
+    const std::uint64_t allocations = failEach(GetParam(), kShares);
+    EXPECT_GT(allocations, 500U);
+    RecordProperty("allocations", std::to_string(allocations));
+}
+
+TEST_P(AllocationFaults, EachFailsAndSoDoAllBehindIt) {
+    start(Log::off);
+    std::uint64_t total = 0;
+    // With nothing left the plug-in gets less far, and makes fewer attempts: every number up to those of an
+    // undisturbed session is gone through.
+    ASSERT_TRUE(survives(
+        "nothing", [](simhost::Host&) { faults::startCounting(0, false); },
+        [&](simhost::Host&) { total = faults::stopCounting(); }));
+    for (std::uint64_t n = GetParam(); n <= total; n += kShares) {
+        ASSERT_TRUE(survives(
+            "allocations from " + std::to_string(n), [&](simhost::Host&) { faults::startCounting(n, true); },
+            [](simhost::Host&) { static_cast<void>(faults::stopCounting()); }));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Share, AllocationFaults, ::testing::Range<std::uint64_t>(1, 9));
+
+}  // namespace

@@ -17,19 +17,26 @@ if(WIN32 AND CMAKE_CROSSCOMPILING)
     set(CMAKE_CROSSCOMPILING_EMULATOR "${CMAKE_BINARY_DIR}/wine-run")
 endif()
 
+# Builds the programs labelled "concurrency", all that a run under ThreadSanitizer needs.
+add_custom_target(concurrency_tests)
+
 # orvantis_add_test(NAME name SOURCES ... [LIBRARIES ...] [LABELS ...] [TIMEOUT seconds] [RESOURCE_LOCK name] [FIXTURES name])
 # A GoogleTest program; each of its tests is one CTest test named <name>.<Suite>.<Test>, run in a process of its own.
 function(orvantis_add_test)
     cmake_parse_arguments(arg "" "NAME;TIMEOUT;RESOURCE_LOCK;FIXTURES" "SOURCES;LIBRARIES;LABELS" ${ARGN})
     add_executable(${arg_NAME} ${arg_SOURCES})
     target_link_libraries(${arg_NAME} PRIVATE orvantis_options ${arg_LIBRARIES} GTest::gtest GTest::gmock GTest::gtest_main)
-    target_compile_options(${arg_NAME} PRIVATE $<$<CXX_COMPILER_ID:GNU,Clang>:-Wno-sign-conversion>)
+    # What is tested is optimised; the tests themselves are quick to compile instead.
+    target_compile_options(${arg_NAME} PRIVATE $<$<CXX_COMPILER_ID:GNU,Clang>:-Wno-sign-conversion;-O0;-g1>)
     if(NOT arg_TIMEOUT)
         set(arg_TIMEOUT 120)
     endif()
     set(properties TIMEOUT ${arg_TIMEOUT})
     if(arg_LABELS)
         list(APPEND properties LABELS "${arg_LABELS}")
+    endif()
+    if("concurrency" IN_LIST arg_LABELS)
+        add_dependencies(concurrency_tests ${arg_NAME})
     endif()
     if(arg_RESOURCE_LOCK)
         list(APPEND properties RESOURCE_LOCK "${arg_RESOURCE_LOCK}")

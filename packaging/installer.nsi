@@ -85,7 +85,6 @@ Var LogCheckbox
 !insertmacro MUI_PAGE_WELCOME
 !insertmacro MUI_PAGE_COMPONENTS
 !define MUI_DIRECTORYPAGE_TEXT_TOP "Setup proposes the folder in which the host looks for importers. Change it only if your host uses another one. The plug-in gets a folder $\"Orvantis$\" of its own there."
-!define MUI_PAGE_CUSTOMFUNCTION_LEAVE leaveDirectory
 !insertmacro MUI_PAGE_DIRECTORY
 Page custom showOptions leaveOptions
 !insertmacro MUI_PAGE_INSTFILES
@@ -618,27 +617,25 @@ Function .onInit
     Pop $0
 FunctionEnd
 
-; The plug-in always gets a folder of its own.
-Function leaveDirectory
+; The page after the folder's. The plug-in always gets a folder of its own; the folder's page itself cannot see to it,
+; because it takes the text of its field once more after its own callback.
+Function showOptions
     Push $0
+    Push $1
     ${GetFileName} "$INSTDIR" $0
     ${If} $0 != "Orvantis"
         StrCpy $INSTDIR "$INSTDIR\Orvantis"
     ${EndIf}
-    Pop $0
-FunctionEnd
-
-Function showOptions
-    Push $0
-    Push $1
     !insertmacro MUI_HEADER_TEXT "Options" "Codec library and diagnostic log"
     nsDialogs::Create 1018
     Pop $0
-    ${NSD_CreateLabel} 0 0 100% 56u "$CodecText"
+    ${NSD_CreateLabel} 0 0 100% 18u "The plug-in will be installed in $INSTDIR"
     Pop $0
-    ${NSD_CreateCheckBox} 0 66u 100% 12u "&Write a diagnostic log"
+    ${NSD_CreateLabel} 0 22u 100% 44u "$CodecText"
+    Pop $0
+    ${NSD_CreateCheckBox} 0 74u 100% 12u "&Write a diagnostic log"
     Pop $LogCheckbox
-    ${NSD_CreateLabel} 12u 80u 95% 44u "For the account that runs setup. The log tells what the host asks of the plug-in and what it answers. It is written to the folder orvantis\adobe in the user profile, one file for each start of the host. Leave it off unless you look for a fault."
+    ${NSD_CreateLabel} 12u 88u 95% 40u "For the account that runs setup. The log tells what the host asks of the plug-in and what it answers. It is written to the folder orvantis\adobe in the user profile, one file for each start of the host. Leave it off unless you look for a fault."
     Pop $0
     ReadRegDWORD $1 HKCU "${SWITCH_KEY}" "${SWITCH_VALUE}"
     ${If} $LogSwitch == 1
@@ -696,7 +693,7 @@ Section "un.Importer plug-in" unsectionPlugin
     ${Log} "Removed from $INSTDIR"
 SectionEnd
 
-Section /o "un.Log switch and log files of this account" unsectionPurge
+Section /o "un.Log switch and logs" unsectionPurge
     DeleteRegValue HKCU "${SWITCH_KEY}" "${SWITCH_VALUE}"
     DeleteRegKey /ifempty HKCU "${SWITCH_KEY}"
     Delete "$PROFILE\orvantis\adobe\orvantis_pr_importer_*.log"

@@ -14,6 +14,7 @@ case "${1:-}" in
 esac
 cd "$(dirname "$0")/.."
 
+commit="$(git rev-parse HEAD)"
 work="$(mktemp -d)"
 trap 'rm -rf "$work"' EXIT
 trap 'exit 130' INT TERM
@@ -37,7 +38,7 @@ if [ -n "$against" ]; then
     git ls-files -z --cached --others --exclude-standard | xargs -0 sh -c \
         'for file; do [ ! -e "$file" ] || printf "%s\0" "$file"; done' sh | tar -c --null -T - | tar -x -C "$work/a"
 else
-    git archive HEAD | tar -x -C "$work/a"
+    git archive "$commit" | tar -x -C "$work/a"
 fi
 build "$work/a" "$work/a/build"
 cp "$work/a/build/release/ImporterOrvantis.prm" "$first"
@@ -49,7 +50,7 @@ else
     elsewhere="$work/some other, much longer name/sources"
     echo "Building in $elsewhere"
     mkdir -p "$elsewhere"
-    git archive HEAD | tar -x -C "$elsewhere"
+    git archive "$commit" | tar -x -C "$elsewhere"
     ( TZ=Pacific/Chatham LC_ALL=C build "$elsewhere" "$work/output of the second build" )
     cp "$work/output of the second build/release/ImporterOrvantis.prm" "$second"
 fi

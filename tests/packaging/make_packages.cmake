@@ -2,5 +2,5 @@
 file(REMOVE_RECURSE "${PACKAGES}")
 execute_process(COMMAND "${CMAKE_COMMAND}" --build "${BUILD_DIR}" --target release_files load_plugin orvantis_common64
     COMMAND_ERROR_IS_FATAL ANY)
-execute_process(COMMAND "${CPACK}" --config "${BUILD_DIR}/CPackConfig.cmake" -B "${PACKAGES}"
+execute_process(COMMAND "${CMAKE_COMMAND}" -E env "SOURCE_DATE_EPOCH=${DATE}" "${CPACK}" --config "${BUILD_DIR}/CPackConfig.cmake" -B "${PACKAGES}"
     WORKING_DIRECTORY "${BUILD_DIR}" COMMAND_ERROR_IS_FATAL ANY)

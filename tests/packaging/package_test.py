@@ -6,6 +6,7 @@ import pathlib
 import re
 import subprocess
 import tempfile
+import time
 import unittest
 import zipfile
 import zlib
@@ -88,6 +89,13 @@ class ZipTest(unittest.TestCase):
             self.assertIsNone(re.search(rb"@\w+@", files[settings.TOP + name]), name)
         self.assertIn(b"GCC Runtime Library Exception", files[settings.TOP + "THIRD_PARTY_NOTICES.txt"])
         self.assertIn(b"mingw-w64", files[settings.TOP + "THIRD_PARTY_NOTICES.txt"])
+
+    def test_every_file_has_the_date_that_packaging_was_given(self):
+        expected = time.localtime(int(os.environ["SOURCE_DATE_EPOCH"]) & ~1)[:6]  # zips count in steps of two seconds
+        for package in (settings.PACKAGE, settings.SYMBOLS):
+            with zipfile.ZipFile(package) as archive:
+                for entry in archive.infolist():
+                    self.assertEqual(entry.date_time, expected, entry.filename)
 
     def test_packaging_again_gives_the_same_bytes(self):
         with tempfile.TemporaryDirectory() as folder:

@@ -12,6 +12,7 @@
 #include "simhost/text.h"
 #include "simhost/tool/commands.h"
 #include "simhost/tool/hosted_run.h"
+#include "simhost/tool/output_file.h"
 #include "simhost/tool/tool_error.h"
 #include "simhost/tool/wav.h"
 
@@ -22,6 +23,7 @@ using Json = nlohmann::ordered_json;
 
 struct Options {
     std::string file;
+    std::string output;
     bool json = false;
 };
 
@@ -228,31 +230,29 @@ std::string plain(const Json& value) {
     return value.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
-void printText(const Json& value, const std::string& indent) {
+std::string textOf(const Json& value, const std::string& indent) {
+    std::string out;
     for (const auto& [key, item] : value.items()) {
-        const bool rows =
-            item.is_array() && !item.empty() && item.front().is_object() && !item.front().contains("code");
-        if (rows) {
+        const std::string head = indent + key + ":";
+        const bool records = item.is_array() && !item.empty() && item.front().is_object();
+        if (records && item.front().contains("code")) {
+            out += head + "\n";
             for (const Json& row : item) {
-                std::printf("%s%s:\n", indent.c_str(), key.c_str());
-                printText(row, indent + "  ");
+                out += indent + "  [" + plain(row["code"]) + "] " + plain(row["name"]) + "\n";
+            }
+        } else if (records) {
+            for (const Json& row : item) {
+                out += head + "\n" + textOf(row, indent + "  ");
             }
         } else if (item.is_object()) {
-            std::printf("%s%s:\n", indent.c_str(), key.c_str());
-            printText(item, indent + "  ");
-        } else if (item.is_array() && !item.empty() && item.front().is_object()) {
-            std::printf("%s%s:\n", indent.c_str(), key.c_str());
-            for (const Json& row : item) {
-                std::printf("%s  [%s] %s\n", indent.c_str(), plain(row["code"]).c_str(),
-                            plain(row["name"]).c_str());
-            }
+            out += head + "\n" + textOf(item, indent + "  ");
         } else if (item.is_string() && item.get<std::string>().find('\n') != std::string::npos) {
-            std::printf("%s%s:\n%s", indent.c_str(), key.c_str(),
-                        indented(item.get<std::string>(), indent + "  | ").c_str());
+            out += head + "\n" + indented(item.get<std::string>(), indent + "  | ");
         } else {
-            std::printf("%s%s: %s\n", indent.c_str(), key.c_str(), plain(item).c_str());
+            out += head + " " + plain(item) + "\n";
         }
     }
+    return out;
 }
 
 int run(const GlobalOptions& global, const Options& options) {
@@ -262,10 +262,12 @@ int run(const GlobalOptions& global, const Options& options) {
                        {"interfaceVersion", hosted.host().profile().interfaceVersion}};
         out["plugin"] = aboutPlugin(hosted);
         out["file"] = aboutFile(hosted, options.file);
-        if (options.json) {
-            std::printf("%s\n", out.dump(2, ' ', false, Json::error_handler_t::replace).c_str());
+        const std::string text =
+            options.json ? out.dump(2, ' ', false, Json::error_handler_t::replace) + "\n" : textOf(out, "");
+        if (options.output.empty()) {
+            (void)std::fputs(text.c_str(), stdout);
         } else {
-            printText(out, "");
+            writeFile(options.output, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
         }
         return kSuccess;
     });
@@ -278,6 +280,8 @@ Command addInfoCommand(CLI::App& app) {
     CLI::App* parser = app.add_subcommand("info", "Tell what the plug-in says about itself and about a file");
     parser->add_option("FILE", options->file, "AVI file")->required();
     parser->add_flag("--json", options->json, "Write JSON");
+    parser->add_option("--out", options->output,
+                       "File for the answer, in UTF-8 (default: the standard output)");
     return {parser, [options](const GlobalOptions& global) { return run(global, *options); }};
 }
 

@@ -16,7 +16,9 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 set(CMAKE_C_FLAGS_INIT "-nostdlibinc -isystem /usr/${triple}/include -Wno-unused-command-line-argument")
-set(CMAKE_CXX_FLAGS_INIT "-femulated-tls -nostdinc++ -nostdlibinc -isystem ${gcc}/include/c++ -isystem ${gcc}/include/c++/${triple} -isystem ${gcc}/include/c++/backward -isystem /usr/${triple}/include -Wno-unused-command-line-argument")
+# g++ tells its headers that type comparison lies in its library on this system; without being told, clang brings a second
+# definition of it, which the linker refuses.
+set(CMAKE_CXX_FLAGS_INIT "-D__GXX_TYPEINFO_EQUALITY_INLINE=0 -femulated-tls -nostdinc++ -nostdlibinc -isystem ${gcc}/include/c++ -isystem ${gcc}/include/c++/${triple} -isystem ${gcc}/include/c++/backward -isystem /usr/${triple}/include -Wno-unused-command-line-argument")
 foreach(kind EXE SHARED MODULE)
     set(CMAKE_${kind}_LINKER_FLAGS_INIT "-static -pthread -fuse-ld=lld -B${gcc} -L${gcc} -Wl,--no-insert-timestamp")
 endforeach()

@@ -21,7 +21,7 @@ bool logEnabled() noexcept {
     return true;
 }
 
-void logMessage(const char* format, ...) {
+void logMessage(const char* format, ...) noexcept {
     char text[1024];
     std::va_list arguments;
     va_start(arguments, format);

@@ -21,5 +21,6 @@ Command addInfoCommand(CLI::App& app);
 Command addFramesCommand(CLI::App& app);
 Command addAudioCommand(CLI::App& app);
 Command addAsyncCommand(CLI::App& app);
+Command addLogCommand(CLI::App& app);
 
 }  // namespace simhost::tool

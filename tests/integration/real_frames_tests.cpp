@@ -208,7 +208,9 @@ TEST_F(RealFrames, Yuv444SamplesArriveUntouched) {
                         ASSERT_EQ(row[at], p.plane[2]) << "V at " << x << ',' << y;
                         ASSERT_EQ(row[at + 1], p.plane[1]) << "U";
                         ASSERT_EQ(row[at + 2], p.plane[0]) << "Y";
-                        if (alpha) ASSERT_EQ(row[at + 3], p.plane[3]) << "alpha";
+                        if (alpha) {
+                            ASSERT_EQ(row[at + 3], p.plane[3]) << "alpha";
+                        }
                         ++compared;
                     }
                 }

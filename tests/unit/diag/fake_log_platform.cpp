@@ -9,7 +9,8 @@ namespace orvantis {
 namespace test {
 
 FakeLogPlatform& fakeLogPlatform() {
-    static FakeLogPlatform platform;
+    // Never destroyed: the log is used until the very end of the process.
+    static FakeLogPlatform& platform = *new FakeLogPlatform;
     return platform;
 }
 

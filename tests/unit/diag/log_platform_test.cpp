@@ -201,18 +201,17 @@ TEST_F(LogPlatform, TheEndOfTheModuleDoesNotWaitForAThreadThatIsGone) {
     EXPECT_EXIT(endWhileAThreadHoldsTheLog(), testing::ExitedWithCode(17), "");
 }
 
-// The same, but the thread ends its line while the module waits.
+// The same, but the thread goes on with its line once the process has begun to end.
 void endWhileAThreadIsWriting() {
     static Latch& writing = *new Latch(1);
+    static Latch& ending = *new Latch(1);
     static bool first = true;
     startModuleLog();
     readLogSwitch();
     fakeLogPlatform().onWrite = [] {
         if (std::exchange(first, false)) {
             writing.countDown();
-            for (int i = 0; i < 1000; ++i) {
-                std::this_thread::yield();
-            }
+            ending.wait();
         }
         if (fakeLogPlatform().file.ends_with("Log closed\n")) {
             (void)std::fputs(fakeLogPlatform().file.c_str(), stderr);
@@ -220,6 +219,8 @@ void endWhileAThreadIsWriting() {
     };
     std::thread([] { logMessage("line"); }).detach();
     writing.wait();
+    // Registered after the module's own handler and therefore called before it.
+    (void)std::atexit([] { ending.countDown(); });
     std::exit(17);
 }
 

@@ -115,6 +115,7 @@ TEST_F(FileStructure, FurtherFormsAreReachedThroughTheOpenDmlIndexOnly) {
     simhost::Clip clip = open(avi.build());
     for (std::uint32_t i = 0; i < 6; ++i) expectFrame(clip, i, i);
     EXPECT_EQ(clip.importAudio(1900, 1, 2).channels[0][0], 1900.0F / 32768.0F);
+    ASSERT_EQ(clip.close(), host::imNoErr);
 
     avi.openDml(OpenDml::none);
     simhost::Clip legacy = open(avi.build());

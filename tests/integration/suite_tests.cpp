@@ -387,6 +387,35 @@ TEST_F(Suites, AnAsynchronousImporterWithoutTheTimeSuiteIsNotMade) {
     EXPECT_EQ(async.creation().result, host::imNoErr);
 }
 
+TEST_F(Suites, AnAsynchronousImporterOfASoundStreamHoldsThemToo) {
+    logOn();
+    startAndInit();
+    simhost::Clip clip(importer(), placeClip({.audioStreams = 2}), {.streamIndex = 1});
+    ASSERT_EQ(clip.openResult(), host::imNoErr);
+    host().clearTrace();
+    simhost::AsyncClip async = clip.createAsync();
+    EXPECT_EQ(async.creation().result, host::imNoErr) << "the stream index that ends the list is no failure";
+    EXPECT_EQ(namesOf(Service::kAcquireSuite), kFileSuites);
+    // Without video there are no frames to ask for.
+    static_cast<void>(log().news());
+    const host::imFrameFormat formats[] = {{0, 0, kYuy2}};
+    EXPECT_EQ(async.initiate(0, formats), 99);
+    EXPECT_EQ(async.getFrame(0, formats).result, 99);
+    EXPECT_EQ(async.flush(), 99);
+    EXPECT_EQ(log().news(), R"(
+----------------------
+[OnInitiateAsyncRead]
+xAsyncImportEntry: FATAL: Unhandled exception during aiInitiateAsyncRead (0): m_videoInfo is NULL
+----------------------
+[OnGetFrame]
+xAsyncImportEntry: FATAL: Unhandled exception during aiGetFrame (3): m_videoInfo is NULL
+----------------------
+[OnFlush]
+xAsyncImportEntry: FATAL: Unhandled exception during aiFlush (2): m_videoInfo is NULL
+)");
+    EXPECT_EQ(async.close(), host::aiNoError);
+}
+
 TEST_F(Suites, AnAsynchronousRequestWithoutThePPixSuiteIsNotTaken) {
     logOn();
     startAndInit();

@@ -166,22 +166,22 @@ void oddStructures() {
 
 // The layout that stream_format_fuzzer.cpp reads.
 void streamFormats() {
-    using orvantis::test::StreamSpec;
-    const auto putFormat = [](const std::string& name, const StreamSpec& spec, std::uint32_t size) {
+    using orvantis::test::StreamPlan;
+    const auto putFormat = [](const std::string& name, const StreamPlan& plan, std::uint32_t size) {
         RiffBuilder out;
         out.u8(3);
         for (int i = 0; i < 7; ++i) out.u16(static_cast<std::uint16_t>(i * 200)).u16(i == 1 ? 0 : 200);
         for (int i = 0; i < 5; ++i) out.u64(static_cast<std::uint64_t>(i) * 25).u32(size);
         out.u32(0);
-        out.u32(spec.type)
-            .u32(spec.handler)
+        out.u32(plan.type)
+            .u32(plan.handler)
             .fill(12)
-            .u32(spec.scale)
-            .u32(spec.rate)
+            .u32(plan.scale)
+            .u32(plan.rate)
             .u32(0)
             .u32(1000)
             .fill(20);
-        out.bytes(spec.format);
+        out.bytes(plan.format);
         put("stream_format_fuzzer", name, out.take());
     };
     for (const char* tag : {"O8RA", "O8RG", "O8YA", "O8Y4", "O8Y2", "O8Y0", "O8G0", "O0RA", "O0RG", "O0Y4",

@@ -82,7 +82,7 @@ TEST_F(FileAnalysis, NumbersSoundStreamsByTheirPlaceInTheFile) {
     avi.addStream(orvantis::test::pcmStream(1, 8000, 8));
     avi.addStream(orvantis::test::videoStream("O8Y2", 16, 4, 25, 1));
     avi.addStream(orvantis::test::extensibleStream(6, 48000, 24, 1, 0x3F));
-    orvantis::test::StreamSpec unusable = orvantis::test::pcmStream(2, 48000, 16);
+    orvantis::test::StreamPlan unusable = orvantis::test::pcmStream(2, 48000, 16);
     unusable.format[14] = 12;  // wBitsPerSample
     avi.addStream(unusable);
     avi.addFilledChunk(0, 4000, 0x80).addChunk(1, clips::codedPicture(0)).addFilledChunk(2, 18 * 48000, 0);

@@ -96,7 +96,7 @@ TEST_F(ForeignFiles, ReaderTextsAreLoggedAsTheyStand) {
 TEST_F(ForeignFiles, StreamsThatAreNeitherVideoNorSoundAreNoVideo) {
     logOn();
     startAndInit();
-    orvantis::test::StreamSpec texts = orvantis::test::videoStream("O8Y2", 16, 4, 25, 1);
+    orvantis::test::StreamPlan texts = orvantis::test::videoStream("O8Y2", 16, 4, 25, 1);
     texts.type = orvantis::test::codeOf("txts");
     AviBuilder avi;
     avi.addStream(texts);
@@ -108,7 +108,7 @@ TEST_F(ForeignFiles, StreamsThatAreNeitherVideoNorSoundAreNoVideo) {
 TEST_F(ForeignFiles, AVideoStreamWithAnEmptyFormatIsRefused) {
     logOn();
     startAndInit();
-    orvantis::test::StreamSpec video = orvantis::test::videoStream("O8Y2", 16, 4, 25, 1);
+    orvantis::test::StreamPlan video = orvantis::test::videoStream("O8Y2", 16, 4, 25, 1);
     video.format.clear();
     AviBuilder avi;
     avi.addStream(video);
@@ -122,7 +122,7 @@ TEST_F(ForeignFiles, AVideoStreamWithAnEmptyFormatIsRefused) {
 TEST_F(ForeignFiles, AVideoStreamWithACutFormatIsRefusedByTheLibrary) {
     logOn();
     startAndInit();
-    orvantis::test::StreamSpec video = orvantis::test::videoStream("O8Y2", 16, 4, 25, 1);
+    orvantis::test::StreamPlan video = orvantis::test::videoStream("O8Y2", 16, 4, 25, 1);
     video.format.resize(39);
     AviBuilder avi;
     avi.addStream(video);

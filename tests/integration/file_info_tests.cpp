@@ -363,10 +363,10 @@ TEST_F(FileInfo, SoundMayComeBeforeTheVideo) {
 
 // --- sound that cannot be used ---
 
-orvantis::test::StreamSpec twelveBitSound() {
-    orvantis::test::StreamSpec spec = orvantis::test::pcmStream(2, 48000, 16);
-    spec.format[14] = 12;  // wBitsPerSample
-    return spec;
+orvantis::test::StreamPlan twelveBitSound() {
+    orvantis::test::StreamPlan plan = orvantis::test::pcmStream(2, 48000, 16);
+    plan.format[14] = 12;  // wBitsPerSample
+    return plan;
 }
 
 TEST_F(FileInfo, TheOnlySoundStreamIsDroppedWhenItIsUnusable) {

@@ -16,7 +16,7 @@ namespace {
 using orvantis::test::AviBuilder;
 using orvantis::test::Bytes;
 using orvantis::test::OpenDml;
-using orvantis::test::StreamSpec;
+using orvantis::test::StreamPlan;
 using orvantis::test::videoStream;
 using testing::Contains;
 

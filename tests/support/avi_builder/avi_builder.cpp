@@ -36,19 +36,19 @@ Bytes waveFormat(std::uint16_t tag, std::uint16_t channels, std::uint32_t rate, 
     return out.take();
 }
 
-StreamSpec audioSpec(std::uint16_t channels, std::uint32_t rate, std::uint16_t bits) {
-    StreamSpec spec;
-    spec.type = codeOf("auds");
-    spec.sampleSize = channels * (bits / 8U);
-    spec.scale = spec.sampleSize;  // dwRate / dwScale = sample frames a second
-    spec.rate = rate * spec.sampleSize;
-    spec.chunkSuffix = "wb";
-    return spec;
+StreamPlan audioPlan(std::uint16_t channels, std::uint32_t rate, std::uint16_t bits) {
+    StreamPlan plan;
+    plan.type = codeOf("auds");
+    plan.sampleSize = channels * (bits / 8U);
+    plan.scale = plan.sampleSize;  // dwRate / dwScale = sample frames a second
+    plan.rate = rate * plan.sampleSize;
+    plan.chunkSuffix = "wb";
+    return plan;
 }
 
 }  // namespace
 
-StreamSpec videoStream(std::string_view compression, std::int32_t width, std::int32_t height,
+StreamPlan videoStream(std::string_view compression, std::int32_t width, std::int32_t height,
                        std::uint32_t rate, std::uint32_t scale, std::uint16_t bitCount,
                        std::span<const std::uint8_t> extra) {
     const auto imageBytes = static_cast<std::uint32_t>(width * height * bitCount / 8);
@@ -62,37 +62,37 @@ StreamSpec videoStream(std::string_view compression, std::int32_t width, std::in
         .u32(imageBytes)
         .fill(16)
         .bytes(extra);
-    StreamSpec spec;
-    spec.type = codeOf("vids");
-    spec.handler = codeOf(compression);
-    spec.scale = scale;
-    spec.rate = rate;
-    spec.format = format.take();
-    spec.chunkSuffix = "dc";
-    return spec;
+    StreamPlan plan;
+    plan.type = codeOf("vids");
+    plan.handler = codeOf(compression);
+    plan.scale = scale;
+    plan.rate = rate;
+    plan.format = format.take();
+    plan.chunkSuffix = "dc";
+    return plan;
 }
 
-StreamSpec pcmStream(std::uint16_t channels, std::uint32_t samplesPerSecond, std::uint16_t bits) {
-    StreamSpec spec = audioSpec(channels, samplesPerSecond, bits);
-    spec.format = waveFormat(1, channels, samplesPerSecond, bits);
-    return spec;
+StreamPlan pcmStream(std::uint16_t channels, std::uint32_t samplesPerSecond, std::uint16_t bits) {
+    StreamPlan plan = audioPlan(channels, samplesPerSecond, bits);
+    plan.format = waveFormat(1, channels, samplesPerSecond, bits);
+    return plan;
 }
 
-StreamSpec extensibleStream(std::uint16_t channels, std::uint32_t samplesPerSecond, std::uint16_t bits,
+StreamPlan extensibleStream(std::uint16_t channels, std::uint32_t samplesPerSecond, std::uint16_t bits,
                             std::uint16_t formatCode, std::uint32_t channelMask) {
-    StreamSpec spec = audioSpec(channels, samplesPerSecond, bits);
+    StreamPlan plan = audioPlan(channels, samplesPerSecond, bits);
     RiffBuilder format;
     format.bytes(waveFormat(0xFFFE, channels, samplesPerSecond, bits)).u16(22).u16(bits).u32(channelMask);
     // SubFormat: the format code in front of the template that all wave formats share.
     format.u32(formatCode).u16(0).u16(0x10);
     constexpr std::uint8_t kTemplate[] = {0x80, 0x00, 0x00, 0xAA, 0x00, 0x38, 0x9B, 0x71};
     format.bytes(kTemplate);
-    spec.format = format.take();
-    return spec;
+    plan.format = format.take();
+    return plan;
 }
 
-AviBuilder& AviBuilder::addStream(StreamSpec spec) {
-    m_streams.push_back(std::move(spec));
+AviBuilder& AviBuilder::addStream(StreamPlan plan) {
+    m_streams.push_back(std::move(plan));
     return *this;
 }
 
@@ -213,7 +213,7 @@ void AviBuilder::writeHeaders(RiffBuilder& riff) {
 }
 
 void AviBuilder::writeStream(RiffBuilder& riff, std::size_t number) {
-    const StreamSpec& spec = m_streams[number];
+    const StreamPlan& plan = m_streams[number];
     std::uint32_t chunks = 0;
     std::uint64_t bytes = 0;
     for (const Chunk& chunk : m_chunks) {
@@ -221,23 +221,23 @@ void AviBuilder::writeStream(RiffBuilder& riff, std::size_t number) {
         ++chunks;
         bytes += chunk.size;
     }
-    std::uint32_t length = spec.length;
+    std::uint32_t length = plan.length;
     if (length == 0)
-        length = spec.sampleSize == 0 ? chunks : static_cast<std::uint32_t>(bytes / spec.sampleSize);
+        length = plan.sampleSize == 0 ? chunks : static_cast<std::uint32_t>(bytes / plan.sampleSize);
 
     m_strlOffsets[number] = riff.position();
     riff.beginList("LIST", "strl");
     riff.begin("strh")
-        .u32(spec.type)
-        .u32(spec.handler)
+        .u32(plan.type)
+        .u32(plan.handler)
         .u32(0)
         .u16(0)
         .u16(0)
         .u32(0)
-        .u32(spec.scale)
-        .u32(spec.rate);
-    riff.u32(0).u32(length).u32(0).u32(0xFFFFFFFF).u32(spec.sampleSize).u64(0).end();
-    riff.chunk("strf", spec.format);
+        .u32(plan.scale)
+        .u32(plan.rate);
+    riff.u32(0).u32(length).u32(0).u32(0xFFFFFFFF).u32(plan.sampleSize).u64(0).end();
+    riff.chunk("strf", plan.format);
     if (m_openDml != OpenDml::none) {
         // The entries are not known yet: fillInIndexes() writes them.
         m_indxOffsets[number] = riff.position();

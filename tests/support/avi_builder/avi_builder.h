@@ -22,7 +22,7 @@
 namespace orvantis::test {
 
 /// What one strl list says. Every field can be changed before the stream is added.
-struct StreamSpec {
+struct StreamPlan {
     std::uint32_t type = 0;     ///< fccType
     std::uint32_t handler = 0;  ///< fccHandler
     std::uint32_t scale = 1;    ///< dwScale
@@ -35,13 +35,13 @@ struct StreamSpec {
 };
 
 /// A video stream with a 40-byte BITMAPINFOHEADER and `extra` behind it.
-StreamSpec videoStream(std::string_view compression, std::int32_t width, std::int32_t height,
+StreamPlan videoStream(std::string_view compression, std::int32_t width, std::int32_t height,
                        std::uint32_t rate, std::uint32_t scale, std::uint16_t bitCount = 24,
                        std::span<const std::uint8_t> extra = {});
 /// Integer PCM with a 16-byte PCMWAVEFORMAT.
-StreamSpec pcmStream(std::uint16_t channels, std::uint32_t samplesPerSecond, std::uint16_t bits);
+StreamPlan pcmStream(std::uint16_t channels, std::uint32_t samplesPerSecond, std::uint16_t bits);
 /// WAVEFORMATEXTENSIBLE (40 bytes); `formatCode` 1 is PCM, 3 is IEEE float.
-StreamSpec extensibleStream(std::uint16_t channels, std::uint32_t samplesPerSecond, std::uint16_t bits,
+StreamPlan extensibleStream(std::uint16_t channels, std::uint32_t samplesPerSecond, std::uint16_t bits,
                             std::uint16_t formatCode, std::uint32_t channelMask);
 
 /// How OpenDML indexes are written.
@@ -62,7 +62,7 @@ struct Placement {
 class AviBuilder {
  public:
     /// Streams get the numbers 0, 1, ... in the order added.
-    AviBuilder& addStream(StreamSpec spec);
+    AviBuilder& addStream(StreamPlan plan);
     /// A chunk of `stream`; empty data makes an empty chunk.
     AviBuilder& addChunk(std::size_t stream, std::span<const std::uint8_t> data, bool keyFrame = true);
     /// A chunk of `size` bytes of `value`.
@@ -124,7 +124,7 @@ class AviBuilder {
     void writeIdx1(RiffBuilder& riff, std::size_t chunkCount);
     void fillInIndexes(RiffBuilder& riff);
 
-    std::vector<StreamSpec> m_streams;
+    std::vector<StreamPlan> m_streams;
     std::vector<Chunk> m_chunks;
     Bytes m_data;
     bool m_idx1 = true;

@@ -1,5 +1,6 @@
-// A static object whose destructor never runs: for state that worker threads or other static objects may still use
-// while the module is being unloaded. It lies in the module's own memory, so nothing is left on the heap.
+// A static object whose destructor never runs: for state that worker threads or other static objects may
+// still use while the module is being unloaded. It lies in the module's own memory, so nothing is left on the
+// heap.
 #pragma once
 
 #include <cstddef>

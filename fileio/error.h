@@ -1,5 +1,5 @@
-// The exceptions of failed reads and seeks. Callers catch them as fileio::Error, std::runtime_error or std::exception
-// and log what().
+// The exceptions of failed reads and seeks. Callers catch them as fileio::Error, std::runtime_error or
+// std::exception and log what().
 #pragma once
 
 #include <cstdint>
@@ -10,15 +10,16 @@ namespace fileio {
 
 /// Base of the file errors; carries only its message.
 class Error : public std::runtime_error {
-   public:
+ public:
     using std::runtime_error::runtime_error;
 };
 
 /// Fewer bytes arrived than asked for. "Read error: size: 65536, read: 1200"
 class ReadError : public Error {
-   public:
+ public:
     ReadError(std::uint64_t requestedSize, std::uint64_t bytesRead)
-        : Error("Read error: size: " + std::to_string(requestedSize) + ", read: " + std::to_string(bytesRead)),
+        : Error("Read error: size: " + std::to_string(requestedSize) +
+                ", read: " + std::to_string(bytesRead)),
           size(requestedSize),
           read(bytesRead) {}
 
@@ -28,7 +29,7 @@ class ReadError : public Error {
 
 /// The position was refused. "Seek error: offset: -1"
 class SeekError : public Error {
-   public:
+ public:
     explicit SeekError(std::int64_t requestedOffset)
         : Error("Seek error: offset: " + std::to_string(requestedOffset)), offset(requestedOffset) {}
 

@@ -1,5 +1,5 @@
-// The only door to the disk: an open file with one position, 64-bit offsets and no lock. Two threads must not use one
-// object at once; their callers serialise them. The plain operations never throw.
+// The only door to the disk: an open file with one position, 64-bit offsets and no lock. Two threads must not
+// use one object at once; their callers serialise them. The plain operations never throw.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +15,7 @@ enum OpenMode : int {
 };
 
 class File {
-   public:
+ public:
     File() = default;
     File(const File&) = delete;
     File& operator=(const File&) = delete;

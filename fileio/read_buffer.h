@@ -1,5 +1,5 @@
-// A byte buffer that is lent to read calls again and again: it only grows, and growing neither keeps nor clears the
-// contents, because the next read overwrites them anyway.
+// A byte buffer that is lent to read calls again and again: it only grows, and growing neither keeps nor
+// clears the contents, because the next read overwrites them anyway.
 #pragma once
 
 #include <cstddef>
@@ -8,7 +8,7 @@
 namespace fileio {
 
 class ReadBuffer {
-   public:
+ public:
     /// Makes room for `bytes` and returns the start. The contents are indeterminate after growing. Throws
     /// std::bad_alloc, in which case the buffer stays as it was.
     std::byte* ensure(std::size_t bytes) {
@@ -23,7 +23,7 @@ class ReadBuffer {
     const std::byte* data() const noexcept { return m_data.get(); }
     std::size_t capacity() const noexcept { return m_capacity; }
 
-   private:
+ private:
     std::unique_ptr<std::byte[]> m_data;
     std::size_t m_capacity = 0;
 };

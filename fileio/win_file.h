@@ -6,7 +6,7 @@
 namespace fileio {
 
 class WinFile final : public File {
-   public:
+ public:
     WinFile() noexcept;
     ~WinFile() override;
 
@@ -24,7 +24,7 @@ class WinFile final : public File {
     void* osHandle() const noexcept { return m_handle; }
     bool isOpen() const noexcept { return m_isOpen; }
 
-   private:
+ private:
     void* m_handle;  ///< INVALID_HANDLE_VALUE when closed
     bool m_isOpen;
 };

@@ -1,5 +1,5 @@
-// Loads a library as a host does, and says whether that worked. Used by the tests of the installer: a host that has the
-// plug-in loaded is what keeps its file locked.
+// Loads a library as a host does, and says whether that worked. Used by the tests of the installer: a host
+// that has the plug-in loaded is what keeps its file locked.
 //
 //   load_plugin FILE          prints "loaded", or "error N" with the system's code; result 0 or 1
 //   load_plugin FILE --hold   the same, and keeps the library until standard input ends

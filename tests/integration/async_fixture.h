@@ -60,9 +60,10 @@ inline bool showsFrame(const simhost::Frame& frame, std::uint32_t index) {
 /// mutex, so holding CreatePPix holds the one task that decodes.
 class ServiceGate {
  public:
-    ServiceGate(simhost::Host& host, simhost::Service service) : m_host(host) {
-        m_host.setHook([this, service](simhost::Service called) {
-            if (called == service) pass();
+    ServiceGate(simhost::Host& host, simhost::Service service) {
+        // The hook shares the state: a task may still pass it when the test is through with the gate.
+        host.setHook([state = m_state, service](simhost::Service called) {
+            if (called == service) state->pass();
         });
     }
     ServiceGate(const ServiceGate&) = delete;
@@ -71,29 +72,32 @@ class ServiceGate {
 
     /// Waits until a call stands at the closed gate.
     void waitForArrival() {
-        std::unique_lock lock(m_mutex);
-        m_changed.wait(lock, [this] { return m_waiting > 0; });
+        std::unique_lock lock(m_state->mutex);
+        m_state->changed.wait(lock, [this] { return m_state->waiting > 0; });
     }
     void open() {
-        const std::lock_guard lock(m_mutex);
-        m_open = true;
-        m_changed.notify_all();
+        const std::lock_guard lock(m_state->mutex);
+        m_state->open = true;
+        m_state->changed.notify_all();
     }
 
  private:
-    void pass() {
-        std::unique_lock lock(m_mutex);
-        ++m_waiting;
-        m_changed.notify_all();
-        m_changed.wait(lock, [this] { return m_open; });
-        --m_waiting;
-    }
+    struct State {
+        void pass() {
+            std::unique_lock lock(mutex);
+            ++waiting;
+            changed.notify_all();
+            changed.wait(lock, [this] { return open; });
+            --waiting;
+        }
 
-    simhost::Host& m_host;
-    std::mutex m_mutex;
-    std::condition_variable m_changed;
-    int m_waiting = 0;
-    bool m_open = false;
+        std::mutex mutex;
+        std::condition_variable changed;
+        int waiting = 0;
+        bool open = false;
+    };
+
+    std::shared_ptr<State> m_state = std::make_shared<State>();
 };
 
 class AsyncTest : public PluginTest {

@@ -1,6 +1,7 @@
 // Every single call of a session into the codec library fails once. The library counts the calls of each of
 // its functions, so each function is gone through by itself; together that is every call.
 #include <optional>
+#include <sstream>
 #include <string>
 #include <string_view>
 
@@ -16,52 +17,54 @@ constexpr const char* kFunctions[] = {"library_init",     "library_close",    "o
                                       "decompress_query", "decompress_begin", "decompress", "decompress_end",
                                       "get_string",       "get_param"};
 
-std::uint64_t occurrences(std::string_view text, std::string_view part) {
+/// Lines of the library's account, "#7 T1 open(-> 0x10001) = 0", that are this call and, unless `result` is
+/// empty, end in this result.
+std::uint64_t callsOf(const std::string& account, std::string_view function, std::string_view result = {}) {
+    const std::string called = ' ' + std::string(function) + '(';
     std::uint64_t count = 0;
-    for (std::size_t at = text.find(part); at != std::string_view::npos; at = text.find(part, at + 1))
-        ++count;
+    std::istringstream lines(account);
+    for (std::string line; std::getline(lines, line);)
+        count += line.find(called) != std::string::npos && line.ends_with(result) ? 1 : 0;
     return count;
 }
 
-class CodecCallFaults : public SessionFaults {
+/// Each session and each initialisation that the library granted is given back once, whatever failed. An
+/// initialisation whose session is refused stays: nothing is closed then.
+void expectUndone(const std::string& plan, const std::string& account) {
+    EXPECT_EQ(callsOf(account, "close"), callsOf(account, "open", " = 0")) << plan << "\n" << account;
+    EXPECT_EQ(callsOf(account, "library_close") + callsOf(account, "open") - callsOf(account, "open", " = 0"),
+              callsOf(account, "library_init", " = 0"))
+        << plan << "\n"
+        << account;
+}
+
+class CodecCallFaults : public SessionFaults, public ::testing::WithParamInterface<const char*> {
  protected:
-    void start() {
+    void start(Log log) {
         m_trace.emplace("ORVANTIS_STANDIN_LOG", path("codec-calls.txt"));
-        SessionFaults::start();
+        SessionFaults::start(log);
     }
-    /// Lets the n-th call of each function, or that one and all behind it, fail for every n. Returns how many
+    /// Lets the n-th call of the function, or that one and all behind it, fail for every n. Returns how many
     /// calls failed.
     std::uint64_t failEach(const char* suffix) {
-        std::uint64_t total = 0;
-        for (const char* function : kFunctions) {
-            // As the library's account has it: "#7 T1 open(".
-            const std::string called = ' ' + std::string(function) + '(';
-            bool reached = true;
-            for (std::uint64_t n = 1; reached; ++n) {
-                const std::string plan = std::string(function) + ':' + std::to_string(n) + suffix;
-                orvantis::test::writeFile(path("codec-calls.txt"), "");
-                const bool good = survives(
-                    plan, [&](simhost::Host&) { m_plan.emplace("ORVANTIS_STANDIN_FAIL", plan); },
-                    [&](simhost::Host&) {
-                        m_plan.reset();
-                        const std::string calls = orvantis::test::readFile(path("codec-calls.txt"));
-                        reached = occurrences(calls, called) >= n;
-                    });
-                if (!good || n >= kMost) {
-                    ADD_FAILURE() << "stopped at " << plan;
-                    return total;
-                }
-                total += reached ? 1 : 0;
-            }
+        const std::string function = GetParam();
+        for (std::uint64_t n = 1; n < kMost; ++n) {
+            const std::string plan = function + ':' + std::to_string(n) + suffix;
+            orvantis::test::writeFile(path("codec-calls.txt"), "");
+            bool reached = false;
+            const bool good = survives(
+                plan, [&](simhost::Host&) { m_plan.emplace("ORVANTIS_STANDIN_FAIL", plan); },
+                [&](simhost::Host&) {
+                    m_plan.reset();
+                    const std::string calls = orvantis::test::readFile(path("codec-calls.txt"));
+                    reached = callsOf(calls, function) >= n;
+                    expectUndone(plan, calls);
+                });
+            if (!good) break;
+            if (!reached) return n - 1;
         }
-        return total;
-    }
-    void TearDown() override {
-        SessionFaults::TearDown();
-        m_trace.reset();
-        // Sessions that the library refused to close are its own affair; everything else is undone.
-        const std::string calls = orvantis::test::readFile(path("codec-calls.txt"));
-        EXPECT_NE(calls.find(" unload, "), std::string::npos) << calls;
+        ADD_FAILURE() << "no end";
+        return 0;
     }
 
  private:
@@ -69,16 +72,19 @@ class CodecCallFaults : public SessionFaults {
     std::optional<ScopedEnvironment> m_plan;
 };
 
-TEST_F(CodecCallFaults, EachFailsOnce) {
-    start();
+TEST_P(CodecCallFaults, EachFailsOnce) {
+    start(Log::on);
     const std::uint64_t calls = failEach("");
-    EXPECT_GT(calls, 50U);
+    EXPECT_GT(calls, 0U);
     RecordProperty("calls", std::to_string(calls));
 }
 
-TEST_F(CodecCallFaults, EachFailsAndSoDoAllOfThatFunctionBehindIt) {
-    start();
-    EXPECT_GT(failEach("+"), 50U);
+TEST_P(CodecCallFaults, EachFailsAndSoDoAllOfThatFunctionBehindIt) {
+    start(Log::off);
+    EXPECT_GT(failEach("+"), 0U);
 }
+
+INSTANTIATE_TEST_SUITE_P(Function, CodecCallFaults, ::testing::ValuesIn(kFunctions),
+                         [](const auto& test) { return std::string(test.param); });
 
 }  // namespace

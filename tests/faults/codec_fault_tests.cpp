@@ -24,7 +24,7 @@ std::uint64_t callsOf(const std::string& account, std::string_view function, std
     std::uint64_t count = 0;
     std::istringstream lines(account);
     for (std::string line; std::getline(lines, line);)
-        count += line.find(called) != std::string::npos && line.ends_with(result) ? 1 : 0;
+        count += line.find(called) != std::string::npos && line.ends_with(result) ? 1U : 0U;
     return count;
 }
 

@@ -3,6 +3,7 @@
 // with the coded samples themselves elsewhere.
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -131,6 +132,9 @@ int compareWithFfmpeg(const simhost::Importer& importer) {
         EXPECT_EQ(clip.getInfo(0).result, host::imNoErr);
         for (const std::uint32_t format : clip.pixelFormats().formats) {
             SCOPED_TRACE(codeText(format));
+            // Only these: "Bgra" would find the file of "bgra" where names of files ignore case.
+            static const Codes kShared = {"bgra", "argb", "yuy2", "yuy3", "uyvy", "uyv7", "v210", "v211"};
+            if (std::find(kShared.begin(), kShared.end(), codeText(format)) == kShared.end()) continue;
             const std::optional<Bytes> reference = fileBytes(real.name + "." + codeText(format) + ".raw");
             if (!reference) continue;
             ++compared;

@@ -4,11 +4,13 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <thread>
 
 #include "host/result_codes.h"
 #include "tests/integration/plugin_clips.h"
@@ -80,6 +82,12 @@ class ClipTest : public PluginTest {
     void TearDown() override {
         PluginTest::TearDown();
         if (m_codecTrace) {
+            // A pool thread that has just delivered its frame keeps the module loaded until it has left it.
+            const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+            while (codecTrace().find(" unload, ") == std::string::npos &&
+                   std::chrono::steady_clock::now() < deadline) {
+                std::this_thread::yield();
+            }
             EXPECT_TRUE(
                 codecTrace().ends_with(" unload, library_init not undone: 0, sessions not closed: 0\n"))
                 << codecTrace();

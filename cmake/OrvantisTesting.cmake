@@ -20,36 +20,77 @@ endif()
 # Builds the programs labelled "concurrency", all that a run under ThreadSanitizer needs.
 add_custom_target(concurrency_tests)
 
-# orvantis_add_test(NAME name SOURCES ... [LIBRARIES ...] [LABELS ...] [TIMEOUT seconds] [RESOURCE_LOCK name] [FIXTURES name])
-# A GoogleTest program; each of its tests is one CTest test named <name>.<Suite>.<Test>, run in a process of its own.
+# What is tested is optimised; the tests themselves are quick to compile instead: without optimisation, and with the headers
+# of the test framework and of the standard library compiled once.
+set(test_options $<$<CXX_COMPILER_ID:GNU,Clang>:-Wno-sign-conversion;-O0;-g1>)
+add_library(orvantis_test_headers STATIC "${CMAKE_CURRENT_LIST_DIR}/test_headers.cpp")
+target_link_libraries(orvantis_test_headers PRIVATE orvantis_options GTest::gtest GTest::gmock)
+target_compile_options(orvantis_test_headers PRIVATE ${test_options})
+target_precompile_headers(orvantis_test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h>
+    <algorithm> <array> <cstdint> <cstring> <filesystem> <fstream> <functional> <memory> <mutex> <string> <thread> <vector>)
+# A compiler cache tells by these whether a precompiled header is still the same.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    list(APPEND test_options -fpch-preprocess)
+elseif(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    list(APPEND test_options "SHELL:-Xclang -fno-pch-timestamp")
+endif()
+target_compile_options(orvantis_test_headers PRIVATE ${test_options})
+
+# orvantis_add_test(NAME name SOURCES ... [LIBRARIES ...] [LABELS ...] [TIMEOUT seconds] [FIXTURES name]
+#                   [PARTS number] [APART filter])
+# A GoogleTest program and the CTest test <name> that runs it; with PARTS that many, <name>.1 and so on, which share its
+# tests and may run side by side. All in one process, since its start is most of the time that a test takes under Wine.
+# Tests that the GoogleTest filter APART names need a process of their own each; they are CTest tests
+# <name>.<Suite>.<Test>.
 function(orvantis_add_test)
-    cmake_parse_arguments(arg "" "NAME;TIMEOUT;RESOURCE_LOCK;FIXTURES" "SOURCES;LIBRARIES;LABELS" ${ARGN})
+    cmake_parse_arguments(arg "" "NAME;TIMEOUT;FIXTURES;PARTS;APART" "SOURCES;LIBRARIES;LABELS" ${ARGN})
     add_executable(${arg_NAME} ${arg_SOURCES})
     target_link_libraries(${arg_NAME} PRIVATE orvantis_options ${arg_LIBRARIES} GTest::gtest GTest::gmock GTest::gtest_main)
-    # What is tested is optimised; the tests themselves are quick to compile instead.
-    target_compile_options(${arg_NAME} PRIVATE $<$<CXX_COMPILER_ID:GNU,Clang>:-Wno-sign-conversion;-O0;-g1>)
+    target_compile_options(${arg_NAME} PRIVATE ${test_options})
+    target_precompile_headers(${arg_NAME} REUSE_FROM orvantis_test_headers)
     if(NOT arg_TIMEOUT)
-        set(arg_TIMEOUT 120)
+        set(arg_TIMEOUT 300)
     endif()
     set(properties TIMEOUT ${arg_TIMEOUT})
     if(arg_LABELS)
         list(APPEND properties LABELS "${arg_LABELS}")
     endif()
+    set(environment "")
     if(ORVANTIS_SANITIZE STREQUAL "thread")
-        list(APPEND properties ENVIRONMENT "TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/tsan.supp")
+        list(APPEND environment "TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/tsan.supp")
     endif()
     if("concurrency" IN_LIST arg_LABELS)
         add_dependencies(concurrency_tests ${arg_NAME})
     endif()
-    if(arg_RESOURCE_LOCK)
-        list(APPEND properties RESOURCE_LOCK "${arg_RESOURCE_LOCK}")
-    endif()
     if(arg_FIXTURES)
         list(APPEND properties FIXTURES_REQUIRED "${arg_FIXTURES}")
     endif()
-    gtest_discover_tests(${arg_NAME}
-        TEST_PREFIX "${arg_NAME}."
-        DISCOVERY_MODE PRE_TEST
-        DISCOVERY_TIMEOUT 120
-        PROPERTIES ${properties})
+    set(filter "")
+    if(arg_APART)
+        set(filter "--gtest_filter=-${arg_APART}")
+        set(apart ${properties})
+        if(environment)
+            list(APPEND apart ENVIRONMENT "${environment}")
+        endif()
+        gtest_discover_tests(${arg_NAME}
+            TEST_PREFIX "${arg_NAME}."
+            TEST_FILTER "${arg_APART}"
+            DISCOVERY_MODE PRE_TEST
+            DISCOVERY_TIMEOUT 120
+            PROPERTIES ${apart})
+    endif()
+    if(NOT arg_PARTS)
+        set(arg_PARTS 1)
+    endif()
+    foreach(part RANGE 1 ${arg_PARTS})
+        set(name ${arg_NAME})
+        if(arg_PARTS GREATER 1)
+            set(name ${arg_NAME}.${part})
+        endif()
+        math(EXPR index "${part} - 1")
+        add_test(NAME ${name} COMMAND ${arg_NAME} ${filter}
+            "--gtest_output=xml:${CMAKE_BINARY_DIR}/test-results/${name}.xml")
+        set_tests_properties(${name} PROPERTIES ${properties}
+            ENVIRONMENT "${environment};GTEST_TOTAL_SHARDS=${arg_PARTS};GTEST_SHARD_INDEX=${index}")
+    endforeach()
 endfunction()

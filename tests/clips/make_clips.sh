@@ -24,6 +24,32 @@ for tool in ffmpeg ffprobe lqt_transcode dvgrab mencoder; do
     command -v "$tool" > /dev/null || { echo "make_clips.sh: $tool is not installed" >&2; exit 1; }
 done
 
+# No tool is to ask anybody, or to wait for anything but its own work.
+exec < /dev/null
+started=$(date +%s)
+made() {
+    echo "$(($(date +%s) - started)) s: $1"
+}
+
+# attempt CLIP SECONDS COMMAND...: a program that may hang or fail for reasons of its own (dvgrab's threads sometimes wait for
+# each other for ever). What it could not make is listed in not_made.txt, and the tests that read the clips report it.
+attempt() {
+    clip=$1
+    seconds=$2
+    shift 2
+    for try in 1 2 3 4 5; do
+        if timeout -k 5 "$seconds" "$@" > "$work/$clip.log" 2>&1; then
+            rm -f "$work/$clip.log"
+            return 0
+        fi
+        echo "attempt $try to make $clip failed: $*"
+        tail -n 5 "$work/$clip.log"
+    done
+    echo "$clip" >> "$work/not_made.txt"
+    rm -f "$work/$clip"
+    return 1
+}
+
 # Made aside and moved into place at the end: an interrupted run leaves nothing that looks complete.
 work=$out.making
 rm -rf "$work"
@@ -118,32 +144,42 @@ for rate in 1/200 15/2 24000/1001 24 25 30000/1001 30 50 60000/1001 60 240; do
         "rate_$(echo "$rate" | tr / _).avi"
 done
 
+made "clips by ffmpeg"
+
 # OpenDML by others. Their codes are set afterwards, because they know only their own codecs.
 # shellcheck disable=SC2046
 ff $(pictures 64x48 25 0.8) $(tone 48000 0.8) -c:v rawvideo -pix_fmt rgb24 -c:a pcm_s16le source/plain.mov
-lqt_transcode -f avi_odml -vc raw -ac sowt source/plain.mov opendml_lqt.avi > /dev/null 2>&1
-patch_code opendml_lqt.avi O8RG
+if attempt opendml_lqt.avi 20 lqt_transcode -f avi_odml -vc raw -ac sowt source/plain.mov opendml_lqt.avi; then
+    patch_code opendml_lqt.avi O8RG
+fi
+made "OpenDML by lqt_transcode"
 
 # shellcheck disable=SC2046
 ff $(pictures 720x576 25 0.4) $(tone 48000 0.4) -ac 2 -target pal-dv source/dv.dv
-dvgrab -format dv2 -opendml -size 0 -input source/dv.dv source/dv- > /dev/null 2>&1
-mv source/dv-001.avi opendml_dvgrab.avi
-patch_code opendml_dvgrab.avi O8Y0
+if attempt opendml_dvgrab.avi 10 dvgrab -format dv2 -opendml -size 0 -input source/dv.dv source/dv-; then
+    mv source/dv-001.avi opendml_dvgrab.avi
+    patch_code opendml_dvgrab.avi O8Y0
+fi
+made "OpenDML by dvgrab"
 
 # mencoder repeats frames as zero-byte chunks when the output is faster.
 # shellcheck disable=SC2046
 ff $(pictures 64x48 25 0.8) $(tone 48000 0.8) -c:v rawvideo -pix_fmt yuv420p -c:a pcm_s16le source/plain.avi
-mencoder source/plain.avi -of avi -ovc raw -ffourcc O8Y0 -oac pcm -o mencoder.avi > /dev/null 2>&1
-mencoder source/plain.avi -of avi -ovc raw -ffourcc O8Y0 -oac pcm -ofps 50 -o mencoder_repeated.avi > /dev/null 2>&1
+attempt mencoder.avi 20 mencoder source/plain.avi -of avi -ovc raw -ffourcc O8Y0 -oac pcm -o mencoder.avi || true
+attempt mencoder_repeated.avi 20 mencoder source/plain.avi -of avi -ovc raw -ffourcc O8Y0 -oac pcm -ofps 50 \
+    -o mencoder_repeated.avi || true
+made "clips by mencoder"
 
 # Large enough for ffmpeg to go on in a second RIFF form, which needs more than 1 GiB.
-ff -f lavfi -i color=black:size=1920x1080:rate=25 -frames:v 180 -c:v rawvideo -strict unofficial -pix_fmt gbrp -vtag O8RG \
-    opendml_ffmpeg_large.avi
+attempt opendml_ffmpeg_large.avi 150 ffmpeg -nostdin -v error -y -f lavfi -i color=black:size=1920x1080:rate=25 -frames:v 180 \
+    -c:v rawvideo -strict unofficial -pix_fmt gbrp -vtag O8RG opendml_ffmpeg_large.avi || true
+made "large OpenDML by ffmpeg"
 
 rm -rf source
 for clip in *.avi; do
     ffprobe -v error -show_streams -show_packets -of json "$clip" > "$clip.json"
 done
+made "listings of their packets"
 
 cd /
 rm -rf "$out"

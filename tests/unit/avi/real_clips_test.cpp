@@ -83,6 +83,14 @@ std::filesystem::path folder() {
     return std::filesystem::path(ORVANTIS_CLIPS_DIR);
 }
 
+// The clips that their muxers failed to make on this machine, by the names of their files.
+std::set<std::string> notMade() {
+    std::set<std::string> names;
+    std::ifstream list(folder() / "not_made.txt");
+    for (std::string name; std::getline(list, name);) names.insert(name);
+    return names;
+}
+
 // A piece of the file that belongs to one stream.
 struct Span {
     std::uint64_t position;
@@ -135,10 +143,12 @@ struct OpenClip {
     bool isOpen = false;
 };
 
-// Calls `check` with each clip.
+// Calls `check` with each clip that could be made.
 template <typename Check>
 void forEachClip(Check check) {
+    const std::set<std::string> missing = notMade();
     for (const Clip& clip : kClips) {
+        if (missing.contains(std::string(clip.name) + ".avi")) continue;
         SCOPED_TRACE(clip.name);
         OpenClip open(clip);
         ASSERT_TRUE(open.isOpen) << open.path;
@@ -280,7 +290,11 @@ TEST(RealClips, AreAllTested) {
     for (const auto& file : std::filesystem::directory_iterator(folder())) {
         if (file.path().extension() == ".avi") made.insert(file.path().filename().string());
     }
+    const std::set<std::string> missing = notMade();
+    made.insert(missing.begin(), missing.end());
     EXPECT_EQ(made, tested);
+    EXPECT_GE(tested.size() - missing.size(), tested.size() - 2) << "most muxers work everywhere";
+    if (!missing.empty()) GTEST_SKIP() << "not made on this machine: " << testing::PrintToString(missing);
 }
 
 }  // namespace

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
@@ -143,6 +145,36 @@ TEST_F(LogPlatform, TheConsoleWorksWithoutAFile) {
     log.writeLine("line");
     EXPECT_EQ(m_system.console, kOpened + kApplication + "[2026-11-15 22:10:09] [5312] line\n");
     EXPECT_EQ(m_system.file, "");
+}
+
+TEST_F(LogPlatform, OneLineIsWrittenAtATime) {
+    DiagnosticLog log("name", false);
+    std::atomic<int> inside = 0;
+    std::atomic<int> most = 0;
+    m_system.onWrite = [&] {
+        const int now = ++inside;
+        most = std::max(most.load(), now);
+        std::this_thread::yield();  // an invitation to whoever is not kept out
+        --inside;
+    };
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([&log] {
+            for (int i = 0; i < 100; ++i) {
+                log.writeLine("line");
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    m_system.onWrite = nullptr;
+    EXPECT_EQ(most, 1);
+    std::string expected = kOpened + kApplication;
+    for (int i = 0; i < 400; ++i) {
+        expected += "[2026-11-15 22:10:09] [5312] line\n";
+    }
+    EXPECT_EQ(m_system.file, expected);
 }
 
 TEST_F(LogPlatform, UnknownApplicationIsAnEmptyPath) {

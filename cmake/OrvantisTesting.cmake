@@ -23,7 +23,9 @@ add_custom_target(concurrency_tests)
 # What is tested is optimised; the tests themselves are quick to compile instead: without optimisation, and with the headers
 # of the test framework and of the standard library compiled once.
 set(test_options $<$<CXX_COMPILER_ID:GNU,Clang>:-Wno-sign-conversion;-O0;-g1>)
-add_library(orvantis_test_headers STATIC "${CMAKE_CURRENT_LIST_DIR}/test_headers.cpp")
+# A program, as its users are: compilers want them alike.
+add_executable(orvantis_test_headers "${CMAKE_CURRENT_LIST_DIR}/test_headers.cpp")
+set_target_properties(orvantis_test_headers PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/test-headers")
 target_link_libraries(orvantis_test_headers PRIVATE orvantis_options GTest::gtest GTest::gmock)
 target_compile_options(orvantis_test_headers PRIVATE ${test_options})
 target_precompile_headers(orvantis_test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h>

@@ -14,6 +14,7 @@
 #include "simhost/tool/commands.h"
 #include "simhost/tool/frame_range.h"
 #include "simhost/tool/hosted_run.h"
+#include "simhost/tool/media_facts.h"
 #include "simhost/tool/play_order.h"
 #include "simhost/tool/progress.h"
 #include "simhost/tool/tool_error.h"

@@ -1,6 +1,5 @@
 // audio: delivers the samples of a stream as a WAV file and as a picture.
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -11,9 +10,10 @@
 
 #include "simhost/tool/commands.h"
 #include "simhost/tool/hosted_run.h"
+#include "simhost/tool/media_facts.h"
 #include "simhost/tool/output_file.h"
 #include "simhost/tool/png.h"
-#include "simhost/tool/progress.h"
+#include "simhost/tool/sound_reading.h"
 #include "simhost/tool/tool_error.h"
 #include "simhost/tool/wav.h"
 #include "simhost/tool/waveform.h"
@@ -28,19 +28,14 @@ struct Options {
     std::string waveform;
 };
 
-constexpr std::uint32_t kMostChannels = 32;
-constexpr std::uint32_t kBlock = 48000;
-
+// All of them, or none: a WAV file names the loudspeaker of every channel.
 std::vector<std::uint32_t> labelsOf(const Clip& clip, std::uint32_t channels) {
-    const auto answer = clip.channelLayout();
     std::vector<std::uint32_t> out;
-    for (std::uint32_t i = 0; answer.result == host::imNoErr && i < channels; ++i) {
-        const std::uint32_t label = answer.record.outChannelLabels[i];
-        const std::uint32_t before = answer.before.outChannelLabels[i];
-        if (label == before) {
+    for (const auto& label : channelLabels(clip, channels)) {
+        if (!label) {
             return {};
         }
-        out.push_back(label);
+        out.push_back(*label);
     }
     return out;
 }
@@ -59,13 +54,13 @@ void interleave(const AudioAnswer& answer, std::vector<std::uint8_t>& out) {
 
 void deliver(const HostedRun& hosted, const Options& options, const Clip& clip,
              const host::imFileInfoRec8& info) {
-    const auto channels = static_cast<std::uint32_t>(byValue(info.audInfo.numChannels));
-    const auto rate =
-        static_cast<std::uint32_t>(std::lround(std::max(byValue(info.audInfo.sampleRate), 0.0F)));
-    const auto total = static_cast<std::uint64_t>(std::max<std::int64_t>(byValue(info.audDuration), 0));
-    if (channels == 0 || channels > kMostChannels) {
-        throw ToolError(kFailed, "the plug-in told " + std::to_string(channels) + " audio channels");
+    const auto shape = soundShape(info);
+    if (!shape) {
+        throw ToolError(kFailed, "the plug-in told " + std::to_string(byValue(info.audInfo.numChannels)) +
+                                     " audio channels");
     }
+    const std::uint32_t channels = shape->channels;
+    const auto rate = static_cast<std::uint32_t>(std::lround(shape->rate));
     const std::vector<std::uint32_t> labels = labelsOf(clip, channels);
     std::vector<std::string> names;
     for (std::uint32_t i = 0; i < channels; ++i) {
@@ -74,7 +69,8 @@ void deliver(const HostedRun& hosted, const Options& options, const Clip& clip,
     }
     std::optional<OutputFile> wav;
     if (!options.wav.empty()) {
-        const auto header = wavHeader(channels, rate, labels.empty() ? 0 : channelMask(labels), total);
+        const auto header =
+            wavHeader(channels, rate, labels.empty() ? 0 : channelMask(labels), shape->length);
         if (!header) {
             throw ToolError(kNoOutput, "the sound is too long for a WAV file");
         }
@@ -83,32 +79,26 @@ void deliver(const HostedRun& hosted, const Options& options, const Clip& clip,
     }
     std::optional<Waveform> waveform;
     if (!options.waveform.empty()) {
-        waveform.emplace(channels, total);
+        waveform.emplace(channels, shape->length);
     }
-    {
-        Progress progress(hosted.progress(), "sample frames", total);
-        std::vector<std::uint8_t> bytes;
-        for (std::uint64_t at = 0; at < total; at += kBlock) {
-            const auto size = static_cast<std::uint32_t>(std::min<std::uint64_t>(kBlock, total - at));
-            const AudioAnswer answer = clip.importAudio(static_cast<std::int64_t>(at), size, channels);
-            if (answer.result != host::imNoErr) {
-                throw ToolError(kFailed,
-                                "sample frame " + std::to_string(at) + ": " + resultText(answer.result));
-            }
-            if (wav) {
-                interleave(answer, bytes);
-                wav->write(bytes);
-            }
-            for (std::uint32_t channel = 0; waveform && channel < channels; ++channel) {
-                waveform->add(channel, answer.channels[channel]);
-            }
-            progress.advance(size);
+    std::vector<std::uint8_t> bytes;
+    const auto failure = readSound(clip, *shape, hosted.progress(), [&](const AudioAnswer& answer) {
+        if (wav) {
+            interleave(answer, bytes);
+            wav->write(bytes);
         }
+        for (std::uint32_t channel = 0; waveform && channel < channels; ++channel) {
+            waveform->add(channel, answer.channels[channel]);
+        }
+    });
+    if (failure) {
+        throw ToolError(kFailed, "sample frame " + std::to_string(failure->position) + ": " +
+                                     resultText(failure->result));
     }
     if (wav) {
         wav->finish();
         std::printf("%llu sample frames of %u channels at %u Hz in %s\n",
-                    static_cast<unsigned long long>(total), channels, rate, options.wav.c_str());
+                    static_cast<unsigned long long>(shape->length), channels, rate, options.wav.c_str());
     }
     if (waveform) {
         writeFile(options.waveform, encodePng(waveform->render(names)));

@@ -22,5 +22,7 @@ Command addFramesCommand(CLI::App& app);
 Command addAudioCommand(CLI::App& app);
 Command addAsyncCommand(CLI::App& app);
 Command addLogCommand(CLI::App& app);
+Command addReportCommand(CLI::App& app);
+Command addDoctorCommand(CLI::App& app);
 
 }  // namespace simhost::tool

@@ -7,6 +7,8 @@
 
 #include <stb/stb_easy_font.h>
 
+#include "simhost/tool/thumbnail.h"
+
 namespace simhost::tool {
 namespace {
 
@@ -23,43 +25,19 @@ Picture blank(std::int32_t width, std::int32_t height, std::uint16_t level) {
     return out;
 }
 
-// The mean of a box of source pixels, over a chequered ground where the picture is transparent.
-void averageBox(const Picture& source, std::int32_t x0, std::int32_t x1, std::int32_t y0, std::int32_t y1,
-                double ground, std::uint16_t* out) {
-    double sum[3] = {};
-    const auto channels = static_cast<std::size_t>(source.channels);
-    const double most = source.bits == 16 ? 65535.0 : 255.0;
-    for (std::int32_t y = y0; y < y1; ++y) {
-        for (std::int32_t x = x0; x < x1; ++x) {
-            const std::uint16_t* pixel = source.row(y) + static_cast<std::size_t>(x) * channels;
-            const double alpha = channels == 4 ? pixel[3] / most : 1.0;
-            for (std::size_t c = 0; c < 3; ++c) {
-                sum[c] += pixel[c] / most * alpha * 255.0 + ground * (1.0 - alpha);
+// Over a chequered ground where the picture is transparent.
+Picture overGround(const Picture& picture) {
+    Picture out = blank(picture.width, picture.height, 0);
+    const auto channels = static_cast<std::size_t>(picture.channels);
+    for (std::int32_t y = 0; y < out.height; ++y) {
+        for (std::int32_t x = 0; x < out.width; ++x) {
+            const std::uint16_t* from = picture.row(y) + static_cast<std::size_t>(x) * channels;
+            const std::uint32_t alpha = channels == 4 ? from[3] : 255U;
+            const std::uint32_t ground = (x / kChequer + y / kChequer) % 2 == 0 ? 150 : 105;
+            std::uint16_t* to = out.row(y) + std::ptrdiff_t{3} * x;
+            for (std::size_t i = 0; i < 3; ++i) {
+                to[i] = static_cast<std::uint16_t>((from[i] * alpha + ground * (255 - alpha) + 127) / 255);
             }
-        }
-    }
-    const double count = static_cast<double>(x1 - x0) * (y1 - y0);
-    for (std::size_t c = 0; c < 3; ++c) {
-        out[c] = static_cast<std::uint16_t>(std::lround(sum[c] / count));
-    }
-}
-
-Picture scaledDown(const Picture& source, std::int32_t mostWidth) {
-    const std::int32_t width = std::min(source.width, mostWidth);
-    const auto height = static_cast<std::int32_t>(
-        std::max<std::int64_t>(1, (std::int64_t{source.height} * width + source.width / 2) / source.width));
-    Picture out = blank(width, height, 0);
-    const auto edge = [](std::int32_t i, std::int32_t from, std::int32_t to) {
-        return static_cast<std::int32_t>(std::int64_t{i} * from / to);
-    };
-    for (std::int32_t y = 0; y < height; ++y) {
-        const std::int32_t y0 = edge(y, source.height, height);
-        const std::int32_t y1 = std::max(edge(y + 1, source.height, height), y0 + 1);
-        for (std::int32_t x = 0; x < width; ++x) {
-            const std::int32_t x0 = edge(x, source.width, width);
-            const std::int32_t x1 = std::max(edge(x + 1, source.width, width), x0 + 1);
-            const double ground = (x / kChequer + y / kChequer) % 2 == 0 ? 150.0 : 105.0;
-            averageBox(source, x0, x1, y0, y1, ground, out.row(y) + std::ptrdiff_t{3} * x);
         }
     }
     return out;
@@ -113,7 +91,7 @@ std::int32_t textWidth(const std::string& text) {
 }
 
 void ContactSheet::add(const Picture& picture, std::string label) {
-    m_cells.push_back({scaledDown(picture, m_cellWidth), std::move(label)});
+    m_cells.push_back({overGround(thumbnail(picture, m_cellWidth)), std::move(label)});
 }
 
 Picture ContactSheet::render(std::size_t columns) const {

@@ -11,6 +11,7 @@
 #include "simhost/tool/contact_sheet.h"
 #include "simhost/tool/frame_range.h"
 #include "simhost/tool/hosted_run.h"
+#include "simhost/tool/media_facts.h"
 #include "simhost/tool/output_file.h"
 #include "simhost/tool/picture.h"
 #include "simhost/tool/png.h"

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
+#include <iterator>
 #include <system_error>
 
+#include "simhost/tool/log_files.h"
 #include "simhost/tool/output_file.h"
 #include "simhost/tool/tool_error.h"
 #include "simhost/tool/tool_platform.h"
@@ -21,23 +23,12 @@ const HostProfile& profileNamed(const std::string& name) {
 }
 
 std::string codecFolder(const GlobalOptions& options) {
-    if (!options.codecFolder.empty()) {
+    if (!options.codecFolder.empty() || !options.useStandin) {
         return options.codecFolder;
     }
     const std::string standin = executableFolder() + "/../standin";
     std::error_code error;
     return std::filesystem::is_directory(pathFromUtf8(standin), error) ? standin : std::string();
-}
-
-std::vector<std::string> logFiles() {
-    std::vector<std::string> out;
-    std::error_code error;
-    for (std::filesystem::directory_iterator it(pathFromUtf8(logFolder()), error), end; !error && it != end;
-         it.increment(error)) {
-        out.push_back(pathToUtf8(it->path()));
-    }
-    std::sort(out.begin(), out.end());
-    return out;
 }
 
 }  // namespace
@@ -62,6 +53,12 @@ HostedRun::HostedRun(const GlobalOptions& options, HostOptions watching)
         m_init = m_importer->init();
     }
     m_started = true;
+}
+
+void HostedRun::requireStart() const {
+    if (m_init.result != host::imNoErr) {
+        throw ToolError(kNoPlugin, "the plug-in answered imInit with " + resultText(m_init.result));
+    }
 }
 
 HostedRun::~HostedRun() {
@@ -99,18 +96,21 @@ std::unique_ptr<Clip> HostedRun::open(const std::string& pathUtf8, std::int32_t 
     return clip;
 }
 
+std::vector<std::string> HostedRun::newLogs() const {
+    std::vector<std::string> out;
+    if (m_log) {
+        const std::vector<std::string> now = logFiles();
+        std::set_difference(now.begin(), now.end(), m_logsBefore.begin(), m_logsBefore.end(),
+                            std::back_inserter(out));
+    }
+    return out;
+}
+
 int HostedRun::finish(int result) {
     shutDown();
     for (const HostEvent& event : m_host->events()) {
         (void)std::fprintf(stderr, "event of type %u: %s: %s\n", event.type, event.title.c_str(),
                            event.description.c_str());
-    }
-    if (m_log) {
-        for (const std::string& file : logFiles()) {
-            if (!std::binary_search(m_logsBefore.begin(), m_logsBefore.end(), file)) {
-                (void)std::fprintf(stderr, "log: %s\n", file.c_str());
-            }
-        }
     }
     const std::string report = m_host->report();
     if (report.empty()) {
@@ -125,24 +125,17 @@ int runHosted(const GlobalOptions& options, const std::function<int(HostedRun&)>
     HostedRun run(options, watching);
     int result = kFailed;
     try {
-        if (run.initAnswer().result != host::imNoErr) {
-            throw ToolError(kNoPlugin,
-                            "the plug-in answered imInit with " + resultText(run.initAnswer().result));
-        }
+        run.requireStart();
         result = work(run);
     } catch (const ToolError& error) {
         (void)std::fprintf(stderr, "importer_host: %s\n", error.what());
         result = error.code();
     }
-    return run.finish(result);
-}
-
-std::uint32_t frameCount(const host::imFileInfoRec8& info) noexcept {
-    const std::int32_t duration = info.vidDuration;
-    const std::int32_t perFrame = info.vidSampleSize;
-    return info.hasVideo != 1 || duration <= 0 || perFrame <= 0
-               ? 0
-               : static_cast<std::uint32_t>(duration / perFrame);
+    result = run.finish(result);
+    for (const std::string& file : run.newLogs()) {
+        (void)std::fprintf(stderr, "log: %s\n", file.c_str());
+    }
+    return result;
 }
 
 }  // namespace simhost::tool

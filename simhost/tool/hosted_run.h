@@ -18,7 +18,9 @@ namespace simhost::tool {
 /// The options that every command has.
 struct GlobalOptions {
     std::string plugin;       ///< empty: beside the program
-    std::string codecFolder;  ///< empty: ../standin of the program, if there is one
+    std::string codecFolder;  ///< searched for the codec library before the system's own places
+    /// Without a codecFolder: ../standin of the program, if there is one.
+    bool useStandin = true;
     std::string profile = "default";
     bool log = false;
     bool progress = false;
@@ -36,12 +38,17 @@ class HostedRun {
     const Importer& importer() const noexcept { return *m_importer; }
     const std::string& pluginPath() const noexcept { return m_plugin->path(); }
     const Answer<host::imImportInfoRec>& initAnswer() const noexcept { return m_init; }
+    /// Throws ToolError unless the plug-in answered imInit with success.
+    void requireStart() const;
     bool progress() const noexcept { return m_progress; }
 
     /// Opens a file and asks for the description of a stream. Throws ToolError when the plug-in refuses
     /// either.
     std::unique_ptr<Clip> open(const std::string& pathUtf8, std::int32_t streamIndex,
                                Answer<host::imFileInfoRec8>& info) const;
+
+    /// The logs that were begun while this run had the log on, by it or by other programs; UTF-8 paths.
+    std::vector<std::string> newLogs() const;
 
     /// imShutdown, and what is to be told on the error stream. `result` unless that was success and a rule
     /// was broken.
@@ -67,8 +74,5 @@ int runHosted(const GlobalOptions& options, const std::function<int(HostedRun&)>
 
 /// "imBadFile (2)".
 std::string resultText(std::int32_t result);
-
-/// Number of frames of a described stream.
-std::uint32_t frameCount(const host::imFileInfoRec8& info) noexcept;
 
 }  // namespace simhost::tool

@@ -6,12 +6,11 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "host/audio_codes.h"
-#include "host/four_char_codes.h"
 #include "host/record_values.h"
 #include "simhost/text.h"
 #include "simhost/tool/commands.h"
 #include "simhost/tool/hosted_run.h"
+#include "simhost/tool/media_facts.h"
 #include "simhost/tool/output_file.h"
 #include "simhost/tool/tool_error.h"
 #include "simhost/tool/wav.h"
@@ -26,32 +25,6 @@ struct Options {
     std::string output;
     bool json = false;
 };
-
-const char* sampleTypeName(std::uint32_t type) {
-    switch (type) {
-        case host::kPrAudioSampleType_8BitInt:
-            return "8-bit integer";
-        case host::kPrAudioSampleType_16BitInt:
-            return "16-bit integer";
-        case host::kPrAudioSampleType_24BitInt:
-            return "24-bit integer";
-        case host::kPrAudioSampleType_32BitInt:
-            return "32-bit integer";
-        case host::kPrAudioSampleType_32BitFloat:
-            return "32-bit float";
-        default:
-            return "other";
-    }
-}
-
-const char* fieldTypeName(std::int8_t type) {
-    constexpr const char* kNames[] = {"progressive", "upper field first", "lower field first", "unknown"};
-    return type >= 0 && type <= host::kFieldTypeUnknown ? kNames[type] : "unknown";
-}
-
-const char* alphaTypeName(std::int8_t type) {
-    return type == host::kAlphaTypeStraight ? "straight" : type == host::kAlphaTypeNone ? "none" : "other";
-}
 
 // Text in a field of fixed size.
 template <std::size_t N>
@@ -96,18 +69,17 @@ Json aboutPlugin(const HostedRun& run) {
 
 Json aboutVideo(const host::imFileInfoRec8& info) {
     const host::imImageInfoRec& video = info.vidInfo;
-    const std::int32_t rate = info.vidScale;
-    const std::int32_t duration = info.vidSampleSize;
+    const double rate = framesPerSecond(info);
     return {{"width", byValue(video.imageWidth)},
             {"height", byValue(video.imageHeight)},
             {"depth", byValue(video.depth)},
-            {"subType", codeText(static_cast<std::uint32_t>(byValue(video.subType)), true)},
+            {"subType", codedType(info)},
             {"fields", fieldTypeName(video.fieldType)},
             {"alpha", alphaTypeName(video.alphaType)},
             {"pixelAspect", {byValue(video.pixelAspectNum), byValue(video.pixelAspectDen)}},
-            {"rate", rate},
-            {"frameDuration", duration},
-            {"framesPerSecond", duration == 0 ? Json() : Json(static_cast<double>(rate) / duration)},
+            {"rate", byValue(info.vidScale)},
+            {"frameDuration", byValue(info.vidSampleSize)},
+            {"framesPerSecond", rate > 0 ? Json(rate) : Json()},
             {"duration", byValue(info.vidDuration)},
             {"frames", frameCount(info)},
             {"supportsAsync", byValue(video.supportsAsyncIO) != 0},
@@ -126,18 +98,13 @@ Json aboutAudio(const Clip& clip, const host::imFileInfoRec8& info) {
         {"sampleTypeCode", type},
         {"sampleFrames", sampleFrames},
         {"seconds", rate > 0 ? Json(static_cast<double>(sampleFrames) / static_cast<double>(rate)) : Json()}};
-    const auto layout = clip.channelLayout();
-    out["channelLayoutResult"] = layout.result;
-    if (layout.result == host::imNoErr) {
-        Json labels = Json::array();
-        const std::int32_t channels = std::clamp(byValue(audio.numChannels), 0, 32);
-        for (std::int32_t i = 0; i < channels; ++i) {
-            const std::uint32_t label = layout.record.outChannelLabels[i];
-            const std::uint32_t before = layout.before.outChannelLabels[i];
-            labels.push_back(label == before ? Json() : Json(channelLabelName(label)));
-        }
-        out["channelLabels"] = labels;
+    out["channelLayoutResult"] = clip.channelLayout().result;
+    Json labels = Json::array();
+    for (const auto& label :
+         channelLabels(clip, static_cast<std::uint32_t>(std::max(byValue(audio.numChannels), 0)))) {
+        labels.push_back(label ? Json(channelLabelName(*label)) : Json());
     }
+    out["channelLabels"] = labels;
     return out;
 }
 

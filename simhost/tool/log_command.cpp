@@ -15,6 +15,7 @@
 
 #include "simhost/tool/commands.h"
 #include "simhost/tool/log_calls.h"
+#include "simhost/tool/log_files.h"
 #include "simhost/tool/log_printer.h"
 #include "simhost/tool/log_reader.h"
 #include "simhost/tool/output_file.h"
@@ -45,18 +46,6 @@ volatile std::sig_atomic_t g_interrupted = 0;
 
 void interrupt(int /*signal*/) {
     g_interrupted = 1;
-}
-
-std::string newestLog() {
-    const std::string folder = logFolder();
-    std::vector<std::string> names;
-    std::error_code error;
-    for (std::filesystem::directory_iterator it(pathFromUtf8(folder), error), end; !error && it != end;
-         it.increment(error)) {
-        names.push_back(pathToUtf8(it->path().filename()));
-    }
-    const std::string newest = newestLogName(names);
-    return newest.empty() ? std::string() : pathToUtf8(pathFromUtf8(folder) / pathFromUtf8(newest));
 }
 
 // One log from its beginning, shown as it is read.

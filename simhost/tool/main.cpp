@@ -16,11 +16,10 @@ namespace {
 
 std::string footer() {
     std::string out =
-        "Exit codes: 0 success; 1 the plug-in refused the file or a request; 2 wrong arguments; 3 the "
-        "plug-in could\n"
-        "not be loaded; 4 a file could not be written; 5 the plug-in leaked, broke a rule of the host, or "
-        "gave\n"
-        "different frames on its two paths.\n\nHost profiles:\n";
+        "Exit codes: 0 success; 1 the plug-in refused the file or a request, or doctor found a fault; 2 "
+        "wrong\n"
+        "arguments; 3 the plug-in could not be loaded; 4 a file could not be written; 5 the plug-in leaked,\n"
+        "broke a rule of the host, or gave different frames on its two paths.\n\nHost profiles:\n";
     for (const HostProfile& profile : builtinProfiles()) {
         out += "  " + profile.name + std::string(20 - profile.name.size(), ' ') + profile.description + "\n";
     }
@@ -46,8 +45,9 @@ int run(std::vector<std::string> arguments) {
     app.add_flag("--log", global.log,
                  "Switch the plug-in's diagnostic log on for this run and tell where it is");
     app.add_flag("--progress", global.progress, "Show progress even if the error stream is no terminal");
-    const Command commands[] = {addInfoCommand(app), addFramesCommand(app), addAudioCommand(app),
-                                addAsyncCommand(app), addLogCommand(app)};
+    const Command commands[] = {addInfoCommand(app),  addFramesCommand(app), addAudioCommand(app),
+                                addAsyncCommand(app), addReportCommand(app), addDoctorCommand(app),
+                                addLogCommand(app)};
     // The parser takes its arguments from the back.
     std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
     try {

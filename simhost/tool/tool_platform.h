@@ -14,6 +14,9 @@ std::vector<std::string> programArguments(int argc, const char* const* argv);
 /// Folder of the program, without a separator at its end; UTF-8.
 std::string executableFolder();
 
+/// The calling thread's number, as the plug-in writes it into its log.
+std::uint32_t threadNumber();
+
 /// Lets UTF-8 through to the terminal.
 void prepareTerminal();
 bool stderrIsTerminal();

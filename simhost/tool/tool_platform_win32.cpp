@@ -55,6 +55,10 @@ std::string executableFolder() {
     return file.substr(0, file.find_last_of("\\/"));
 }
 
+std::uint32_t threadNumber() {
+    return GetCurrentThreadId();
+}
+
 void prepareTerminal() {
     SetConsoleOutputCP(CP_UTF8);
 }

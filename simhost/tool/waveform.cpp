@@ -25,29 +25,10 @@ void plot(Picture& picture, std::int32_t x, std::int32_t y, const Colour& colour
 }  // namespace
 
 Waveform::Waveform(std::uint32_t channels, std::uint64_t sampleFrames, std::int32_t width)
-    : m_sampleFrames(std::max<std::uint64_t>(sampleFrames, 1)), m_width(width), m_channels(channels) {
-    for (Channel& channel : m_channels) {
-        channel.columns.resize(static_cast<std::size_t>(width));
-    }
-}
+    : m_width(width), m_channels(channels, SampleRanges(sampleFrames, static_cast<std::size_t>(width))) {}
 
 void Waveform::add(std::uint32_t channel, std::span<const float> samples) {
-    Channel& target = m_channels[channel];
-    for (const float sample : samples) {
-        const auto position = static_cast<double>(target.at++) / static_cast<double>(m_sampleFrames);
-        const auto x = static_cast<std::size_t>(position * m_width);
-        Column& column = target.columns[std::min(x, target.columns.size() - 1)];
-        const float value = std::isnan(sample) ? 0.0F : sample;
-        if (!column.any) {
-            // Columns join: the line comes from the last sample of the one before.
-            column.low = target.at > 1 ? target.previous : value;
-            column.high = column.low;
-            column.any = true;
-        }
-        column.low = std::min(column.low, value);
-        column.high = std::max(column.high, value);
-        target.previous = value;
-    }
+    m_channels[channel].add(samples);
 }
 
 Picture Waveform::render(std::span<const std::string> labels) const {
@@ -72,7 +53,7 @@ Picture Waveform::render(std::span<const std::string> labels) const {
                 plot(out, kGap + x, y, kStripGround);
             }
             plot(out, kGap + x, lineOf(0.0F), kAxis);
-            const Column& column = m_channels[i].columns[static_cast<std::size_t>(x)];
+            const SampleRange& column = m_channels[i].columns()[static_cast<std::size_t>(x)];
             if (!column.any) {
                 continue;
             }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "simhost/tool/picture.h"
+#include "simhost/tool/sample_ranges.h"
 
 namespace simhost::tool {
 
@@ -23,19 +24,8 @@ class Waveform {
     Picture render(std::span<const std::string> labels) const;
 
  private:
-    struct Column {
-        float low = 0.0F;
-        float high = 0.0F;
-        bool any = false;
-    };
-    struct Channel {
-        std::vector<Column> columns;
-        std::uint64_t at = 0;
-        float previous = 0.0F;
-    };
-    std::uint64_t m_sampleFrames;
     std::int32_t m_width;
-    std::vector<Channel> m_channels;
+    std::vector<SampleRanges> m_channels;
 };
 
 }  // namespace simhost::tool

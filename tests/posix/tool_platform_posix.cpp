@@ -2,6 +2,7 @@
 // log's switch and profile folder are the environment variables that the native log reads.
 #include "simhost/tool/tool_platform.h"
 
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <array>
@@ -24,6 +25,10 @@ std::string executableFolder() {
     const ssize_t length = readlink("/proc/self/exe", path.data(), path.size());
     const std::string file(path.data(), length < 0 ? 0 : static_cast<std::size_t>(length));
     return file.substr(0, file.find_last_of('/'));
+}
+
+std::uint32_t threadNumber() {
+    return static_cast<std::uint32_t>(syscall(SYS_gettid));
 }
 
 void prepareTerminal() {}

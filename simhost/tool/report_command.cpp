@@ -1,0 +1,80 @@
+// report: everything about one file on one HTML page, with the diagnostic log of the run that made it.
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <system_error>
+
+#include "simhost/tool/commands.h"
+#include "simhost/tool/doctor_platform.h"
+#include "simhost/tool/hosted_run.h"
+#include "simhost/tool/output_file.h"
+#include "simhost/tool/report_maker.h"
+#include "simhost/tool/tool_error.h"
+
+namespace simhost::tool {
+namespace {
+
+struct Options {
+    std::string file;
+    std::string folder;
+    std::uint32_t frames = 24;
+    bool noLog = false;
+};
+
+// The log is on the page now. It is kept for those who asked for it, or who have it on anyway.
+void clearAway(const std::string& log, bool wanted) {
+    if (wanted) {
+        (void)std::fprintf(stderr, "log: %s\n", log.c_str());
+    } else if (logSetting() == LogSetting::kOff) {
+        std::error_code error;
+        std::filesystem::remove(pathFromUtf8(log), error);
+    }
+}
+
+int run(const GlobalOptions& global, const Options& options) {
+    Report report = reportOnFile(options.file);
+    makeFolder(options.folder);
+    GlobalOptions logged = global;
+    logged.log = !options.noLog;
+    HostedRun hosted(logged);
+    report.made = "Made by importer_host " ORVANTIS_VERSION " with " + hosted.pluginPath();
+    int result = kSuccess;
+    try {
+        hosted.requireStart();
+        addPluginsPart(hosted, options.frames, report);
+    } catch (const ToolError& error) {
+        report.failure = error.what();
+        (void)std::fprintf(stderr, "importer_host: %s\n", error.what());
+        result = error.code();
+    }
+    result = hosted.finish(result);
+    if (const std::string log = addLog(hosted.newLogs(), report); !log.empty()) {
+        clearAway(log, global.log);
+    }
+    const std::string target =
+        pathToUtf8(pathFromUtf8(options.folder) / pathFromUtf8(report.fileName + ".html"));
+    const std::string page = reportPage(report);
+    writeFile(target, {reinterpret_cast<const std::uint8_t*>(page.data()), page.size()});
+    std::printf("%s\n", target.c_str());
+    return result;
+}
+
+}  // namespace
+
+Command addReportCommand(CLI::App& app) {
+    auto options = std::make_shared<Options>();
+    CLI::App* parser = app.add_subcommand(
+        "report",
+        "Write one HTML page about a file: streams, frames, sound, data rate, index, oddities, log");
+    parser->add_option("FILE", options->file, "AVI file")->required();
+    parser->add_option("--out", options->folder, "Folder for the page")->required();
+    parser->add_option("--frames", options->frames, "How many frames to show")
+        ->capture_default_str()
+        ->check(CLI::Range(0, 200));
+    parser->add_flag("--no-log", options->noLog, "Leave the plug-in's log off");
+    return {parser, [options](const GlobalOptions& global) { return run(global, *options); }};
+}
+
+}  // namespace simhost::tool

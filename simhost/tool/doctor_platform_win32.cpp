@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <cstring>
 
 #include "simhost/text.h"
 #include "simhost/tool/doctor_platform.h"
@@ -139,16 +138,15 @@ LogSetting logSetting() {
     if (opened != ERROR_SUCCESS) {
         return opened == ERROR_FILE_NOT_FOUND ? LogSetting::kOff : LogSetting::kUnknown;
     }
-    // As the plug-in reads it: of any type, by its first four bytes.
-    std::array<BYTE, 1024> value{};
-    auto size = static_cast<DWORD>(value.size());
-    const LSTATUS read = RegQueryValueExA(key, "EnableAdobeLog", nullptr, nullptr, value.data(), &size);
+    // As the plug-in reads it: of any type, of four bytes at most.
+    DWORD number = 0;
+    DWORD size = sizeof number;
+    const LSTATUS read =
+        RegQueryValueExA(key, "EnableAdobeLog", nullptr, nullptr, reinterpret_cast<BYTE*>(&number), &size);
     RegCloseKey(key);
     if (read != ERROR_SUCCESS) {
         return read == ERROR_FILE_NOT_FOUND ? LogSetting::kOff : LogSetting::kUnknown;
     }
-    std::uint32_t number = 0;
-    std::memcpy(&number, value.data(), sizeof number);
     return number != 0 ? LogSetting::kOn : LogSetting::kOff;
 }
 

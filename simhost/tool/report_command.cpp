@@ -28,8 +28,12 @@ void clearAway(const std::string& log, bool wanted) {
     if (wanted) {
         (void)std::fprintf(stderr, "log: %s\n", log.c_str());
     } else if (logSetting() == LogSetting::kOff) {
+        // With the plug-in's two folders, if nothing else is in them: it has made them for this log.
         std::error_code error;
-        std::filesystem::remove(pathFromUtf8(log), error);
+        std::filesystem::path path = pathFromUtf8(log);
+        for (int level = 0; level < 3 && !error; ++level, path = path.parent_path()) {
+            std::filesystem::remove(path, error);
+        }
     }
 }
 

@@ -1,0 +1,170 @@
+// "importer_host report": one page on a file, by the built program with the built plug-in.
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <string>
+
+#include "simhost/tool/tool_error.h"
+#include "tests/integration/importer_host_tool.h"
+#include "tests/integration/plugin_clips.h"
+#include "tests/support/environment.h"
+
+namespace {
+
+using orvantis::test::AviBuilder;
+using orvantis::test::Bytes;
+using orvantis::test::OpenDml;
+using simhost::tool::kFailed;
+using simhost::tool::kNoOutput;
+using simhost::tool::kSuccess;
+using testing::HasSubstr;
+using testing::Not;
+
+std::size_t count(const std::string& text, const std::string& part) {
+    std::size_t out = 0;
+    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++out;
+    return out;
+}
+
+// Sound that the plug-in cannot use: the format's code is that of AC-3.
+orvantis::test::StreamPlan compressedSound() {
+    auto plan = orvantis::test::pcmStream(2, 8000, 16);
+    plan.format[0] = 0x00;
+    plan.format[1] = 0x20;
+    return plan;
+}
+
+class ImporterHostReport : public ImporterHostTool {
+ protected:
+    // The log goes to the user's profile; on Windows that is the real one, which a test leaves alone.
+    int report(const std::string& clip) const {
+        return run({"report", clip, "--out", in(u8"out"), "--no-log"});
+    }
+};
+
+TEST_F(ImporterHostReport, TellsEverythingOfASoundClip) {
+    const std::string clip = write(u8"cl\u00EFp & 1.avi", clips::builder().build());
+    ASSERT_EQ(report(clip), kSuccess);
+    const std::string page = read(u8"out/cl\u00EFp & 1.avi.html");
+    for (const char* text :
+         {"Nothing unusual was found.", "<h1>cl\xC3\xAFp &amp; 1.avi</h1>", "16 × 4", "<dd>O8Y2</dd>",
+          "25.000 (25/1)", "00:00:00.200", "PrPixelFormat_YUYV_422_8u_601", "<td>idx1</td>",
+          "<td>PCM, 16 bits, 2 channels, 8000 Hz</td>", "Sound track 1", "<b>1</b> Front left",
+          "<b>2</b> Front right", "frame 4 · 00:00:00.160", "class=\"rate\""}) {
+        EXPECT_THAT(page, HasSubstr(text));
+    }
+    EXPECT_EQ(count(page, "<img alt=\"frame "), 5U);
+    EXPECT_EQ(count(page, "<svg class=\"wave\""), 2U);
+    EXPECT_THAT(page, Not(HasSubstr("Diagnostic log")));
+    std::size_t files = 0;
+    for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(folder / "out")) ++files;
+    EXPECT_EQ(files, 1U) << "everything is on the page itself";
+}
+
+TEST_F(ImporterHostReport, FramesAreSpreadFromTheFirstToTheLast) {
+    const std::string clip = write(u8"a.avi", clips::builder({.frames = 100}).build());
+    ASSERT_EQ(run({"report", clip, "--out", in(u8"out"), "--no-log", "--frames", "4"}), kSuccess);
+    const std::string page = read(u8"out/a.avi.html");
+    EXPECT_EQ(count(page, "<img alt=\"frame "), 4U);
+    for (const char* frame : {"frame 0 ", "frame 33 ", "frame 66 ", "frame 99 "}) {
+        EXPECT_THAT(page, HasSubstr(frame));
+    }
+}
+
+// Everything that a file can have and still be played: each oddity in plain words.
+TEST_F(ImporterHostReport, SaysWhatIsOddAboutAClip) {
+    AviBuilder avi;
+    auto video = orvantis::test::videoStream("O8Y2", clips::kWidth, clips::kHeight, 2997, 100);
+    video.length = 7;
+    avi.addStream(video).addStream(compressedSound());
+    for (std::uint32_t i = 0; i < 6; ++i) {
+        avi.addChunk(0, i == 2 || i == 3 ? Bytes{} : clips::codedPicture(i));
+        avi.addFilledChunk(1, 100, 7);
+    }
+    avi.openDml(OpenDml::superIndex);
+    Bytes bytes = avi.build();
+    // The kind of the video's index (behind the chunk's header, the entries' size and the sub-kind).
+    bytes[avi.indxOffset(0) + 8 + 3] = 9;
+    ASSERT_EQ(report(write(u8"odd.avi", bytes)), kSuccess);
+    const std::string page = read(u8"out/odd.avi.html");
+    for (const char* text :
+         {"Stream 0 (pictures): its OpenDML index is damaged", "<td>idx1 (OpenDML refused)</td>",
+          "<td>OpenDML</td>", "the header tells 7 frames, the index holds 6",
+          "2 of 6 frames hold no data (at most 2 in a row)", "· <em>empty</em>",
+          "The frame rate was adjusted: the file tells 2997/100 frames a second, the host is told "
+          "30000/1001.",
+          "The sound of stream 1 cannot be used.", "the sound is compressed", "format 0x2000, 2 channels"}) {
+        EXPECT_THAT(page, HasSubstr(text));
+    }
+    EXPECT_THAT(page, Not(HasSubstr("Nothing unusual")));
+}
+
+TEST_F(ImporterHostReport, ASilentPlaceholderHasItsReason) {
+    AviBuilder avi;
+    avi.addStream(orvantis::test::videoStream("O8Y2", clips::kWidth, clips::kHeight, 25, 1));
+    avi.addStream(orvantis::test::pcmStream(2, clips::kSampleRate, 16)).addStream(compressedSound());
+    for (std::uint32_t i = 0; i < 3; ++i) {
+        avi.addChunk(0, clips::codedPicture(i)).addChunk(1, clips::codedSound(320 * i, 320));
+        avi.addFilledChunk(2, 100, 7);
+    }
+    ASSERT_EQ(report(write(u8"two.avi", avi.build())), kSuccess);
+    const std::string page = read(u8"out/two.avi.html");
+    EXPECT_THAT(page, HasSubstr("Sound track 1"));
+    EXPECT_THAT(page, HasSubstr("Sound track 2"));
+    EXPECT_EQ(count(page, "the host is told of a silent one in its place"), 1U);
+    EXPECT_THAT(page, HasSubstr("The sound of stream 2 cannot be used."));
+}
+
+// The last chunk lies behind the end of the file: the page has what can be had and says what is missing.
+TEST_F(ImporterHostReport, WhatCannotBeReadIsShownAsMissing) {
+    AviBuilder avi;
+    avi.addStream(orvantis::test::videoStream("O8Y2", clips::kWidth, clips::kHeight, 25, 1));
+    for (std::uint32_t i = 0; i < 3; ++i) avi.addChunk(0, clips::codedPicture(i));
+    Bytes bytes = avi.build();
+    // The place of the third of the 16-byte entries of idx1.
+    for (std::size_t i = 0; i < 3; ++i) bytes[avi.idx1Offset() + 8 + 2 * 16 + 8 + i] = 0x7F;
+    ASSERT_EQ(report(write(u8"cut.avi", bytes)), kSuccess);
+    const std::string page = read(u8"out/cut.avi.html");
+    EXPECT_THAT(page, HasSubstr("1 of 3 chunks lie behind the end of the file"));
+    EXPECT_THAT(page, HasSubstr("1 of the 3 frames below could not be delivered"));
+    EXPECT_EQ(count(page, "class=\"lost\""), 1U);
+    EXPECT_EQ(count(page, "<img alt=\"frame "), 2U);
+}
+
+TEST_F(ImporterHostReport, ARefusedFileHasAPageThatSaysWhy) {
+    EXPECT_EQ(report(write(u8"text.avi", Bytes(100, 'x'))), kFailed);
+    const std::string page = read(u8"out/text.avi.html");
+    EXPECT_THAT(page, HasSubstr("<li class=\"bad\">the plug-in refuses "));
+    EXPECT_THAT(page, HasSubstr("The file is no AVI file that can be used"));
+}
+
+TEST_F(ImporterHostReport, WithoutAFileOrAPlaceThereIsNoPage) {
+    EXPECT_EQ(report(in(u8"missing.avi")), kFailed);
+    EXPECT_FALSE(std::filesystem::exists(folder / "out"));
+    const std::string clip = write(u8"a.avi", clips::builder().build());
+    EXPECT_EQ(run({"report", clip, "--out", clip + "/sub", "--no-log"}), kNoOutput);
+}
+
+#ifndef _WIN32
+TEST_F(ImporterHostReport, TheLogOfTheRunIsOnThePageAndNowhereElse) {
+    std::filesystem::create_directories(folder / "profile");
+    const orvantis::test::ScopedEnvironment profile("ORVANTIS_TEST_PROFILE", in(u8"profile"));
+    Bytes bytes = clips::builder({.audioStreams = 0}).build();
+    const std::string clip = write(u8"a.avi", bytes);
+    ASSERT_EQ(run({"report", clip, "--out", in(u8"out")}), kSuccess);
+    std::string page = read(u8"out/a.avi.html");
+    EXPECT_THAT(page, HasSubstr("<details><summary>Diagnostic log of this run, no failures</summary>"));
+    EXPECT_THAT(page, HasSubstr("imGetSourceVideo"));
+    EXPECT_FALSE(std::filesystem::exists(folder / "profile" / "orvantis")) << "nothing is left behind";
+
+    ASSERT_EQ(run({"--log", "report", clip, "--out", in(u8"out")}), kSuccess);
+    EXPECT_TRUE(std::filesystem::exists(folder / "profile" / "orvantis" / "adobe")) << "asked for";
+
+    EXPECT_EQ(run({"report", write(u8"text.avi", Bytes(100, 'x')), "--out", in(u8"out")}), kFailed);
+    page = read(u8"out/text.avi.html");
+    EXPECT_THAT(page, HasSubstr("<details open><summary>Diagnostic log of this run, "));
+    EXPECT_THAT(page, HasSubstr("<span class=\"bad\">Failed to parse avi: "));
+}
+#endif
+
+}  // namespace

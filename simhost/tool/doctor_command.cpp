@@ -50,9 +50,11 @@ class Findings {
     /// Gives the exit code.
     int finish() {
         const std::size_t bad = badChecks(m_checks);
-        tell(bad == 0 ? "Nothing is wrong. If the host does not show the plug-in all the same, hold Shift while it "
-                        "starts: it remembers earlier failures.\n"
-                      : std::to_string(bad) + " to repair.\n");
+        tell(
+            bad == 0
+                ? "Nothing is wrong. If the host does not show the plug-in all the same, hold Shift while it "
+                  "starts: it remembers earlier failures.\n"
+                : std::to_string(bad) + " to repair.\n");
         const std::string text = m_options.json ? checksJson(m_checks) + "\n" : m_text;
         if (!m_options.output.empty()) {
             writeFile(m_options.output, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});

@@ -8,8 +8,8 @@
 
 namespace simhost::tool {
 
-/// Every call with its answer and what it means, failures marked; folded in unless there is one. Long logs
-/// are cut, failures and notes kept as long as possible. Empty without a log.
+/// What failed, then every call with its answer and what it means, folded in, failures marked. Long logs are
+/// cut, failures and notes kept as long as possible. Empty without a log.
 std::string logSection(std::span<const LogItem> items);
 
 }  // namespace simhost::tool

@@ -1,6 +1,7 @@
 #include "simhost/tool/report_page.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "simhost/tool/html_text.h"
 #include "simhost/tool/number_text.h"
@@ -141,26 +142,43 @@ std::string gapList(const AviFacts& avi) {
     return out + "</details>";
 }
 
+// On narrow windows each row stands as a block, and every value has its name beside it.
 std::string streamSection(const AviFacts& avi) {
+    constexpr const char* kNames[] = {"Stream", "Kind",         "Format",           "Index", "Chunks",
+                                      "Empty",  "Past the end", "Length in header", "Data"};
+    constexpr std::size_t kFirstNumber = 4;
+    const auto look = [](std::size_t column) { return column >= kFirstNumber ? "n" : ""; };
     std::string out =
-        "<section><h2>Streams and index</h2><div class=\"scroll\"><table><tr><th>Stream</th><th>Kind</th>"
-        "<th>Format</th><th>Index</th><th class=\"n\">Chunks</th><th class=\"n\">Empty</th>"
-        "<th class=\"n\">Past the end</th><th class=\"n\">Length in header</th><th "
-        "class=\"n\">Data</th></tr>\n";
+        "<section><h2>Streams and index</h2><div class=\"scroll\"><table class=\"streams\"><tr>";
+    for (std::size_t i = 0; i < std::size(kNames); ++i) {
+        out += std::string("<th class=\"") + look(i) + "\">" + kNames[i] + "</th>";
+    }
     std::size_t number = 0;
     for (const StreamFacts& stream : avi.streams) {
-        const auto cell = [](std::uint64_t value, bool odd) {
-            return std::string("<td class=\"n") + (odd ? " odd" : "") + "\">" + std::to_string(value) +
-                   "</td>";
-        };
-        out += "<tr><td>" + std::to_string(number++) + "</td><td>" + kindName(stream.kind) + "</td><td>" +
-               htmlEscaped(stream.format) + "</td><td>" + indexName(stream.index) +
-               (stream.openDmlRefused ? " (OpenDML refused)" : "") + "</td>" + cell(stream.chunks, false) +
-               cell(stream.emptyChunks, stream.emptyChunks > 0) +
-               cell(stream.chunksPastEnd, stream.chunksPastEnd > 0) + cell(stream.declaredLength, false) +
-               "<td class=\"n\">" + bytesText(static_cast<double>(stream.bytes)) + "</td></tr>\n";
+        const std::string values[std::size(kNames)] = {
+            std::to_string(number++),
+            kindName(stream.kind),
+            htmlEscaped(stream.format),
+            std::string(indexName(stream.index)) + (stream.openDmlRefused ? " (OpenDML refused)" : ""),
+            std::to_string(stream.chunks),
+            std::to_string(stream.emptyChunks),
+            std::to_string(stream.chunksPastEnd),
+            std::to_string(stream.declaredLength),
+            bytesText(static_cast<double>(stream.bytes))};
+        const bool odd[std::size(kNames)] = {false,
+                                             false,
+                                             false,
+                                             stream.openDmlRefused,
+                                             false,
+                                             stream.emptyChunks > 0,
+                                             stream.chunksPastEnd > 0};
+        out += "</tr>\n<tr>";
+        for (std::size_t i = 0; i < std::size(kNames); ++i) {
+            out += std::string("<td class=\"") + look(i) + (odd[i] ? " odd" : "") + "\" data-name=\"" +
+                   kNames[i] + "\">" + values[i] + "</td>";
+        }
     }
-    return out + "</table></div>" + gapList(avi) + "</section>\n";
+    return out + "</tr>\n</table></div>" + gapList(avi) + "</section>\n";
 }
 
 }  // namespace

@@ -30,7 +30,7 @@ background:var(--warnbg);color:var(--warn)}
 figure{margin:0}figure img{display:block;width:100%;height:auto;border-radius:6px;
 background:repeating-conic-gradient(var(--check) 0 25%,transparent 0 50%) 0 0/16px 16px}
 figcaption{font-size:.8rem;color:var(--soft);margin-top:4px;font-variant-numeric:tabular-nums}
-.lost{display:grid;place-items:center;min-height:90px;padding:8px;border-radius:6px;background:var(--badbg);
+.lost{display:grid;place-items:center;aspect-ratio:16/9;padding:8px;border-radius:6px;background:var(--badbg);
 color:var(--bad);font-size:.8rem;text-align:center;overflow-wrap:anywhere}
 .channel{display:grid;grid-template-columns:150px minmax(0,1fr);gap:4px 14px;align-items:center;
 border-top:1px solid var(--line);padding:6px 0}
@@ -44,13 +44,18 @@ table{border-collapse:collapse;width:100%;font-variant-numeric:tabular-nums}
 th,td{text-align:left;padding:5px 14px 5px 0;border-bottom:1px solid var(--line);white-space:nowrap}
 table.short{width:auto}
 th{color:var(--soft);font-weight:500;font-size:.85rem}
-td.n,th.n{text-align:right}td.odd{color:var(--bad);font-weight:600}
+.n{text-align:right}.odd{color:var(--bad);font-weight:600}
+section .notes{margin:0 0 14px}.scroll+details{margin-top:14px}
 summary{cursor:pointer;font-weight:600}
 pre{margin:12px 0 0;max-height:70vh;overflow:auto;font:12px/1.5 ui-monospace,Consolas,monospace;white-space:pre-wrap;
 overflow-wrap:anywhere}
 pre b{font-weight:600}pre .bad{color:var(--bad);background:var(--badbg)}pre .warn{color:var(--warn)}
 pre i{font-style:normal;color:var(--soft)}
-@media(max-width:560px){main{padding:16px 12px 40px}section{padding:14px}.channel{grid-template-columns:1fr}}
+@media(max-width:560px){main{padding:16px 12px 40px}section{padding:14px}.channel{grid-template-columns:1fr}
+.facts{grid-template-columns:repeat(auto-fill,minmax(min(100%,140px),1fr))}
+.streams,.streams tbody,.streams tr{display:block}.streams tr+tr{padding-top:8px}.streams th{display:none}
+.streams td{display:flex;justify-content:space-between;gap:16px;padding-right:0;text-align:right;white-space:normal}
+.streams td::before{content:attr(data-name);color:var(--soft);font-weight:400;text-align:left}}
 @media print{section{break-inside:avoid}pre{max-height:none}}
 )";
 

@@ -48,8 +48,8 @@ TEST_F(ImporterHostReport, TellsEverythingOfASoundClip) {
     const std::string page = read(u8"out/cl\u00EFp & 1.avi.html");
     for (const char* text :
          {"Nothing unusual was found.", "<h1>cl\xC3\xAFp &amp; 1.avi</h1>", "16 × 4", "<dd>O8Y2</dd>",
-          "25.000 (25/1)", "00:00:00.200", "PrPixelFormat_YUYV_422_8u_601", "<td>idx1</td>",
-          "<td>PCM, 16 bits, 2 channels, 8000 Hz</td>", "Sound track 1", "<b>1</b> Front left",
+          "25.000 (25/1)", "00:00:00.200", "PrPixelFormat_YUYV_422_8u_601", ">idx1</td>",
+          ">PCM, 16 bits, 2 channels, 8000 Hz</td>", "Sound track 1", "<b>1</b> Front left",
           "<b>2</b> Front right", "frame 4 · 00:00:00.160", "class=\"rate\""}) {
         EXPECT_THAT(page, HasSubstr(text));
     }
@@ -88,8 +88,8 @@ TEST_F(ImporterHostReport, SaysWhatIsOddAboutAClip) {
     ASSERT_EQ(report(write(u8"odd.avi", bytes)), kSuccess);
     const std::string page = read(u8"out/odd.avi.html");
     for (const char* text :
-         {"Stream 0 (pictures): its OpenDML index is damaged", "<td>idx1 (OpenDML refused)</td>",
-          "<td>OpenDML</td>", "the header tells 7 frames, the index holds 6",
+         {"Stream 0 (pictures): its OpenDML index is damaged", ">idx1 (OpenDML refused)</td>",
+          ">OpenDML</td>", "the header tells 7 frames, the index holds 6",
           "2 of 6 frames hold no data (at most 2 in a row)", "· <em>empty</em>",
           "The frame rate was adjusted: the file tells 2997/100 frames a second, the host is told "
           "30000/1001.",
@@ -153,7 +153,7 @@ TEST_F(ImporterHostReport, TheLogOfTheRunIsOnThePageAndNowhereElse) {
     const std::string clip = write(u8"a.avi", bytes);
     ASSERT_EQ(run({"report", clip, "--out", in(u8"out")}), kSuccess);
     std::string page = read(u8"out/a.avi.html");
-    EXPECT_THAT(page, HasSubstr("<details><summary>Diagnostic log of this run, no failures</summary>"));
+    EXPECT_THAT(page, HasSubstr("<h2>Diagnostic log of this run, no failures</h2><details><summary>"));
     EXPECT_THAT(page, HasSubstr("imGetSourceVideo"));
     EXPECT_FALSE(std::filesystem::exists(folder / "profile" / "orvantis")) << "nothing is left behind";
 
@@ -162,7 +162,7 @@ TEST_F(ImporterHostReport, TheLogOfTheRunIsOnThePageAndNowhereElse) {
 
     EXPECT_EQ(run({"report", write(u8"text.avi", Bytes(100, 'x')), "--out", in(u8"out")}), kFailed);
     page = read(u8"out/text.avi.html");
-    EXPECT_THAT(page, HasSubstr("<details open><summary>Diagnostic log of this run, "));
+    EXPECT_THAT(page, HasSubstr("<h2>Diagnostic log of this run, "));
     EXPECT_THAT(page, HasSubstr("<span class=\"bad\">Failed to parse avi: "));
 }
 #endif

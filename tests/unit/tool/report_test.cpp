@@ -92,16 +92,19 @@ TEST(ReportPages, NeedNothingElse) {
     }
 }
 
-TEST(ReportPages, MarkFailuresOfTheLogAndUnfoldIt) {
+TEST(ReportPages, TellTheFailuresOfTheLogAheadOfIt) {
     Report report;
     report.log = itemsOf(logText("22:10:09 5 Log opened"));
-    EXPECT_THAT(reportPage(report), HasSubstr("<details><summary>"));
+    EXPECT_THAT(reportPage(report), HasSubstr("log of this run, no failures</h2><details><summary>"));
     report.log =
         itemsOf(logText("22:10:09 5 ----------------------\n22:10:09 5 [imGetInfo8] (37)\n22:10:09 5 Avi has "
                         "no video stream\n"
                         "22:10:09 5     [imBadFile] (2)"));
     const std::string page = reportPage(report);
-    EXPECT_THAT(page, HasSubstr("<details open>"));
+    EXPECT_THAT(
+        page, HasSubstr("log of this run, 1 call with failures</h2><ul class=\"notes\"><li class=\"bad\">"));
+    EXPECT_THAT(page, HasSubstr("<li class=\"bad\">Avi has no video stream<br>"));
+    EXPECT_THAT(page, HasSubstr("<li class=\"bad\">imGetInfo8 → imBadFile (2)<br>"));
     EXPECT_THAT(page, HasSubstr("<span class=\"bad\">Avi has no video stream</span>"));
 }
 

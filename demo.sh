@@ -29,8 +29,8 @@ make_clip() {
         -c:v rawvideo -strict unofficial -pix_fmt "$pixels" -vtag "$tag" "$out/clips/$name.avi"
 }
 
-# show FILE: everything the plug-in says of one clip, two dozen of its frames, a contact sheet, its sound, and how the
-# asynchronous importer plays it.
+# show FILE: everything the plug-in says of one clip, two dozen of its frames, a contact sheet, its sound, how the
+# asynchronous importer plays it, and a page with all of it.
 show() {
     name="$(basename "$1" .avi)"
     dir="$out/$name"
@@ -47,7 +47,11 @@ show() {
     if grep -q '^ *sampleFrames:' "$dir/info.txt"; then
         $host audio "$1" --stream 0 --out "$dir/sound.wav" --waveform "$dir/waveform.png"
     fi
+    $host report "$1" --out "$dir" >/dev/null
+    pages="$pages  $dir/$(basename "$1").html
+"
 }
+pages=""
 
 if [ -n "$clip" ]; then
     show "$clip"
@@ -63,4 +67,5 @@ else
     }
     for each in "$out"/clips/*.avi; do show "$each"; done
 fi
-echo "Pictures, sound and reports are in $out/"
+echo "Pictures and sound are in $out/. Everything about a clip on one page:"
+printf '%s' "$pages"

@@ -5,7 +5,6 @@
 #include <cstdio>
 
 #include "simhost/tool/avi_facts.h"
-#include "simhost/tool/log_explanations.h"
 #include "simhost/tool/media_facts.h"
 #include "simhost/tool/tool_error.h"
 
@@ -121,10 +120,8 @@ void checkSound(const HostedRun& hosted, const std::string& path, Clip& first, s
         checkStream(*clip, info.record, i, out);
     }
     for (const UnusableSound& sound : unusable) {
-        const LineExplanation* meaning = explainLine(sound.reason);
         out.push_back({CheckState::kWarning, "sound",
-                       "stream " + sound.stream + " of the file stays silent. " + sound.reason +
-                           (meaning != nullptr ? ": " + std::string(meaning->text) : ""),
+                       "stream " + sound.stream + " of the file stays silent. " + sound.reason,
                        "convert it to uncompressed PCM"});
     }
     if (out.size() == before) {

@@ -5,6 +5,7 @@
 #include "host/audio_codes.h"
 #include "host/four_char_codes.h"
 #include "simhost/text.h"
+#include "simhost/tool/log_explanations.h"
 #include "simhost/tool/wav.h"
 
 namespace simhost::tool {
@@ -103,7 +104,11 @@ std::vector<UnusableSound> unusableSounds(std::string_view description) {
             const std::string_view rest = line.substr(kStream.size());
             stream = rest.substr(0, rest.find(':'));
         } else if (stream && line.starts_with(kReason)) {
-            out.push_back({std::string(*stream), std::string(line.substr(kReason.size()))});
+            const std::string_view reason = line.substr(kReason.size());
+            const LineExplanation* meaning = explainLine(reason);
+            out.push_back(
+                {std::string(*stream),
+                 std::string(reason) + (meaning == nullptr ? "" : std::string(": ") + meaning->text)});
         }
     }
     return out;

@@ -44,7 +44,7 @@ std::string loudspeakerName(std::uint32_t label);
 
 struct UnusableSound {
     std::string stream;  ///< its number in the file
-    std::string reason;  ///< as the plug-in says it
+    std::string reason;  ///< as the plug-in says it, and what it means
 };
 
 /// The audio streams that the plug-in's description of a file calls unusable.

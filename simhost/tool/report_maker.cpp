@@ -147,9 +147,8 @@ void addSound(const HostedRun& hosted, std::int32_t index, Report& out) {
 
 void addUnusableSounds(const Clip& clip, Report& out) {
     for (const UnusableSound& sound : unusableSounds(clip.analysis(1 << 16).text)) {
-        const LineExplanation* meaning = explainLine(sound.reason);
         out.warnings.push_back("The sound of stream " + sound.stream + " cannot be used. " + sound.reason +
-                               (meaning != nullptr ? ": " + std::string(meaning->text) : "") + ".");
+                               ".");
     }
 }
 

@@ -54,10 +54,14 @@ TEST(MediaFacts, UnusableSoundsHaveTheirStreamAndReason) {
     const auto sounds = unusableSounds(
         "\nVideo stream:\n    Not usable: said of no audio stream\n"
         "Audio stream 1:\n    Sample type: 16-bit integer\n    Channels: 2\n"
-        "Audio stream 12:\n    Not usable: Unsupported format\n");
-    ASSERT_EQ(sounds.size(), 1U);
+        "Audio stream 12:\n    Not usable: Avi unsupported audio stream format: x\n"
+        "Audio stream 13:\n    Not usable: never heard of\n");
+    ASSERT_EQ(sounds.size(), 2U);
     EXPECT_EQ(sounds[0].stream, "12");
-    EXPECT_EQ(sounds[0].reason, "Unsupported format");
+    EXPECT_TRUE(sounds[0].reason.starts_with(
+        "Avi unsupported audio stream format: x: no sound: the sound is compressed"))
+        << sounds[0].reason;
+    EXPECT_EQ(sounds[1].reason, "never heard of");
     EXPECT_TRUE(unusableSounds("").empty());
     EXPECT_EQ(unusableSounds("Audio stream 1:\n    Not usable: x").size(), 1U) << "without a last line end";
 }

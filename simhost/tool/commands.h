@@ -24,5 +24,6 @@ Command addAsyncCommand(CLI::App& app);
 Command addLogCommand(CLI::App& app);
 Command addReportCommand(CLI::App& app);
 Command addDoctorCommand(CLI::App& app);
+Command addSoakCommand(CLI::App& app);
 
 }  // namespace simhost::tool

@@ -1,6 +1,6 @@
-// Many host threads on one asynchronous importer at random, with services failing now and then. The seed is
-// printed and can be set, so that a failure can be run again: ORVANTIS_STRESS_SEED, and
-// ORVANTIS_STRESS_OPERATIONS for longer runs.
+// Many host threads on one asynchronous importer at random, while services of the host, the codec library and
+// reads of the file fail now and then. The seed is printed and can be set, so that a failure can be run
+// again: ORVANTIS_STRESS_SEED, and ORVANTIS_STRESS_OPERATIONS for longer runs.
 #include <atomic>
 #include <cstdlib>
 #include <random>
@@ -8,22 +8,64 @@
 
 #include "host/result_codes.h"
 #include "host/selectors.h"
+#include "simhost/shared_library.h"
+#include "standin/error_codes.h"
 #include "tests/integration/async_fixture.h"
+#include "tests/support/environment.h"
+#include "tests/support/file_hooks.h"
 
 namespace {
+
+using orvantis::test::FileHooks;
+using orvantis::test::ScopedEnvironment;
 
 std::uint64_t numberFrom(const char* variable, std::uint64_t otherwise) {
     const char* text = std::getenv(variable);
     return text != nullptr ? std::strtoull(text, nullptr, 10) : otherwise;
 }
 
-struct Tally {
-    std::atomic<std::uint64_t> operations{0}, delivered{0}, failed{0}, wrong{0}, refused{0};
+/// What fails now and then.
+struct Faults {
+    bool host = false;
+    bool codec = false;
+    FileHooks* file = nullptr;  ///< reads and seeks of the native twin
+
+    bool any() const { return host || codec || file != nullptr; }
 };
 
-/// One host thread. `mayFail`: faults are being injected, so that errors are answers too.
+struct Tally {
+    std::atomic<std::uint64_t> operations{0}, delivered{0}, failed{0}, wrong{0}, refused{0}, late{0};
+};
+
+/// Some of the codec calls that so many operations lead to, at random. The remark makes the library count
+/// anew.
+std::string codecFaults(std::mt19937_64& random, std::uint64_t operations) {
+    std::string plan = "#" + std::to_string(random());
+    for (std::uint64_t i = 0; i < 24; ++i) {
+        const char* const function = i < 16 ? "decompress" : i < 20 ? "decompress_begin" : "decompress_end";
+        plan += "," + std::string(function) + ":" + std::to_string(1 + random() % (operations / 2 + 1));
+    }
+    return plan;
+}
+
+void addFault(simhost::Host& host, const Faults& faults, std::mt19937_64& random) {
+    if (faults.host) {
+        constexpr simhost::Service kServices[] = {simhost::Service::kCreatePPix, simhost::Service::kGetPixels,
+                                                  simhost::Service::kGetRowBytes};
+        simhost::FaultPlan fault;
+        fault.service = kServices[random() % 3];
+        fault.nth = 1 + random() % 3;
+        host.addFault(fault);
+    }
+    if (faults.file != nullptr) {
+        auto& operations = random() % 2 == 0 ? faults.file->reads : faults.file->seeks;
+        operations.failAt = operations.count + 1 + random() % 3;
+    }
+}
+
+/// One host thread. Ends early when the importer has been closed under it.
 void hostThread(simhost::Host& host, const simhost::AsyncClip& async, std::uint64_t seed,
-                std::uint64_t operations, bool mayFail, Tally& tally) {
+                std::uint64_t operations, const Faults& faults, Tally& tally) {
     std::mt19937_64 random(seed);
     const std::uint32_t formats[] = {host::PrPixelFormat_BGRA_4444_8u, host::PrPixelFormat_ARGB_4444_8u,
                                      host::PrPixelFormat_BGRX_4444_8u, host::PrPixelFormat_XRGB_4444_8u};
@@ -32,77 +74,144 @@ void hostThread(simhost::Host& host, const simhost::AsyncClip& async, std::uint6
         const auto index = static_cast<std::uint32_t>(random() % (kClipFrames + 2));
         const host::PrTime time = simhost::firstTickOfFrame(index, 25, 1, host.ticksPerSecond());
         const auto wanted = anySize(formats[random() % 4]);
-        if (mayFail && random() % 64 == 0) {
-            constexpr simhost::Service kServices[] = {
-                simhost::Service::kCreatePPix, simhost::Service::kGetPixels, simhost::Service::kGetRowBytes};
-            simhost::FaultPlan fault;
-            fault.service = kServices[random() % 3];
-            fault.nth = 1 + random() % 3;
-            host.addFault(fault);
-        }
+        if (faults.any() && random() % 64 == 0) addFault(host, faults, random);
         const std::uint64_t what = random() % 100;
+        std::int32_t result = host::aiNoError;
         if (what < 50) {
-            if (async.initiate(time, wanted) != host::aiNoError) ++tally.wrong;
+            result = async.initiate(time, wanted);
+            if (result != host::aiNoError && result != host::kUnhandledException) ++tally.wrong;
         } else if (what < 98) {
             const simhost::FrameAnswer answer = async.getFrame(time, wanted);
+            result = answer.result;
             if (index >= kClipFrames) {
-                if (answer.result != host::aiUnknownError || answer.frame) ++tally.wrong;
+                if (answer.frame) ++tally.wrong;
                 ++tally.refused;
-            } else if (answer.result == host::aiNoError) {
+            } else if (result == host::aiNoError) {
                 if (!answer.frame || !showsFrame(*answer.frame, index)) ++tally.wrong;
                 ++tally.delivered;
             } else {
-                if (!mayFail || answer.result != host::aiUnknownError || answer.frame) ++tally.wrong;
-                ++tally.failed;
+                if (answer.frame) ++tally.wrong;
+                if (result == host::aiUnknownError) {
+                    if (!faults.any()) ++tally.wrong;
+                    ++tally.failed;
+                }
             }
-        } else if (async.flush() != host::aiNoError) {
-            ++tally.wrong;
+            if (index >= kClipFrames && result != host::aiUnknownError && result != host::kUnhandledException)
+                ++tally.wrong;
+        } else {
+            result = async.flush();
+            if (result != host::aiNoError && result != host::kUnhandledException) ++tally.wrong;
+        }
+        // Turned away: the importer is closed.
+        if (result == host::kUnhandledException) {
+            ++tally.late;
+            return;
         }
     }
 }
 
 class AsyncStress : public AsyncTest {
  protected:
-    void run(bool mayFail) {
+    enum class Close { behindTheCalls, underTheCalls };
+
+    void run(const Faults& faults, std::uint64_t usualOperations, Close close = Close::behindTheCalls) {
         const std::uint64_t seed = numberFrom("ORVANTIS_STRESS_SEED", std::random_device{}());
-        const std::uint64_t operations = numberFrom("ORVANTIS_STRESS_OPERATIONS", 20'000);
+        const std::uint64_t operations = numberFrom("ORVANTIS_STRESS_OPERATIONS", usualOperations);
         RecordProperty("seed", std::to_string(seed));
         std::printf("seed %llu\n", static_cast<unsigned long long>(seed));
+        // Loaded here too, so that its account can be read when the plug-in is gone.
+        const simhost::SharedLibrary codec(codecFolder() + ORVANTIS_CODEC_FILE);
         ASSERT_NO_FATAL_FAILURE(openClip());
 
-        constexpr std::uint64_t kRounds =
-            10;  // each with an importer of its own, closed while calls may still run
+        // Each with an importer of its own.
+        const std::uint64_t kRounds = close == Close::underTheCalls ? 40 : 10;
         constexpr std::uint64_t kThreads = 4;
+        const std::uint64_t each = operations / kRounds / kThreads;
+        std::mt19937_64 random(seed);
         Tally tally;
         for (std::uint64_t round = 0; round < kRounds; ++round) {
             host().clearTrace();
+            const ScopedEnvironment plan("ORVANTIS_STANDIN_FAIL",
+                                         faults.codec ? codecFaults(random, each * kThreads) : "");
             auto async = std::make_unique<simhost::AsyncClip>(clip());
             ASSERT_EQ(async->creation().result, host::imNoErr);
+            const std::uint64_t closeAt = tally.operations + random() % (each * kThreads);
+            std::atomic<std::uint64_t> ended{0};
             std::vector<std::thread> threads;
             for (std::uint64_t t = 0; t < kThreads; ++t) {
-                threads.emplace_back(hostThread, std::ref(host()), std::cref(*async),
-                                     seed + round * kThreads + t, operations / kRounds / kThreads, mayFail,
-                                     std::ref(tally));
+                threads.emplace_back([&, t] {
+                    hostThread(host(), *async, seed + round * kThreads + t, each, faults, tally);
+                    ++ended;
+                });
+            }
+            if (close == Close::underTheCalls) {
+                while (tally.operations < closeAt && ended < kThreads) std::this_thread::yield();
+                EXPECT_EQ(async->call(host::aiClose, async->privateData()), host::aiNoError);
             }
             for (std::thread& thread : threads) thread.join();
+            // What was not struck must not strike the next importer's opening.
             host().clearFaults();
+            if (faults.file != nullptr) faults.file->reads.failAt = faults.file->seeks.failAt = 0;
         }
         EXPECT_EQ(tally.wrong.load(), 0u);
-        EXPECT_GE(tally.operations.load(), operations / kRounds / kThreads * kThreads * kRounds);
         EXPECT_GT(tally.delivered.load(), 0u);
         EXPECT_GT(tally.refused.load(), 0u);
-        if (mayFail) {
+        if (close == Close::behindTheCalls) {
+            EXPECT_EQ(tally.late.load(), 0u);
+            EXPECT_EQ(tally.operations.load(), each * kThreads * kRounds);
+        } else {
+            EXPECT_GT(tally.late.load(), 0u) << "no call met the close";
+        }
+        if (faults.any()) {
             EXPECT_GT(tally.failed.load(), 0u) << "no fault reached a frame";
         }
+        dropClip();
+        stop();
+        const auto libraryClose = reinterpret_cast<std::int32_t (*)()>(codec.find("orvantis_library_close"));
+        ASSERT_NE(libraryClose, nullptr);
+        EXPECT_EQ(libraryClose(), static_cast<std::int32_t>(orvantis::standin::Error::kNotInitialised))
+            << "an initialisation or a session of the codec library was left";
     }
 };
 
 TEST_F(AsyncStress, EveryDeliveredFrameIsRightAndNothingLeaks) {
-    run(false);
+    run({}, 12'000);
 }
 
 TEST_F(AsyncStress, FaultsOfTheHostCostFramesButNothingElse) {
-    run(true);
+    Faults faults;
+    faults.host = true;
+    run(faults, 8'000);
+}
+
+TEST_F(AsyncStress, FaultsOfTheCodecCostFramesButNothingElse) {
+    Faults faults;
+    faults.codec = true;
+    run(faults, 8'000);
+}
+
+#ifndef _WIN32
+TEST_F(AsyncStress, FailingReadsCostFramesButNothingElse) {
+    orvantis::test::InstalledFileHooks hooks;
+    Faults faults;
+    faults.file = &*hooks;
+    run(faults, 8'000);
+    EXPECT_EQ(hooks->opened, hooks->closes);
+}
+#endif
+
+TEST_F(AsyncStress, ClosingWhileEverythingFailsLeavesNothing) {
+    Faults faults;
+    faults.host = true;
+    faults.codec = true;
+#ifndef _WIN32
+    orvantis::test::InstalledFileHooks hooks;
+    faults.file = &*hooks;
+#endif
+    run(faults, 12'000, Close::underTheCalls);
+#ifndef _WIN32
+    EXPECT_EQ(hooks->opened, hooks->closes);
+#endif
 }
 
 TEST_F(AsyncStress, ClosingUnderRunningCallsNeverHurts) {

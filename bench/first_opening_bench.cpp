@@ -1,0 +1,93 @@
+// Opening clips the way a host does it for the first time: into memory that the process has never touched, with
+// nothing of the clip or the plug-in in the processor's caches. This is where the cost of each frame has to
+// stay the same however many there are.
+#include <algorithm>
+#include <vector>
+
+#include "bench/allocation_count.h"
+#include "bench/bench_files.h"
+#include "bench/peer.h"
+#include "bench/series.h"
+#include "simhost/plugin.h"
+#include "simhost/tool/bench_workloads.h"
+
+namespace orvantis::bench {
+
+namespace {
+
+using simhost::tool::BenchImporter;
+using simhost::tool::timeOpening;
+
+constexpr std::uint32_t kMillion = 1'000'000;
+
+double timeFirstOpening(const BenchImporter& importer, const std::string& path) {
+    sweepCaches();
+    return timeOpening(importer, path);
+}
+
+// What a clip costs beyond one of a single frame, for each frame. All lengths take turns.
+void openAsFramesGrow(benchmark::State& state) {
+    useFreshMemory();
+    const simhost::Plugin plugin(modulePath("ImporterOrvantis.prm"));
+    const BenchImporter importer(plugin.entry());
+    const std::string shortest = benchFile(scalingFile(1));
+    std::vector<std::vector<double>> costs(std::size(kScalingFrames));
+    std::vector<double> fixed;
+    for ([[maybe_unused]] auto round : state) {
+        double total = 0;
+        const double one = timeFirstOpening(importer, shortest);
+        fixed.push_back(one);
+        for (std::size_t i = 0; i < costs.size(); ++i) {
+            const double seconds = timeFirstOpening(importer, benchFile(scalingFile(kScalingFrames[i])));
+            costs[i].push_back((seconds - one) * 1e9 / kScalingFrames[i]);
+            total += seconds;
+        }
+        state.SetIterationTime(total);
+    }
+    double least = 0;
+    double most = 0;
+    for (std::size_t i = 0; i < costs.size(); ++i) {
+        const double median = quantile(costs[i], 0.5);
+        least = i == 0 ? median : std::min(least, median);
+        most = i == 0 ? median : std::max(most, median);
+        const std::string length = std::to_string(kScalingFrames[i]);
+        state.counters["ns_per_frame_" + length] = median;
+        state.counters["q1_" + length] = quantile(costs[i], 0.25);
+        state.counters["q3_" + length] = quantile(costs[i], 0.75);
+    }
+    state.counters["fixed_us"] = quantile(fixed, 0.5) * 1e6;
+    state.counters["times"] = most / least;
+    state.counters["runs"] = static_cast<double>(fixed.size());
+}
+
+void firstOpening(benchmark::State& state, const std::string& name) {
+    useFreshMemory();
+    const simhost::Plugin plugin(modulePath("ImporterOrvantis.prm"));
+    const BenchImporter importer(plugin.entry());
+    const std::string path = benchFile(name);
+    const auto peer = [&] {
+        sweepCaches();
+        return timePeerOpening(path, kMillion);
+    };
+    const Series series = alternate(
+        state, [&] { return timeFirstOpening(importer, path); }, peer);
+    report(state, series, 1);
+}
+
+void firstOpenDml(benchmark::State& state) {
+    firstOpening(state, scalingFile(kMillion));
+}
+
+void firstIdx1(benchmark::State& state) {
+    firstOpening(state, "idx1-1000000.avi");
+}
+
+}  // namespace
+
+void addFirstOpeningBenchmarks() {
+    addBenchmark("open_growth", openAsFramesGrow);
+    addBenchmark("first_open_opendml", firstOpenDml, 5);
+    addBenchmark("first_open_idx1", firstIdx1, 5);
+}
+
+}  // namespace orvantis::bench

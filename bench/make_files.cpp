@@ -1,0 +1,22 @@
+// make_bench_files FOLDER: writes the clips of the benchmarks.
+#include <cstdio>
+#include <exception>
+#include <string>
+
+#include "bench/bench_files.h"
+
+int main(int argc, char** argv) {
+    if (argc != 2) {
+        (void)std::fprintf(stderr, "usage: make_bench_files FOLDER\n");
+        return 2;
+    }
+    try {
+        for (const orvantis::bench::BenchFile& file : orvantis::bench::benchFiles()) {
+            orvantis::bench::writeSparseAvi(std::string(argv[1]) + "/" + file.name, file.plan);
+        }
+    } catch (const std::exception& error) {
+        (void)std::fprintf(stderr, "make_bench_files: %s\n", error.what());
+        return 1;
+    }
+    return 0;
+}

@@ -1,0 +1,39 @@
+// Writes AVI files of any length that cost no disk: headers and indexes are real, the frames' bytes are holes
+// in the file, which read as zeros. Native builds only.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace orvantis::bench {
+
+enum class IndexForm {
+    openDml,  ///< a super index for each stream, standard indexes behind each part of at most 1 GiB
+    idx1,     ///< the old index alone; the file must stay below 4 GiB
+};
+
+struct SparseAudio {
+    std::uint16_t channels;
+    std::uint16_t bits;
+    bool isFloat;
+};
+
+struct SparseAviPlan {
+    std::string codec = "O8Y2";  ///< biCompression and fccHandler
+    std::int32_t width = 32;
+    std::int32_t height = 32;
+    std::uint32_t frames = 1;
+    std::uint32_t frameBytes = 2048;
+    std::uint32_t framesPerSecond = 100;
+    std::vector<SparseAudio> audio;  ///< at 48000 Hz, one chunk behind each frame
+    IndexForm index = IndexForm::openDml;
+    /// So many chunk headers at the start are written, for readers that look at the data; the rest is holes.
+    std::uint32_t framesWithHeaders = 2000;
+};
+
+/// Throws std::system_error when the file cannot be written and std::length_error when the plan does not fit
+/// the index form.
+void writeSparseAvi(const std::string& path, const SparseAviPlan& plan);
+
+}  // namespace orvantis::bench

@@ -1,13 +1,9 @@
 #include "bench/allocation_count.h"
 
 #include <malloc.h>
-#include <sys/mman.h>
 
 #include <atomic>
-#include <cerrno>
 #include <cstddef>
-#include <cstring>
-#include <system_error>
 
 namespace {
 std::atomic<std::uint64_t> g_count = 0;
@@ -53,17 +49,10 @@ std::uint64_t heapBytes() noexcept {
 }
 
 void useFreshMemory() noexcept {
+    constexpr int kFreshBytes = 64 * 1024;
     // Setting the threshold also stops it from growing.
-    (void)mallopt(M_MMAP_THRESHOLD, 128 * 1024);
-    (void)mallopt(M_TRIM_THRESHOLD, 128 * 1024);
-}
-
-void sweepCaches() {
-    constexpr std::size_t kBytes = 192 * 1024 * 1024;  // several times the largest cache
-    void* const block = mmap(nullptr, kBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (block == MAP_FAILED) throw std::system_error(errno, std::generic_category(), "mmap");
-    std::memset(block, 1, kBytes);
-    (void)munmap(block, kBytes);
+    (void)mallopt(M_MMAP_THRESHOLD, kFreshBytes);
+    (void)mallopt(M_TRIM_THRESHOLD, kFreshBytes);
 }
 
 }  // namespace orvantis::bench

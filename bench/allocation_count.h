@@ -11,13 +11,8 @@ std::uint64_t allocationCount() noexcept;
 /// Bytes on the heap and in mappings of the allocator.
 std::uint64_t heapBytes() noexcept;
 
-/// From now on every block of 128 KiB and more is fresh memory and goes back to the system when it is freed.
+/// From now on every block of 64 KiB and more is fresh memory and goes back to the system when it is freed.
 /// The allocator of glibc begins that way, but keeps memory once a large block was freed.
 void useFreshMemory() noexcept;
-
-/// Leaves the processor's caches and the system's stock of free pages as they are on a machine that did
-/// something else meanwhile. Without it a short clip would be measured inside the caches and a long one in
-/// memory.
-void sweepCaches();
 
 }  // namespace orvantis::bench

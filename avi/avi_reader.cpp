@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <exception>
+#include <optional>
 #include <string_view>
 
 #include "avi/avi_index.h"
 #include "avi/error_text.h"
-#include "avi/riff_walk.h"
 
 namespace orvantis {
 
@@ -48,8 +48,7 @@ void AviReader::reset() noexcept {
     extHeader = {};
     streams.clear();
     legacyIndex = {};
-    m_idx1.reset();
-    m_movi.reset();
+    m_restOfWalk.reset();
     m_pendingIndexes.clear();
     m_indexesPending = false;
 }
@@ -59,7 +58,7 @@ bool AviReader::parse(fileio::File& source, bool headerOnly) {
     file = &source;
     bool usable = false;
     try {
-        usable = parseHeaders();
+        usable = parseHeaders(headerOnly);
     } catch (const std::exception&) {
         // Out of memory for the structure itself, or a file that breaks its promise not to throw.
         usable = false;
@@ -71,7 +70,7 @@ bool AviReader::parse(fileio::File& source, bool headerOnly) {
     return usable;
 }
 
-bool AviReader::parseHeaders() {
+bool AviReader::parseHeaders(bool headerOnly) {
     const auto fileSize = static_cast<std::uint64_t>(std::max<std::int64_t>(file->size(), 0));
     const auto start = static_cast<std::uint64_t>(file->tell());
     m_input.attach(*file, fileSize);
@@ -83,33 +82,29 @@ bool AviReader::parseHeaders() {
         appendBounded(errors, "file doesn't look like AVI (first 12 bytes is not 'RIFF'....'AVI ')");
         return false;
     }
-    if (!walk(m_input, start, fileSize, kDescendTypes, kStopKeys, chunks)) {
+    // What lies behind movi is far away in the file and nothing but indexes: a file that is refused for what
+    // its headers say is not asked for it.
+    if (!walkUpTo(m_input, start, fileSize, kDescendTypes, kStopKeys, riffCode("movi"), chunks,
+                  m_restOfWalk)) {
         appendBounded(errors, kCorrupt);
     }
-    if (chunks.empty()) {
-        appendBounded(errors, "riff structure is empty\n");
+    if (!headerOnly) finishWalk();
+    // The rest may be damaged, which is told ahead of any other reason to refuse the file.
+    const auto fail = [&](const char* problem) {
+        finishWalk();
+        appendBounded(errors, problem);
         return false;
-    }
-    if (!chunks.front().isListOf(riffCode("AVI "))) {
-        appendBounded(errors, "AVI chunk missing\n");
-        return false;
-    }
+    };
+    if (chunks.empty()) return fail("riff structure is empty\n");
+    if (!chunks.front().isListOf(riffCode("AVI "))) return fail("AVI chunk missing\n");
     const std::vector<RiffChunk>& form = chunks.front().children;
+    if (findList(form, riffCode("hdrl")) == nullptr) finishWalk();  // headers behind the data
     const RiffChunk* hdrl = findList(form, riffCode("hdrl"));
-    if (hdrl == nullptr) {
-        appendBounded(errors, "hdrl missing\n");
-        return false;
-    }
+    if (hdrl == nullptr) return fail("hdrl missing\n");
     const RiffChunk* avih = findChunk(hdrl->children, riffCode("avih"));
-    if (avih == nullptr) {
-        appendBounded(errors, "avih missing\n");
-        return false;
-    }
+    if (avih == nullptr) return fail("avih missing\n");
     AviMainHeader header;
-    if (!readChunkData(*avih, &header, sizeof(header))) {
-        appendBounded(errors, "avih data read error\n");
-        return false;
-    }
+    if (!readChunkData(*avih, &header, sizeof(header))) return fail("avih data read error\n");
     mainHeader = header;
 
     std::uint64_t ordinal = 0;
@@ -121,9 +116,22 @@ bool AviReader::parseHeaders() {
             readExtHeader(child);
         }
     }
-    if (const RiffChunk* idx1 = findChunk(form, riffCode("idx1"))) m_idx1 = *idx1;
-    if (const RiffChunk* movi = findList(form, riffCode("movi"))) m_movi = *movi;
     return true;
+}
+
+void AviReader::finishWalk() noexcept {
+    if (!m_restOfWalk) return;
+    const RestOfWalk rest = *m_restOfWalk;
+    m_restOfWalk.reset();
+    if (walkRest(m_input, rest, kDescendTypes, kStopKeys, chunks.front().children) || !rest.sound) return;
+    // Where a walk in one go would have put it.
+    if (!hasRoomFor(errors, kCorrupt.size())) return;
+    try {
+        errors.insert(0, kCorrupt);
+        for (PendingIndex& pending : m_pendingIndexes) pending.textPosition += kCorrupt.size();
+    } catch (const std::exception&) {
+        return;  // out of memory: the problem is not noted
+    }
 }
 
 void AviReader::addStream(const RiffChunk& strl, std::uint64_t ordinal) {
@@ -189,10 +197,16 @@ bool AviReader::readChunkData(const RiffChunk& chunk, void* dest, std::size_t co
 void AviReader::readIndexes() {
     if (!m_indexesPending) return;
     m_indexesPending = false;
+    finishWalk();
+    std::optional<RiffChunk> idx1;
+    std::optional<RiffChunk> movi;
+    const std::vector<RiffChunk>& form = chunks.front().children;
+    if (const RiffChunk* found = findChunk(form, riffCode("idx1"))) idx1 = *found;
+    if (const RiffChunk* found = findList(form, riffCode("movi"))) movi = *found;
     if (countChunks(chunks) > kMaxKeptChunks) chunks = {};
     readOpenDmlIndexes();
-    readLegacyIndex();
-    buildChunkLists(legacyIndex, m_movi ? &*m_movi : nullptr, streams);
+    if (idx1) readLegacyIndex(*idx1);
+    buildChunkLists(legacyIndex, movi ? &*movi : nullptr, streams);
     m_pendingIndexes = {};
     m_input.release();
 }
@@ -220,18 +234,17 @@ void AviReader::readOpenDmlIndexes() {
     takeUpTo(streamProblems.size());
 }
 
-void AviReader::readLegacyIndex() {
-    if (!m_idx1) return;
-    const std::uint32_t bytes = m_idx1->dataSize();
+void AviReader::readLegacyIndex(const RiffChunk& idx1) {
+    const std::uint32_t bytes = idx1.dataSize();
     constexpr std::uint32_t kEntryBytes = sizeof(AviOldIndexEntry);
     const std::size_t entries = (std::size_t{bytes} + kEntryBytes - 1) / kEntryBytes;
     try {
         // An idx1 that cannot be read whole counts as one of zero entries, which belong to no stream: none
         // are made.
-        if (m_input.holds(m_idx1->dataPosition(), bytes)) {
+        if (m_input.holds(idx1.dataPosition(), bytes)) {
             legacyIndex.resize(entries);
             if (bytes % kEntryBytes != 0) legacyIndex.back() = {};  // its end is not in the file
-            if (!m_input.readBulk(m_idx1->dataPosition(), legacyIndex.data(), bytes)) legacyIndex = {};
+            if (!m_input.readBulk(idx1.dataPosition(), legacyIndex.data(), bytes)) legacyIndex = {};
         }
     } catch (const std::exception&) {
         legacyIndex = {};

@@ -17,6 +17,7 @@
 #include "avi/file_window.h"
 #include "avi/raw_vector.h"
 #include "avi/riff_chunk.h"
+#include "avi/riff_walk.h"
 #include "fileio/file.h"
 
 namespace orvantis {
@@ -26,7 +27,7 @@ class AviReader {
     AviReader() = default;
 
     /// Parses `file` from its current position (the start) and starts from an empty state each time. With
-    /// `headerOnly` no index is read: readIndexes() can follow when the chunk lists are wanted after all;
+    /// `headerOnly` no index is read, and nothing behind the movi list unless the headers lie there: readIndexes() can follow when the chunk lists are wanted after all;
     /// without, it is part of this call. False when the file is no usable AVI; errorText() then says why.
     /// `file` is not owned and must stay open until readIndexes() is done. Its position afterwards is
     /// undefined.
@@ -63,16 +64,16 @@ class AviReader {
     };
 
     void reset() noexcept;
-    bool parseHeaders();
+    bool parseHeaders(bool headerOnly);
+    void finishWalk() noexcept;
     void addStream(const RiffChunk& strl, std::uint64_t ordinal);
     bool parseStreamList(const RiffChunk& strl, AviStream& stream);
     void readExtHeader(const RiffChunk& odml);
     void readOpenDmlIndexes();
-    void readLegacyIndex();
+    void readLegacyIndex(const RiffChunk& idx1);
 
     FileWindow m_input;
-    std::optional<RiffChunk> m_idx1;
-    std::optional<RiffChunk> m_movi;
+    std::optional<RestOfWalk> m_restOfWalk;  // until what lies behind movi is wanted
     std::vector<PendingIndex> m_pendingIndexes;
     std::uint64_t m_formatBytesLeft = 0;  // all strf together
     bool m_indexesPending = false;

@@ -12,6 +12,12 @@ constexpr std::uint64_t kHeaderBytes = 8;
 // Chunks beyond one for each header that fits into the file: room for small files with odd, but harmless,
 // lists.
 constexpr std::uint64_t kSpareChunks = 1024;
+// Children of a form, which is a list at the top level.
+constexpr int kFormDepth = 1;
+
+std::uint64_t mostChunks(const FileWindow& input) noexcept {
+    return std::min(input.fileSize() / kHeaderBytes + kSpareChunks, kMaxChunks);
+}
 
 bool contains(std::span<const std::uint32_t> codes, std::uint32_t code) noexcept {
     return std::find(codes.begin(), codes.end(), code) != codes.end();
@@ -20,11 +26,14 @@ bool contains(std::span<const std::uint32_t> codes, std::uint32_t code) noexcept
 class Walker {
  public:
     Walker(FileWindow& input, std::span<const std::uint32_t> descendTypes,
-           std::span<const std::uint32_t> stopKeys)
-        : m_input(input),
-          m_descendTypes(descendTypes),
-          m_stopKeys(stopKeys),
-          m_chunksLeft(std::min(input.fileSize() / kHeaderBytes + kSpareChunks, kMaxChunks)) {}
+           std::span<const std::uint32_t> stopKeys, std::uint64_t chunksLeft)
+        : m_input(input), m_descendTypes(descendTypes), m_stopKeys(stopKeys), m_chunksLeft(chunksLeft) {}
+
+    /// The walk pauses behind the first list of this type in a form, and tells where in `rest`.
+    void pauseAt(std::uint32_t type, std::optional<RestOfWalk>& rest) noexcept {
+        m_pauseType = type;
+        m_rest = &rest;
+    }
 
     // `depth` counts the lists that this level lies in.
     bool walkLevel(std::vector<RiffChunk>& list, std::uint64_t position, std::uint64_t bytes,
@@ -50,6 +59,11 @@ class Walker {
             if (paddedLength == 0) return false;
             position += paddedLength;
             consumed += paddedLength;
+            if (m_rest != nullptr && depth == kFormDepth && chunk->isListOf(m_pauseType)) {
+                m_rest->emplace(
+                    RestOfWalk{position, bytes - std::min(bytes, consumed), m_chunksLeft, sound});
+                return sound;
+            }
         }
         return sound;
     }
@@ -84,6 +98,8 @@ class Walker {
     std::span<const std::uint32_t> m_descendTypes;
     std::span<const std::uint32_t> m_stopKeys;
     std::uint64_t m_chunksLeft;
+    std::uint32_t m_pauseType = 0;
+    std::optional<RestOfWalk>* m_rest = nullptr;  // null: no pause
     bool m_exhausted = false;  // ends every level
 };
 
@@ -92,7 +108,23 @@ class Walker {
 bool walk(FileWindow& input, std::uint64_t position, std::uint64_t bytes,
           std::span<const std::uint32_t> descendTypes, std::span<const std::uint32_t> stopKeys,
           std::vector<RiffChunk>& list) noexcept {
-    return Walker(input, descendTypes, stopKeys).walkLevel(list, position, bytes, 0);
+    return Walker(input, descendTypes, stopKeys, mostChunks(input)).walkLevel(list, position, bytes, 0);
+}
+
+bool walkUpTo(FileWindow& input, std::uint64_t position, std::uint64_t bytes,
+              std::span<const std::uint32_t> descendTypes, std::span<const std::uint32_t> stopKeys,
+              std::uint32_t pauseType, std::vector<RiffChunk>& list,
+              std::optional<RestOfWalk>& rest) noexcept {
+    rest.reset();
+    Walker walker(input, descendTypes, stopKeys, mostChunks(input));
+    walker.pauseAt(pauseType, rest);
+    return walker.walkLevel(list, position, bytes, 0);
+}
+
+bool walkRest(FileWindow& input, const RestOfWalk& rest, std::span<const std::uint32_t> descendTypes,
+              std::span<const std::uint32_t> stopKeys, std::vector<RiffChunk>& children) noexcept {
+    Walker walker(input, descendTypes, stopKeys, rest.chunksLeft);
+    return walker.walkLevel(children, rest.position, rest.bytes, kFormDepth) && rest.sound;
 }
 
 }  // namespace orvantis

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -26,5 +27,25 @@ inline constexpr std::uint64_t kMaxChunks = 4'194'304;
 bool walk(FileWindow& input, std::uint64_t position, std::uint64_t bytes,
           std::span<const std::uint32_t> descendTypes, std::span<const std::uint32_t> stopKeys,
           std::vector<RiffChunk>& list) noexcept;
+
+/// What is left of a walk that was interrupted.
+struct RestOfWalk {
+    std::uint64_t position;    ///< of the next chunk header of the first form
+    std::uint64_t bytes;       ///< of that form from there on
+    std::uint64_t chunksLeft;  ///< how many more chunks may be collected
+    bool sound;                ///< the result so far
+};
+
+/// The same walk as far as the first list of type `pauseType` among the children of the first form, that list
+/// included. `rest` is then what walkRest() goes on with; it stays empty when the walk ended before, which it
+/// also does behind the first form. The result is that of the part walked.
+bool walkUpTo(FileWindow& input, std::uint64_t position, std::uint64_t bytes,
+              std::span<const std::uint32_t> descendTypes, std::span<const std::uint32_t> stopKeys,
+              std::uint32_t pauseType, std::vector<RiffChunk>& list,
+              std::optional<RestOfWalk>& rest) noexcept;
+
+/// Walks the rest and appends it to the children of the first form. The result is that of the whole walk.
+bool walkRest(FileWindow& input, const RestOfWalk& rest, std::span<const std::uint32_t> descendTypes,
+              std::span<const std::uint32_t> stopKeys, std::vector<RiffChunk>& children) noexcept;
 
 }  // namespace orvantis

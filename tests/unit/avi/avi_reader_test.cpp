@@ -435,6 +435,54 @@ TEST(AviReader, HeadersThenIndexesEqualAFullParse) {
     }
 }
 
+// Behind movi lies a chunk whose header the file cuts off.
+Bytes damagedBehindMovi(const Bytes& headers) {
+    Bytes form(headers);
+    const Bytes data = RiffBuilder().beginList("LIST", "movi").fill(8).end().u32(0).take();
+    form.insert(form.end(), data.begin(), data.end());
+    return formWith(form);
+}
+
+TEST(AviReader, DamageBehindMoviIsFoundWithTheIndexes) {
+    const Bytes bytes = damagedBehindMovi(hdrlWith(joined({strl("vids"), strl("auds")})));
+    const Parsed full(bytes);
+    Parsed halves(bytes, true);
+    EXPECT_TRUE(full.usable);
+    EXPECT_TRUE(halves.usable);
+    EXPECT_EQ(halves.reader.errorText(), "");
+    halves.reader.readIndexes();
+    EXPECT_EQ(halves.reader.errorText(), "riff structure is corrupt or invalid\n");
+    EXPECT_EQ(full.reader.errorText(), "riff structure is corrupt or invalid\n");
+}
+
+TEST(AviReader, DamageBehindMoviIsToldAheadOfWhatTheHeadersLack) {
+    // The problems of the streams are known first and told last.
+    const Bytes noFormat = RiffBuilder().beginList("LIST", "strl").begin("strh").fill(56).end().end().take();
+    const Bytes bytes = damagedBehindMovi(hdrlWith(joined({noFormat, strl("vids")})));
+    Parsed halves(bytes, true);
+    EXPECT_EQ(halves.reader.errorText(), "stream[0]: strf missing in strl\n");
+    halves.reader.readIndexes();
+    EXPECT_EQ(halves.reader.errorText(),
+              "riff structure is corrupt or invalid\nstream[0]: strf missing in strl\n");
+    EXPECT_EQ(Parsed(bytes).reader.errorText(), halves.reader.errorText());
+}
+
+TEST(AviReader, DamageBehindMoviIsToldWhenTheHeadersAreRefused) {
+    const Bytes bytes = damagedBehindMovi(RiffBuilder().beginList("LIST", "hdrl").bytes(strl()).end().take());
+    const Parsed parsed(bytes, true);
+    EXPECT_FALSE(parsed.usable);
+    EXPECT_EQ(parsed.reader.errorText(), "riff structure is corrupt or invalid\navih missing\n");
+}
+
+TEST(AviReader, HeadersBehindTheDataAreFoundWithoutTheIndexes) {
+    RiffBuilder form;
+    form.beginList("LIST", "movi").fill(8).end().bytes(hdrlWith(strl("vids")));
+    const Parsed parsed(formWith(form.take()), true);
+    EXPECT_TRUE(parsed.usable);
+    EXPECT_EQ(parsed.reader.streams.size(), 1U);
+    EXPECT_EQ(parsed.reader.errorText(), "");
+}
+
 TEST(AviReader, ReadingIndexesAgainChangesNothing) {
     Parsed parsed(test::smallClip().openDml(test::OpenDml::superIndex).build());
     const test::PlainAvi first = test::asPlain(parsed.reader, true);

@@ -17,8 +17,14 @@
 namespace orvantis {
 
 namespace {
-
 constexpr bool kEnabledAtStart = false;
+}
+
+// Outside the state below, whose first use has to be guarded: a test of the switch is one load.
+constinit std::atomic<bool> detail::g_logEnabled = kEnabledAtStart;
+
+namespace {
+
 #ifdef ORVANTIS_LOG_TO_CONSOLE
 constexpr bool kLogToConsole = true;
 #else
@@ -26,8 +32,6 @@ constexpr bool kLogToConsole = false;
 #endif
 
 struct LogState {
-    std::atomic<bool> enabled =
-        false;  ///< only the registry switch sets it; a late reader merely misses a line
     std::unique_ptr<DiagnosticLog> log;  ///< null until the first line while enabled
     const char* name = "orvantis_pr";    ///< set before the first line
     bool console = false;                ///< set before the first line
@@ -78,26 +82,21 @@ void endModuleLog() noexcept {
 
 }  // namespace
 
-bool logEnabled() noexcept {
-    return logState().enabled.load(std::memory_order_relaxed);
-}
-
 void readLogSwitch() {
     const std::optional<std::uint32_t> value = log_platform::readSwitchValue();
     if (value && *value != 0) {
-        logState().enabled.store(true, std::memory_order_relaxed);
+        detail::g_logEnabled.store(true, std::memory_order_relaxed);
     }
 }
 
 void logMessage(const char* format, ...) noexcept {
-    LogState& state = logState();
-    if (!state.enabled.load(std::memory_order_relaxed)) {
+    if (!logEnabled()) {
         return;
     }
     std::va_list arguments;
     va_start(arguments, format);
     try {
-        writeLine(state, format, arguments);
+        writeLine(logState(), format, arguments);
     } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch)
         // Without memory the line is lost. It must not be more than that: destructors log, and what a handler
         // has done or handed over must not be undone for a line about it.
@@ -121,7 +120,7 @@ void closeLog() noexcept {
 void startModuleLog() {
     LogState& state = logState();
     state.name = "orvantis_pr_importer";
-    state.enabled.store(kEnabledAtStart, std::memory_order_relaxed);
+    detail::g_logEnabled.store(kEnabledAtStart, std::memory_order_relaxed);
     state.console = kLogToConsole;
     logMessage("Module init");
     // Inside a DLL this registers with the DLL's own exit list, which runs at unload.

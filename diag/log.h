@@ -3,6 +3,7 @@
 // user's profile. Nothing in the plug-in reads the log back, and no failure of the log ever reaches the host.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -11,9 +12,16 @@
 
 namespace orvantis {
 
+namespace detail {
+/// Only the registry switch sets it; a late reader merely misses a line.
+extern std::atomic<bool> g_logEnabled;
+}  // namespace detail
+
 /// True when the registry switch has turned the log on. Callers whose arguments are costly to build test this
-/// first. Any thread; costs one load.
-bool logEnabled() noexcept;
+/// first, and so do those that log several lines for every frame. Any thread; costs one load.
+inline bool logEnabled() noexcept {
+    return detail::g_logEnabled.load(std::memory_order_relaxed);
+}
 
 /// Reads the registry switch (HKEY_CURRENT_USER, Software\Orvantis, EnableAdobeLog). It can only turn the log
 /// on. Called once, by the first call of the process that enters the plug-in, before anything is logged.

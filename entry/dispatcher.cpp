@@ -42,6 +42,7 @@ Record& recordIn(void* parameter) {
 /// The handler's work is done and the host owns what it was given: a line that cannot be written must not
 /// turn its answer into a failure.
 void logResult(std::int32_t result) noexcept {
+    if (!logEnabled()) return;
     try {
         logMessage("    [%s] (%d)", errorName(static_cast<std::uint32_t>(result)), result);
     } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch)
@@ -95,8 +96,10 @@ std::int32_t route(std::uint32_t selector, const host::imStdParms* stdParms, voi
 std::int32_t dispatch(std::int32_t selector, const host::imStdParms* stdParms, void* param1, void* param2) {
     readLogSwitchOnce();
     const auto code = static_cast<std::uint32_t>(selector);
-    logMessage("----------------------");
-    logMessage("[%s] (%d)", selectorName(code), selector);
+    if (logEnabled()) {
+        logMessage("----------------------");
+        logMessage("[%s] (%d)", selectorName(code), selector);
+    }
     const std::int32_t result = route(code, stdParms, param1, param2);
     logResult(result);
     return result;

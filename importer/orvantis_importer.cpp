@@ -118,6 +118,7 @@ std::string OrvantisImporter::describeStreams() {
 }
 
 void OrvantisImporter::logFile() const {
+    if (!logEnabled()) return;
     logMessage("m_filePathUtf8: '%s'", m_filePathUtf8.c_str());
     logMessage("m_streamIndex:  %d", m_streamIndex);
 }

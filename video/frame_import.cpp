@@ -101,10 +101,12 @@ std::int32_t describeFrame(const host::PPixSuite& suite, const FrameRequest& req
 }  // namespace
 
 std::int32_t prepareFrame(const VideoInfo& video, FrameRequest& request) {
-    logMessage("inFrameTime: %lld", static_cast<long long>(request.frameTime));
     const std::uint32_t frameIndex = video.frameIndexAt(request.frameTime);
-    logMessage("frameIndex:  %u (total: %u)", static_cast<unsigned>(frameIndex),
-               static_cast<unsigned>(video.numFrames()));
+    if (logEnabled()) {
+        logMessage("inFrameTime: %lld", static_cast<long long>(request.frameTime));
+        logMessage("frameIndex:  %u (total: %u)", static_cast<unsigned>(frameIndex),
+                   static_cast<unsigned>(video.numFrames()));
+    }
     if (std::int64_t{frameIndex} >= video.numFrames()) {
         logMessage("frameIndex out of bounds");
         return host::imFrameNotFound;

@@ -25,5 +25,6 @@ Command addLogCommand(CLI::App& app);
 Command addReportCommand(CLI::App& app);
 Command addDoctorCommand(CLI::App& app);
 Command addSoakCommand(CLI::App& app);
+Command addBenchCommand(CLI::App& app);
 
 }  // namespace simhost::tool

@@ -47,7 +47,7 @@ int run(std::vector<std::string> arguments) {
     app.add_flag("--progress", global.progress, "Show progress even if the error stream is no terminal");
     const Command commands[] = {addInfoCommand(app),  addFramesCommand(app), addAudioCommand(app),
                                 addAsyncCommand(app), addReportCommand(app), addDoctorCommand(app),
-                                addLogCommand(app),   addSoakCommand(app)};
+                                addLogCommand(app),   addSoakCommand(app),   addBenchCommand(app)};
     // The parser takes its arguments from the back.
     std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
     try {

@@ -17,9 +17,7 @@ std::vector<std::string>& lines() {
 
 namespace orvantis {
 
-bool logEnabled() noexcept {
-    return true;
-}
+constinit std::atomic<bool> detail::g_logEnabled = true;
 
 void logMessage(const char* format, ...) noexcept {
     char text[1024];

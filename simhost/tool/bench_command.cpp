@@ -12,8 +12,6 @@
 #include "simhost/tool/commands.h"
 #include "simhost/tool/hosted_run.h"
 #include "simhost/tool/output_file.h"
-#include "simhost/tool/tool_error.h"
-#include "simhost/tool/tool_platform.h"
 
 namespace simhost::tool {
 namespace {
@@ -61,10 +59,6 @@ void print(const char* what, const char* unit, const Json& figures) {
                 figures["ours_us"].get<double>(), unit, figures["limit_us"].get<double>(),
                 figures["ratio"].get<double>(), figures["ratio_q1"].get<double>(),
                 figures["ratio_q3"].get<double>());
-}
-
-std::string pluginPath(const GlobalOptions& global) {
-    return global.plugin.empty() ? executableFolder() + "/ImporterOrvantis.prm" : global.plugin;
 }
 
 class Bench {
@@ -130,12 +124,7 @@ class Bench {
 
 int run(const GlobalOptions& global, const Options& options) {
     // No HostedRun: its host watches the plug-in, which is to be timed.
-    std::unique_ptr<Plugin> plugin;
-    try {
-        plugin = std::make_unique<Plugin>(pluginPath(global), codecFolderOf(global));
-    } catch (const std::runtime_error& error) {
-        throw ToolError(kNoPlugin, error.what());
-    }
+    const std::unique_ptr<Plugin> plugin = loadPlugin(global);
     Json figures;
     {
         const BenchImporter importer(plugin->entry());

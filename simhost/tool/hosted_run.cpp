@@ -33,16 +33,20 @@ std::string codecFolder(const GlobalOptions& options) {
 
 }  // namespace
 
-HostedRun::HostedRun(const GlobalOptions& options, HostOptions watching)
-    : m_progress(options.progress || stderrIsTerminal()), m_log(options.log) {
-    m_host = std::make_unique<Host>(profileNamed(options.profile), watching);
+std::unique_ptr<Plugin> loadPlugin(const GlobalOptions& options) {
     const std::string path =
         options.plugin.empty() ? executableFolder() + "/ImporterOrvantis.prm" : options.plugin;
     try {
-        m_plugin = std::make_unique<Plugin>(path, codecFolder(options));
+        return std::make_unique<Plugin>(path, codecFolder(options));
     } catch (const std::runtime_error& error) {
         throw ToolError(kNoPlugin, error.what());
     }
+}
+
+HostedRun::HostedRun(const GlobalOptions& options, HostOptions watching)
+    : m_progress(options.progress || stderrIsTerminal()), m_log(options.log) {
+    m_host = std::make_unique<Host>(profileNamed(options.profile), watching);
+    m_plugin = loadPlugin(options);
     m_importer.emplace(*m_host, *m_plugin);
     {
         std::optional<LogSwitch> logSwitch;

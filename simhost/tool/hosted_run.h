@@ -72,6 +72,9 @@ class HostedRun {
 int runHosted(const GlobalOptions& options, const std::function<int(HostedRun&)>& work,
               HostOptions watching = {});
 
+/// The plug-in of these options, loaded. Throws ToolError.
+std::unique_ptr<Plugin> loadPlugin(const GlobalOptions& options);
+
 /// "imBadFile (2)".
 std::string resultText(std::int32_t result);
 

@@ -30,7 +30,7 @@ make_clip() {
 }
 
 # show FILE: everything the plug-in says of one clip, two dozen of its frames, a contact sheet, its sound, how the
-# asynchronous importer plays it, and a page with all of it.
+# asynchronous importer plays it when host and codec each need 4 ms for a frame, and a page with all of it.
 show() {
     name="$(basename "$1" .avi)"
     dir="$out/$name"
@@ -42,7 +42,7 @@ show() {
     if [ "${frames:-0}" -gt 0 ]; then
         last=$((frames - 1))
         $host frames "$1" --range "0:$last:$((frames / 24 + 1))" --out "$dir/frames" --sheet "$dir/contact-sheet.png"
-        $host async "$1" --range "0:$((last < 499 ? last : 499))" --ahead 8
+        $host async "$1" --range "0:$((last < 199 ? last : 199))" --ahead 8 --work-us 4000 --decode-us 4000
     fi
     if grep -q '^ *sampleFrames:' "$dir/info.txt"; then
         $host audio "$1" --stream 0 --out "$dir/sound.wav" --waveform "$dir/waveform.png"

@@ -1,22 +1,27 @@
 // async: plays a clip through the asynchronous importer, compares each frame with the synchronous one, and
-// measures both.
+// measures both: how fast each is, and how much of the reading and decoding is hidden behind the host's own
+// work.
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
 #include "simhost/async_clip.h"
 #include "simhost/session.h"
+#include "simhost/tool/async_timing.h"
 #include "simhost/tool/commands.h"
 #include "simhost/tool/frame_range.h"
 #include "simhost/tool/hosted_run.h"
 #include "simhost/tool/media_facts.h"
+#include "simhost/tool/output_file.h"
 #include "simhost/tool/play_order.h"
 #include "simhost/tool/progress.h"
+#include "simhost/tool/soak_usage.h"
 #include "simhost/tool/tool_error.h"
 
 namespace simhost::tool {
@@ -29,6 +34,9 @@ struct Options {
     std::string range = "all";
     std::string format;
     std::uint32_t seed = 1;
+    std::uint32_t workMicros = 0;
+    std::uint32_t decodeMicros = 0;
+    std::string json;
 };
 
 using Clock = std::chrono::steady_clock;
@@ -37,18 +45,19 @@ double secondsSince(Clock::time_point start) {
     return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-// What one way of playing took: all of it, and the part that the host spent waiting for the plug-in. The rest
-// is the host's own work on the frames, here the reading of every byte for the comparison.
-struct Timing {
-    double total = 0.0;
-    double waiting = 0.0;
-};
+// What a host does with a frame it has got: keeps its processor busy.
+void spend(std::chrono::microseconds time) {
+    const auto end = Clock::now() + time;
+    while (Clock::now() < end) {
+    }
+}
 
 struct Player {
     HostedRun& hosted;
     const Clip& clip;
     std::vector<std::uint32_t> order;
     host::imFrameFormat wanted[1];
+    std::chrono::microseconds work;
     std::unordered_map<std::uint32_t, std::uint64_t> hashes;
     std::vector<std::uint32_t> differing;
 
@@ -66,28 +75,52 @@ struct Player {
                                      std::to_string(result));
     }
 
-    Timing playSynchronously() {
+    void compare(std::uint32_t index, const Frame& frame) {
+        const std::uint64_t hash = hashOf(frame);
+        const auto [known, isNew] = hashes.try_emplace(index, hash);
+        if (!isNew && known->second != hash) {
+            differing.push_back(index);
+        }
+    }
+
+    /// Reads the frames once without measuring, so that neither way of playing finds the file in the system's
+    /// cache and the other does not.
+    void warmUp() {
+        for (const std::uint32_t index : order) {
+            takeFrame(index);
+        }
+    }
+
+    FrameAnswer takeFrame(std::uint32_t index) {
+        FrameAnswer answer = clip.getSourceVideo(clip.frameTime(index), wanted);
+        if (!answer.frame) {
+            throw ToolError(kFailed,
+                            "synchronous frame " + std::to_string(index) + ": " + resultText(answer.result));
+        }
+        return answer;
+    }
+
+    PlayTiming playSynchronously() {
         Progress progress(hosted.progress(), "synchronous ", order.size());
-        Timing out;
+        PlayTiming out;
+        out.frames = order.size();
         const auto start = Clock::now();
         for (const std::uint32_t index : order) {
             const auto asked = Clock::now();
-            const FrameAnswer answer = clip.getSourceVideo(clip.frameTime(index), wanted);
+            const FrameAnswer answer = takeFrame(index);
             out.waiting += secondsSince(asked);
-            if (!answer.frame) {
-                throw ToolError(
-                    kFailed, "synchronous frame " + std::to_string(index) + ": " + resultText(answer.result));
-            }
-            hashes[index] = hashOf(*answer.frame);
+            compare(index, *answer.frame);
+            spend(work);
             progress.advance();
         }
         out.total = secondsSince(start);
         return out;
     }
 
-    Timing playAsynchronously(const AsyncClip& async, std::uint32_t ahead) {
+    PlayTiming playAsynchronously(const AsyncClip& async, std::uint32_t ahead) {
         Progress progress(hosted.progress(), "asynchronous", order.size());
-        Timing out;
+        PlayTiming out;
+        out.frames = order.size();
         const auto start = Clock::now();
         std::size_t announced = 0;
         for (std::size_t at = 0; at < order.size(); ++at) {
@@ -103,9 +136,8 @@ struct Player {
             if (!answer.frame) {
                 refused("asynchronous", order[at], answer.result);
             }
-            if (hashOf(*answer.frame) != hashes[order[at]]) {
-                differing.push_back(order[at]);
-            }
+            compare(order[at], *answer.frame);
+            spend(work);
             progress.advance();
         }
         out.total = secondsSince(start);
@@ -113,10 +145,16 @@ struct Player {
     }
 };
 
-void print(const char* way, const Timing& timing, std::size_t frames) {
-    const double count = static_cast<double>(frames);
-    std::printf("%s %9.1f frames/s, of that waiting %6.2f ms a frame\n", way,
-                timing.total > 0 ? count / timing.total : 0.0, timing.waiting * 1000.0 / count);
+void print(const char* way, const PlayTiming& timing) {
+    std::printf("%s %8.1f frames/s; a frame: host's work %6.2f ms, waiting for the plug-in %6.2f ms\n", way,
+                timing.perSecond(), timing.perFrame(timing.work()) * 1000.0,
+                timing.perFrame(timing.waiting) * 1000.0);
+}
+
+nlohmann::ordered_json toJson(const PlayTiming& timing) {
+    return {{"framesPerSecond", timing.perSecond()},
+            {"workSeconds", timing.work()},
+            {"waitingSeconds", timing.waiting}};
 }
 
 std::uint32_t chosenFormat(const Options& options, const Clip& clip) {
@@ -141,6 +179,9 @@ int run(const GlobalOptions& global, const Options& options) {
         throw ToolError(kUsage, "'" + (range ? options.pattern : options.range) + "' is no " +
                                     (range ? "pattern" : "range of frames"));
     }
+    if (options.decodeMicros > 0) {
+        setProcessEnvironment("ORVANTIS_STANDIN_DELAY_US", std::to_string(options.decodeMicros));
+    }
     // The host's own cost would be taken for the plug-in's.
     HostOptions light;
     light.poisonFrames = false;
@@ -154,25 +195,43 @@ int run(const GlobalOptions& global, const Options& options) {
             throw ToolError(kFailed, "the clip has no such frames");
         }
         const std::uint32_t format = chosenFormat(options, *clip);
-        Player player{hosted, *clip, playOrder(*pattern, frames, options.seed), {{0, 0, format}}, {}, {}};
+        Player player{hosted,
+                      *clip,
+                      playOrder(*pattern, frames, options.seed),
+                      {{0, 0, format}},
+                      std::chrono::microseconds(options.workMicros),
+                      {},
+                      {}};
         AsyncClip async = clip->createAsync();
         if (!async.isOpen()) {
             throw ToolError(kFailed, "the plug-in answered imCreateAsyncImporter with " +
                                          resultText(async.creation().result));
         }
-        const Timing synchronous = player.playSynchronously();
-        const Timing asynchronous = player.playAsynchronously(async, options.ahead);
+        player.warmUp();
+        const PlayTiming synchronous = player.playSynchronously();
+        const PlayTiming asynchronous = player.playAsynchronously(async, options.ahead);
         (void)async.flush();
         (void)async.close();
 
         std::printf("%zu frames, %s, %u ahead, %s", player.order.size(), options.pattern.c_str(),
                     options.ahead, pixelFormatName(format));
         std::printf(*pattern == PlayPattern::kRandom ? ", seed %u\n" : "\n", options.seed);
-        print("synchronous: ", synchronous, player.order.size());
-        print("asynchronous:", asynchronous, player.order.size());
-        const double hidden =
-            synchronous.waiting > 0 ? std::max(0.0, 1.0 - asynchronous.waiting / synchronous.waiting) : 0.0;
-        std::printf("overlap: %.0f %% of the waiting is hidden behind the host's work\n", hidden * 100.0);
+        print("synchronous: ", synchronous);
+        print("asynchronous:", asynchronous);
+        const Overlap overlap = overlapOf(synchronous, asynchronous);
+        std::printf(
+            "overlap: of %.2f ms for reading and decoding a frame %.0f %% are hidden; the host's own work is "
+            "long enough for %.0f %%\n",
+            synchronous.perFrame(synchronous.waiting) * 1000.0, overlap.hidden * 100.0,
+            overlap.possible * 100.0);
+        if (!options.json.empty()) {
+            const nlohmann::ordered_json out = {
+                {"frames", player.order.size()},        {"ahead", options.ahead},
+                {"differing", player.differing.size()}, {"synchronous", toJson(synchronous)},
+                {"asynchronous", toJson(asynchronous)}, {"hidden", overlap.hidden},
+                {"possible", overlap.possible}};
+            writeText(options.json, out.dump(2) + "\n");
+        }
         if (player.differing.empty()) {
             std::printf("all frames are identical\n");
             return kSuccess;
@@ -200,6 +259,19 @@ Command addAsyncCommand(CLI::App& app) {
         ->capture_default_str();
     parser->add_option("--format", options->format, "Pixel format (default: the first offered)");
     parser->add_option("--seed", options->seed, "Seed of the random pattern")->capture_default_str();
+    parser
+        ->add_option("--work-us", options->workMicros,
+                     "Microseconds that the host is busy with each frame it has got")
+        ->capture_default_str()
+        ->check(CLI::Range(0, 10'000'000));
+    parser
+        ->add_option(
+            "--decode-us", options->decodeMicros,
+            "Microseconds that the stand-in codec library takes for a frame at least; the maker's library "
+            "does not know this")
+        ->capture_default_str()
+        ->check(CLI::Range(0, 10'000'000));
+    parser->add_option("--json", options->json, "Write the measurements as JSON");
     return {parser, [options](const GlobalOptions& global) { return run(global, *options); }};
 }
 

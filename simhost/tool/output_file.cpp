@@ -50,4 +50,8 @@ void writeFile(const std::string& pathUtf8, std::span<const std::uint8_t> bytes)
     file.finish();
 }
 
+void writeText(const std::string& pathUtf8, std::string_view text) {
+    writeFile(pathUtf8, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+}
+
 }  // namespace simhost::tool

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <span>
 #include <string>
+#include <string_view>
 
 namespace simhost::tool {
 
@@ -28,5 +29,6 @@ class OutputFile {
 };
 
 void writeFile(const std::string& pathUtf8, std::span<const std::uint8_t> bytes);
+void writeText(const std::string& pathUtf8, std::string_view text);
 
 }  // namespace simhost::tool

@@ -166,10 +166,6 @@ Json toJson(const std::vector<SoakSample>& samples) {
     return out;
 }
 
-void writeText(const std::string& path, const std::string& text) {
-    writeFile(path, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
-}
-
 int run(const GlobalOptions& global, const Options& options) {
     std::error_code error;
     const std::filesystem::path folder = std::filesystem::temp_directory_path(error);

@@ -1,0 +1,109 @@
+// The endurance run and the comparison of the two paths, as users of the built program see them.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "simhost/tool/tool_error.h"
+#include "tests/integration/plugin_clips.h"
+#include "tests/support/child_process.h"
+#include "tests/support/temp_folder.h"
+
+namespace simhost::tool {
+namespace {
+
+using orvantis::test::readFile;
+using orvantis::test::utf8Path;
+
+class ImporterHostSoak : public ::testing::Test {
+ protected:
+    ImporterHostSoak() {
+        const auto bytes = clips::builder().build();
+        orvantis::test::writeFile(
+            folder / "clip.avi", std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
+        orvantis::test::writeFile(folder / "text.avi", "no AVI at all");
+    }
+
+    static int run(const std::vector<std::string>& arguments) {
+        return orvantis::test::ChildProcess(ORVANTIS_BUILT_TOOL, arguments).wait();
+    }
+    std::string in(std::string_view name) const { return utf8Path(folder / name); }
+    nlohmann::json json(std::string_view name) const {
+        return nlohmann::json::parse(readFile(folder / name));
+    }
+
+    orvantis::test::TempFolder folder;
+};
+
+TEST_F(ImporterHostSoak, AShortRunEndsBalancedAndTellsSo) {
+    ASSERT_EQ(run({"soak", in("clip.avi"), in("text.avi"), "--minutes", "0.03", "--plot", in("plot.svg"),
+                   "--json", in("soak.json")}),
+              kSuccess);
+    const auto result = json("soak.json");
+    EXPECT_EQ(result["good"], true);
+    EXPECT_EQ(result["hostBalanced"], true);
+    EXPECT_EQ(result["wrongAnswers"].size(), 0u);
+    EXPECT_EQ(result["codec"]["known"], true);
+    EXPECT_EQ(result["codec"]["sessions"], 0);
+    EXPECT_EQ(result["codec"]["initialisations"], 0);
+    ASSERT_GE(result["samples"].size(), 1u);
+    const auto& last = result["samples"].back();
+    for (const char* counted : {"handles", "privateBytes", "workingSet", "opens", "frames", "sampleFrames"})
+        EXPECT_GT(last[counted], 0) << counted;
+    EXPECT_TRUE(readFile(folder / "plot.svg").starts_with("<svg "));
+}
+
+TEST_F(ImporterHostSoak, LostHandlesMemoryAndHostBlocksAreExitCode5) {
+    const std::vector<std::string> base = {"soak",       in("clip.avi"), "--minutes", "0.05",
+                                           "--interval", "0.1",          "--json",    in("soak.json")};
+    for (const char* lost : {"handle", "block"}) {
+        auto arguments = base;
+        arguments.insert(arguments.end(), {"--lose", lost});
+        EXPECT_EQ(run(arguments), kBrokenRule) << lost;
+        const auto result = json("soak.json");
+        EXPECT_EQ(result["good"], false) << lost;
+        if (std::string(lost) == "handle") {
+            EXPECT_EQ(result["handles"]["grows"], true);
+            EXPECT_EQ(result["hostBalanced"], true);
+        } else {
+            EXPECT_EQ(result["hostBalanced"], false);
+        }
+    }
+}
+
+TEST_F(ImporterHostSoak, LostMemoryIsExitCode5) {
+    EXPECT_EQ(run({"soak", in("clip.avi"), "--minutes", "0.05", "--interval", "0.1", "--json",
+                   in("soak.json"), "--lose", "memory"}),
+              kBrokenRule);
+    EXPECT_EQ(json("soak.json")["privateBytes"]["grows"], true);
+}
+
+TEST_F(ImporterHostSoak, NothingPlayableOrWritableIsNoSuccess) {
+    EXPECT_EQ(run({"soak", in("text.avi"), "--minutes", "0.02"}), kFailed);
+    EXPECT_EQ(run({"soak", in("clip.avi"), "--minutes", "0.02", "--plot", in("missing/plot.svg")}),
+              kNoOutput);
+    EXPECT_EQ(run({"soak", "--minutes", "0.02"}), kUsage);
+}
+
+TEST_F(ImporterHostSoak, TheComparisonOfTheTwoPathsMeasuresWhatItIsTold) {
+    // Host and codec are busy for at least 2 ms a frame each, however fast the machine is.
+    ASSERT_EQ(run({"async", in("clip.avi"), "--ahead", "2", "--work-us", "2000", "--decode-us", "2000",
+                   "--json", in("async.json")}),
+              kSuccess);
+    const auto result = json("async.json");
+    EXPECT_EQ(result["frames"], 5);
+    EXPECT_EQ(result["differing"], 0);
+    EXPECT_GE(result["synchronous"]["waitingSeconds"], 5 * 0.002);
+    EXPECT_GE(result["synchronous"]["workSeconds"], 5 * 0.002);
+    EXPECT_GE(result["asynchronous"]["workSeconds"], 5 * 0.002);
+    const double hidden = result["hidden"];
+    const double waited = result["asynchronous"]["waitingSeconds"];
+    const double tasks = result["synchronous"]["waitingSeconds"];
+    EXPECT_NEAR(hidden, std::max(0.0, 1.0 - waited / tasks), 1e-6);
+}
+
+}  // namespace
+}  // namespace simhost::tool

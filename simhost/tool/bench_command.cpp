@@ -12,6 +12,7 @@
 #include "simhost/tool/commands.h"
 #include "simhost/tool/hosted_run.h"
 #include "simhost/tool/output_file.h"
+#include "simhost/tool/tool_error.h"
 
 namespace simhost::tool {
 namespace {

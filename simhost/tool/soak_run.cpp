@@ -13,6 +13,7 @@
 #include "simhost/clip.h"
 #include "simhost/session.h"
 #include "simhost/tool/hosted_run.h"
+#include "simhost/tool/media_facts.h"
 
 namespace simhost::tool {
 namespace {

@@ -3,7 +3,6 @@
 #include <CLI/CLI.hpp>
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -52,10 +51,9 @@ void lose(const std::string& what, const HostedRun& hosted) {
             loseHandle();
         }
     } else if (what == "memory") {
-        auto* const lost = static_cast<volatile unsigned char*>(std::malloc(kLostBytes));
-        for (std::size_t i = 0; lost != nullptr && i < kLostBytes; i += 512) {
-            lost[i] = 1;
-        }
+        // Kept in reach, so that a leak checker leaves the finding to the rule.
+        static std::vector<std::vector<unsigned char>> kept;
+        kept.emplace_back(kLostBytes, static_cast<unsigned char>(1));
     } else if (what == "block") {
         (void)hosted.importer().host().stdParms().piSuites->memFuncs->newPtr(16);
     }

@@ -56,7 +56,7 @@ SoakVerdict judgeSamples(const std::vector<SoakSample>& samples) {
         out.restBalanced = out.restBalanced && sample.hostObjects == 0 && sample.codecSessions == 0 &&
                            sample.hostSuites == samples.front().hostSuites;
     }
-    out.handles = judgeGrowth(handles, 4.0, 0.02);
+    out.handles = judgeGrowth(handles, 24.0, 0.02);
     out.memory = judgeGrowth(bytes, 2.0 * kMebibyte, 0.03);
     return out;
 }

@@ -46,7 +46,8 @@ struct SoakVerdict {
     bool good() const noexcept { return !handles.grows && !memory.grows && restBalanced; }
 };
 
-/// Handles may grow by 4 plus 2 %, private bytes by 2 MiB plus 3 %.
+/// Handles may grow by 24 plus 2 % (a few threads of the system's pool more or less), private bytes by 2 MiB
+/// plus 3 %.
 SoakVerdict judgeSamples(const std::vector<SoakSample>& samples);
 
 /// One line for each thing that is wrong; empty when all is good.

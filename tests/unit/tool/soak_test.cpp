@@ -90,7 +90,7 @@ TEST(Verdict, OneHandleASampleIsFound) {
     EXPECT_TRUE(verdict.handles.grows);
     EXPECT_FALSE(verdict.memory.grows);
     EXPECT_FALSE(verdict.good());
-    EXPECT_EQ(verdictText(verdict), "handles grow: from 120.5 to 152.5, 6.4 more are allowed\n");
+    EXPECT_EQ(verdictText(verdict), "handles grow: from 120.5 to 152.5, 26.4 more are allowed\n");
 }
 
 TEST(Verdict, HalfAMebibyteASampleIsFound) {

@@ -1,7 +1,6 @@
 #include "entry/dispatcher.h"
 
 #include <atomic>
-#include <exception>
 #include <stdexcept>
 
 #include "async/async_entry.h"
@@ -37,16 +36,6 @@ template <class Record>
 Record& recordIn(void* parameter) {
     if (parameter == nullptr) throw std::logic_error("record is NULL");
     return *static_cast<Record*>(parameter);
-}
-
-/// The handler's work is done and the host owns what it was given: a line that cannot be written must not
-/// turn its answer into a failure.
-void logResult(std::int32_t result) noexcept {
-    if (!logEnabled()) return;
-    try {
-        logMessage("    [%s] (%d)", errorName(static_cast<std::uint32_t>(result)), result);
-    } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch)
-    }
 }
 
 std::int32_t route(std::uint32_t selector, const host::imStdParms* stdParms, void* param1, void* param2) {
@@ -101,7 +90,9 @@ std::int32_t dispatch(std::int32_t selector, const host::imStdParms* stdParms, v
         logMessage("[%s] (%d)", selectorName(code), selector);
     }
     const std::int32_t result = route(code, stdParms, param1, param2);
-    logResult(result);
+    if (logEnabled()) {
+        logMessage("    [%s] (%d)", errorName(static_cast<std::uint32_t>(result)), result);
+    }
     return result;
 }
 

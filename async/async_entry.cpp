@@ -64,12 +64,8 @@ std::int32_t xAsyncImportEntry(std::int32_t selector, void* record) {
     try {
         return dispatchAsync(selector, record);
     } catch (const std::exception& exception) {
-        try {
-            logMessage("xAsyncImportEntry: FATAL: Unhandled exception during %s (%d): %s",
-                       asyncSelectorName(static_cast<std::uint32_t>(selector)), selector, exception.what());
-        } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): the log must not keep the answer
-                                           // from the host
-        }
+        logMessage("xAsyncImportEntry: FATAL: Unhandled exception during %s (%d): %s",
+                   asyncSelectorName(static_cast<std::uint32_t>(selector)), selector, exception.what());
         return host::kUnhandledException;
     }
 }

@@ -1,8 +1,8 @@
 #include "simhost/tool/report_plot.h"
 
 #include <algorithm>
-#include <cmath>
-#include <cstdio>
+
+#include "simhost/tool/number_text.h"
 
 namespace simhost::tool {
 namespace {
@@ -11,9 +11,7 @@ constexpr double kWaveHeight = 80.0;
 constexpr double kRateHeight = 160.0;
 
 std::string number(double value) {
-    char text[32];
-    (void)std::snprintf(text, sizeof text, "%.1f", value);
-    return text;
+    return decimalText(value, 1);
 }
 
 std::string svgHead(std::size_t width, double height, const char* name, const char* label) {

@@ -5,6 +5,9 @@
 #include <cstdio>
 #include <functional>
 
+#include "simhost/tool/html_text.h"
+#include "simhost/tool/number_text.h"
+
 namespace simhost::tool {
 namespace {
 
@@ -33,22 +36,12 @@ std::string number(double value) {
 }
 
 std::string coordinate(double value) {
-    char text[32];
-    (void)std::snprintf(text, sizeof text, "%.1f", value);
-    return text;
-}
-
-std::string escaped(std::string_view text) {
-    std::string out;
-    for (const char c : text) {
-        out += c == '<' ? "&lt;" : c == '>' ? "&gt;" : c == '&' ? "&amp;" : std::string(1, c);
-    }
-    return out;
+    return decimalText(value, 1);
 }
 
 std::string label(double x, double y, const char* anchor, std::string_view text, const char* color = "#333") {
     return "<text x=\"" + coordinate(x) + "\" y=\"" + coordinate(y) + "\" text-anchor=\"" + anchor +
-           "\" fill=\"" + color + "\">" + escaped(text) + "</text>\n";
+           "\" fill=\"" + color + "\">" + htmlEscaped(text) + "</text>\n";
 }
 
 std::string stroke(double x1, double y1, double x2, double y2, const char* color) {

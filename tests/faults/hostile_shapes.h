@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,11 @@ struct Shape {
     std::string name;
     std::function<Bytes(std::uint64_t bytes)> make;  ///< a file of about that size
 };
+
+inline void PrintTo(const Shape& shape,
+                    std::ostream* out) {  // NOLINT(readability-identifier-naming): GoogleTest's
+    *out << shape.name;
+}
 
 inline RiffBuilder& openHeaders(RiffBuilder& riff) {
     return riff.beginList("RIFF", "AVI ").beginList("LIST", "hdrl").begin("avih").fill(56).end();
@@ -55,11 +61,13 @@ inline Bytes streams(std::uint64_t bytes) {
     return filled(riff, bytes);
 }
 
-/// Children that reach past their parents, so that each list holds what follows it again.
+/// Lists that reach to the end of the file by their size, while their padded length wraps to 8 bytes: each
+/// list holds all that follow it, on every level again. The type of a list is the header of the chunk that
+/// leads to the next.
 inline Bytes overlappingLists(std::uint64_t bytes) {
     RiffBuilder riff;
     openHeaders(riff);
-    while (riff.position() < bytes) riff.code("LIST").u32(0x7FFFFFF0).code("strl");
+    while (riff.position() < bytes) riff.code("LIST").u32(0xFFFFFFFF).code("strl").u32(4).u32(0);
     return riff.take();
 }
 
@@ -93,6 +101,19 @@ inline Bytes namedOften(std::uint64_t bytes, std::uint32_t namedBytes, bool idx1
     return filled(riff, bytes);
 }
 
+/// Half of the file short stream lists, the other half an idx1 with entries for all that can have some.
+inline Bytes streamsAndIdx1(std::uint64_t bytes) {
+    RiffBuilder riff;
+    openHeaders(riff);
+    while (riff.position() < bytes / 2)
+        riff.beginList("LIST", "strl").chunk("strh", Bytes(56)).begin("strf").end().end();
+    riff.end();
+    riff.beginList("LIST", "movi").end().begin("idx1");
+    for (std::uint32_t i = 0; riff.position() < bytes; ++i)
+        riff.u8('0' + i / 10 % 10).u8('0' + i % 10).u8('d').u8('c').u32(0).u32(4).u32(8);
+    return riff.take();
+}
+
 /// idx1 full of empty chunks of stream 0, but for the last.
 inline Bytes emptyFrames(std::uint64_t bytes) {
     RiffBuilder riff;
@@ -112,6 +133,7 @@ inline std::vector<Shape> shapes() {
         {"chunks", chunks},
         {"chains of lists", chains},
         {"streams", streams},
+        {"streams and idx1", streamsAndIdx1},
         {"overlapping lists", overlappingLists},
         {"creeping chunks", creepingChunks},
         {"a small index, named often", [](std::uint64_t bytes) { return namedOften(bytes, 32, false); }},

@@ -136,5 +136,6 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     // No selector reads more often than a parse of the whole file may.
     const std::uint64_t selectors = summary.steps.size();
     FUZZ_CHECK(world.hooks->reads.count <= selectors * (size / 8 + 4096));
+    FUZZ_CHECK(world.hooks->bytesRead <= selectors * (8 * size + (std::uint64_t{2} << 20)));
     return 0;
 }

@@ -3,60 +3,29 @@
 #include <psapi.h>
 // clang-format on
 
-#include <cstddef>
-#include <vector>
-
 #include "simhost/text.h"
 #include "simhost/tool/soak_usage.h"
 
 namespace simhost::tool {
 namespace {
 
-// The system's list of all handles, as NtQuerySystemInformation gives it.
-struct HandleEntry {
-    void* object;
-    ULONG_PTR process;
-    ULONG_PTR handle;
-    ULONG access;
-    USHORT backTrace;
-    USHORT type;
-    ULONG attributes;
-    ULONG reserved;
-};
-struct HandleList {
-    ULONG_PTR count;
-    ULONG_PTR reserved;
-    HandleEntry first;
-};
-using QuerySystemInformation = LONG(WINAPI*)(int, void*, ULONG, ULONG*);
-constexpr int kExtendedHandleInformation = 64;
-constexpr LONG kBufferTooSmall = static_cast<LONG>(0xC0000004);
-constexpr std::size_t kLargestList = std::size_t{1} << 28;
+// Values of handles are multiples of four, and the lowest free one is given out next.
+constexpr ULONG_PTR kHandleStep = 4;
+constexpr ULONG_PTR kLongestGap = 256;
 
-// Wine does not keep count for GetProcessHandleCount, but it lists the handles.
-std::uint64_t countListedHandles() {
-    const HMODULE library = GetModuleHandleW(L"ntdll.dll");
-    const FARPROC found = library == nullptr ? nullptr : GetProcAddress(library, "NtQuerySystemInformation");
-    if (found == nullptr) {
-        return 0;
-    }
-    const auto query = reinterpret_cast<QuerySystemInformation>(reinterpret_cast<void*>(found));
-    std::vector<ULONG_PTR> buffer(8192);
-    LONG status = kBufferTooSmall;
-    while (status == kBufferTooSmall && buffer.size() * sizeof(ULONG_PTR) < kLargestList) {
-        buffer.resize(buffer.size() * 2);
-        ULONG needed = 0;
-        status = query(kExtendedHandleInformation, buffer.data(),
-                       static_cast<ULONG>(buffer.size() * sizeof(ULONG_PTR)), &needed);
-    }
-    if (status != 0) {
-        return 0;
-    }
-    const auto* list = reinterpret_cast<const HandleList*>(buffer.data());
-    const HandleEntry* entries = &list->first;
+// Wine does not keep count for GetProcessHandleCount, and asking its server for the list of all handles can
+// crash it while programs start and end. So each value is tried, until a gap that no closed handles explain.
+std::uint64_t countTriedHandles() {
     std::uint64_t count = 0;
-    for (ULONG_PTR i = 0; i < list->count; ++i) {
-        count += entries[i].process == GetCurrentProcessId() ? 1U : 0U;
+    ULONG_PTR gap = 0;
+    for (ULONG_PTR value = kHandleStep; gap < kLongestGap; value += kHandleStep) {
+        DWORD flags = 0;
+        if (GetHandleInformation(reinterpret_cast<HANDLE>(value), &flags)) {
+            ++count;
+            gap = 0;
+        } else {
+            ++gap;
+        }
     }
     return count;
 }
@@ -70,7 +39,7 @@ ProcessUsage processUsage() {
         out.handles = handles;
     }
     if (out.handles == 0) {
-        out.handles = countListedHandles();
+        out.handles = countTriedHandles();
     }
     PROCESS_MEMORY_COUNTERS memory{};
     if (GetProcessMemoryInfo(GetCurrentProcess(), &memory, sizeof memory)) {

@@ -27,10 +27,10 @@ class AviReader {
     AviReader() = default;
 
     /// Parses `file` from its current position (the start) and starts from an empty state each time. With
-    /// `headerOnly` no index is read, and nothing behind the movi list unless the headers lie there: readIndexes() can follow when the chunk lists are wanted after all;
-    /// without, it is part of this call. False when the file is no usable AVI; errorText() then says why.
-    /// `file` is not owned and must stay open until readIndexes() is done. Its position afterwards is
-    /// undefined.
+    /// `headerOnly` no index is read, and nothing behind the movi list unless the headers lie there:
+    /// readIndexes() can follow when the chunk lists are wanted after all; without, it is part of this call.
+    /// False when the file is no usable AVI; errorText() then says why. `file` is not owned and must stay
+    /// open until readIndexes() is done. Its position afterwards is undefined.
     bool parse(fileio::File& file, bool headerOnly);
     /// The second half of a full parse: OpenDML indexes, idx1, and the chunk lists of every stream. Problems
     /// go to errorText(), in the order of a full parse; a stream without a usable index has an empty list.

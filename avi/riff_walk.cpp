@@ -60,8 +60,7 @@ class Walker {
             position += paddedLength;
             consumed += paddedLength;
             if (m_rest != nullptr && depth == kFormDepth && chunk->isListOf(m_pauseType)) {
-                m_rest->emplace(
-                    RestOfWalk{position, bytes - std::min(bytes, consumed), m_chunksLeft, sound});
+                m_rest->emplace(RestOfWalk{position, bytes - std::min(bytes, consumed), m_chunksLeft, sound});
                 return sound;
             }
         }
@@ -100,7 +99,7 @@ class Walker {
     std::uint64_t m_chunksLeft;
     std::uint32_t m_pauseType = 0;
     std::optional<RestOfWalk>* m_rest = nullptr;  // null: no pause
-    bool m_exhausted = false;  // ends every level
+    bool m_exhausted = false;                     // ends every level
 };
 
 }  // namespace

@@ -11,10 +11,12 @@ std::atomic<std::uint64_t> g_count = 0;
 
 // The allocator's own entry points, behind ours.
 extern "C" {
-void* __libc_malloc(std::size_t size);                   // NOLINT(bugprone-reserved-identifier,cert-dcl37-c)
-void* __libc_calloc(std::size_t count, std::size_t size);  // NOLINT(bugprone-reserved-identifier,cert-dcl37-c)
-void* __libc_realloc(void* block, std::size_t size);     // NOLINT(bugprone-reserved-identifier,cert-dcl37-c)
-void* __libc_memalign(std::size_t alignment, std::size_t size);  // NOLINT(bugprone-reserved-identifier,cert-dcl37-c)
+void* __libc_malloc(std::size_t size);  // NOLINT(bugprone-reserved-identifier,cert-dcl37-c)
+void* __libc_calloc(std::size_t count,
+                    std::size_t size);                // NOLINT(bugprone-reserved-identifier,cert-dcl37-c)
+void* __libc_realloc(void* block, std::size_t size);  // NOLINT(bugprone-reserved-identifier,cert-dcl37-c)
+void* __libc_memalign(std::size_t alignment,
+                      std::size_t size);  // NOLINT(bugprone-reserved-identifier,cert-dcl37-c)
 
 [[gnu::visibility("default")]] void* malloc(std::size_t size) noexcept {
     g_count.fetch_add(1, std::memory_order_relaxed);

@@ -49,8 +49,7 @@ void deinterleave(benchmark::State& state, std::uint32_t channels) {
         return simhost::tool::benchClock() - start;
     };
     const Series series = alternate(
-        state,
-        [&] { return timed([&] { deinterleaveFloat(bytes, buffers.data(), channels, kFrames); }); },
+        state, [&] { return timed([&] { deinterleaveFloat(bytes, buffers.data(), channels, kFrames); }); },
         [&] {
             return timed([&] { std::memcpy(destination.data(), bytes, source.size() * sizeof(float)); });
         });

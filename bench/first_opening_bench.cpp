@@ -1,6 +1,6 @@
 // Opening clips into memory that the process has not touched before, as a host does that opens a clip for the
-// first time. This is where the cost of each frame has to stay the same however many there are: in memory that
-// the allocator kept from the last opening a short clip would be measured inside the processor's caches.
+// first time. This is where the cost of each frame has to stay the same however many there are: in memory
+// that the allocator kept from the last opening a short clip would be measured inside the processor's caches.
 #include <algorithm>
 #include <vector>
 
@@ -20,8 +20,8 @@ using simhost::tool::timeOpening;
 
 constexpr std::uint32_t kMillion = 1'000'000;
 
-// An untimed opening goes ahead, so that each clip finds the plug-in's code and its own index as warm as every
-// other does.
+// An untimed opening goes ahead, so that each clip finds the plug-in's code and its own index as warm as
+// every other does.
 double timeFirstOpening(const BenchImporter& importer, const std::string& path) {
     (void)timeOpening(importer, path);
     return timeOpening(importer, path);

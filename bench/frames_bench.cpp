@@ -72,8 +72,7 @@ void playAhead(benchmark::State& state) {
         AsyncPlayback playback(importer, path);
         const double decodes = static_cast<double>(delay) * 1e-6 * playback.frames();
         const Series series = alternate(
-            state, [&] { return playback.ours(); },
-            [&] { return std::max(playback.reads(true), decodes); });
+            state, [&] { return playback.ours(); }, [&] { return std::max(playback.reads(true), decodes); });
         report(state, series, playback.frames());
         state.counters["decode_us"] = static_cast<double>(delay);
         state.counters["times"] = series.oursMedian() / series.peerMedian();

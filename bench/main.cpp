@@ -1,6 +1,6 @@
-// orvantis_bench [--first]: the native benchmarks. Clips come from the folder that ORVANTIS_BENCH_FILES names,
-// written by make_bench_files; bench.sh does both. --first measures the first opening of clips, which needs a
-// process whose allocator has no memory to spare.
+// orvantis_bench [--first]: the native benchmarks. Clips come from the folder that ORVANTIS_BENCH_FILES
+// names, written by make_bench_files; bench.sh does both. --first measures the first opening of clips, which
+// needs a process whose allocator has no memory to spare.
 #include <benchmark/benchmark.h>
 
 #include <cstring>

@@ -147,9 +147,9 @@ Stream audioStream(const SparseAviPlan& plan, const SparseAudio& audio, std::siz
 
 // Where the frames of one RIFF form lie.
 struct Part {
-    std::uint64_t form;  // position of its RIFF header
-    std::uint64_t movi;  // of its movi list
-    std::uint64_t data;  // of the first frame
+    std::uint64_t form;   // position of its RIFF header
+    std::uint64_t movi;   // of its movi list
+    std::uint64_t data;   // of the first frame
     std::uint64_t index;  // behind the last frame: standard index chunks or idx1
     std::uint64_t end;
     std::uint32_t firstFrame;
@@ -198,7 +198,8 @@ class Writer {
     void layOut() {
         const bool old = m_plan.index == IndexForm::idx1;
         const auto framesPerPart =
-            old ? m_plan.frames : static_cast<std::uint32_t>(std::max<std::uint64_t>(1, kPartBytes / m_frameStride));
+            old ? m_plan.frames
+                : static_cast<std::uint32_t>(std::max<std::uint64_t>(1, kPartBytes / m_frameStride));
         // The header list names every part, so its length is known once they are counted.
         m_parts.resize(old ? 1 : (m_plan.frames + framesPerPart - 1) / framesPerPart);
         std::uint64_t position = 0;
@@ -287,7 +288,8 @@ class Writer {
             .add32(0);
         for (const Part& part : m_parts) {
             const std::uint64_t size = standardIndexBytes(part.frames);
-            bytes.add(AviSuperIndexEntry{part.index + s * size, static_cast<std::uint32_t>(size), part.frames});
+            bytes.add(
+                AviSuperIndexEntry{part.index + s * size, static_cast<std::uint32_t>(size), part.frames});
         }
         return bytes;
     }

@@ -122,8 +122,8 @@ constexpr host::PPixSuite kPPix{dispose, getPixels, nullptr, getRowBytes, nullpt
 constexpr host::TimeSuite kTime{getTicksPerSecond, nullptr, nullptr};
 constexpr host::ImageProcessingSuite kImageProcessing{answerNo, answerNo, answerNo, nullptr,
                                                       nullptr,  nullptr,  nullptr};
-constexpr host::AudioSuite kAudio{
-    nullptr, nullptr, nullptr, nullptr, moveSamples<1>, moveSamples<2>, moveSamples<3>, moveSamples<4>};
+constexpr host::AudioSuite kAudio{nullptr,        nullptr,        nullptr,        nullptr,
+                                  moveSamples<1>, moveSamples<2>, moveSamples<3>, moveSamples<4>};
 constexpr host::ErrorSuite kError{ignoreEvent};
 
 struct NamedSuite {

@@ -123,8 +123,7 @@ AudioReading::AudioReading(const BenchImporter& importer, const std::string& pat
     : m_clip(importer, pathUtf8), m_plain(pathUtf8, true), m_seconds(0), m_bytesPerSecond(0) {
     m_clip.describe();
     if (m_clip.audioRate() == 0 || m_clip.frames() == 0) throw ToolError(kFailed, "the clip has no sound");
-    const double seconds =
-        static_cast<double>(m_clip.frames()) * m_clip.frameSeconds();
+    const double seconds = static_cast<double>(m_clip.frames()) * m_clip.frameSeconds();
     m_seconds = std::max(1U, static_cast<std::uint32_t>(seconds + 0.5));
     m_bytesPerSecond = static_cast<std::size_t>(m_plain.totalBytes() / m_seconds);
     m_buffer.assign(m_bytesPerSecond + largestChunk(m_plain), std::byte{1});
@@ -158,7 +157,8 @@ double AudioReading::limit() {
 }
 
 AsyncPlayback::AsyncPlayback(const BenchImporter& importer, const std::string& pathUtf8)
-    : m_clip(importer, pathUtf8), m_async((m_clip.describe(), m_clip)),
+    : m_clip(importer, pathUtf8),
+      m_async((m_clip.describe(), m_clip)),
       m_plain(pathUtf8, false),
       m_buffers(kFramesAhead + 1) {
     for (fileio::ReadBuffer& buffer : m_buffers) warm(buffer, largestChunk(m_plain));

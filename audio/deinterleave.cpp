@@ -138,8 +138,8 @@ void deinterleaveFloat(const std::byte* source, float* const* channels, std::uin
         return;
     }
     // The source is read once for each group of channels: in blocks that stay in the first-level cache
-    // meanwhile.
-    constexpr std::size_t kBlockBytes = 16384;
+    // meanwhile, together with the lines of all channels that are being written.
+    constexpr std::size_t kBlockBytes = 4096;
     const std::size_t blockFrames =
         std::max<std::size_t>(4, kBlockBytes / (channelCount * kWordBytes) / 4 * 4);
     for (std::size_t first = 0; first < frames; first += blockFrames) {

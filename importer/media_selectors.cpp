@@ -29,7 +29,7 @@ std::int32_t getSourceVideo(const host::imSourceVideoRec& record) {
     OrvantisImporter& importer = importerOf(record.inPrivateData);
     importer.logFile();
     host::PPixHand* const outFrame = record.outFrame;
-    logMessage("outFrame: %p", static_cast<const void*>(outFrame));
+    if (logEnabled()) logMessage("outFrame: %p", static_cast<const void*>(outFrame));
     VideoInfo& video = importer.requireVideoInfo();
     if (outFrame == nullptr) throw std::logic_error("outFrame is NULL");
 

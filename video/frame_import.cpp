@@ -16,6 +16,12 @@ namespace orvantis {
 
 namespace {
 
+void logPlace(const VideoInfo& video, const FrameRequest& request, std::uint32_t frameIndex) {
+    logMessage("inFrameTime: %lld", static_cast<long long>(request.frameTime));
+    logMessage("frameIndex:  %u (total: %u)", static_cast<unsigned>(frameIndex),
+               static_cast<unsigned>(video.numFrames()));
+}
+
 void logFrameFormats(const FrameRequest& request) {
     logMessage("inNumFrameFormats: %d", static_cast<int>(request.frameFormats.size()));
     int number = 0;
@@ -102,11 +108,7 @@ std::int32_t describeFrame(const host::PPixSuite& suite, const FrameRequest& req
 
 std::int32_t prepareFrame(const VideoInfo& video, FrameRequest& request) {
     const std::uint32_t frameIndex = video.frameIndexAt(request.frameTime);
-    if (logEnabled()) {
-        logMessage("inFrameTime: %lld", static_cast<long long>(request.frameTime));
-        logMessage("frameIndex:  %u (total: %u)", static_cast<unsigned>(frameIndex),
-                   static_cast<unsigned>(video.numFrames()));
-    }
+    if (logEnabled()) logPlace(video, request, frameIndex);
     if (std::int64_t{frameIndex} >= video.numFrames()) {
         logMessage("frameIndex out of bounds");
         return host::imFrameNotFound;

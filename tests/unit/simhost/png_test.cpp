@@ -6,6 +6,7 @@
 #include <random>
 
 #define STB_IMAGE_IMPLEMENTATION
+#define STBI_NO_THREAD_LOCALS  // one thread; and clang for Windows loses those that are static
 #define STB_IMAGE_STATIC
 #define STBI_ONLY_PNG
 #define STBI_NO_STDIO

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <new>
 
@@ -11,7 +12,7 @@
 
 namespace {
 
-thread_local long g_allocations = 0;
+std::atomic<long> g_allocations = 0;
 
 void* allocate(std::size_t size) {
     ++g_allocations;

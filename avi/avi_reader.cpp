@@ -183,7 +183,7 @@ bool AviReader::parseStreamList(const RiffChunk& strl, AviStream& stream) {
 void AviReader::readExtHeader(const RiffChunk& odml) {
     const RiffChunk* dmlh = findChunk(odml.children, riffCode("dmlh"));
     if (dmlh == nullptr) return;
-    AviExtHeader header{};
+    AviExtHeader header = extHeader;  // a shorter one leaves the rest of an earlier one
     const std::size_t count = std::min<std::size_t>(dmlh->dataSize(), sizeof(header));
     if (readChunkData(*dmlh, &header, count)) extHeader = header;
 }

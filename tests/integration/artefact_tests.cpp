@@ -55,7 +55,16 @@ class PeFile {
         }
         return names;
     }
-    std::uint32_t exportedFunctions() const { return at<std::uint32_t>(fileOffset(directory(0)) + 20); }
+    // The places of the address table that are taken, with or without a name: some linkers leave the first
+    // free.
+    std::uint32_t exportedFunctions() const {
+        const std::uint32_t table = fileOffset(directory(0));
+        const std::uint32_t addresses = fileOffset(at<std::uint32_t>(table + 28));
+        std::uint32_t taken = 0;
+        for (std::uint32_t i = 0; i < at<std::uint32_t>(table + 20); ++i)
+            taken += at<std::uint32_t>(addresses + 4 * i) != 0 ? 1U : 0U;
+        return taken;
+    }
 
     std::map<std::string, std::set<std::string>> imports() const {
         std::map<std::string, std::set<std::string>> result;

@@ -115,6 +115,19 @@ TEST_F(FileOpen, ForReadingAndWritingCreatesTheFileAnew) {
     EXPECT_TRUE(fs::exists(fresh));
 }
 
+TEST_F(FileOpen, TheAsynchronousImporterOpensAsItsClipWasOpened) {
+    startAndInit();
+    const std::string path = placeClip();
+    const std::string bytes = orvantis::test::readFile(clipPath());
+    simhost::Clip clip(importer(), path, {.readWrite = host::kOpenForReadingAndWriting});
+    ASSERT_EQ(clip.openResult(), host::imNoErr);
+    ASSERT_EQ(clip.quiet(), host::imNoErr);
+    // Opened for reading alone, this would be a clip.
+    orvantis::test::writeFile(clipPath(), bytes);
+    EXPECT_EQ(clip.createAsync().creation().result, host::imBadFile);
+    EXPECT_EQ(fs::file_size(clipPath()), 0U);
+}
+
 TEST_F(FileOpen, ManyMayReadOneFile) {
     startAndInit();
     const std::string path = placeClip();

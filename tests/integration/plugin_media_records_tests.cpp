@@ -94,6 +94,14 @@ TEST_P(MediaRecords, AnAsynchronousImporterThatIsRefusedWritesNothing) {
     EXPECT_TRUE(wroteExactly(async.creation(), {}));
 }
 
+TEST_P(MediaRecords, AnAsynchronousImporterWithoutItsFileIsRefused) {
+    ASSERT_EQ(clip().quiet(), host::imNoErr);
+    std::filesystem::remove(folder() / "clip.avi");
+    const simhost::AsyncClip async = clip().createAsync();
+    EXPECT_EQ(async.creation().result, host::imBadFile);
+    EXPECT_TRUE(wroteExactly(async.creation(), {}));
+}
+
 TEST_P(MediaRecords, QuietAndCloseSetWhateverReferenceTheHostHoldsToMinusOne) {
     const std::u16string path = orvantis::test::utf16Path(folder() / "clip.avi");
     host::imFileOpenRec8 record{};

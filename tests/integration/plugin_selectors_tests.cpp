@@ -60,6 +60,16 @@ TEST_F(PluginSelectors, InitHoldsTheErrorSuiteAndShutdownGivesItBack) {
     EXPECT_TRUE(host().balance().isBalanced());
 }
 
+TEST_F(PluginSelectors, ASecondShutdownGivesNothingBackAgain) {
+    start();
+    ASSERT_EQ(importer().init().result, host::imNoErr);
+    EXPECT_EQ(importer().shutdown(), host::imNoErr);
+    host().clearTrace();
+    EXPECT_EQ(importer().shutdown(), host::imNoErr);
+    EXPECT_THAT(suiteCalls(), ElementsAre());
+    EXPECT_TRUE(host().balance().isBalanced());
+}
+
 TEST_F(PluginSelectors, InitAsksTheHostTheSameWhetherTheLogIsOnOrOff) {
     start();
     ASSERT_EQ(importer().init().result, host::imNoErr);

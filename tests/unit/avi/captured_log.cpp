@@ -20,6 +20,9 @@ namespace orvantis {
 constinit std::atomic<bool> detail::g_logEnabled = true;
 
 void logMessage(const char* format, ...) noexcept {
+    if (!logEnabled()) {
+        return;
+    }
     char text[1024];
     std::va_list arguments;
     va_start(arguments, format);

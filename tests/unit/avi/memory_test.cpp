@@ -3,11 +3,16 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <new>
+#include <string>
 
 #include "avi/avi_reader.h"
 #include "avi/frame_chunk.h"
+#include "diag/log.h"
 #include "host/result_codes.h"
+#include "tests/support/memory_file.h"
 #include "tests/unit/avi/avi_test_support.h"
+#include "tests/unit/avi/captured_log.h"
 #include "tests/unit/avi/counted_memory.h"
 #include "tests/unit/avi/plain_parser.h"
 
@@ -226,6 +231,7 @@ TEST(HostileMemory, FrameOfAnyClaimedSizeCostsNothing) {
 }
 
 TEST(SteadyState, ReadingFramesAllocatesNothing) {
+    detail::g_logEnabled = false;
     AviBuilder avi;
     avi.addStream(test::videoStream("O8Y2", 16, 8, 25, 1));
     for (std::uint32_t i = 0; i < 50; ++i) avi.addFilledChunk(0, 1000 - i, 1).addFilledChunk(0, 0, 0);
@@ -240,6 +246,7 @@ TEST(SteadyState, ReadingFramesAllocatesNothing) {
         ASSERT_EQ(readFrameChunk(file, *reader.streams[0], i, 100, chunk), host::imNoErr);
     }
     EXPECT_EQ(test::counted().calls, 0U);
+    detail::g_logEnabled = true;
 }
 
 // No memory left.
@@ -306,6 +313,26 @@ TEST(NoMemory, LargeFormatIsAReadFailure) {
     EXPECT_TRUE(reader.parse(file, false));
     test::failAllocationsFrom(0);
     EXPECT_EQ(reader.errorText(), "stream[0]: strf data read error\n");
+}
+
+TEST(NoMemory, LargeFrameIsAFailedReadAndTheNextOneIsServed) {
+    AviBuilder avi;
+    avi.addStream(test::videoStream("O8Y2", 16, 8, 25, 1));
+    for (const std::uint32_t size : {200'000U, 100U}) avi.addFilledChunk(0, size, 7);
+    test::MemoryFile file(avi.build());
+    AviReader reader;
+    ASSERT_TRUE(reader.parse(file, false));
+    FrameChunk chunk;
+    const AviStream& stream = *reader.streams.at(0);
+    (void)test::takeLogLines();
+    test::startCounting();
+    test::failAllocationsFrom(150'000);
+    EXPECT_EQ(readFrameChunk(file, stream, 0, 2, chunk), host::imFileReadFailed);
+    EXPECT_EQ(readFrameChunk(file, stream, 1, 2, chunk), host::imNoErr);
+    test::failAllocationsFrom(0);
+    EXPECT_EQ(test::takeLogLines(), std::vector<std::string>{std::string("Failed to read frame from AVI: ") +
+                                                             std::bad_alloc().what()});
+    EXPECT_EQ(readFrameChunk(file, stream, 0, 2, chunk), host::imNoErr);
 }
 
 TEST(NoMemory, LargeIndexIsAReadFailureAndIdx1TakesOver) {

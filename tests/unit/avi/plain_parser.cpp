@@ -120,8 +120,9 @@ class PlainParser {
                 if (dmlh == nullptr) continue;
                 const std::uint64_t count = std::min<std::uint64_t>(dmlh->dataSize(), 248);
                 if (!has(dmlh->dataPosition(), count)) continue;
-                m_result.extHeader = get(dmlh->dataPosition(), count);
+                const auto bytes = get(dmlh->dataPosition(), count);
                 m_result.extHeader.resize(248);
+                std::copy(bytes.begin(), bytes.end(), m_result.extHeader.begin());
             }
         }
 

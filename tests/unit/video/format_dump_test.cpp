@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "diag/log.h"
+#include "tests/support/captured_log.h"
 #include "tests/support/fake_codec/fake_codec.h"
-#include "tests/unit/video/captured_log.h"
 #include "tests/unit/video/fake_host.h"
 #include "video/format_tables.h"
 

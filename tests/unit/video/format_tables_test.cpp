@@ -10,8 +10,8 @@
 #include <thread>
 #include <vector>
 
+#include "tests/support/captured_log.h"
 #include "tests/support/fake_codec/fake_codec.h"
-#include "tests/unit/video/captured_log.h"
 #include "tests/unit/video/fake_host.h"
 
 namespace orvantis {

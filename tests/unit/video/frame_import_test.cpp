@@ -14,10 +14,10 @@
 #include "diag/log.h"
 #include "host/pixel_formats.h"
 #include "host/result_codes.h"
+#include "tests/support/captured_log.h"
 #include "tests/support/fake_codec/fake_codec.h"
 #include "tests/support/memory_file.h"
 #include "tests/unit/video/allocation_counter.h"
-#include "tests/unit/video/captured_log.h"
 #include "tests/unit/video/fake_host.h"
 #include "video/video_info.h"
 

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/video/captured_log.h"
+#include "tests/support/captured_log.h"
 
 namespace orvantis {
 

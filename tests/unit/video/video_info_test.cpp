@@ -10,8 +10,8 @@
 
 #include "diag/log.h"
 #include "host/result_codes.h"
+#include "tests/support/captured_log.h"
 #include "tests/support/fake_codec/fake_codec.h"
-#include "tests/unit/video/captured_log.h"
 #include "tests/unit/video/fake_host.h"
 #include "video/orvantis_error.h"
 

@@ -1,4 +1,4 @@
-#include "tests/unit/video/captured_log.h"
+#include "tests/support/captured_log.h"
 
 #include <cstdlib>
 #include <stdexcept>

@@ -12,6 +12,8 @@ set -eu
 cd "$(dirname "$0")"
 what="${1:-all}"
 jobs="$(nproc)"
+# Programs under Wine wait for its server half of the time.
+wine_jobs="$((jobs * 2))"
 
 # The browser shows the tool's report page; without it that test is skipped.
 ORVANTIS_EXTRA_PACKAGES="${ORVANTIS_EXTRA_PACKAGES-chromium}" scripts/install-packages.sh
@@ -25,6 +27,7 @@ failed=0
 run() {
     name="$1"; preset="$2"; target="$3"; shift 3
     begun="$(date +%s)"
+    case "$preset" in windows-*) test_jobs="$wine_jobs" ;; *) test_jobs="$jobs" ;; esac
     rm -rf "build/$preset/test-results"
     mkdir -p "build/$preset/test-results"
     echo "== $name: build"
@@ -32,7 +35,7 @@ run() {
     cmake --build --preset "$preset" -j "$jobs" --target "$target" >"$results/$name-build.log" 2>&1 || {
         tail -n 60 "$results/$name-build.log"; failed=1; return; }
     echo "== $name: test (built in $(($(date +%s) - begun)) s)"
-    ctest --preset "$preset" -j "$jobs" --output-junit "$PWD/$results/$name.xml" "$@" >"$results/$name.log" 2>&1 || failed=1
+    ctest --preset "$preset" -j "$test_jobs" --output-junit "$PWD/$results/$name.xml" "$@" >"$results/$name.log" 2>&1 || failed=1
     if ! grep -q '^100% tests passed' "$results/$name.log"; then
         failed=1
         grep -vE ' Passed |^ +Start |^\[ +(RUN|OK) ' "$results/$name.log" | tail -n 200

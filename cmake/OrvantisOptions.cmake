@@ -73,3 +73,8 @@ function(orvantis_add_library name)
     endif()
     target_link_libraries(${name} PUBLIC orvantis_options ${arg_LIBRARIES})
 endfunction()
+
+# By these a compiler cache tells whether a precompiled header is still the same: for every target that has or reuses one.
+set(orvantis_precompiled_options
+    $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>
+    "$<$<CXX_COMPILER_ID:Clang>:SHELL:-Xclang -fno-pch-timestamp>")

@@ -22,20 +22,13 @@ add_custom_target(concurrency_tests)
 
 # What is tested is optimised; the tests themselves are quick to compile instead: without optimisation, and with the headers
 # of the test framework and of the standard library compiled once.
-set(test_options $<$<CXX_COMPILER_ID:GNU,Clang>:-Wno-sign-conversion;-O0;-g1>)
+set(test_options $<$<CXX_COMPILER_ID:GNU,Clang>:-Wno-sign-conversion;-O0;-g1> ${orvantis_precompiled_options})
 # A program, as its users are: compilers want them alike.
 add_executable(orvantis_test_headers "${CMAKE_CURRENT_LIST_DIR}/test_headers.cpp")
 set_target_properties(orvantis_test_headers PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/test-headers")
 target_link_libraries(orvantis_test_headers PRIVATE orvantis_options GTest::gtest GTest::gmock)
-target_compile_options(orvantis_test_headers PRIVATE ${test_options})
 target_precompile_headers(orvantis_test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h>
     <algorithm> <array> <cstdint> <cstring> <filesystem> <fstream> <functional> <memory> <mutex> <string> <thread> <vector>)
-# A compiler cache tells by these whether a precompiled header is still the same.
-if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-    list(APPEND test_options -fpch-preprocess)
-elseif(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
-    list(APPEND test_options "SHELL:-Xclang -fno-pch-timestamp")
-endif()
 target_compile_options(orvantis_test_headers PRIVATE ${test_options})
 
 # orvantis_add_test(NAME name SOURCES ... [LIBRARIES ...] [LABELS ...] [TIMEOUT seconds] [FIXTURES name]
@@ -83,6 +76,8 @@ function(orvantis_add_test)
     endif()
     if(NOT arg_PARTS)
         set(arg_PARTS 1)
+    else()
+        list(APPEND properties COST 100)  # long ones start first
     endif()
     foreach(part RANGE 1 ${arg_PARTS})
         set(name ${arg_NAME})

@@ -156,7 +156,12 @@ made "OpenDML by lqt_transcode"
 
 # shellcheck disable=SC2046
 ff $(pictures 720x576 25 0.4) $(tone 48000 0.4) -ac 2 -target pal-dv source/dv.dv
-if attempt opendml_dvgrab.avi 10 dvgrab -format dv2 -opendml -size 0 -input source/dv.dv source/dv-; then
+# It may also end before it has written all it read.
+# shellcheck disable=SC2016
+if attempt opendml_dvgrab.avi 10 sh -c 'rm -f source/dv-*.avi
+    dvgrab -format dv2 -opendml -size 0 -input source/dv.dv source/dv- &&
+    ffprobe -v error -count_packets -select_streams v -show_entries stream=nb_read_packets -of csv=p=0 source/dv-001.avi |
+        grep -qx 10'; then
     mv source/dv-001.avi opendml_dvgrab.avi
     patch_code opendml_dvgrab.avi O8Y0
 fi

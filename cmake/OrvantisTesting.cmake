@@ -3,11 +3,12 @@
 set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
 set(gtest_force_shared_crt ON CACHE BOOL "" FORCE)
 add_subdirectory("${ORVANTIS_GOOGLETEST_DIR}" "${CMAKE_BINARY_DIR}/googletest" EXCLUDE_FROM_ALL)
-if(ORVANTIS_SANITIZE)
-    foreach(lib gtest gtest_main gmock gmock_main)
+foreach(lib gtest gtest_main gmock gmock_main)
+    target_compile_options(${lib} PRIVATE $<$<CXX_COMPILER_ID:GNU,Clang>:-O0;-g1>)
+    if(ORVANTIS_SANITIZE)
         target_compile_options(${lib} PRIVATE -fsanitize=${ORVANTIS_SANITIZE} -fno-omit-frame-pointer)
-    endforeach()
-endif()
+    endif()
+endforeach()
 include(GoogleTest)
 
 # Windows programs built on Linux run through Wine. The wrapper knows the folder of the stand-in codec library.

@@ -28,6 +28,6 @@ echo "== cppcheck"
 cppcheck --quiet --project=build/windows-clang/compile_commands.json --platform=win64 --std=c++20 \
     --enable=warning,performance,portability --inline-suppr --error-exitcode=1 -j "$(nproc)" \
     --suppress=missingInclude --suppress=missingIncludeSystem --suppress='*:*/googletest/*' \
-    --file-filter="$PWD/entry/*" --file-filter="$PWD/importer/*" --file-filter="$PWD/fileio/*" --file-filter="$PWD/avi/*" \
-    --file-filter="$PWD/video/*" --file-filter="$PWD/audio/*" --file-filter="$PWD/async/*" --file-filter="$PWD/diag/*"
+    --file-filter="entry/*" --file-filter="importer/*" --file-filter="fileio/*" --file-filter="avi/*" \
+    --file-filter="video/*" --file-filter="audio/*" --file-filter="async/*" --file-filter="diag/*"
 echo "Lint is clean."

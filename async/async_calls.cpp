@@ -36,11 +36,11 @@ Registry& registry() {
 }  // namespace
 
 OrvantisAsyncImporter* publishAsyncImporter(std::unique_ptr<OrvantisAsyncImporter> importer) {
-    OrvantisAsyncImporter* const address = importer.get();
     Registry& all = registry();
     const std::lock_guard lock(all.mutex);
-    all.importers[address].importer = std::move(importer);
-    return address;
+    Published& published = all.importers[importer.get()];
+    published.importer = std::move(importer);
+    return published.importer.get();
 }
 
 std::unique_ptr<OrvantisAsyncImporter> retireAsyncImporter(const OrvantisAsyncImporter* importer) {

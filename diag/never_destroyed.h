@@ -11,6 +11,7 @@ namespace orvantis {
 template <class T>
 class NeverDestroyed {
  public:
+    // cppcheck-suppress noDestructor
     NeverDestroyed() { m_object = new (m_storage) T; }
     NeverDestroyed(const NeverDestroyed&) = delete;
     NeverDestroyed& operator=(const NeverDestroyed&) = delete;

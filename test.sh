@@ -81,7 +81,8 @@ case "$what" in
     windows) run windows windows-mingw all $windows_tests ;;
     asan) run asan linux-asan all ;;
     tsan) run tsan linux-tsan concurrency_tests $tsan_tests ;;
-    packaging) run packaging windows-mingw all -L packaging ;;
+    # They take turns on one Wine system, beside two more builds: on a busy machine a program there may fail to start.
+    packaging) wine_jobs="$jobs"; run packaging windows-mingw all -L packaging --repeat until-pass:2 ;;
     clang) run clang windows-clang all $windows_tests ;;
     *) sed -n '5,10s/^# *//p' "$0" >&2; exit 2 ;;
 esac

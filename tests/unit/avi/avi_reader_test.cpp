@@ -334,6 +334,16 @@ TEST(AviReader, ExtendedHeaderTakesWhatIsThereUpTo248Bytes) {
     EXPECT_EQ(longer.reader.extHeader.dwFuture[60], 0x11111111U);
 }
 
+TEST(AviReader, AShorterSecondExtendedHeaderLeavesTheRestOfTheFirst) {
+    RiffBuilder lists;
+    lists.beginList("LIST", "odml").chunk("dmlh", Bytes(248, 0x11)).end();
+    lists.beginList("LIST", "odml").chunk("dmlh", Bytes(4, 0x22)).end();
+    const Parsed parsed(formWith(hdrlWith(lists.take())));
+    EXPECT_EQ(parsed.reader.extHeader.dwGrandFrames, 0x22222222U);
+    EXPECT_EQ(parsed.reader.extHeader.dwFuture[0], 0x11111111U);
+    EXPECT_EQ(parsed.reader.extHeader.dwFuture[60], 0x11111111U);
+}
+
 TEST(AviReader, ExtendedHeaderThatCannotBeReadStaysZeroWithoutAWord) {
     const Parsed missing(formWith(hdrlWith(RiffBuilder().beginList("LIST", "odml").end().take())));
     EXPECT_TRUE(missing.usable);

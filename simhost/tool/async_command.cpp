@@ -27,7 +27,7 @@
 namespace simhost::tool {
 namespace {
 
-struct Options {
+struct AsyncOptions {
     std::string file;
     std::uint32_t ahead = 4;
     std::string pattern = "sequential";
@@ -157,7 +157,7 @@ nlohmann::ordered_json toJson(const PlayTiming& timing) {
             {"waitingSeconds", timing.waiting}};
 }
 
-std::uint32_t chosenFormat(const Options& options, const Clip& clip) {
+std::uint32_t chosenFormat(const AsyncOptions& options, const Clip& clip) {
     if (!options.format.empty()) {
         const auto format = pixelFormatFromText(options.format);
         if (!format) {
@@ -172,7 +172,7 @@ std::uint32_t chosenFormat(const Options& options, const Clip& clip) {
     return offered.front();
 }
 
-int run(const GlobalOptions& global, const Options& options) {
+int runAsync(const GlobalOptions& global, const AsyncOptions& options) {
     const auto range = parseFrameRange(options.range);
     const auto pattern = parsePlayPattern(options.pattern);
     if (!range || !pattern) {
@@ -246,7 +246,7 @@ int run(const GlobalOptions& global, const Options& options) {
 }  // namespace
 
 Command addAsyncCommand(CLI::App& app) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<AsyncOptions>();
     CLI::App* parser = app.add_subcommand(
         "async", "Play a clip through the asynchronous importer and compare it with the synchronous one");
     parser->add_option("FILE", options->file, "AVI file")->required();
@@ -272,7 +272,7 @@ Command addAsyncCommand(CLI::App& app) {
         ->capture_default_str()
         ->check(CLI::Range(0, 10'000'000));
     parser->add_option("--json", options->json, "Write the measurements as JSON");
-    return {parser, [options](const GlobalOptions& global) { return run(global, *options); }};
+    return {parser, [options](const GlobalOptions& global) { return runAsync(global, *options); }};
 }
 
 }  // namespace simhost::tool

@@ -21,7 +21,7 @@
 namespace simhost::tool {
 namespace {
 
-struct Options {
+struct AudioOptions {
     std::string file;
     std::int32_t stream = 0;
     std::string wav;
@@ -52,7 +52,7 @@ void interleave(const AudioAnswer& answer, std::vector<std::uint8_t>& out) {
     }
 }
 
-void deliver(const HostedRun& hosted, const Options& options, const Clip& clip,
+void deliver(const HostedRun& hosted, const AudioOptions& options, const Clip& clip,
              const host::imFileInfoRec8& info) {
     const auto shape = soundShape(info);
     if (!shape) {
@@ -106,7 +106,7 @@ void deliver(const HostedRun& hosted, const Options& options, const Clip& clip,
     }
 }
 
-int run(const GlobalOptions& global, const Options& options) {
+int runAudio(const GlobalOptions& global, const AudioOptions& options) {
     if (options.wav.empty() && options.waveform.empty()) {
         throw ToolError(kUsage, "nothing to write: give --out or --waveform");
     }
@@ -131,7 +131,7 @@ int run(const GlobalOptions& global, const Options& options) {
 }  // namespace
 
 Command addAudioCommand(CLI::App& app) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<AudioOptions>();
     CLI::App* parser = app.add_subcommand("audio", "Write the sound of a stream as WAV, or draw it");
     parser->add_option("FILE", options->file, "AVI file")->required();
     parser->add_option("--stream", options->stream, "Number of the audio stream, from 0")
@@ -139,7 +139,7 @@ Command addAudioCommand(CLI::App& app) {
         ->check(CLI::NonNegativeNumber);
     parser->add_option("--out", options->wav, "WAV file of 32-bit float samples");
     parser->add_option("--waveform", options->waveform, "PNG file with the waveform of each channel");
-    return {parser, [options](const GlobalOptions& global) { return run(global, *options); }};
+    return {parser, [options](const GlobalOptions& global) { return runAudio(global, *options); }};
 }
 
 }  // namespace simhost::tool

@@ -19,7 +19,7 @@ namespace {
 
 using Json = nlohmann::json;
 
-struct Options {
+struct BenchOptions {
     std::string file;
     std::string what = "all";
     std::string json;
@@ -64,7 +64,8 @@ void print(const char* what, const char* unit, const Json& figures) {
 
 class Bench {
  public:
-    Bench(const BenchImporter& importer, const Options& options) : m_importer(importer), m_options(options) {}
+    Bench(const BenchImporter& importer, const BenchOptions& options)
+        : m_importer(importer), m_options(options) {}
 
     void run() {
         if (wanted("open")) open();
@@ -119,11 +120,11 @@ class Bench {
     }
 
     const BenchImporter& m_importer;
-    const Options& m_options;
+    const BenchOptions& m_options;
     Json m_figures = Json::object();
 };
 
-int run(const GlobalOptions& global, const Options& options) {
+int runBench(const GlobalOptions& global, const BenchOptions& options) {
     // No HostedRun: its host watches the plug-in, which is to be timed.
     const std::unique_ptr<Plugin> plugin = loadPlugin(global);
     Json figures;
@@ -143,7 +144,7 @@ int run(const GlobalOptions& global, const Options& options) {
 }  // namespace
 
 Command addBenchCommand(CLI::App& app) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<BenchOptions>();
     CLI::App* parser =
         app.add_subcommand("bench", "Time the plug-in on a clip, next to what the machine could do at best");
     parser->add_option("FILE", options->file, "AVI file")->required();
@@ -156,7 +157,7 @@ Command addBenchCommand(CLI::App& app) {
     parser->add_option("--decode-us", options->decodeMicroseconds,
                        "How long the codec takes for a frame, for async");
     parser->add_option("--json", options->json, "Write the figures to this file too");
-    return {parser, [options](const GlobalOptions& global) { return run(global, *options); }};
+    return {parser, [options](const GlobalOptions& global) { return runBench(global, *options); }};
 }
 
 }  // namespace simhost::tool

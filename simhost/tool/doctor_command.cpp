@@ -21,7 +21,7 @@
 namespace simhost::tool {
 namespace {
 
-struct Options {
+struct DoctorOptions {
     std::string clip;
     std::vector<std::string> folders;
     std::string output;
@@ -32,7 +32,7 @@ struct Options {
 // What the checks found, told at once or, for a file or as JSON, in the end.
 class Findings {
  public:
-    explicit Findings(const Options& options)
+    explicit Findings(const DoctorOptions& options)
         : m_options(options),
           m_atOnce(!options.json && options.output.empty()),
           m_colour(options.colour || (m_atOnce && prepareColours())) {}
@@ -73,7 +73,7 @@ class Findings {
         }
     }
 
-    const Options& m_options;
+    const DoctorOptions& m_options;
     bool m_atOnce;
     bool m_colour;
     std::vector<Check> m_checks;
@@ -129,7 +129,7 @@ void tryPlugin(const GlobalOptions& global, const std::string& plugin, bool code
     }
 }
 
-int run(const GlobalOptions& global, const Options& options) {
+int runDoctor(const GlobalOptions& global, const DoctorOptions& options) {
     Findings findings(options);
     const std::vector<PluginFolder> folders = findPluginFolders(options.folders);
     findings.add(checkFolders(folders));
@@ -150,7 +150,7 @@ int run(const GlobalOptions& global, const Options& options) {
 }  // namespace
 
 Command addDoctorCommand(CLI::App& app) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<DoctorOptions>();
     CLI::App* parser = app.add_subcommand(
         "doctor",
         "Look for what keeps the plug-in from appearing or a clip from playing, and tell what to do");
@@ -163,7 +163,7 @@ Command addDoctorCommand(CLI::App& app) {
     parser->add_option("--out", options->output,
                        "File for the answer, in UTF-8 (default: the standard output)");
     parser->add_flag("--color", options->colour, "Use colours even if the output is no terminal");
-    return {parser, [options](const GlobalOptions& global) { return run(global, *options); }};
+    return {parser, [options](const GlobalOptions& global) { return runDoctor(global, *options); }};
 }
 
 }  // namespace simhost::tool

@@ -21,7 +21,7 @@
 namespace simhost::tool {
 namespace {
 
-struct Options {
+struct FramesOptions {
     std::string file;
     std::string range = "0";
     std::vector<std::string> formats;
@@ -36,7 +36,8 @@ std::string shortName(std::uint32_t format) {
     return name.substr(name.find('_') + 1);
 }
 
-std::vector<std::uint32_t> chosenFormats(const Options& options, const std::vector<std::uint32_t>& offered) {
+std::vector<std::uint32_t> chosenFormats(const FramesOptions& options,
+                                         const std::vector<std::uint32_t>& offered) {
     if (offered.empty()) {
         throw ToolError(kFailed, "the plug-in offers no pixel format");
     }
@@ -57,7 +58,7 @@ std::vector<std::uint32_t> chosenFormats(const Options& options, const std::vect
 
 class FrameWriter {
  public:
-    FrameWriter(const Options& options, std::size_t columns) : m_options(options), m_columns(columns) {
+    FrameWriter(const FramesOptions& options, std::size_t columns) : m_options(options), m_columns(columns) {
         m_stem = pathToUtf8(pathFromUtf8(options.file).stem());
         if (!options.folder.empty()) {
             makeFolder(options.folder);
@@ -102,14 +103,14 @@ class FrameWriter {
     }
 
  private:
-    const Options& m_options;
+    const FramesOptions& m_options;
     std::size_t m_columns;
     std::string m_stem;
     std::size_t m_files = 0;
     ContactSheet m_sheet;
 };
 
-int run(const GlobalOptions& global, const Options& options) {
+int runFrames(const GlobalOptions& global, const FramesOptions& options) {
     const auto range = parseFrameRange(options.range);
     if (!range) {
         throw ToolError(kUsage, "'" + options.range + "' is no range of frames: FIRST[:LAST[:STEP]] or all");
@@ -154,7 +155,7 @@ int run(const GlobalOptions& global, const Options& options) {
 }  // namespace
 
 Command addFramesCommand(CLI::App& app) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<FramesOptions>();
     CLI::App* parser =
         app.add_subcommand("frames", "Write frames as PNG or raw files, or on a contact sheet");
     parser->add_option("FILE", options->file, "AVI file")->required();
@@ -167,7 +168,7 @@ Command addFramesCommand(CLI::App& app) {
     parser->add_option("--sheet", options->sheet, "PNG file for all frames on one sheet");
     parser->add_flag("--raw", options->raw,
                      "Write the rows as they are, from the top, without padding, not PNG");
-    return {parser, [options](const GlobalOptions& global) { return run(global, *options); }};
+    return {parser, [options](const GlobalOptions& global) { return runFrames(global, *options); }};
 }
 
 }  // namespace simhost::tool

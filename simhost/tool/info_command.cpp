@@ -20,7 +20,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-struct Options {
+struct InfoOptions {
     std::string file;
     std::string output;
     bool json = false;
@@ -222,7 +222,7 @@ std::string textOf(const Json& value, const std::string& indent) {
     return out;
 }
 
-int run(const GlobalOptions& global, const Options& options) {
+int runInfo(const GlobalOptions& global, const InfoOptions& options) {
     return runHosted(global, [&options](HostedRun& hosted) {
         Json out;
         out["host"] = {{"profile", hosted.host().profile().name},
@@ -243,13 +243,13 @@ int run(const GlobalOptions& global, const Options& options) {
 }  // namespace
 
 Command addInfoCommand(CLI::App& app) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<InfoOptions>();
     CLI::App* parser = app.add_subcommand("info", "Tell what the plug-in says about itself and about a file");
     parser->add_option("FILE", options->file, "AVI file")->required();
     parser->add_flag("--json", options->json, "Write JSON");
     parser->add_option("--out", options->output,
                        "File for the answer, in UTF-8 (default: the standard output)");
-    return {parser, [options](const GlobalOptions& global) { return run(global, *options); }};
+    return {parser, [options](const GlobalOptions& global) { return runInfo(global, *options); }};
 }
 
 }  // namespace simhost::tool

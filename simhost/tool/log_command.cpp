@@ -32,7 +32,7 @@ constexpr std::chrono::milliseconds kPoll{200};
 constexpr int kQuietPolls = 3;
 constexpr std::size_t kBlock = std::size_t{1} << 20;
 
-struct Options {
+struct LogOptions {
     std::string file;
     bool json = false;
     bool follow = false;
@@ -51,7 +51,7 @@ void interrupt(int /*signal*/) {
 // One log from its beginning, shown as it is read.
 class Reading {
  public:
-    Reading(const Options& options, std::string path)
+    Reading(const LogOptions& options, std::string path)
         : m_options(options),
           m_path(std::move(path)),
           m_printer({.colour = options.colour || prepareColours(),
@@ -142,7 +142,7 @@ class Reading {
         }
     }
 
-    const Options& m_options;
+    const LogOptions& m_options;
     std::string m_path;
     std::uint64_t m_read = 0;
     std::string m_block;
@@ -153,7 +153,7 @@ class Reading {
     bool m_first = true;
 };
 
-int readOnce(const Options& options) {
+int readOnce(const LogOptions& options) {
     const std::string path = options.file.empty() ? newestLog() : options.file;
     if (path.empty()) {
         throw ToolError(kFailed,
@@ -175,7 +175,7 @@ int readOnce(const Options& options) {
 
 // Until the user or the time ends it. A host that is started meanwhile begins a log of its own, which is then
 // followed in the place of the older one.
-int follow(const Options& options) {
+int follow(const LogOptions& options) {
     const auto end = Clock::now() + std::chrono::duration_cast<Clock::duration>(
                                         std::chrono::duration<double>(options.seconds));
     (void)std::signal(SIGINT, interrupt);
@@ -211,7 +211,7 @@ int follow(const Options& options) {
 }  // namespace
 
 Command addLogCommand(CLI::App& app) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<LogOptions>();
     CLI::App* parser = app.add_subcommand(
         "log", "Explain the plug-in's diagnostic log: every call, what went wrong, and what it means");
     parser->add_option("FILE", options->file, "Log file (default: the newest of this user)");

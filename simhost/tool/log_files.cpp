@@ -49,7 +49,7 @@ std::string newestLog() {
 }
 
 bool readLog(const std::string& path, std::uint64_t mostBytes, const std::function<void(LogItem)>& take) {
-    constexpr std::uint64_t kBlock = std::uint64_t{1} << 20;
+    constexpr std::uint64_t kReadBlock = std::uint64_t{1} << 20;
     std::ifstream stream(pathFromUtf8(path), std::ios::binary);
     if (!stream) {
         return false;
@@ -63,9 +63,9 @@ bool readLog(const std::string& path, std::uint64_t mostBytes, const std::functi
             }
         }
     };
-    std::vector<char> block(static_cast<std::size_t>(kBlock));
+    std::vector<char> block(static_cast<std::size_t>(kReadBlock));
     while (mostBytes > 0 && stream) {
-        stream.read(block.data(), static_cast<std::streamsize>(std::min(kBlock, mostBytes)));
+        stream.read(block.data(), static_cast<std::streamsize>(std::min(kReadBlock, mostBytes)));
         const auto count = static_cast<std::size_t>(stream.gcount());
         mostBytes -= count;
         reader.feed({block.data(), count});

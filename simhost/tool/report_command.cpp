@@ -16,7 +16,7 @@
 namespace simhost::tool {
 namespace {
 
-struct Options {
+struct ReportOptions {
     std::string file;
     std::string folder;
     std::uint32_t frames = 24;
@@ -37,7 +37,7 @@ void clearAway(const std::string& log, bool wanted) {
     }
 }
 
-int run(const GlobalOptions& global, const Options& options) {
+int runReport(const GlobalOptions& global, const ReportOptions& options) {
     Report report = reportOnFile(options.file);
     makeFolder(options.folder);
     GlobalOptions logged = global;
@@ -68,7 +68,7 @@ int run(const GlobalOptions& global, const Options& options) {
 }  // namespace
 
 Command addReportCommand(CLI::App& app) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<ReportOptions>();
     CLI::App* parser = app.add_subcommand(
         "report",
         "Write one HTML page about a file: streams, frames, sound, data rate, index, oddities, log");
@@ -78,7 +78,7 @@ Command addReportCommand(CLI::App& app) {
         ->capture_default_str()
         ->check(CLI::Range(0, 200));
     parser->add_flag("--no-log", options->noLog, "Leave the plug-in's log off");
-    return {parser, [options](const GlobalOptions& global) { return run(global, *options); }};
+    return {parser, [options](const GlobalOptions& global) { return runReport(global, *options); }};
 }
 
 }  // namespace simhost::tool

@@ -28,10 +28,11 @@ using Clock = std::chrono::steady_clock;
 using Json = nlohmann::ordered_json;
 using Seconds = std::chrono::duration<double>;
 
-struct Options {
+struct SoakOptions {
     std::vector<std::string> files;
     double minutes = 1.0;
     double interval = 0.0;
+    std::size_t samples = 0;
     std::uint32_t clips = 4;
     std::uint32_t pause = 0;
     std::uint64_t seed = 1;
@@ -61,7 +62,7 @@ void lose(const std::string& what, const HostedRun& hosted) {
 
 class SoakSession {
  public:
-    SoakSession(const Options& options, CodecAccount& codec, SoakTally& tally)
+    SoakSession(const SoakOptions& options, CodecAccount& codec, SoakTally& tally)
         : m_options(options), m_codec(codec), m_tally(tally) {}
 
     int run(HostedRun& hosted) {
@@ -92,8 +93,10 @@ class SoakSession {
         const auto start = Clock::now();
         const auto end = start + ticks(m_options.minutes * 60);
         SoakWork work{m_options.clips, m_options.seed, std::chrono::milliseconds(m_options.pause)};
-        while (Clock::now() < end) {
-            const auto until = std::min(Clock::now() + ticks(interval), end);
+        // A busy machine gives fewer samples in the time than the rule needs.
+        for (auto now = start; now < end || m_samples.size() < m_options.samples; now = Clock::now()) {
+            const auto next = now + ticks(interval);
+            const auto until = now < end ? std::min(next, end) : next;
             ProcessUsage busy;
             soakRound(
                 hosted.importer(), files, work, until, [&busy] { busy = processUsage(); }, m_tally);
@@ -131,7 +134,7 @@ class SoakSession {
         (void)std::fflush(stdout);
     }
 
-    const Options& m_options;
+    const SoakOptions& m_options;
     CodecAccount& m_codec;
     SoakTally& m_tally;
     std::vector<SoakSample> m_samples;
@@ -164,7 +167,7 @@ Json toJson(const std::vector<SoakSample>& samples) {
     return out;
 }
 
-int run(const GlobalOptions& global, const Options& options) {
+int runSoak(const GlobalOptions& global, const SoakOptions& options) {
     std::error_code error;
     const std::filesystem::path folder = std::filesystem::temp_directory_path(error);
     CodecAccount codec(
@@ -240,7 +243,7 @@ int run(const GlobalOptions& global, const Options& options) {
 }  // namespace
 
 Command addSoakCommand(CLI::App& app) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<SoakOptions>();
     CLI::App* parser = app.add_subcommand(
         "soak", "Play with several clips at random for minutes and watch handles, memory and balance");
     parser->add_option("FILE", options->files, "AVI files; one that is refused is tried again and again")
@@ -250,6 +253,10 @@ Command addSoakCommand(CLI::App& app) {
         ->check(CLI::Range(0.01, 10000.0));
     parser->add_option("--interval", options->interval, "Seconds between two samples (default: 60 samples)")
         ->check(CLI::Range(0.1, 3600.0));
+    parser
+        ->add_option("--samples", options->samples,
+                     "Go on after the minutes until there are that many samples")
+        ->check(CLI::Range(0, 100000));
     parser->add_option("--clips", options->clips, "Clips open at once")
         ->capture_default_str()
         ->check(CLI::Range(1, 64));
@@ -262,7 +269,7 @@ Command addSoakCommand(CLI::App& app) {
     parser->add_option("--lose", options->lose)
         ->group("")
         ->check(CLI::IsMember({"handle", "memory", "block"}));
-    return {parser, [options](const GlobalOptions& global) { return run(global, *options); }};
+    return {parser, [options](const GlobalOptions& global) { return runSoak(global, *options); }};
 }
 
 }  // namespace simhost::tool

@@ -41,7 +41,7 @@ std::vector<BenchFile> benchFiles() {
     std::vector<BenchFile> files = {
         {"calls.avi", pictures(2000, 2048)},
         {"chunks-2m.avi", pictures(48, 2 * 1024 * 1024)},
-        {"ahead.avi", pictures(120, 4 * 1024 * 1024)},
+        {"ahead.avi", pictures(40, 12 * 1024 * 1024)},
         {"sound-16x2.avi", sound(kStereo16)},
         {"sound-float-8.avi", sound(kFloat8)},
         {"idx1-1000000.avi", indexed(kMillion, IndexForm::idx1)},

@@ -14,6 +14,15 @@
 #define ORVANTIS_PRINTF(formatAt, firstAt)
 #endif
 
+// A function that is seldom called: kept out of line, and out of the way of the code that calls it.
+#if defined(__GNUC__) || defined(__clang__)
+#define ORVANTIS_COLD __attribute__((cold, noinline))
+#elif defined(_MSC_VER)
+#define ORVANTIS_COLD __declspec(noinline)
+#else
+#define ORVANTIS_COLD
+#endif
+
 // The plug-in's one export. On Windows the module definition file names it; elsewhere symbols are hidden by
 // default.
 #if !defined(_WIN32) && (defined(__GNUC__) || defined(__clang__))

@@ -29,7 +29,7 @@ void readLogSwitch();
 
 /// Writes one line. Returns at once, with nothing formatted, while the log is off. A line for which there is
 /// no memory is lost, without a word to the caller: destructors log. Any thread.
-void logMessage(const char* format, ...) noexcept ORVANTIS_PRINTF(1, 2);
+ORVANTIS_COLD void logMessage(const char* format, ...) noexcept ORVANTIS_PRINTF(1, 2);
 
 /// printf into a new string; empty when the format is in error. Any thread.
 std::string formatString(const char* format, ...) ORVANTIS_PRINTF(1, 2);

@@ -27,9 +27,11 @@ class RequestEnd {
 
 std::int32_t getSourceVideo(const host::imSourceVideoRec& record) {
     OrvantisImporter& importer = importerOf(record.inPrivateData);
-    importer.logFile();
     host::PPixHand* const outFrame = record.outFrame;
-    if (logEnabled()) logMessage("outFrame: %p", static_cast<const void*>(outFrame));
+    if (logEnabled()) [[unlikely]] {
+        importer.logFile();
+        logMessage("outFrame: %p", static_cast<const void*>(outFrame));
+    }
     VideoInfo& video = importer.requireVideoInfo();
     if (outFrame == nullptr) throw std::logic_error("outFrame is NULL");
 

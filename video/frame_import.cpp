@@ -6,6 +6,7 @@
 #include <exception>
 
 #include "avi/frame_chunk.h"
+#include "diag/compiler.h"
 #include "diag/log.h"
 #include "host/result_codes.h"
 #include "host/suites.h"
@@ -16,13 +17,13 @@ namespace orvantis {
 
 namespace {
 
-void logPlace(const VideoInfo& video, const FrameRequest& request, std::uint32_t frameIndex) {
+ORVANTIS_COLD void logPlace(const VideoInfo& video, const FrameRequest& request, std::uint32_t frameIndex) {
     logMessage("inFrameTime: %lld", static_cast<long long>(request.frameTime));
     logMessage("frameIndex:  %u (total: %u)", static_cast<unsigned>(frameIndex),
                static_cast<unsigned>(video.numFrames()));
 }
 
-void logFrameFormats(const FrameRequest& request) {
+ORVANTIS_COLD void logFrameFormats(const FrameRequest& request) {
     logMessage("inNumFrameFormats: %d", static_cast<int>(request.frameFormats.size()));
     int number = 0;
     for (const host::imFrameFormat& format : request.frameFormats) {
@@ -33,7 +34,7 @@ void logFrameFormats(const FrameRequest& request) {
     }
 }
 
-void logStart(const OrvantisFrameFormat& coded, const FormatInfo& info) {
+ORVANTIS_COLD void logStart(const OrvantisFrameFormat& coded, const FormatInfo& info) {
     logMessage("Starting decompression: %s [%s]%s -> %s [%s] (pr: %s [%s])%s%s", codecTypeName(coded.type),
                colorSpaceName(coded.colorSpace), coded.range == kOrvantisRangeFull ? " [FULL]" : " [LIMITED]",
                codecTypeName(info.orvType), colorSpaceName(info.colorSpace),

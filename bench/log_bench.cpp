@@ -27,7 +27,9 @@ constexpr int kRounds = 201;
 class Runner {
  public:
     explicit Runner(const std::filesystem::path& module)
-        : m_plugin(module.string()), m_importer(m_plugin.entry()), m_calls(m_importer, benchFile("calls.avi")) {}
+        : m_plugin(module.string()),
+          m_importer(m_plugin.entry()),
+          m_calls(m_importer, benchFile("calls.avi")) {}
 
     double run() { return m_calls.ours(); }
     void measure() { m_seconds.push_back(run()); }

@@ -217,8 +217,11 @@ def missed_text(rows, round_robin):
     missed = [row for row in rows if not row.reached]
     if not missed:
         return "Every ratio was reached in this run."
-    return "\n".join(f"- {row.what} ({row.figure}, {row.reach}): "
-                     f"{REASONS[row.key].format(round_robin=round_robin).strip()}" for row in missed)
+    lines = []
+    for key in dict.fromkeys(row.key for row in missed):
+        what = "; ".join(f"{row.what} ({row.figure}, {row.reach})" for row in missed if row.key == key)
+        lines.append(f"- {what}: {REASONS[key].format(round_robin=round_robin).strip()}")
+    return "\n".join(lines)
 
 
 def first_opening_text(first):

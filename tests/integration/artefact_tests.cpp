@@ -124,7 +124,7 @@ class DataModule {
     ~DataModule() { FreeLibrary(m_module); }
 
     Bytes resource(const wchar_t* type, WORD id) const {
-        const HRSRC found = FindResourceW(m_module, MAKEINTRESOURCEW(id), type);
+        HRSRC found = FindResourceW(m_module, MAKEINTRESOURCEW(id), type);
         if (found == nullptr) return {};
         const auto* data = static_cast<const std::uint8_t*>(LockResource(LoadResource(m_module, found)));
         return Bytes(data, data + SizeofResource(m_module, found));

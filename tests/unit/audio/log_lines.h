@@ -5,27 +5,26 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/log_capture.h"
+#include "tests/support/captured_log.h"
 
 namespace orvantis::audio_test {
 
 using Lines = std::vector<std::string>;
 
-/// One at a time. Create it ahead of what logs, and destroy it last.
+/// One at a time. Create it ahead of what logs.
 class LogLines {
  public:
-    LogLines();
-    ~LogLines();
-    LogLines(const LogLines&) = delete;
-    LogLines& operator=(const LogLines&) = delete;
-
     /// The lines since the last call. Those about host suites are left out: they belong to another folder,
     /// and the first use of a suite brings them.
-    Lines take();
-    void clear() { (void)take(); }
+    Lines take() {
+        Lines lines = m_log.linesWithoutSuites();
+        m_log.clear();
+        return lines;
+    }
+    void clear() { m_log.clear(); }
 
  private:
-    test::LogCapture m_capture;
+    test::CapturedLog m_log;
 };
 
 }  // namespace orvantis::audio_test

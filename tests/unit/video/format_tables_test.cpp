@@ -197,6 +197,7 @@ TEST(FormatTablesBuild, AsksOncePerRowInOrderWithAClearedAnswer) {
     FakeHost host;
     buildFormatTables(host.basicSuite());
     std::vector<FakeHost::AskedFormat> expected;
+    expected.reserve(std::size(kFormats));
     for (const FormatRow& row : kFormats) expected.push_back({FakeHost::kTopLeft, format(row.code), 0});
     EXPECT_EQ(host.asked, expected);
 }

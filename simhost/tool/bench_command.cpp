@@ -1,6 +1,7 @@
 // importer_host bench: times a plug-in on one clip, next to what the machine could do at best.
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <functional>
 #include <memory>
@@ -29,7 +30,7 @@ struct BenchOptions {
 
 double quantile(std::vector<double> values, double part) {
     std::sort(values.begin(), values.end());
-    return values[static_cast<std::size_t>(part * static_cast<double>(values.size() - 1) + 0.5)];
+    return values[static_cast<std::size_t>(std::lround(part * static_cast<double>(values.size() - 1)))];
 }
 
 // Runs both in turns, after a first round that is not counted.
@@ -81,6 +82,7 @@ class Bench {
 
     void open() {
         std::vector<double> times;
+        times.reserve(static_cast<std::size_t>(m_options.runs));
         for (int i = 0; i < m_options.runs; ++i) times.push_back(timeOpening(m_importer, m_options.file));
         m_figures["open"] = {{"ours_us", quantile(times, 0.5) * 1e6}};
         std::printf("%-34s %10.2f us\n", "open and describe", quantile(times, 0.5) * 1e6);

@@ -87,12 +87,12 @@ TEST_F(ImporterHostReport, SaysWhatIsOddAboutAClip) {
     bytes[avi.indxOffset(0) + 8 + 3] = 9;
     ASSERT_EQ(report(write(u8"odd.avi", bytes)), kSuccess);
     const std::string page = read(u8"out/odd.avi.html");
+    constexpr const char* kAdjusted =
+        "The frame rate was adjusted: the file tells 2997/100 frames a second, the host is told 30000/1001.";
     for (const char* text :
          {"Stream 0 (pictures): its OpenDML index is damaged", ">idx1 (OpenDML refused)</td>",
           ">OpenDML</td>", "the header tells 7 frames, the index holds 6",
-          "2 of 6 frames hold no data (at most 2 in a row)", "· <em>empty</em>",
-          "The frame rate was adjusted: the file tells 2997/100 frames a second, the host is told "
-          "30000/1001.",
+          "2 of 6 frames hold no data (at most 2 in a row)", "· <em>empty</em>", kAdjusted,
           "The sound of stream 1 cannot be used.", "the sound is compressed", "format 0x2000, 2 channels"}) {
         EXPECT_THAT(page, HasSubstr(text));
     }

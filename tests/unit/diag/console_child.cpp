@@ -24,7 +24,7 @@ void useConsoleForOutput() {
 }
 
 void writeScreen(const char* path) {
-    HANDLE const output = GetStdHandle(STD_OUTPUT_HANDLE);
+    HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
     CONSOLE_SCREEN_BUFFER_INFO info{};
     (void)GetConsoleScreenBufferInfo(output, &info);
     std::string cells(20u * static_cast<unsigned>(info.dwSize.X), '\0');

@@ -17,6 +17,7 @@ namespace {
 std::vector<std::int32_t> firstCalls(const char* text, Function function, int count = 4) {
     FaultPlan plan(text);
     std::vector<std::int32_t> codes;
+    codes.reserve(static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i) {
         codes.push_back(plan.next(function).value_or(0));
     }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <cmath>
 #include <cstring>
 #include <thread>
 
@@ -124,7 +125,7 @@ AudioReading::AudioReading(const BenchImporter& importer, const std::string& pat
     m_clip.describe();
     if (m_clip.audioRate() == 0 || m_clip.frames() == 0) throw ToolError(kFailed, "the clip has no sound");
     const double seconds = static_cast<double>(m_clip.frames()) * m_clip.frameSeconds();
-    m_seconds = std::max(1U, static_cast<std::uint32_t>(seconds + 0.5));
+    m_seconds = std::max(1U, static_cast<std::uint32_t>(std::lround(seconds)));
     m_bytesPerSecond = static_cast<std::size_t>(m_plain.totalBytes() / m_seconds);
     m_buffer.assign(m_bytesPerSecond + largestChunk(m_plain), std::byte{1});
     m_samples.assign(std::size_t{m_clip.audioRate()} * m_clip.audioChannels(), 1.0F);

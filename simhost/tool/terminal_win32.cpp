@@ -15,7 +15,7 @@ bool prepareColours() {
     if ((forbidden != nullptr && *forbidden != '\0') || _isatty(_fileno(stdout)) == 0) {
         return false;
     }
-    const HANDLE console = GetStdHandle(STD_OUTPUT_HANDLE);
+    HANDLE console = GetStdHandle(STD_OUTPUT_HANDLE);
     DWORD mode = 0;
     return GetConsoleMode(console, &mode) != 0 && SetConsoleMode(console, mode | kVirtualTerminal) != 0;
 }

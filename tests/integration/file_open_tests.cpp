@@ -17,7 +17,6 @@
 namespace {
 
 namespace fs = std::filesystem;
-using simhost::Service;
 
 constexpr std::uint32_t kYuy2 = host::PrPixelFormat_YUYV_422_8u_601;
 constexpr std::uint8_t kPattern = 0xA7;

@@ -16,7 +16,6 @@ namespace {
 using orvantis::test::AviBuilder;
 using orvantis::test::Bytes;
 using orvantis::test::OpenDml;
-using orvantis::test::StreamPlan;
 using orvantis::test::videoStream;
 using testing::Contains;
 

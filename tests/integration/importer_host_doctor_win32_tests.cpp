@@ -63,9 +63,9 @@ TEST_F(ImporterHostDoctor, FindsNothingWrongWithASoundInstallationAndClip) {
     installBoth();
     const std::string clip = write(u8"cl\u00EFp.avi", clips::builder({.frames = 50}).build());
     EXPECT_EQ(doctor({clip}), kSuccess) << text;
+    constexpr const char* kVersionText = "ImporterOrvantis.prm: version " ORVANTIS_PROJECT_VERSION;
     for (const char* line :
-         {"ok    plug-in folder: ", "ok    plug-in file: ",
-          "ImporterOrvantis.prm: version " ORVANTIS_PROJECT_VERSION,
+         {"ok    plug-in folder: ", "ok    plug-in file: ", kVersionText,
           "ok    codec library: ", "with all 11 functions", "ok    loading: ", "ok    start: ",
           "ok    pictures: 16 x 4, O8Y2, 25.000 frames a second, 50 frames\n",
           "ok    decoding: frame 0 as PrPixelFormat_YUYV_422_8u_601\n", "ok    decoding: frame 25 as ",

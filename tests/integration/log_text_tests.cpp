@@ -85,6 +85,7 @@ TEST_F(LogTexts, CallsOnSeveralThreadsKeepTheirLinesWholeAndTheirOwnNumber) {
     }
     static_cast<void>(log().news());
     std::vector<std::thread> threads;
+    threads.reserve(clips.size());
     for (simhost::Clip& clip : clips) {
         threads.emplace_back([&clip] {
             for (std::uint32_t i = 0; i < kFrames; ++i) {

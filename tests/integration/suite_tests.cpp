@@ -16,7 +16,6 @@ namespace {
 
 using simhost::Service;
 using testing::Contains;
-using testing::ElementsAre;
 using testing::Pair;
 
 // The order of acquisition, and its reverse, are part of what log readers rely on.

@@ -220,7 +220,7 @@ TEST(FailingFile, Idx1ThatCannotBeReadLeavesNoEntries) {
         file.plan(test::FileFault::shortRead, failAt, test::FileOperation::read);
         AviReader reader;
         if (!reader.parse(file, false) || reader.streams.size() != 2 || !reader.legacyIndex.empty()) continue;
-        if (reader.errorText() != "") continue;  // the walk did not reach idx1
+        if (!reader.errorText().empty()) continue;  // the walk did not reach idx1
         seen = true;
         EXPECT_TRUE(reader.streams[0]->entries().empty());
         EXPECT_TRUE(reader.streams[1]->entries().empty());

@@ -23,8 +23,6 @@ namespace {
 
 using namespace orvantis;
 using namespace orvantis::test;
-using testing::ElementsAre;
-using testing::MatchesRegex;
 namespace fs = std::filesystem;
 
 std::string localTimeText(const char* format) {
@@ -169,7 +167,7 @@ TEST_F(LogFile, MessageThatCannotBeFormattedIsAHeaderWithoutItsBlank) {
     logMessage("next");
     const std::vector<std::string> lines = m_log.lines();
     ASSERT_EQ(lines.size(), 4u);
-    EXPECT_THAT(lines[2], MatchesRegex("\\[[-0-9]+ [:0-9]+\\] \\[[0-9]+\\]"));
+    EXPECT_THAT(lines[2], testing::MatchesRegex("\\[[-0-9]+ [:0-9]+\\] \\[[0-9]+\\]"));
     EXPECT_EQ(lines[3], "[T] [#] next");
 #endif
 }

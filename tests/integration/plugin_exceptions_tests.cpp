@@ -17,7 +17,6 @@
 namespace {
 
 using simhost::Service;
-using testing::ElementsAre;
 
 constexpr const char* kTitle = "OrvantisImporter: Internal error";
 constexpr std::uint32_t kErrorEvent = 3;

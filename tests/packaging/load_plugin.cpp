@@ -21,7 +21,7 @@ int main() {
         return 1;
     }
     std::puts("loaded");
-    std::fflush(stdout);
+    (void)std::fflush(stdout);
     if (count > 2 && std::wcscmp(arguments[2], L"--hold") == 0) {
         while (std::getchar() != EOF) {
         }

@@ -60,7 +60,7 @@ ChildProcess::~ChildProcess() {
 
 int ChildProcess::wait() {
     if (m_process != 0) {
-        HANDLE const process = reinterpret_cast<HANDLE>(m_process);
+        HANDLE process = reinterpret_cast<HANDLE>(m_process);
         DWORD code = 0;
         (void)WaitForSingleObject(process, INFINITE);
         (void)GetExitCodeProcess(process, &code);

@@ -21,7 +21,6 @@ namespace {
 
 using test::AviBuilder;
 using test::Bytes;
-using test::MemoryCount;
 using test::OpenDml;
 using test::RiffBuilder;
 

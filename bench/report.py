@@ -143,7 +143,7 @@ def audio_rows(native):
 
 def log_row(native):
     figures = native["log_off"]
-    # Measurable is what exceeds the differences between copies of the same plug-in.
+    # Measurable is what exceeds the largest difference between copies of the same plug-in.
     reached = figures["difference"] <= figures["noise"]
     return Row("`imGetSourceVideo`, log switched off",
                f"a plug-in without a single call of the log: {figures['without_ns']:.0f} ns against "

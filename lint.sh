@@ -13,8 +13,7 @@ echo "== clang-format"
 git ls-files '*.h' '*.cpp' | xargs clang-format --dry-run --Werror
 [ "$what" != format ] || exit 0
 
-plugin='entry|importer|fileio|avi|video|audio|async|diag'
-case "$what" in plugin) folders="$plugin" ;; *) folders="$plugin|simhost|standin|tests" ;; esac
+case "$what" in plugin) folders="plugin" ;; *) folders="plugin|testbed|tool|tests" ;; esac
 
 # The clang build for Windows: its commands are clang's own, and it has the files that talk to Windows.
 echo "== clang-tidy"
@@ -28,6 +27,5 @@ echo "== cppcheck"
 cppcheck --quiet --project=build/windows-clang/compile_commands.json --platform=win64 --std=c++20 \
     --enable=warning,performance,portability --inline-suppr --error-exitcode=1 -j "$(nproc)" \
     --suppress=missingInclude --suppress=missingIncludeSystem --suppress='*:*/googletest/*' \
-    --file-filter="entry/*" --file-filter="importer/*" --file-filter="fileio/*" --file-filter="avi/*" \
-    --file-filter="video/*" --file-filter="audio/*" --file-filter="async/*" --file-filter="diag/*"
+    --file-filter="plugin/*"
 echo "Lint is clean."

@@ -5,7 +5,7 @@
 #include "audio/deinterleave.h"
 #include "bench/series.h"
 #include "simhost/plugin.h"
-#include "simhost/tool/bench_workloads.h"
+#include "tool/bench/bench_workloads.h"
 
 namespace orvantis::bench {
 

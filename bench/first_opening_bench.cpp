@@ -9,7 +9,7 @@
 #include "bench/peer.h"
 #include "bench/series.h"
 #include "simhost/plugin.h"
-#include "simhost/tool/bench_workloads.h"
+#include "tool/bench/bench_workloads.h"
 
 namespace orvantis::bench {
 

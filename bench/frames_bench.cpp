@@ -6,8 +6,8 @@
 #include "bench/allocation_count.h"
 #include "bench/series.h"
 #include "simhost/plugin.h"
-#include "simhost/tool/bench_workloads.h"
 #include "tests/support/environment.h"
+#include "tool/bench/bench_workloads.h"
 
 namespace orvantis::bench {
 

@@ -8,8 +8,8 @@
 
 #include "bench/series.h"
 #include "simhost/plugin.h"
-#include "simhost/tool/bench_workloads.h"
 #include "tests/support/temp_folder.h"
+#include "tool/bench/bench_workloads.h"
 
 namespace orvantis::bench {
 

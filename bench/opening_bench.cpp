@@ -11,8 +11,8 @@
 #include "bench/series.h"
 #include "host/result_codes.h"
 #include "simhost/plugin.h"
-#include "simhost/tool/bench_workloads.h"
 #include "tests/support/file_hooks.h"
+#include "tool/bench/bench_workloads.h"
 
 namespace orvantis::bench {
 

@@ -7,7 +7,7 @@ extern "C" {
 #include <libavformat/avformat.h>
 }
 
-#include "simhost/tool/bench_workloads.h"
+#include "tool/bench/bench_workloads.h"
 
 namespace orvantis::bench {
 

@@ -1,7 +1,9 @@
 # Compiler options shared by every target of the project.
 
 add_library(orvantis_options INTERFACE)
-target_include_directories(orvantis_options INTERFACE "${PROJECT_SOURCE_DIR}")
+# A file is included by its room: "video/video_info.h" from plugin/, "simhost/clip.h" from testbed/, "host/records.h".
+target_include_directories(orvantis_options INTERFACE
+    "${PROJECT_SOURCE_DIR}" "${PROJECT_SOURCE_DIR}/plugin" "${PROJECT_SOURCE_DIR}/testbed")
 target_compile_features(orvantis_options INTERFACE cxx_std_20)
 
 if(MSVC)

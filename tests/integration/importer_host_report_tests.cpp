@@ -4,10 +4,10 @@
 #include <filesystem>
 #include <string>
 
-#include "simhost/tool/tool_error.h"
 #include "tests/integration/importer_host_tool.h"
 #include "tests/integration/plugin_clips.h"
 #include "tests/support/environment.h"
+#include "tool/shared/base/tool_error.h"
 
 namespace {
 

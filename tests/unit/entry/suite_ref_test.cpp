@@ -1,5 +1,5 @@
 // One host suite: how often the host is asked and what is given back, however often its holder asks.
-#include "entry/suites/suite_ref.h"
+#include "suites/suite_ref.h"
 
 #include <gtest/gtest.h>
 

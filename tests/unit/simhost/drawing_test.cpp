@@ -3,8 +3,8 @@
 
 #include <algorithm>
 
-#include "simhost/tool/contact_sheet.h"
-#include "simhost/tool/waveform.h"
+#include "tool/shared/pictures/contact_sheet.h"
+#include "tool/shared/pictures/waveform.h"
 
 namespace simhost::tool {
 namespace {

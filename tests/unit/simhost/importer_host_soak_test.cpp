@@ -7,10 +7,10 @@
 #include <string>
 #include <vector>
 
-#include "simhost/tool/tool_error.h"
 #include "tests/integration/plugin_clips.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temp_folder.h"
+#include "tool/shared/base/tool_error.h"
 
 namespace simhost::tool {
 namespace {

@@ -7,13 +7,13 @@
 #include <string>
 #include <vector>
 
-#include "simhost/tool/tool_error.h"
-#include "simhost/tool/wav.h"
 #include "tests/integration/plugin_clips.h"
 #include "tests/integration/plugin_path.h"
 #include "tests/support/child_process.h"
 #include "tests/support/environment.h"
 #include "tests/support/temp_folder.h"
+#include "tool/shared/base/tool_error.h"
+#include "tool/shared/media/wav.h"
 
 namespace simhost::tool {
 namespace {

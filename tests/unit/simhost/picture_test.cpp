@@ -1,4 +1,4 @@
-#include "simhost/tool/picture.h"
+#include "tool/shared/pictures/picture.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "simhost/tool/png.h"
+#include "tool/shared/pictures/png.h"
 
 #include <gtest/gtest.h>
 

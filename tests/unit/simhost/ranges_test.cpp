@@ -5,8 +5,8 @@
 #include <numeric>
 #include <set>
 
-#include "simhost/tool/frame_range.h"
-#include "simhost/tool/play_order.h"
+#include "tool/shared/media/frame_range.h"
+#include "tool/shared/media/play_order.h"
 
 namespace simhost::tool {
 namespace {

@@ -1,4 +1,4 @@
-#include "simhost/tool/wav.h"
+#include "tool/shared/media/wav.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "simhost/tool/avi_facts.h"
+#include "tool/shared/media/avi_facts.h"
 
 namespace simhost::tool {
 namespace {

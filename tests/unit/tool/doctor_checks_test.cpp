@@ -1,5 +1,5 @@
 // What the doctor concludes.
-#include "simhost/tool/doctor_checks.h"
+#include "tool/doctor/doctor_checks.h"
 
 #include <gtest/gtest.h>
 

@@ -9,8 +9,8 @@
 
 #include <string>
 
-#include "simhost/tool/doctor_platform.h"
 #include "tests/support/environment.h"
+#include "tool/shared/base/doctor_platform.h"
 
 namespace simhost::tool {
 namespace {

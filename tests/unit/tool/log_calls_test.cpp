@@ -1,5 +1,5 @@
 // Calls put together from the lines of several threads.
-#include "simhost/tool/log_calls.h"
+#include "tool/shared/logs/log_calls.h"
 
 #include <gtest/gtest.h>
 

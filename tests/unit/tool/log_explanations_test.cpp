@@ -1,5 +1,5 @@
 // The meaning of lines and answers.
-#include "simhost/tool/log_explanations.h"
+#include "tool/shared/logs/log_explanations.h"
 
 #include <gtest/gtest.h>
 

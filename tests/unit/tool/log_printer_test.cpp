@@ -1,5 +1,5 @@
 // What is shown of a log.
-#include "simhost/tool/log_printer.h"
+#include "tool/log/log_printer.h"
 
 #include <gtest/gtest.h>
 

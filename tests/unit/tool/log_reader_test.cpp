@@ -1,5 +1,5 @@
 // Lines of the log and their headers, from text in any pieces.
-#include "simhost/tool/log_reader.h"
+#include "tool/shared/logs/log_reader.h"
 
 #include <gtest/gtest.h>
 

@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
-#include "simhost/tool/log_calls.h"
-#include "simhost/tool/log_reader.h"
+#include "tool/shared/logs/log_calls.h"
+#include "tool/shared/logs/log_reader.h"
 
 namespace simhost::tool {
 

@@ -1,5 +1,5 @@
 // What records and descriptions of the plug-in mean.
-#include "simhost/tool/media_facts.h"
+#include "tool/shared/media/media_facts.h"
 
 #include <gtest/gtest.h>
 

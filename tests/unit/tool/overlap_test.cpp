@@ -1,7 +1,7 @@
 // How much of the plug-in's work a host hides by announcing its frames.
 #include <gtest/gtest.h>
 
-#include "simhost/tool/async_timing.h"
+#include "tool/async/async_timing.h"
 
 namespace simhost::tool {
 namespace {

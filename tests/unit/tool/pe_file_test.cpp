@@ -1,5 +1,5 @@
 // Windows libraries read from their bytes, among them broken ones.
-#include "simhost/tool/pe_file.h"
+#include "tool/doctor/pe_file.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // The report's page, its drawings, and what is said about a file.
-#include "simhost/tool/report_page.h"
+#include "tool/report/report_page.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -8,11 +8,11 @@
 #include <string>
 #include <vector>
 
-#include "simhost/tool/html_text.h"
-#include "simhost/tool/number_text.h"
-#include "simhost/tool/report_plot.h"
-#include "simhost/tool/thumbnail.h"
 #include "tests/unit/tool/log_text.h"
+#include "tool/report/report_plot.h"
+#include "tool/shared/base/html_text.h"
+#include "tool/shared/base/number_text.h"
+#include "tool/shared/pictures/thumbnail.h"
 
 namespace simhost::tool {
 namespace {

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "simhost/tool/pe_file.h"
+#include "tool/doctor/pe_file.h"
 
 namespace simhost::tool {
 

@@ -7,10 +7,10 @@
 #include <string>
 #include <vector>
 
-#include "simhost/tool/soak_codec_account.h"
-#include "simhost/tool/soak_plot.h"
-#include "simhost/tool/soak_samples.h"
 #include "tests/support/temp_folder.h"
+#include "tool/soak/soak_codec_account.h"
+#include "tool/soak/soak_plot.h"
+#include "tool/soak/soak_samples.h"
 
 namespace simhost::tool {
 namespace {

@@ -1,0 +1,65 @@
+// The analysis of one audio stream and the delivery of its samples. One per importer; used on the host's
+// calling thread under the importer's ordinary serialisation.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+
+#include "audio/wave_format.h"
+#include "avi/avi_stream.h"
+#include "fileio/file.h"
+#include "fileio/read_buffer.h"
+#include "host/records.h"
+#include "suites/importer_suites.h"
+
+namespace orvantis {
+
+/// What an AudioInfo may use of the importer that owns it: its open file and its host suites. Both outlive
+/// it.
+struct AudioOwner {
+    fileio::File* file;
+    LazyImporterSuites* suites;
+};
+
+class AudioInfo {
+ public:
+    explicit AudioInfo(AudioOwner owner);
+    ~AudioInfo();
+    AudioInfo(const AudioInfo&) = delete;
+    AudioInfo& operator=(const AudioInfo&) = delete;
+
+    /// Analyses the stream's format: imNoErr when accepted, imBadFile (the reason logged) when rejected.
+    /// `stream` is referenced, not owned.
+    std::int32_t init(const AviStream& stream);
+    /// Logs the format and writes the four audio fields of the host's record (never its has-audio flag).
+    void fillFileInfo(host::imFileInfoRec8& record) const;
+    /// Delivers sample frames, silence where nothing can be read. imNoErr or imDecompressionError.
+    std::int32_t importAudio(const host::imImportAudioRec7& record);
+    /// Writes the loudspeaker labels: imNoErr, or imUnsupported for an unusable stream.
+    std::int32_t getChannelLayout(host::imGetAudioChannelLayoutRec& record) const;
+
+    bool valid() const noexcept { return m_valid; }
+    const WaveFormatExtensible& format() const noexcept { return m_format; }
+    /// Text for the host's Properties window, "\n" between lines, four blanks ahead of each, no break at the
+    /// end.
+    std::string description() const;
+
+ private:
+    /// Fills m_format and m_sampleType from the bytes of the stream format. Empty when accepted, else why
+    /// not.
+    std::string analyse(std::span<const std::uint8_t> format);
+
+    AudioOwner m_owner;
+    bool m_valid = false;
+    const AviStream* m_stream = nullptr;
+    std::uint64_t m_numAudioSampleFrames = 0;  ///< the stream header's dwLength as it stands
+    std::uint32_t m_sampleType = 0;            ///< host sample-type code
+    WaveFormatExtensible m_format{};
+    std::int64_t m_audioPosition = 0;  ///< next sample frame of sequential reads
+    fileio::ReadBuffer m_readBuffer;   ///< interleaved bytes; only grows
+    std::string m_rejection;           ///< why the stream is not usable
+};
+
+}  // namespace orvantis

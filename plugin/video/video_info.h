@@ -1,0 +1,78 @@
+// The analysis of one video stream: what it is, how it can be decoded, how many frames at which rate; owner
+// of the codec session. Analysed once on the thread that describes the file; constant afterwards but for the
+// decode session, which the frame import changes under its callers' serialisation.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "avi/avi_stream.h"
+#include "suites/importer_suites.h"
+#include "video/format_tables.h"
+#include "video/frame_rate.h"
+#include "video/orvantis_codec.h"
+
+namespace orvantis {
+
+class VideoInfo {
+ public:
+    /// Opens the codec session, then asks the host for its ticks per second. Throws OrvantisError or, when
+    /// the time suite is refused, std::runtime_error. `suites` is used during the call only.
+    explicit VideoInfo(LazyImporterSuites& suites);
+    ~VideoInfo();
+    VideoInfo(const VideoInfo&) = delete;
+    VideoInfo& operator=(const VideoInfo&) = delete;
+
+    /// What the stream is and how it can be decoded; needs no index, so that a foreign file is refused
+    /// without one. imNoErr, imBadFile or imOtherErr, the reason logged. `stream` is referenced, not owned,
+    /// and outlives the object. Once per object.
+    std::int32_t analyseFormat(const AviStream& stream);
+    /// Frame count and frame rate, from the stream's chunk list and header. After analyseFormat and
+    /// readIndexes().
+    void analyseTiming();
+
+    std::int64_t ticksPerSecond() const noexcept { return m_ticksPerSecond; }
+    std::int32_t width() const noexcept { return static_cast<std::int32_t>(m_compressedFormat.width); }
+    std::int32_t height() const noexcept { return static_cast<std::int32_t>(m_compressedFormat.height); }
+    std::int64_t numFrames() const noexcept { return m_numFrames; }
+    FrameRate frameRate() const noexcept { return m_frameRate; }
+    const OrvantisFrameFormat& compressedFormat() const noexcept { return m_compressedFormat; }
+    const SubTypeInfo& subTypeInfo() const noexcept { return m_subTypeInfo; }
+    const std::vector<FormatInfo>& decodeFormats() const noexcept { return m_decodeFormats; }
+    const AviStream& stream() const noexcept { return *m_stream; }
+    /// The host's field order code; progressive, since the container says nothing about fields.
+    std::int8_t fieldOrder() const noexcept;
+    bool hasAlpha() const noexcept;
+    /// The frame that a time in ticks falls on, as the low 32 bits of the truncated quotient; 4294967295
+    /// where the rate or the time base gives no frame duration.
+    std::uint32_t frameIndexAt(std::int64_t frameTime) const noexcept;
+    /// Text for the host's Properties window, "\n" between lines, four blanks ahead of each, no break at the
+    /// end.
+    std::string description() const;
+
+    /// State of the running decompression session; belongs to the frame import.
+    struct DecodeSession {
+        OrvantisFrameFormat output{};  ///< what the library said it produces
+        bool begun = false;
+        std::uint32_t pixelFormat;  ///< of the running session; "badf" at first, which matches no real format
+        DecodeSession() noexcept;
+    };
+    DecodeSession& decodeSession() noexcept { return m_session; }
+    OrvantisCodec& codec() noexcept { return m_codec; }
+    FormatData formatData() const noexcept { return m_formatData; }
+
+ private:
+    std::int64_t m_ticksPerSecond = 0;
+    OrvantisCodec m_codec;
+    OrvantisFrameFormat m_compressedFormat;
+    std::vector<std::uint8_t> m_formatData;
+    DecodeSession m_session;
+    SubTypeInfo m_subTypeInfo{};
+    std::vector<FormatInfo> m_decodeFormats;
+    const AviStream* m_stream = nullptr;
+    std::int64_t m_numFrames = 0;
+    FrameRate m_frameRate;
+};
+
+}  // namespace orvantis

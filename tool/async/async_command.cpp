@@ -1,0 +1,278 @@
+// async: plays a clip through the asynchronous importer, compares each frame with the synchronous one, and
+// measures both: how fast each is, and how much of the reading and decoding is hidden behind the host's own
+// work.
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "simhost/async_clip.h"
+#include "simhost/session.h"
+#include "tool/async/async_timing.h"
+#include "tool/commands.h"
+#include "tool/shared/base/hosted_run.h"
+#include "tool/shared/base/output_file.h"
+#include "tool/shared/base/progress.h"
+#include "tool/shared/base/soak_usage.h"
+#include "tool/shared/base/tool_error.h"
+#include "tool/shared/media/frame_range.h"
+#include "tool/shared/media/media_facts.h"
+#include "tool/shared/media/play_order.h"
+
+namespace simhost::tool {
+namespace {
+
+struct AsyncOptions {
+    std::string file;
+    std::uint32_t ahead = 4;
+    std::string pattern = "sequential";
+    std::string range = "all";
+    std::string format;
+    std::uint32_t seed = 1;
+    std::uint32_t workMicros = 0;
+    std::uint32_t decodeMicros = 0;
+    std::string json;
+};
+
+using Clock = std::chrono::steady_clock;
+
+double secondsSince(Clock::time_point start) {
+    return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+// What a host does with a frame it has got: keeps its processor busy.
+void spend(std::chrono::microseconds time) {
+    const auto end = Clock::now() + time;
+    while (Clock::now() < end) {
+    }
+}
+
+struct Player {
+    HostedRun& hosted;
+    const Clip& clip;
+    std::vector<std::uint32_t> order;
+    host::imFrameFormat wanted[1];
+    std::chrono::microseconds work;
+    std::unordered_map<std::uint32_t, std::uint64_t> hashes;
+    std::vector<std::uint32_t> differing;
+
+    static std::uint64_t hashOf(const Frame& frame) {
+        std::uint64_t hash = hashBytes(nullptr, 0);
+        for (std::int32_t y = 0; y < frame.height(); ++y) {
+            const auto row = frame.pictureRow(y);
+            hash = hashBytes(row.data(), row.size(), hash);
+        }
+        return hash;
+    }
+
+    [[noreturn]] static void refused(const char* way, std::uint32_t index, std::int32_t result) {
+        throw ToolError(kFailed, std::string(way) + " frame " + std::to_string(index) + ": result " +
+                                     std::to_string(result));
+    }
+
+    void compare(std::uint32_t index, const Frame& frame) {
+        const std::uint64_t hash = hashOf(frame);
+        const auto [known, isNew] = hashes.try_emplace(index, hash);
+        if (!isNew && known->second != hash) {
+            differing.push_back(index);
+        }
+    }
+
+    /// Reads the frames once without measuring, so that neither way of playing finds the file in the system's
+    /// cache and the other does not.
+    void warmUp() {
+        for (const std::uint32_t index : order) {
+            takeFrame(index);
+        }
+    }
+
+    FrameAnswer takeFrame(std::uint32_t index) {
+        FrameAnswer answer = clip.getSourceVideo(clip.frameTime(index), wanted);
+        if (!answer.frame) {
+            throw ToolError(kFailed,
+                            "synchronous frame " + std::to_string(index) + ": " + resultText(answer.result));
+        }
+        return answer;
+    }
+
+    PlayTiming playSynchronously() {
+        Progress progress(hosted.progress(), "synchronous ", order.size());
+        PlayTiming out;
+        out.frames = order.size();
+        const auto start = Clock::now();
+        for (const std::uint32_t index : order) {
+            const auto asked = Clock::now();
+            const FrameAnswer answer = takeFrame(index);
+            out.waiting += secondsSince(asked);
+            compare(index, *answer.frame);
+            spend(work);
+            progress.advance();
+        }
+        out.total = secondsSince(start);
+        return out;
+    }
+
+    PlayTiming playAsynchronously(const AsyncClip& async, std::uint32_t ahead) {
+        Progress progress(hosted.progress(), "asynchronous", order.size());
+        PlayTiming out;
+        out.frames = order.size();
+        const auto start = Clock::now();
+        std::size_t announced = 0;
+        for (std::size_t at = 0; at < order.size(); ++at) {
+            const auto asked = Clock::now();
+            for (; announced < order.size() && announced <= at + ahead; ++announced) {
+                const std::int32_t result = async.initiate(clip.frameTime(order[announced]), wanted);
+                if (result != host::aiNoError) {
+                    refused("announced", order[announced], result);
+                }
+            }
+            const FrameAnswer answer = async.getFrame(clip.frameTime(order[at]), wanted);
+            out.waiting += secondsSince(asked);
+            if (!answer.frame) {
+                refused("asynchronous", order[at], answer.result);
+            }
+            compare(order[at], *answer.frame);
+            spend(work);
+            progress.advance();
+        }
+        out.total = secondsSince(start);
+        return out;
+    }
+};
+
+void print(const char* way, const PlayTiming& timing) {
+    std::printf("%s %8.1f frames/s; a frame: host's work %6.2f ms, waiting for the plug-in %6.2f ms\n", way,
+                timing.perSecond(), timing.perFrame(timing.work()) * 1000.0,
+                timing.perFrame(timing.waiting) * 1000.0);
+}
+
+nlohmann::ordered_json toJson(const PlayTiming& timing) {
+    return {{"framesPerSecond", timing.perSecond()},
+            {"workSeconds", timing.work()},
+            {"waitingSeconds", timing.waiting}};
+}
+
+std::uint32_t chosenFormat(const AsyncOptions& options, const Clip& clip) {
+    if (!options.format.empty()) {
+        const auto format = pixelFormatFromText(options.format);
+        if (!format) {
+            throw ToolError(kUsage, "there is no pixel format '" + options.format + "'");
+        }
+        return *format;
+    }
+    const auto offered = clip.pixelFormats().formats;
+    if (offered.empty()) {
+        throw ToolError(kFailed, "the plug-in offers no pixel format");
+    }
+    return offered.front();
+}
+
+int runAsync(const GlobalOptions& global, const AsyncOptions& options) {
+    const auto range = parseFrameRange(options.range);
+    const auto pattern = parsePlayPattern(options.pattern);
+    if (!range || !pattern) {
+        throw ToolError(kUsage, "'" + (range ? options.pattern : options.range) + "' is no " +
+                                    (range ? "pattern" : "range of frames"));
+    }
+    if (options.decodeMicros > 0) {
+        setProcessEnvironment("ORVANTIS_STANDIN_DELAY_US", std::to_string(options.decodeMicros));
+    }
+    // The host's own cost would be taken for the plug-in's.
+    HostOptions light;
+    light.poisonFrames = false;
+    light.keepTrace = false;
+    light.recycleFrames = true;
+    const auto work = [&](HostedRun& hosted) -> int {
+        Answer<host::imFileInfoRec8> info;
+        const auto clip = hosted.open(options.file, 0, info);
+        const auto frames = framesOf(*range, frameCount(info.record));
+        if (frames.empty()) {
+            throw ToolError(kFailed, "the clip has no such frames");
+        }
+        const std::uint32_t format = chosenFormat(options, *clip);
+        Player player{hosted,
+                      *clip,
+                      playOrder(*pattern, frames, options.seed),
+                      {{0, 0, format}},
+                      std::chrono::microseconds(options.workMicros),
+                      {},
+                      {}};
+        AsyncClip async = clip->createAsync();
+        if (!async.isOpen()) {
+            throw ToolError(kFailed, "the plug-in answered imCreateAsyncImporter with " +
+                                         resultText(async.creation().result));
+        }
+        player.warmUp();
+        const PlayTiming synchronous = player.playSynchronously();
+        const PlayTiming asynchronous = player.playAsynchronously(async, options.ahead);
+        (void)async.flush();
+        (void)async.close();
+
+        std::printf("%zu frames, %s, %u ahead, %s", player.order.size(), options.pattern.c_str(),
+                    options.ahead, pixelFormatName(format));
+        std::printf(*pattern == PlayPattern::kRandom ? ", seed %u\n" : "\n", options.seed);
+        print("synchronous: ", synchronous);
+        print("asynchronous:", asynchronous);
+        const Overlap overlap = overlapOf(synchronous, asynchronous);
+        std::printf(
+            "overlap: of %.2f ms for reading and decoding a frame %.0f %% are hidden; the host's own work is "
+            "long enough for %.0f %%\n",
+            synchronous.perFrame(synchronous.waiting) * 1000.0, overlap.hidden * 100.0,
+            overlap.possible * 100.0);
+        if (!options.json.empty()) {
+            const nlohmann::ordered_json out = {
+                {"frames", player.order.size()},        {"ahead", options.ahead},
+                {"differing", player.differing.size()}, {"synchronous", toJson(synchronous)},
+                {"asynchronous", toJson(asynchronous)}, {"hidden", overlap.hidden},
+                {"possible", overlap.possible}};
+            writeText(options.json, out.dump(2) + "\n");
+        }
+        if (player.differing.empty()) {
+            std::printf("all frames are identical\n");
+            return kSuccess;
+        }
+        std::printf("%zu frames differ, the first is %u\n", player.differing.size(),
+                    player.differing.front());
+        return kBrokenRule;
+    };
+    return runHosted(global, work, light);
+}
+
+}  // namespace
+
+Command addAsyncCommand(CLI::App& app) {
+    auto options = std::make_shared<AsyncOptions>();
+    CLI::App* parser = app.add_subcommand(
+        "async", "Play a clip through the asynchronous importer and compare it with the synchronous one");
+    parser->add_option("FILE", options->file, "AVI file")->required();
+    parser->add_option("--ahead", options->ahead, "Frames announced ahead of the one that is collected")
+        ->capture_default_str()
+        ->check(CLI::Range(0, 1000));
+    parser->add_option("--pattern", options->pattern, "sequential, scrub, reverse or random")
+        ->capture_default_str();
+    parser->add_option("--range", options->range, "Frames: FIRST[:LAST[:STEP]] with LAST included, or all")
+        ->capture_default_str();
+    parser->add_option("--format", options->format, "Pixel format (default: the first offered)");
+    parser->add_option("--seed", options->seed, "Seed of the random pattern")->capture_default_str();
+    parser
+        ->add_option("--work-us", options->workMicros,
+                     "Microseconds that the host is busy with each frame it has got")
+        ->capture_default_str()
+        ->check(CLI::Range(0, 10'000'000));
+    parser
+        ->add_option(
+            "--decode-us", options->decodeMicros,
+            "Microseconds that the stand-in codec library takes for a frame at least; the maker's library "
+            "does not know this")
+        ->capture_default_str()
+        ->check(CLI::Range(0, 10'000'000));
+    parser->add_option("--json", options->json, "Write the measurements as JSON");
+    return {parser, [options](const GlobalOptions& global) { return runAsync(global, *options); }};
+}
+
+}  // namespace simhost::tool

@@ -1,0 +1,153 @@
+#include "tool/doctor/doctor_clip.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+#include "tool/shared/base/tool_error.h"
+#include "tool/shared/media/avi_facts.h"
+#include "tool/shared/media/media_facts.h"
+
+namespace simhost::tool {
+namespace {
+
+Check good(const char* name, const std::string& found) {
+    return {CheckState::kGood, name, found, ""};
+}
+
+// Why the plug-in refuses a file, as far as the file itself tells.
+Check refused(const std::string& path, const ToolError& error) {
+    Check out{CheckState::kBad, "clip", error.what(), "look at it with the diagnostic log on (--log)"};
+    const auto facts = readAviFacts(path);
+    if (!facts) {
+        out.found = "'" + path + "' cannot be read";
+        out.advice = "check the path, and whether another program holds the file";
+    } else if (!facts->usable) {
+        out.found = "'" + path + "' is no AVI file that can be used: " + firstLine(facts->problems);
+        out.advice = "the plug-in reads AVI files only; if this should be one, write or copy it anew";
+    } else if (const auto video =
+                   std::find_if(facts->streams.begin(), facts->streams.end(),
+                                [](const auto& s) { return s.kind == StreamFacts::Kind::kVideo; });
+               video == facts->streams.end()) {
+        out.found += "; it has no pictures";
+        out.advice = "the plug-in opens files with Orvantis pictures only";
+    } else {
+        out.found += "; its pictures are coded as '" + video->format + "'";
+        out.advice =
+            "if that is no Orvantis type, another importer of the host opens it; else update the codec";
+    }
+    return out;
+}
+
+void checkFrames(const Clip& clip, std::uint32_t frames, std::vector<Check>& out) {
+    const PixelFormats offered = clip.pixelFormats();
+    if (offered.formats.empty()) {
+        out.push_back({CheckState::kBad, "decoding", "the plug-in offers no pixel format",
+                       "update the Orvantis codec"});
+        return;
+    }
+    const std::uint32_t format = offered.formats.front();
+    std::vector<std::uint32_t> wanted = {0};
+    if (frames > 1) {
+        wanted.push_back(frames / 2);
+    }
+    for (const std::uint32_t index : wanted) {
+        const FrameAnswer answer = clip.getFrame(index, format);
+        const std::string frame = "frame " + std::to_string(index);
+        if (answer.frame) {
+            out.push_back(good("decoding", frame + " as " + pixelFormatName(format)));
+        } else {
+            out.push_back({CheckState::kBad, "decoding", frame + ": " + resultText(answer.result),
+                           "the clip is damaged there, or the codec is too old for it; the diagnostic log "
+                           "(--log) tells which"});
+        }
+    }
+}
+
+void checkPictures(const Clip& clip, const host::imFileInfoRec8& info, std::vector<Check>& out) {
+    if (info.hasVideo != 1) {
+        out.push_back({CheckState::kBad, "pictures", "the plug-in tells of none",
+                       "look at the clip with the diagnostic log on (--log)"});
+        return;
+    }
+    const std::uint32_t frames = frameCount(info);
+    char text[160];
+    (void)std::snprintf(text, sizeof text, "%d x %d, %s, %.3f frames a second, %u frames",
+                        static_cast<int>(byValue(info.vidInfo.imageWidth)),
+                        static_cast<int>(byValue(info.vidInfo.imageHeight)), codedType(info).c_str(),
+                        framesPerSecond(info), frames);
+    if (frames == 0) {
+        out.push_back({CheckState::kBad, "pictures", text,
+                       "the clip has no index: let the program that wrote it finish, or remux it"});
+        return;
+    }
+    out.push_back(good("pictures", text));
+    checkFrames(clip, frames, out);
+}
+
+// The first second of a stream, if it can be played.
+void checkStream(const Clip& clip, const host::imFileInfoRec8& info, std::size_t index,
+                 std::vector<Check>& out) {
+    const auto shape = soundShape(info);
+    if (!shape || shape->length == 0) {
+        return;
+    }
+    const std::string track = "track " + std::to_string(index + 1) + ": ";
+    const auto second = static_cast<std::uint32_t>(std::lround(std::clamp(shape->rate, 1.0, 1'000'000.0)));
+    const auto size = static_cast<std::uint32_t>(std::min<std::uint64_t>(shape->length, second));
+    const AudioAnswer answer = clip.importAudio(0, size, shape->channels);
+    if (answer.result != host::imNoErr) {
+        out.push_back({CheckState::kBad, "sound", track + resultText(answer.result),
+                       "the clip is damaged there; the diagnostic log (--log) tells more"});
+        return;
+    }
+    const bool silent = std::all_of(answer.channels.begin(), answer.channels.end(), [](const auto& samples) {
+        return std::all_of(samples.begin(), samples.end(), [](float sample) { return sample == 0.0F; });
+    });
+    out.push_back(good("sound", track + std::to_string(shape->channels) +
+                                    (shape->channels == 1 ? " channel at " : " channels at ") +
+                                    std::to_string(second) + " Hz, its beginning was read" +
+                                    (silent ? " and is silent" : "")));
+}
+
+void checkSound(const HostedRun& hosted, const std::string& path, Clip& first, std::vector<Check>& out) {
+    const auto unusable = unusableSounds(first.analysis(1 << 16).text);
+    const std::size_t before = out.size();
+    const std::size_t streams = first.walkStreams().size();
+    for (std::size_t i = 0; i < streams; ++i) {
+        Answer<host::imFileInfoRec8> info;
+        const auto clip = hosted.open(path, static_cast<std::int32_t>(i), info);
+        checkStream(*clip, info.record, i, out);
+    }
+    for (const UnusableSound& sound : unusable) {
+        out.push_back({CheckState::kWarning, "sound",
+                       "stream " + sound.stream + " of the file stays silent. " + sound.reason,
+                       "convert it to uncompressed PCM"});
+    }
+    if (out.size() == before) {
+        out.push_back(good("sound", "the clip has none"));
+    }
+}
+
+}  // namespace
+
+std::vector<Check> checkClip(const HostedRun& hosted, const std::string& clipUtf8) {
+    std::vector<Check> out;
+    try {
+        Answer<host::imFileInfoRec8> info;
+        const auto clip = hosted.open(clipUtf8, 0, info);
+        checkPictures(*clip, info.record, out);
+        checkSound(hosted, clipUtf8, *clip, out);
+    } catch (const ToolError& error) {
+        out.push_back(refused(clipUtf8, error));
+        return out;
+    }
+    if (const auto facts = readAviFacts(clipUtf8)) {
+        for (const std::string& warning : aviWarnings(*facts)) {
+            out.push_back({CheckState::kWarning, "clip", firstLine(warning), ""});
+        }
+    }
+    return out;
+}
+
+}  // namespace simhost::tool

@@ -1,0 +1,39 @@
+#include "tool/shared/base/number_text.h"
+
+#include <cmath>
+#include <cstddef>
+#include <cstdio>
+#include <iterator>
+
+namespace simhost::tool {
+
+std::string decimalText(double value, int digits) {
+    char text[400];  // the largest double has 309 digits
+    (void)std::snprintf(text, sizeof text, "%.*f", digits, value);
+    return text;
+}
+
+std::string bytesText(double bytes) {
+    constexpr const char* kUnits[] = {"bytes", "KiB", "MiB", "GiB", "TiB"};
+    std::size_t unit = 0;
+    while (bytes >= 1024 && unit + 1 < std::size(kUnits)) {
+        bytes /= 1024;
+        ++unit;
+    }
+    return decimalText(bytes, unit == 0 ? 0 : 1) + " " + kUnits[unit];
+}
+
+std::string timeText(double seconds) {
+    // Beyond this no clock helps, and no integer holds it.
+    constexpr double kMost = 1e9;
+    if (!std::isfinite(seconds) || seconds < 0 || seconds > kMost) {
+        return "unknown";
+    }
+    const auto milliseconds = static_cast<long long>(std::llround(seconds * 1000));
+    char text[48];
+    (void)std::snprintf(text, sizeof text, "%02lld:%02lld:%02lld.%03lld", milliseconds / 3'600'000,
+                        milliseconds / 60'000 % 60, milliseconds / 1000 % 60, milliseconds % 1000);
+    return text;
+}
+
+}  // namespace simhost::tool

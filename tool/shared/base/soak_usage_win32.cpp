@@ -1,0 +1,67 @@
+// clang-format off
+#include <windows.h>
+#include <psapi.h>
+// clang-format on
+
+#include "simhost/text.h"
+#include "tool/shared/base/soak_usage.h"
+
+namespace simhost::tool {
+namespace {
+
+// Values of handles are multiples of four, and the lowest free one is given out next.
+constexpr ULONG_PTR kHandleStep = 4;
+constexpr ULONG_PTR kLongestGap = 256;
+
+// Wine does not keep count for GetProcessHandleCount, and asking its server for the list of all handles can
+// crash it while programs start and end. So each value is tried, until a gap that no closed handles explain.
+std::uint64_t countTriedHandles() {
+    std::uint64_t count = 0;
+    ULONG_PTR gap = 0;
+    for (ULONG_PTR value = kHandleStep; gap < kLongestGap; value += kHandleStep) {
+        DWORD flags = 0;
+        if (GetHandleInformation(reinterpret_cast<HANDLE>(value), &flags)) {
+            ++count;
+            gap = 0;
+        } else {
+            ++gap;
+        }
+    }
+    return count;
+}
+
+}  // namespace
+
+ProcessUsage processUsage() {
+    ProcessUsage out;
+    DWORD handles = 0;
+    if (GetProcessHandleCount(GetCurrentProcess(), &handles)) {
+        out.handles = handles;
+    }
+    if (out.handles == 0) {
+        out.handles = countTriedHandles();
+    }
+    PROCESS_MEMORY_COUNTERS memory{};
+    if (GetProcessMemoryInfo(GetCurrentProcess(), &memory, sizeof memory)) {
+        out.privateBytes = memory.PagefileUsage;  // what the system has committed for this process
+        out.workingSet = memory.WorkingSetSize;
+    }
+    return out;
+}
+
+void setProcessEnvironment(const std::string& name, const std::string& valueUtf8) {
+    const std::u16string wideName = toUtf16(name);
+    const std::u16string wideValue = toUtf16(valueUtf8);
+    SetEnvironmentVariableW(reinterpret_cast<const wchar_t*>(wideName.c_str()),
+                            reinterpret_cast<const wchar_t*>(wideValue.c_str()));
+}
+
+std::uint32_t processNumber() noexcept {
+    return GetCurrentProcessId();
+}
+
+void loseHandle() {
+    (void)CreateEventW(nullptr, FALSE, FALSE, nullptr);
+}
+
+}  // namespace simhost::tool

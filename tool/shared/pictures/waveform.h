@@ -1,0 +1,31 @@
+// The picture of a sound: for each channel a strip with the range of samples in every column. Not
+// thread-safe.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "tool/shared/media/sample_ranges.h"
+#include "tool/shared/pictures/picture.h"
+
+namespace simhost::tool {
+
+class Waveform {
+ public:
+    /// `sampleFrames` in all, spread over `width` columns.
+    Waveform(std::uint32_t channels, std::uint64_t sampleFrames, std::int32_t width = 1200);
+
+    /// The next samples of a channel, in order.
+    void add(std::uint32_t channel, std::span<const float> samples);
+    /// 8 bits RGB. Full scale fills a strip; what goes beyond is cut and marked red. `labels` may be shorter
+    /// than the list of channels.
+    Picture render(std::span<const std::string> labels) const;
+
+ private:
+    std::int32_t m_width;
+    std::vector<SampleRanges> m_channels;
+};
+
+}  // namespace simhost::tool

@@ -1,5 +1,6 @@
-// The doctor's operating system for native builds, in the place of tool/shared/base/doctor_platform_win32.cpp. No
-// host is installed here; the loader's path is the variable of this system.
+// The doctor's operating system for native builds, in the place of
+// tool/shared/base/doctor_platform_win32.cpp. No host is installed here; the loader's path is the variable of
+// this system.
 #include "tool/shared/base/doctor_platform.h"
 
 #include <algorithm>

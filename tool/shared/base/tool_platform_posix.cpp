@@ -1,5 +1,5 @@
-// The tool's operating system for native builds, in the place of tool/shared/base/tool_platform_win32.cpp. The
-// log's switch and profile folder are the environment variables that the native log reads.
+// The tool's operating system for native builds, in the place of tool/shared/base/tool_platform_win32.cpp.
+// The log's switch and profile folder are the environment variables that the native log reads.
 #include "tool/shared/base/tool_platform.h"
 
 #include <sys/syscall.h>

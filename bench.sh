@@ -2,8 +2,14 @@
 # All benchmarks, from a fresh clone on Debian 12: installs packages, builds the native benchmarks and the Windows
 # plug-in, measures both, prints a table of ratios and writes docs/performance.md with its plot. Ends with one line that
 # counts the ratios reached. Needs about 1.5 GB of free memory; its files take 300 MB below build/ and go away again.
+#
+#   ./bench.sh            all of it, about 5 minutes once built; nothing else should run meanwhile
 set -eu
-cd "$(dirname "$0")"
+script="$(realpath "$0")"
+cd "$(dirname "$script")"
+. scripts/common.sh
+help_or_go_on "$@"
+[ $# -eq 0 ] || wrong_usage "bench.sh: unknown argument: $1"
 
 ORVANTIS_EXTRA_PACKAGES="libbenchmark-dev libavformat-dev pkg-config" scripts/install-packages.sh
 

@@ -5,8 +5,15 @@
 #   ./lint.sh format     only clang-format
 #   ./lint.sh plugin     the plug-in's own folders only
 set -eu
-cd "$(dirname "$0")"
+script="$(realpath "$0")"
+cd "$(dirname "$script")"
+. scripts/common.sh
+help_or_go_on "$@"
 what="${1:-all}"
+case "$what" in
+    all | format | plugin) ;;
+    *) wrong_usage "lint.sh: unknown argument: $what" ;;
+esac
 scripts/install-packages.sh
 
 echo "== clang-format"

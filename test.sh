@@ -8,9 +8,18 @@
 #   ./test.sh tsan         only the concurrency tests under ThreadSanitizer
 #   ./test.sh packaging    the installer and the archive: made, installed, upgraded, removed, built twice to the same bytes
 #   ./test.sh clang        the Windows build by the second compiler, under Wine
+#
+# Everything takes about 9 minutes on 2 cores once the packages are there, packaging 2 minutes more.
 set -eu
-cd "$(dirname "$0")"
+script="$(realpath "$0")"
+cd "$(dirname "$script")"
+. scripts/common.sh
+help_or_go_on "$@"
 what="${1:-all}"
+case "$what" in
+    all | windows | asan | tsan | packaging | clang) ;;
+    *) wrong_usage "test.sh: unknown argument: $what" ;;
+esac
 jobs="$(nproc)"
 # Programs under Wine wait for its server half of the time.
 wine_jobs="$((jobs * 2))"
@@ -26,11 +35,9 @@ failed=0
 # build NAME PRESET TARGET: configures and builds one preset.
 build() {
     name="$1"; preset="$2"; target="$3"
-    begun="$(date +%s)"
     cmake --preset "$preset" >"$results/$name-configure.log" 2>&1 || { cat "$results/$name-configure.log"; return 1; }
-    cmake --build --preset "$preset" -j "$jobs" --target "$target" >"$results/$name-build.log" 2>&1 || {
-        tail -n 60 "$results/$name-build.log"; return 1; }
-    echo "== $name: built in $(($(date +%s) - begun)) s"
+    build_with_progress "$results/$name-build.log" "$name: build (up to 5 minutes when nothing is cached)" \
+        cmake --build --preset "$preset" -j "$jobs" --target "$target" || return 1
 }
 
 # check NAME PRESET CTEST-ARGUMENTS...: runs the tests of a preset; a failure does not stop the others.
@@ -84,7 +91,6 @@ case "$what" in
     # They take turns on one Wine system, beside two more builds: on a busy machine a program there may fail to start.
     packaging) wine_jobs="$jobs"; run packaging windows-mingw all -L packaging --repeat until-pass:2 ;;
     clang) run clang windows-clang all $windows_tests ;;
-    *) sed -n '5,10s/^# *//p' "$0" >&2; exit 2 ;;
 esac
 
 # One line for people and for CI: the tests of all builds. A CTest test that is a GoogleTest program counts as the tests in it.

@@ -5,14 +5,17 @@
 #   scripts/check-reproducible.sh                  two builds of the last commit
 #   scripts/check-reproducible.sh --against FILE   one build of the working tree, compared with a plug-in made earlier
 set -eu
+script="$(realpath "$0")"
+. "$(dirname "$script")/common.sh"
+help_or_go_on "$@"
 preset=windows-mingw
 against=""
 case "${1:-}" in
     "") ;;
     --against) against="$(realpath "${2:?--against needs a file}")" ;;
-    *) sed -n '2,7s/^# \{0,1\}//p' "$0" >&2; exit 2 ;;
+    *) wrong_usage "check-reproducible.sh: unknown argument: $1" ;;
 esac
-cd "$(dirname "$0")/.."
+cd "$(dirname "$script")/.."
 
 commit="$(git rev-parse HEAD)"
 work="$(mktemp -d)"

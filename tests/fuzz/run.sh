@@ -6,19 +6,29 @@
 #     run.sh --merge    takes what the corpora have gained into tests/fuzz/corpus, minimised
 set -eu
 
-here=$(cd "$(dirname "$0")" && pwd)
+script=$(realpath "$0")
+here=$(dirname "$script")
 root=$(cd "$here/../.." && pwd)
+. "$root/scripts/common.sh"
+help_or_go_on "$@"
 build=${FUZZ_BUILD:-$root/build/linux-fuzz}
 work=${FUZZ_WORK:-$root/build/fuzz}
 all="parse_fuzzer session_fuzzer stream_format_fuzzer frame_rate_fuzzer"
 
-if [ $# -lt 1 ]; then
-    echo "usage: run.sh MINUTES [target...] | run.sh --merge [target...]" >&2
-    exit 2
-fi
+[ $# -ge 1 ] || wrong_usage "run.sh: for how many minutes?"
 minutes=$1
 shift
+case $minutes in
+    --merge) ;;
+    *[!0-9]*) wrong_usage "run.sh: no number of minutes: $minutes" ;;
+esac
 targets=${*:-$all}
+for target in $targets; do
+    case " $all " in
+        *" $target "*) ;;
+        *) wrong_usage "run.sh: unknown target: $target" ;;
+    esac
+done
 
 # No input has to be longer to reach everything; short ones run faster.
 max_len() {

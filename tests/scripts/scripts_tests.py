@@ -1,0 +1,199 @@
+"""What the scripts do before and around their work: which files they replace, what they say, what they refuse.
+
+Each test copies the scripts into a folder of its own and puts stand-ins for the programs that they start first on the
+path. A stand-in writes its name and arguments into a list of calls.
+"""
+
+import os
+import pathlib
+import shutil
+import stat
+import subprocess
+import tempfile
+import unittest
+
+SOURCE = pathlib.Path(os.environ["ORVANTIS_SOURCE_DIR"])
+SCRIPTS = ["demo.sh", "test.sh", "bench.sh", "lint.sh", "tests/fuzz/run.sh", "scripts/check-reproducible.sh",
+           "scripts/install-packages.sh"]
+
+RECORD = '#!/bin/sh\necho "$(basename "$0") $*" >>"$CALLS"\n'
+# Prints what ninja prints, so that the progress can be seen.
+CMAKE = RECORD + """
+case "$*" in
+    *--build*) i=1; while [ $i -le 100 ]; do echo "[$i/100] Building thing $i"; i=$((i + 1)); done ;;
+esac
+exit ${CMAKE_EXIT:-0}
+"""
+FFMPEG = RECORD + 'for last in "$@"; do :; done\necho made >"$last"\n'
+HOST = RECORD + """
+case "$2" in
+    info) printf 'file: %s\\nframes: 2\\n' "$3" ;;
+    report) shift 3; echo page >"$2/page.html" ;;
+esac
+"""
+
+
+class Folder(unittest.TestCase):
+    """A copy of the scripts with stand-ins on the path."""
+
+    def setUp(self):
+        self.root = pathlib.Path(tempfile.mkdtemp())
+        self.addCleanup(shutil.rmtree, self.root)
+        for script in SCRIPTS + ["scripts/common.sh"]:
+            target = self.root / script
+            target.parent.mkdir(parents=True, exist_ok=True)
+            shutil.copy(SOURCE / script, target)
+        self.bin = self.root / "stand-ins"
+        self.bin.mkdir()
+        self.calls = self.root / "calls"
+        self.calls.write_text("")
+        self.program("cmake", CMAKE)
+        self.program("ffmpeg", FFMPEG)
+        self.program("dpkg-query", RECORD + 'echo "install ok installed"\n')
+        for name in ("apt-get", "ctest", "clang-format", "run-clang-tidy", "cppcheck", "git", "sudo"):
+            self.program(name, RECORD)
+        (self.root / "build/windows-mingw").mkdir(parents=True)
+        self.program("wine-run", HOST, self.root / "build/windows-mingw")
+
+    def program(self, name, text, folder=None):
+        path = (folder or self.bin) / name
+        path.write_text(text)
+        path.chmod(path.stat().st_mode | stat.S_IXUSR)
+
+    def run_script(self, script, *arguments, **environment):
+        return subprocess.run([self.root / script, *arguments], cwd=self.root, capture_output=True, text=True,
+                              stdin=subprocess.DEVNULL, env={
+                                  "PATH": f"{self.bin}:/usr/bin:/bin", "HOME": str(self.root),
+                                  "CALLS": str(self.calls), **environment})
+
+    def called(self):
+        return self.calls.read_text()
+
+
+class Usage(Folder):
+    def test_help_prints_the_usage_and_does_nothing_else(self):
+        for script in SCRIPTS:
+            for word in ("--help", "-h"):
+                with self.subTest(script=script, word=word):
+                    run = self.run_script(script, word)
+                    self.assertEqual(run.returncode, 0, run.stderr)
+                    self.assertIn(pathlib.Path(script).name, run.stdout)
+                    self.assertEqual(self.called(), "")
+
+    def test_an_argument_that_means_nothing_is_named_and_nothing_is_done(self):
+        for script in SCRIPTS:
+            if script == "demo.sh":
+                continue
+            with self.subTest(script=script):
+                run = self.run_script(script, "WRONG")
+                self.assertEqual(run.returncode, 2)
+                self.assertIn("WRONG", run.stderr)
+                self.assertEqual(self.called(), "")
+
+
+class Packages(Folder):
+    def missing(self, name):
+        self.program("dpkg-query", f'#!/bin/sh\nfor last in "$@"; do :; done\n'
+                                   f'[ "$last" = {name} ] || echo "install ok installed"\n')
+
+    def test_without_root_and_sudo_the_user_is_told_what_to_install(self):
+        self.missing("nsis")
+        self.program("id", "#!/bin/sh\necho 1000\n")
+        (self.bin / "sudo").unlink()
+        # Nothing but the stand-ins and what the script itself needs.
+        for name in ("sh", "sed", "grep", "dirname", "realpath", "cat"):
+            os.symlink(shutil.which(name), self.bin / name)
+        run = self.run_script("scripts/install-packages.sh", PATH=str(self.bin))
+        self.assertEqual(run.returncode, 1)
+        self.assertIn("apt-get install --no-install-recommends nsis", run.stderr)
+        self.assertNotIn("apt-get", self.called())
+
+    def test_says_how_much_there_is_to_fetch_before_fetching_it(self):
+        self.missing("nsis")
+        self.program("apt-get", RECORD + """
+case "$*" in *--assume-no*) echo "Need to get 3,141 kB of archives."; exit 1 ;; esac
+""")
+        run = self.run_script("scripts/install-packages.sh")
+        self.assertEqual(run.returncode, 0, run.stderr)
+        self.assertIn("3,141 kB to fetch", run.stdout)
+        self.assertIn("install -y -qq --no-install-recommends nsis", self.called())
+
+
+class Demo(Folder):
+    def setUp(self):
+        super().setUp()
+        self.out = self.root / "demo-out"
+
+    def test_makes_four_clips_and_replaces_its_own_results(self):
+        for _ in range(2):
+            run = self.run_script("demo.sh")
+            self.assertEqual(run.returncode, 0, run.stderr)
+            self.assertEqual({path.name for path in self.out.iterdir()},
+                             {"clips", "rgb-8bit", "rgba-8bit", "yuv422-10bit", "yuv422-8bit"})
+            # Of an earlier run nothing stays that this one did not make.
+            self.assertFalse((self.out / "rgb-8bit/old").exists())
+            (self.out / "rgb-8bit/old").write_text("old")
+
+    def test_a_clip_among_the_demo_clips_is_shown_and_stays(self):
+        clip = self.out / "clips/rgb-8bit.avi"
+        clip.parent.mkdir(parents=True)
+        clip.write_bytes(b"the clip")
+        run = self.run_script("demo.sh", "demo-out/clips/rgb-8bit.avi")
+        self.assertEqual(run.returncode, 0, run.stderr)
+        self.assertEqual(clip.read_bytes(), b"the clip")
+        self.assertTrue((self.out / "rgb-8bit/page.html").exists())
+
+    def test_a_mistyped_name_costs_nothing(self):
+        self.assertEqual(self.run_script("demo.sh").returncode, 0)
+        before = sorted(path for path in self.out.rglob("*"))
+        self.calls.write_text("")
+        run = self.run_script("demo.sh", "clip-that-is-not-there.avi")
+        self.assertEqual(run.returncode, 1)
+        self.assertIn("there is no file clip-that-is-not-there.avi", run.stderr)
+        self.assertEqual(sorted(path for path in self.out.rglob("*")), before)
+        self.assertEqual(self.called(), "")
+
+    def test_a_folder_is_no_clip(self):
+        run = self.run_script("demo.sh", "scripts")
+        self.assertEqual(run.returncode, 1)
+        self.assertIn("is no file", run.stderr)
+        self.assertEqual(self.called(), "")
+
+    def test_a_folder_of_the_user_in_the_way_is_left_alone(self):
+        clip = self.root / "mine.avi"
+        clip.write_bytes(b"the clip")
+        mine = self.out / "mine/holiday.txt"
+        mine.parent.mkdir(parents=True)
+        mine.write_text("mine")
+        run = self.run_script("demo.sh", "mine.avi")
+        self.assertEqual(run.returncode, 1)
+        self.assertIn("would replace", run.stderr)
+        self.assertEqual(mine.read_text(), "mine")
+        self.assertEqual(self.called(), "")
+
+    def test_a_clip_in_the_folder_that_its_results_replace_is_left_alone(self):
+        (self.root / "mine.avi").write_bytes(b"the clip")
+        self.assertEqual(self.run_script("demo.sh", "mine.avi").returncode, 0)
+        clip = self.out / "mine/mine.avi"
+        shutil.move(self.root / "mine.avi", clip)
+        run = self.run_script("demo.sh", "demo-out/mine/mine.avi")
+        self.assertEqual(run.returncode, 1)
+        self.assertIn("lies in the folder", run.stderr)
+        self.assertEqual(clip.read_bytes(), b"the clip")
+
+    def test_tells_how_far_the_build_is(self):
+        run = self.run_script("demo.sh")
+        self.assertIn("   demo: 50 of 100 steps\n", run.stdout)
+        self.assertEqual(len((self.root / "build/demo-build.log").read_text().splitlines()), 100)
+
+    def test_a_failed_build_shows_the_end_of_its_log_and_keeps_the_last_results(self):
+        self.assertEqual(self.run_script("demo.sh").returncode, 0)
+        self.program("cmake", CMAKE.replace("exit ${CMAKE_EXIT:-0}", 'case "$*" in *--build*) exit 7 ;; esac'))
+        run = self.run_script("demo.sh")
+        self.assertEqual(run.returncode, 7)
+        self.assertIn("[100/100] Building thing 100", run.stdout)
+        self.assertTrue((self.out / "rgb-8bit/page.html").exists())
+
+
+if __name__ == "__main__":
+    unittest.main()

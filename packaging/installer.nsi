@@ -8,15 +8,18 @@
 ;   HAVE_TOOL    when STAGE holds importer_host.exe
 ;
 ; Command line of the installer (upper or lower case):
+;   /?                    lists these options and installs nothing
 ;   /S                    no windows, no questions
 ;   /D=folder             the plug-in's own folder; must come last, without quotation marks even with blanks
 ;   /LOG=1, /LOG=0        diagnostic log of the plug-in on or off for this account; without it the switch stays as it is
-;   /TOOL=1, /TOOL=0      with or without importer_host.exe; without it as before, and on a first installation not
+;   /TOOL=1, /TOOL=0      with or without importer_host.exe; without it as before, and on a first installation with it
 ;   /REQUIRECODEC         refuse to install when the codec library cannot be found
 ;   /SETUPLOG=file        where setup writes what it did (default: %TEMP%\ImporterOrvantis-setup.log)
 ; of the uninstaller:
-;   /S, /SETUPLOG=file    the same (default: %TEMP%\ImporterOrvantis-uninstall.log)
-;   /PURGE                also remove the log switch and the log files of this account
+;   /?, /S, /SETUPLOG=file    the same (default: %TEMP%\ImporterOrvantis-uninstall.log)
+;   /PURGE                also remove the log switch and the log files of this account; without it, the log is
+;                         switched off only if setup has switched it on
+;   /UPGRADE              another setup goes on from here: the log switch stays as it is
 ; Exit codes of both:
 ;   0  done (a codec library that was not found is reported in setup's log and, with windows, by a message)
 ;   1  cancelled by the user
@@ -47,6 +50,8 @@ AllowSkipFiles off      ; a plug-in without one of its files is not an installat
 !define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\ImporterOrvantis"
 !define SWITCH_KEY "Software\Orvantis"
 !define SWITCH_VALUE "EnableAdobeLog"
+!define SWITCHED_BY_SETUP "SwitchedOnBySetup"   ; beside the switch, so that it belongs to the same account
+!define MENU "$SMPROGRAMS\Orvantis importer"
 
 !define EXIT_FAILED 2
 !define EXIT_IN_USE 3
@@ -81,14 +86,28 @@ Var LogCheckbox
 ; Pages
 
 !define MUI_ABORTWARNING
+!define MUI_ICON "artwork/setup.ico"
+!define MUI_UNICON "artwork/setup.ico"
+!define MUI_WELCOMEFINISHPAGE_BITMAP "artwork/welcome.bmp"
+!define MUI_UNWELCOMEFINISHPAGE_BITMAP "artwork/welcome.bmp"
+!define MUI_HEADERIMAGE
+!define MUI_HEADERIMAGE_RIGHT
+!define MUI_HEADERIMAGE_BITMAP "artwork/header.bmp"
 !define MUI_WELCOMEPAGE_TEXT "This installs the importer plug-in for AVI files coded with the Orvantis lossless codec.$\r$\n$\r$\nClose Premiere Pro, After Effects and Media Encoder before you go on.$\r$\n$\r$\nThe codec itself is a separate product and is not part of this package."
 !insertmacro MUI_PAGE_WELCOME
+!insertmacro MUI_PAGE_LICENSE "${STAGE}/LICENSE.txt"
 !insertmacro MUI_PAGE_COMPONENTS
 !define MUI_DIRECTORYPAGE_TEXT_TOP "Setup proposes the folder in which the host looks for importers. Change it only if your host uses another one. The plug-in gets a folder $\"Orvantis$\" of its own there."
 !insertmacro MUI_PAGE_DIRECTORY
 Page custom showOptions leaveOptions
 !insertmacro MUI_PAGE_INSTFILES
 !define MUI_FINISHPAGE_TEXT "The plug-in is in$\r$\n$INSTDIR$\r$\n$\r$\n$CodecText"
+!ifdef HAVE_TOOL
+    !define MUI_FINISHPAGE_RUN
+    !define MUI_FINISHPAGE_RUN_TEXT "&Check this computer: will the host find everything?"
+    !define MUI_FINISHPAGE_RUN_FUNCTION checkComputer
+    !define MUI_PAGE_CUSTOMFUNCTION_SHOW showFinish
+!endif
 !insertmacro MUI_PAGE_FINISH
 
 !insertmacro MUI_UNPAGE_CONFIRM
@@ -389,15 +408,21 @@ FunctionEnd
 ; ---------------------------------------------------------------------------------------------------------------------
 ; What is installed
 
-InstType "Plug-in"
 !ifdef HAVE_TOOL
     InstType "Plug-in and diagnostic tool"
 !endif
+InstType "Plug-in only"
 
 Section "Importer plug-in" sectionPlugin
     SectionIn RO
     Push $0
     Push $1
+
+    Push $2
+    Push $3
+    Push $4
+    Push $5
+    Push $6
 
     Push $INSTDIR
     Call waitForHost
@@ -414,7 +439,7 @@ Section "Importer plug-in" sectionPlugin
         ${Log} "Removing version $1 from $0"
         InitPluginsDir
         CopyFiles /SILENT "$0\uninstall.exe" "$PLUGINSDIR\uninstall-old.exe"
-        ExecWait '"$PLUGINSDIR\uninstall-old.exe" /S /SETUPLOG="$PLUGINSDIR\uninstall-old.log" _?=$0' $1
+        ExecWait '"$PLUGINSDIR\uninstall-old.exe" /S /UPGRADE /SETUPLOG="$PLUGINSDIR\uninstall-old.log" _?=$0' $1
         ${If} $1 != 0
             ${Log} "The older version could not be removed (code $1)."
             SetErrorLevel ${EXIT_FAILED}
@@ -452,6 +477,11 @@ Section "Importer plug-in" sectionPlugin
     WriteRegStr HKLM "${UNINSTALL_KEY}" "DisplayVersion" "${VERSION}"
     WriteRegStr HKLM "${UNINSTALL_KEY}" "Publisher" "Orvantis Importer Developers"
     WriteRegStr HKLM "${UNINSTALL_KEY}" "DisplayIcon" "$INSTDIR\uninstall.exe"
+    WriteRegStr HKLM "${UNINSTALL_KEY}" "Readme" "$INSTDIR\README.txt"
+    WriteRegStr HKLM "${UNINSTALL_KEY}" "HelpLink" "file:///$INSTDIR\README.txt"
+    WriteRegStr HKLM "${UNINSTALL_KEY}" "URLUpdateInfo" "file:///$INSTDIR\CHANGELOG.txt"
+    ${GetTime} "" "L" $0 $1 $2 $3 $4 $5 $6      ; day, month, year
+    WriteRegStr HKLM "${UNINSTALL_KEY}" "InstallDate" "$2$1$0"
     WriteRegStr HKLM "${UNINSTALL_KEY}" "InstallLocation" "$INSTDIR"
     WriteRegStr HKLM "${UNINSTALL_KEY}" "UninstallString" '"$INSTDIR\uninstall.exe"'
     WriteRegStr HKLM "${UNINSTALL_KEY}" "QuietUninstallString" '"$INSTDIR\uninstall.exe" /S'
@@ -468,16 +498,28 @@ Section "Importer plug-in" sectionPlugin
         SetErrorLevel ${EXIT_FAILED}
         Abort "Cannot write the uninstall information"
     ${EndIf}
+    SetShellVarContext all
+    CreateDirectory "${MENU}"
+    CreateShortcut "${MENU}\Read me.lnk" "$INSTDIR\README.txt"
     ${Log} "Installed version ${VERSION} in $INSTDIR"
+    Pop $6
+    Pop $5
+    Pop $4
+    Pop $3
+    Pop $2
     Pop $1
     Pop $0
 SectionEnd
 
 !ifdef HAVE_TOOL
-Section /o "Diagnostic tool" sectionTool
-    SectionIn 2
+Section "Diagnostic tool" sectionTool
+    SectionIn 1
     SetOutPath "$INSTDIR"
     File "${STAGE}/${TOOL}"
+    ; Through the command interpreter, whose window stays open when the tool has answered.
+    SetShellVarContext all
+    CreateShortcut "${MENU}\Check this computer.lnk" "$SYSDIR\cmd.exe" '/k ""$INSTDIR\${TOOL}" doctor"' \
+        "$INSTDIR\uninstall.exe" 0 SW_SHOWNORMAL "" "Will the host find the importer and its codec?"
     ${Log} "Installed ${TOOL}"
 SectionEnd
 !endif
@@ -490,11 +532,20 @@ Section "-finish"
         ${IfNot} ${SectionIsSelected} ${sectionTool}
         ${AndIf} ${FileExists} "$INSTDIR\${TOOL}"
             Delete "$INSTDIR\${TOOL}"
+            SetShellVarContext all
+            Delete "${MENU}\Check this computer.lnk"
             ${Log} "Removed ${TOOL}"
         ${EndIf}
     !endif
     ${If} $LogSwitch != ""
+        ReadRegDWORD $0 HKCU "${SWITCH_KEY}" "${SWITCH_VALUE}"
+        ClearErrors
         WriteRegDWORD HKCU "${SWITCH_KEY}" "${SWITCH_VALUE}" $LogSwitch
+        ${If} $LogSwitch == 0
+            DeleteRegValue HKCU "${SWITCH_KEY}" "${SWITCHED_BY_SETUP}"
+        ${ElseIf} $0 = 0
+            WriteRegDWORD HKCU "${SWITCH_KEY}" "${SWITCHED_BY_SETUP}" 1    ; what setup switched on, removal switches off
+        ${EndIf}
         ${If} $LogSwitch == 1
             ${Log} "Diagnostic log: switched on for this account"
         ${Else}
@@ -535,6 +586,38 @@ Function refuseArguments
     Quit
 FunctionEnd
 
+!macro OptionsFunction un text
+; Answers /? on the command line with the list of options, and ends setup.
+Function ${un}answerHelp
+    Push $0
+    ClearErrors
+    ${GetOptions} $Arguments "/?" $0
+    ${IfNot} ${Errors}
+        ${Log} "${text}"
+        MessageBox MB_OK|MB_ICONINFORMATION "${text}" /SD IDOK
+        SetErrorLevel 0
+        Quit
+    ${EndIf}
+    ClearErrors
+    Pop $0
+FunctionEnd
+!macroend
+!insertmacro OptionsFunction "" "Options of setup:$\r$\n/S   no windows, no questions$\r$\n/D=folder   the plug-in's own folder; last, without quotation marks$\r$\n/LOG=1, /LOG=0   diagnostic log on or off for this account$\r$\n/TOOL=1, /TOOL=0   with or without ${TOOL}$\r$\n/REQUIRECODEC   install only when the codec library is found$\r$\n/SETUPLOG=file   where setup writes what it did$\r$\n/?   this list; nothing is installed"
+
+!ifdef HAVE_TOOL
+; The check is offered only to those who installed the tool for it.
+Function showFinish
+    ${IfNot} ${SectionIsSelected} ${sectionTool}
+        SendMessage $mui.FinishPage.Run ${BM_SETCHECK} ${BST_UNCHECKED} 0
+        ShowWindow $mui.FinishPage.Run ${SW_HIDE}
+    ${EndIf}
+FunctionEnd
+
+Function checkComputer
+    Exec '"$SYSDIR\cmd.exe" /k ""$INSTDIR\${TOOL}" doctor"'
+FunctionEnd
+!endif
+
 Function .onInit
     SetRegView 64
     Push $0
@@ -548,6 +631,7 @@ Function .onInit
         StrCpy $SetupLog "$TEMP\ImporterOrvantis-setup.log"
     ${EndIf}
     Call startSetupLog
+    Call answerHelp
 
     StrCpy $LogSwitch ""
     ClearErrors
@@ -585,9 +669,10 @@ Function .onInit
     ClearErrors
     ${GetOptions} $Arguments "/TOOL=" $0
     ${If} ${Errors}
-        StrCpy $0 "0"
-        ${If} ${FileExists} "$INSTDIR\${TOOL}"
-            StrCpy $0 "1"
+        StrCpy $0 "1"
+        ${If} ${FileExists} "$INSTDIR\${PLUGIN}"
+        ${AndIfNot} ${FileExists} "$INSTDIR\${TOOL}"
+            StrCpy $0 "0"
         ${EndIf}
     ${ElseIf} $0 S!= "0"
     ${AndIf} $0 S!= "1"
@@ -595,9 +680,9 @@ Function .onInit
         Call refuseArguments
     ${EndIf}
     !ifdef HAVE_TOOL
-        ${If} $0 == "1"
+        ${If} $0 == "0"
             SetCurInstType 1
-            !insertmacro SelectSection ${sectionTool}
+            !insertmacro UnselectSection ${sectionTool}
         ${EndIf}
     !endif
 
@@ -670,6 +755,24 @@ FunctionEnd
 ; ---------------------------------------------------------------------------------------------------------------------
 ; Removal: exactly what was installed. The user's log switch and logs stay unless asked for.
 
+; The log that setup has switched on for this account goes off with the plug-in. Not when a newer version takes over.
+Function un.switchLogOff
+    Push $0
+    ClearErrors
+    ${GetOptions} $Arguments "/UPGRADE" $0
+    ${If} ${Errors}
+        ReadRegDWORD $0 HKCU "${SWITCH_KEY}" "${SWITCHED_BY_SETUP}"
+        ${If} $0 = 1
+            DeleteRegValue HKCU "${SWITCH_KEY}" "${SWITCH_VALUE}"
+            DeleteRegValue HKCU "${SWITCH_KEY}" "${SWITCHED_BY_SETUP}"
+            DeleteRegKey /ifempty HKCU "${SWITCH_KEY}"
+            ${Log} "Diagnostic log: switched off for this account, as setup had switched it on"
+        ${EndIf}
+    ${EndIf}
+    ClearErrors
+    Pop $0
+FunctionEnd
+
 Section "un.Importer plug-in" unsectionPlugin
     SectionIn RO
     Push $INSTDIR
@@ -688,13 +791,20 @@ Section "un.Importer plug-in" unsectionPlugin
     Delete "$INSTDIR\LICENSE.txt"
     Delete "$INSTDIR\THIRD_PARTY_NOTICES.txt"
     Delete "$INSTDIR\uninstall.exe"
+    SetShellVarContext all
+    Delete "${MENU}\Read me.lnk"
+    Delete "${MENU}\Check this computer.lnk"
+    RMDir "${MENU}"
+    SetShellVarContext current
     RMDir "$INSTDIR"        ; stays when somebody else's file is in it
     DeleteRegKey HKLM "${UNINSTALL_KEY}"
+    Call un.switchLogOff
     ${Log} "Removed from $INSTDIR"
 SectionEnd
 
 Section /o "un.Log switch and logs" unsectionPurge
     DeleteRegValue HKCU "${SWITCH_KEY}" "${SWITCH_VALUE}"
+    DeleteRegValue HKCU "${SWITCH_KEY}" "${SWITCHED_BY_SETUP}"
     DeleteRegKey /ifempty HKCU "${SWITCH_KEY}"
     Delete "$PROFILE\orvantis\adobe\orvantis_pr_importer_*.log"
     RMDir "$PROFILE\orvantis\adobe"
@@ -707,6 +817,8 @@ SectionEnd
     !insertmacro MUI_DESCRIPTION_TEXT ${unsectionPurge} "HKEY_CURRENT_USER\${SWITCH_KEY}, value ${SWITCH_VALUE}, and the logs in the folder orvantis\adobe of the user profile."
 !insertmacro MUI_UNFUNCTION_DESCRIPTION_END
 
+!insertmacro OptionsFunction "un." "Options of removal:$\r$\n/S   no windows, no questions$\r$\n/PURGE   also remove the log switch and the log files of this account$\r$\n/SETUPLOG=file   where it writes what it did$\r$\n/?   this list; nothing is removed"
+
 Function un.onInit
     SetRegView 64
     Push $0
@@ -718,6 +830,7 @@ Function un.onInit
         StrCpy $SetupLog "$TEMP\ImporterOrvantis-uninstall.log"
     ${EndIf}
     Call un.startSetupLog
+    Call un.answerHelp
     ClearErrors
     ${GetOptions} $Arguments "/PURGE" $0
     ${IfNot} ${Errors}

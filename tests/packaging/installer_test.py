@@ -1,6 +1,7 @@
 r"""The installer and its uninstaller, run silently on a Windows system of their own (Wine). Setup's own log, its exit code,
 and the files and keys on the system are what a test looks at. C:\t is each test's folder."""
 
+import datetime
 import json
 import os
 import pathlib
@@ -18,7 +19,8 @@ OWN_FOLDER = r"C:\t\MediaCore\Orvantis"
 USUAL_FOLDER = r"C:\Program Files\Adobe\Common\Plug-ins\7.0\MediaCore\Orvantis"
 LOG = r"C:\t\setup.log"
 LOAD_PLUGIN = os.environ["ORVANTIS_LOAD_PLUGIN"]
-INSTALLED = sorted([settings.PLUGIN, "uninstall.exe", *settings.TEXTS])
+WITHOUT_TOOL = sorted([settings.PLUGIN, "uninstall.exe", *settings.TEXTS])
+INSTALLED = sorted([*WITHOUT_TOOL, settings.TOOL])
 RELEASED = {name.removeprefix(settings.TOP): data for name, data in package_test.read_zip(settings.PACKAGE).items()}
 CODEC = settings.BUILD_DIR / "standin" / settings.CODEC
 
@@ -80,8 +82,8 @@ class InstallerTest(unittest.TestCase):
         self.assertIsNone(self.files(folder))
         self.assertFalse(wine.key_exists(wine.UNINSTALL_KEY))
 
-    def assertInstalled(self, folder, extra=()):
-        self.assertEqual(self.files(folder), sorted([*INSTALLED, *extra]))
+    def assertInstalled(self, folder, tool=True):
+        self.assertEqual(self.files(folder), INSTALLED if tool else WITHOUT_TOOL)
         for name in [settings.PLUGIN, *settings.TEXTS]:
             self.assertEqual((wine.native(folder) / name).read_bytes(), RELEASED[name], name)
         self.assertEqual(wine.registry(wine.UNINSTALL_KEY, "InstallLocation"), ("REG_SZ", folder))
@@ -98,10 +100,17 @@ class InstallTest(InstallerTest):
             "UninstallString": ("REG_SZ", rf'"{OWN_FOLDER}\uninstall.exe"'),
             "QuietUninstallString": ("REG_SZ", rf'"{OWN_FOLDER}\uninstall.exe" /S'),
             "DisplayIcon": ("REG_SZ", rf"{OWN_FOLDER}\uninstall.exe"),
+            "Readme": ("REG_SZ", rf"{OWN_FOLDER}\README.txt"),
+            "HelpLink": ("REG_SZ", rf"file:///{OWN_FOLDER}\README.txt"),
+            "URLUpdateInfo": ("REG_SZ", rf"file:///{OWN_FOLDER}\CHANGELOG.txt"),
             "NoModify": ("REG_DWORD", "0x1"),
             "NoRepair": ("REG_DWORD", "0x1"),
         }
         self.assertEqual({name: wine.registry(wine.UNINSTALL_KEY, name) for name in expected}, expected)
+        kind, date = wine.registry(wine.UNINSTALL_KEY, "InstallDate")
+        self.assertEqual(kind, "REG_SZ")
+        installed = datetime.datetime.strptime(date, "%Y%m%d")
+        self.assertLess(abs(datetime.datetime.now() - installed), datetime.timedelta(days=2))
         total = sum(path.stat().st_size for path in wine.native(OWN_FOLDER).iterdir())
         kind, size = wine.registry(wine.UNINSTALL_KEY, "EstimatedSize")
         self.assertEqual(kind, "REG_DWORD")
@@ -111,6 +120,12 @@ class InstallTest(InstallerTest):
     def test_log_switch_stays_untouched_unless_asked_for(self):
         self.install(folder=OWN_FOLDER)
         self.assertFalse(wine.key_exists(wine.SWITCH_KEY))
+
+    def test_options_are_listed_and_nothing_is_installed(self):
+        self.install("/?", folder=OWN_FOLDER)
+        self.assertNothingInstalled()
+        for option in ("/S", "/D=folder", "/LOG=1, /LOG=0", "/TOOL=1, /TOOL=0", "/REQUIRECODEC", "/SETUPLOG=file"):
+            self.assertIn(option, self.log())
 
     def test_folder_with_blanks(self):
         folder = r"C:\t\Video plug-ins\Media Core\Orvantis"
@@ -362,19 +377,19 @@ class UpgradeTest(InstallerTest):
         self.install(folder=OWN_FOLDER, setup=self.setup_of_version("0.0.9"))
         self.assertEqual(wine.registry(wine.UNINSTALL_KEY, "DisplayVersion"), ("REG_SZ", "0.0.9"))
         self.install(folder=OWN_FOLDER)
-        self.assertInstalled(OWN_FOLDER)
+        self.assertInstalled(OWN_FOLDER, tool=False)
         self.assertEqual(wine.registry(wine.UNINSTALL_KEY, "DisplayVersion"), ("REG_SZ", settings.VERSION))
         self.assertIn("Replacing version 0.0.9", self.log())
 
     def test_a_folder_that_was_chosen_is_kept(self):
         self.install(folder=OWN_FOLDER, setup=self.setup_of_version("0.0.9"))
         self.install()
-        self.assertInstalled(OWN_FOLDER)
+        self.assertInstalled(OWN_FOLDER, tool=False)
         self.assertIsNone(self.files(USUAL_FOLDER))
 
     def test_a_host_that_moved_takes_the_plugin_along(self):
         self.install(setup=self.setup_of_version("0.0.9"))
-        self.assertEqual(self.files(USUAL_FOLDER), INSTALLED)
+        self.assertEqual(self.files(USUAL_FOLDER), WITHOUT_TOOL)
         wine.set_registry(r"HKLM\SOFTWARE\Adobe\Premiere Pro\25.0", "CommonPluginInstallPath", r"C:\t\MediaCore")
         self.install()
         self.assertInstalled(OWN_FOLDER)
@@ -399,15 +414,36 @@ class UpgradeTest(InstallerTest):
 
 
 class RemovalTest(InstallerTest):
-    def test_everything_goes_and_the_log_switch_stays(self):
+    def test_a_log_that_the_user_switched_on_stays_on(self):
+        wine.set_registry(wine.SWITCH_KEY, "EnableAdobeLog", "1", "REG_DWORD")
+        self.install("/LOG=1", folder=OWN_FOLDER)
+        self.uninstall(OWN_FOLDER)
+        self.assertEqual(wine.registry(wine.SWITCH_KEY, "EnableAdobeLog"), ("REG_DWORD", "0x1"))
+
+    def test_a_log_that_setup_switched_on_and_off_again_leaves_the_users_switch_alone(self):
+        self.install("/LOG=1", folder=OWN_FOLDER)
+        self.install("/LOG=0", folder=OWN_FOLDER)
+        wine.set_registry(wine.SWITCH_KEY, "EnableAdobeLog", "1", "REG_DWORD")
+        self.uninstall(OWN_FOLDER)
+        self.assertEqual(wine.registry(wine.SWITCH_KEY, "EnableAdobeLog"), ("REG_DWORD", "0x1"))
+
+    def test_options_are_listed_and_nothing_is_removed(self):
+        self.install(folder=OWN_FOLDER)
+        self.uninstall(OWN_FOLDER, "/?")
+        self.assertInstalled(OWN_FOLDER)
+        for option in ("/S", "/PURGE", "/SETUPLOG=file"):
+            self.assertIn(option, self.log())
+
+    def test_everything_goes_with_the_log_that_setup_switched_on_and_the_log_files_stay(self):
         self.install("/LOG=1", folder=OWN_FOLDER)
         log = wine.profile() / "orvantis/adobe/orvantis_pr_importer_20260101_000000_00.log"
         log.parent.mkdir(parents=True)
         log.write_text("Log opened\n")
         self.uninstall(OWN_FOLDER)
         self.assertNothingInstalled()
-        self.assertEqual(wine.registry(wine.SWITCH_KEY, "EnableAdobeLog"), ("REG_DWORD", "0x1"))
+        self.assertFalse(wine.key_exists(wine.SWITCH_KEY))
         self.assertTrue(log.exists())
+        self.assertFalse(wine.start_menu().exists())
 
     def test_purging_takes_the_log_switch_and_the_logs_and_nothing_else(self):
         self.install("/LOG=1", folder=OWN_FOLDER)
@@ -481,20 +517,28 @@ class LoadTest(InstallerTest):
 
 
 class ToolTest(InstallerTest):
-    def test_not_on_a_first_installation(self):
+    CHECK = "Check this computer.lnk"
+
+    def test_comes_with_a_first_installation_and_its_menu_entry(self):
         self.install(folder=OWN_FOLDER)
         self.assertInstalled(OWN_FOLDER)
-
-    def test_when_asked_for_and_kept_by_the_next_installation(self):
-        self.install("/TOOL=1", folder=OWN_FOLDER)
-        self.assertInstalled(OWN_FOLDER, [settings.TOOL])
         self.assertEqual((wine.native(OWN_FOLDER) / settings.TOOL).read_bytes(), RELEASED[settings.TOOL])
-        self.install()
-        self.assertInstalled(OWN_FOLDER, [settings.TOOL])
+        self.assertEqual(sorted(path.name for path in wine.start_menu().iterdir()), [self.CHECK, "Read me.lnk"])
+        shortcut = (wine.start_menu() / self.CHECK).read_bytes()
+        command = rf'/k ""{OWN_FOLDER}\{settings.TOOL}" doctor"'
+        self.assertIn(command.encode("utf-16-le"), shortcut)
 
-    def test_goes_when_it_is_asked_away(self):
-        self.install("/TOOL=1", folder=OWN_FOLDER)
+    def test_asked_away_stays_away_and_its_menu_entry_with_it(self):
+        self.install(folder=OWN_FOLDER)
         self.install("/TOOL=0", folder=OWN_FOLDER)
+        self.assertInstalled(OWN_FOLDER, tool=False)
+        self.assertEqual([path.name for path in wine.start_menu().iterdir()], ["Read me.lnk"])
+        self.install()
+        self.assertInstalled(OWN_FOLDER, tool=False)
+
+    def test_comes_back_when_asked_for(self):
+        self.install("/TOOL=0", folder=OWN_FOLDER)
+        self.install("/TOOL=1")
         self.assertInstalled(OWN_FOLDER)
 
     def test_goes_with_the_removal(self):

@@ -77,10 +77,16 @@ def profile():
     return folders[0]
 
 
+def start_menu():
+    """The folder of the product in every account's start menu."""
+    return DRIVE / "ProgramData/Microsoft/Windows/Start Menu/Programs/Orvantis importer"
+
+
 def clean():
     """A system on which neither host nor codec nor plug-in was ever installed."""
     delete_keys(UNINSTALL_KEY, HOST_KEY, SWITCH_KEY)
-    for folder in (DRIVE / "t", DRIVE / "Program Files" / "Adobe", profile() / "orvantis"):
+    for folder in (DRIVE / "t", DRIVE / "Program Files" / "Adobe", profile() / "orvantis",
+                   start_menu()):
         shutil.rmtree(folder, ignore_errors=True)
     for folder in ("windows/system32", "windows"):
         (DRIVE / folder / "orvantis_common64.dll").unlink(missing_ok=True)

@@ -6,15 +6,12 @@
 #pragma once
 
 #include "host/entry_points.h"
+#include "host/layout_checks.h"
 #include "host/records_video.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <type_traits>
-
-#define ORVANTIS_HOST_FIELD(record, field, offset, bytes) \
-    static_assert(offsetof(record, field) == (offset) &&  \
-                  sizeof(record::field) == (bytes)) /* NOLINT(bugprone-sizeof-expression): pointers too */
 
 namespace host {
 
@@ -57,5 +54,3 @@ static_assert(offsetof(aiAsyncRequest, inSourceRec) + offsetof(imSourceVideoRec,
 static_assert(offsetof(aiAsyncRequest, inSourceRec) + offsetof(imSourceVideoRec, inNumFrameFormats) == 40);
 
 }  // namespace host
-
-#undef ORVANTIS_HOST_FIELD

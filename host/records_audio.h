@@ -6,14 +6,11 @@
 #pragma once
 
 #include "host/basic_types.h"
+#include "host/layout_checks.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <type_traits>
-
-#define ORVANTIS_HOST_FIELD(record, field, offset, bytes) \
-    static_assert(offsetof(record, field) == (offset) &&  \
-                  sizeof(record::field) == (bytes)) /* NOLINT(bugprone-sizeof-expression): pointers too */
 
 namespace host {
 
@@ -52,5 +49,3 @@ static_assert(std::is_standard_layout_v<imGetAudioChannelLayoutRec> &&
 #pragma pack(pop)
 
 }  // namespace host
-
-#undef ORVANTIS_HOST_FIELD

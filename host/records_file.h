@@ -6,14 +6,11 @@
 #pragma once
 
 #include "host/basic_types.h"
+#include "host/layout_checks.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <type_traits>
-
-#define ORVANTIS_HOST_FIELD(record, field, offset, bytes) \
-    static_assert(offsetof(record, field) == (offset) &&  \
-                  sizeof(record::field) == (bytes)) /* NOLINT(bugprone-sizeof-expression): pointers too */
 
 namespace host {
 
@@ -239,5 +236,3 @@ static_assert(offsetof(imFileInfoRec8, audInfo) + offsetof(imAudioInfoRec7, samp
 #pragma pack(pop)
 
 }  // namespace host
-
-#undef ORVANTIS_HOST_FIELD

@@ -6,16 +6,11 @@
 #pragma once
 
 #include "host/basic_types.h"
+#include "host/layout_checks.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <type_traits>
-
-#define ORVANTIS_HOST_FIELD(record, field, offset, bytes) \
-    static_assert(offsetof(record, field) == (offset) &&  \
-                  sizeof(record::field) == (bytes)) /* NOLINT(bugprone-sizeof-expression): pointers too */
-#define ORVANTIS_HOST_SLOT(table, name, slot) \
-    static_assert(offsetof(table, name) == (slot) * sizeof(void*) && sizeof(table::name) == sizeof(void*))
 
 namespace host {
 
@@ -129,6 +124,3 @@ static_assert(std::is_standard_layout_v<imStdParms> && std::is_trivially_copyabl
 #pragma pack(pop)
 
 }  // namespace host
-
-#undef ORVANTIS_HOST_FIELD
-#undef ORVANTIS_HOST_SLOT

@@ -6,12 +6,10 @@
 #pragma once
 
 #include "host/basic_types.h"
+#include "host/layout_checks.h"
 
 #include <cstddef>
 #include <cstdint>
-
-#define ORVANTIS_HOST_SLOT(table, name, slot) \
-    static_assert(offsetof(table, name) == (slot) * sizeof(void*) && sizeof(table::name) == sizeof(void*))
 
 namespace host {
 
@@ -180,5 +178,3 @@ ORVANTIS_HOST_SLOT(AudioSuite, UninterleaveAndConvertFrom32BitInteger, 7);
 static_assert(sizeof(AudioSuite) == 8 * sizeof(void*));
 
 }  // namespace host
-
-#undef ORVANTIS_HOST_SLOT

@@ -1,4 +1,4 @@
-// The seventeen coded video types: what a file can hold.
+// The coded video types: what a file can hold.
 //
 // Called by: the stream format reader, the payload layout and the conversions. Read-only tables; any thread.
 

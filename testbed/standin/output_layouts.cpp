@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include "video/orvantis_common64.h"
+#include "video/orvantis_type_codes.h"
 
 namespace orvantis::standin {
 namespace {

@@ -4,7 +4,7 @@
 #include <bit>
 #include <cstring>
 
-#include "video/orvantis_common64.h"
+#include "video/orvantis_type_codes.h"
 
 namespace orvantis::standin {
 namespace {

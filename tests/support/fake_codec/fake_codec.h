@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "video/orvantis_common64.h"
+#include "video/orvantis_type_codes.h"
 
 namespace fakecodec {
 

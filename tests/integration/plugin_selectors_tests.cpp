@@ -12,11 +12,14 @@
 #include "host/suites.h"
 #include "tests/integration/plugin_clip_test.h"
 #include "tests/integration/plugin_records.h"
+#include "tests/support/format_lists.h"
 
 namespace {
 
 using simhost::Service;
 using testing::ElementsAre;
+
+const std::size_t kSubTypes = formatlists::codedTypes().size();
 
 constexpr std::uint8_t kPattern = 0xA7;
 
@@ -74,10 +77,11 @@ TEST_F(PluginSelectors, InitAsksTheHostTheSameWhetherTheLogIsOnOrOff) {
     start();
     ASSERT_EQ(importer().init().result, host::imNoErr);
     ASSERT_EQ(importer().shutdown(), host::imNoErr);
-    // 17 rows are asked for their origin, then 72 formats for three things each.
-    EXPECT_EQ(host().calls(Service::kFormatIsOriginTopLeft), 17U + 72U);
-    EXPECT_EQ(host().calls(Service::kFormatIsCompressed), 72U);
-    EXPECT_EQ(host().calls(Service::kFormatHasAlpha), 72U);
+    // The delivered formats are asked for their origin, then all formats for three things each.
+    const std::size_t all = formatlists::hostFormats().size();
+    EXPECT_EQ(host().calls(Service::kFormatIsOriginTopLeft), formatlists::deliveredFormats().size() + all);
+    EXPECT_EQ(host().calls(Service::kFormatIsCompressed), all);
+    EXPECT_EQ(host().calls(Service::kFormatHasAlpha), all);
 }
 
 TEST_F(PluginSelectors, SecondInitAcquiresTheErrorSuiteAnewAndThenReleasesTheFirst) {
@@ -176,40 +180,18 @@ TEST_F(PluginSelectors, SubTypesAreOneBlockOf516BytesEach) {
     void* block = nullptr;
     ASSERT_EQ(importer().callWithNumber(host::imGetSubTypeNames, host::kFileTypeAviv, &block), host::imNoErr);
     // The host tells the number of entries from the block's size.
-    ASSERT_EQ(host().blockSize(block), 17U * 516U);
+    ASSERT_EQ(host().blockSize(block), kSubTypes * 516U);
     EXPECT_EQ(host().calls(Service::kNewPtr), 1U);
 
-    struct Row {
-        const char* code;  // as it is read; the first character lies in the highest byte
-        std::string name;
-    };
-    const std::vector<Row> rows = {
-        {"O8RA", "Orvantis 8-bit RGBA"},
-        {"O8RG", "Orvantis 8-bit RGB"},
-        {"O8YA", "Orvantis 8-bit YUVA 4:4:4:4"},
-        {"O8Y4", "Orvantis 8-bit YUV 4:4:4"},
-        {"O8Y2", "Orvantis 8-bit YUV 4:2:2"},
-        {"O8Y0", "Orvantis 8-bit YUV 4:2:0"},
-        {"O8G0", "Orvantis 8-bit YUV 4:0:0 greyscale"},
-        {"O0RA", "Orvantis 10-bit RGBA"},
-        {"O0RG", "Orvantis 10-bit RGB"},
-        {"O0Y4", "Orvantis 10-bit YUV 4:4:4"},
-        {"O0Y2", "Orvantis 10-bit YUV 4:2:2"},
-        {"O0Y0", "Orvantis 10-bit YUV 4:2:0"},
-        {"O0G0", "Orvantis 10-bit YUV 4:0:0 greyscale"},
-        {"O2RA", "Orvantis 12-bit RGBA"},
-        {"O2RG", "Orvantis 12-bit RGB"},
-        {"O4RA", "Orvantis 14-bit RGBA"},
-        {"O4RG", "Orvantis 14-bit RGB"},
-    };
     std::string expected;
-    for (const Row& row : rows) {
+    for (const formatlists::CodedType& type : formatlists::codedTypes()) {
+        const std::string name = type.name;
         std::string entry(516, '\0');
-        for (std::size_t i = 0; i < 4; ++i) entry[i] = row.code[3 - i];
-        for (std::size_t i = 0; i < row.name.size(); ++i) entry[4 + 2 * i] = row.name[i];
+        for (std::size_t i = 0; i < 4; ++i) entry[i] = type.tag[3 - i];
+        for (std::size_t i = 0; i < name.size(); ++i) entry[4 + 2 * i] = name[i];
         expected += entry;  // and zeros behind the name, so that nothing of the host's memory is passed on
     }
-    EXPECT_TRUE(std::string_view(static_cast<const char*>(block), 17 * 516) == expected);
+    EXPECT_TRUE(std::string_view(static_cast<const char*>(block), kSubTypes * 516) == expected);
     EXPECT_TRUE(host().freeBlock(block));
 }
 
@@ -218,9 +200,9 @@ TEST_F(PluginSelectors, EveryFileTypeHasTheSameSubTypes) {
     start();
     const simhost::SubTypeNames known = importer().getSubTypeNames(host::kFileTypeAviv);
     const simhost::SubTypeNames zero = importer().getSubTypeNames(0);
-    ASSERT_EQ(known.names.size(), 17U);
-    ASSERT_EQ(zero.names.size(), 17U);
-    for (std::size_t i = 0; i < 17; ++i) {
+    ASSERT_EQ(known.names.size(), kSubTypes);
+    ASSERT_EQ(zero.names.size(), kSubTypes);
+    for (std::size_t i = 0; i < kSubTypes; ++i) {
         EXPECT_EQ(known.names[i].code, zero.names[i].code);
         EXPECT_EQ(known.names[i].nameUtf8, zero.names[i].nameUtf8);
     }
@@ -243,7 +225,7 @@ filetype: AVIV
 FATAL: Unhandled exception during [imGetSubTypeNames] (54): std::bad_alloc
 )");
     // The next request is served.
-    EXPECT_EQ(importer().getSubTypeNames(host::kFileTypeAviv).names.size(), 17U);
+    EXPECT_EQ(importer().getSubTypeNames(host::kFileTypeAviv).names.size(), kSubTypes);
 }
 
 TEST_F(PluginSelectors, WhatIsNotInTheTableIsUnsupportedAndAsksNothingOfTheHost) {

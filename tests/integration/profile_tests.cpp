@@ -12,6 +12,7 @@
 #include "simhost/session.h"
 #include "simhost/text.h"
 #include "tests/integration/plugin_clip_test.h"
+#include "tests/support/format_lists.h"
 
 namespace {
 
@@ -38,28 +39,24 @@ class Profiles : public ClipTest {
         return out;
     }
 
-    // Coded type, and bytes of a 16 x 4 picture.
-    struct Type {
-        const char* tag;
-        std::uint32_t frameBytes;
-    };
-    static constexpr Type kTypes[] = {
-        {"O8RA", 256}, {"O8RG", 192}, {"O8YA", 256}, {"O8Y4", 192}, {"O8Y2", 128}, {"O8Y0", 96},
-        {"O8G0", 64},  {"O0RA", 512}, {"O0RG", 384}, {"O0Y4", 384}, {"O0Y2", 256}, {"O0Y0", 192},
-        {"O0G0", 128}, {"O2RA", 512}, {"O2RG", 384}, {"O4RA", 512}, {"O4RG", 384},
-    };
+    using Type = formatlists::CodedType;
+    static const std::vector<Type>& types() { return formatlists::codedTypes(); }
+    static const Type& type(const std::string& tag) {
+        return *std::ranges::find_if(types(), [&](const Type& row) { return row.tag == tag; });
+    }
     /// A clip of this type whose samples are all different, and in range whatever their size.
     std::string placeClipOf(const Type& type, std::uint32_t rate, std::uint32_t scale) {
         AviBuilder avi;
         avi.addStream(orvantis::test::videoStream(type.tag, 16, 4, rate, scale));
         avi.addStream(orvantis::test::pcmStream(2, 8000, 16))
             .addStream(orvantis::test::pcmStream(1, 8000, 24));
+        const auto frameBytes = static_cast<std::uint32_t>(type.payloadBytes(16, 4));
         for (std::uint32_t frame = 0; frame < 8; ++frame) {
-            orvantis::test::Bytes picture(type.frameBytes);
-            for (std::uint32_t i = 0; i < type.frameBytes; ++i) {
+            orvantis::test::Bytes picture(frameBytes);
+            for (std::uint32_t i = 0; i < frameBytes; ++i) {
                 const std::uint32_t value = 37 * i + 11 * frame;
                 // The high byte of a 16-bit sample: 10 bits at least.
-                const bool high = type.tag[1] != '8' && i % 2 == 1;
+                const bool high = type.bits > 8 && i % 2 == 1;
                 picture[i] = static_cast<std::uint8_t>(high ? value % 4 : value);
             }
             avi.addChunk(0, picture)
@@ -76,7 +73,7 @@ class Profiles : public ClipTest {
 };
 
 TEST_F(Profiles, EveryCompleteHostSeesAndHearsTheSameOfEveryCodedType) {
-    for (const Type& type : kTypes) {
+    for (const Type& type : types()) {
         const std::string path = placeClipOf(type, 25, 1);
         const auto reference = run(simhost::defaultProfile(), path);
         ASSERT_GT(reference.frames, 8U) << type.tag;
@@ -98,16 +95,16 @@ TEST_F(Profiles, EveryCompleteHostSeesAndHearsTheSameOfEveryCodedType) {
 
 TEST_F(Profiles, TheHashesTellDifferentClipsApart) {
     std::set<std::uint64_t> pictures;
-    for (const Type& type : kTypes)
+    for (const Type& type : types())
         pictures.insert(run(simhost::defaultProfile(), placeClipOf(type, 25, 1)).pictureHash);
-    EXPECT_EQ(pictures.size(), std::size(kTypes));
+    EXPECT_EQ(pictures.size(), types().size());
 }
 
 TEST_F(Profiles, RatesThatDivideNeitherClockAreServedOnBoth) {
     // 90000 / (30000 / 1001) = 3003 ticks a frame; 24000 / 1001 takes 3753.75.
     for (const auto& [rate, scale] :
          {std::pair<std::uint32_t, std::uint32_t>{30000, 1001}, {24000, 1001}, {25, 1}}) {
-        const std::string path = placeClipOf(kTypes[4], rate, scale);
+        const std::string path = placeClipOf(type("O8Y2"), rate, scale);
         const auto reference = run(simhost::defaultProfile(), path);
         const auto slow = run(*simhost::findProfile("ticks-90000"), path);
         EXPECT_EQ(slow.text(), reference.text()) << rate;
@@ -116,7 +113,7 @@ TEST_F(Profiles, RatesThatDivideNeitherClockAreServedOnBoth) {
 }
 
 TEST_F(Profiles, AnIncompleteHostGetsAllThatItCanHave) {
-    const std::string path = placeClipOf(kTypes[4], 25, 1);
+    const std::string path = placeClipOf(type("O8Y2"), 25, 1);
     const auto reference = run(simhost::defaultProfile(), path);
     struct Case {
         const char* profile;
@@ -141,7 +138,7 @@ TEST_F(Profiles, AnIncompleteHostGetsAllThatItCanHave) {
 }
 
 TEST_F(Profiles, AClockTooCoarseForFramesFindsNone) {
-    const auto results = resultsOf(run(*simhost::findProfile("ticks-1"), placeClipOf(kTypes[4], 25, 1)));
+    const auto results = resultsOf(run(*simhost::findProfile("ticks-1"), placeClipOf(type("O8Y2"), 25, 1)));
     EXPECT_EQ(results.at("imGetInfo8"),
               (std::set<std::int32_t>{host::imIterateStreams, host::imBadStreamIndex}));
     EXPECT_EQ(results.at("imGetSourceVideo"), (std::set<std::int32_t>{host::imFrameNotFound}));
@@ -150,13 +147,13 @@ TEST_F(Profiles, AClockTooCoarseForFramesFindsNone) {
 
 TEST_F(Profiles, WithoutTheTimeSuiteNothingIsDescribed) {
     const auto results =
-        resultsOf(run(*simhost::findProfile("no-time-suite"), placeClipOf(kTypes[4], 25, 1)));
+        resultsOf(run(*simhost::findProfile("no-time-suite"), placeClipOf(type("O8Y2"), 25, 1)));
     EXPECT_EQ(results.at("imGetInfo8"), (std::set<std::int32_t>{99}));
 }
 
 TEST_F(Profiles, WithoutTheImageSuiteThePluginDoesNotStart) {
     const auto results =
-        resultsOf(run(*simhost::findProfile("no-image-suite"), placeClipOf(kTypes[4], 25, 1)));
+        resultsOf(run(*simhost::findProfile("no-image-suite"), placeClipOf(type("O8Y2"), 25, 1)));
     EXPECT_EQ(results.at("imInit"), (std::set<std::int32_t>{99}));
 }
 

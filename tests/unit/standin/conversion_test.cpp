@@ -98,7 +98,7 @@ TEST_P(EveryCodedType, IsDeliveredInItsOwnFamilyOfLayoutsOnly) {
 // Words above the depth come from a damaged payload; they must not spill into their neighbours.
 TEST_P(EveryCodedType, TakesWordsAboveItsDepthForTheLargestSample) {
     const TestType& type = GetParam();
-    const std::vector<std::uint8_t> tooLarge(payloadBytes(type, 7, 3), 0xFF);
+    const std::vector<std::uint8_t> tooLarge(type.payloadBytes(7, 3), 0xFF);
     std::vector<std::uint8_t> largest = tooLarge;
     if (type.bits > 8) {
         for (std::size_t i = 1; i < largest.size(); i += 2) {

@@ -19,26 +19,7 @@
 namespace orvantis::standin::test {
 
 const std::vector<TestType>& allTypes() {
-    static const std::vector<TestType> types = {
-        {102, "O8RA", "gbrap", Model::kRgb, true, 1, 1, 8},
-        {101, "O8RG", "gbrp", Model::kRgb, false, 1, 1, 8},
-        {106, "O8YA", "yuva444p", Model::kYuv, true, 1, 1, 8},
-        {103, "O8Y4", "yuv444p", Model::kYuv, false, 1, 1, 8},
-        {104, "O8Y2", "yuv422p", Model::kYuv, false, 2, 1, 8},
-        {105, "O8Y0", "yuv420p", Model::kYuv, false, 2, 2, 8},
-        {107, "O8G0", "gray", Model::kGrey, false, 1, 1, 8},
-        {110, "O0RA", "gbrap10le", Model::kRgb, true, 1, 1, 10},
-        {109, "O0RG", "gbrp10le", Model::kRgb, false, 1, 1, 10},
-        {118, "O0Y4", "yuv444p10le", Model::kYuv, false, 1, 1, 10},
-        {108, "O0Y2", "yuv422p10le", Model::kYuv, false, 2, 1, 10},
-        {123, "O0Y0", "yuv420p10le", Model::kYuv, false, 2, 2, 10},
-        {115, "O0G0", "gray10le", Model::kGrey, false, 1, 1, 10},
-        {112, "O2RA", "gbrap12le", Model::kRgb, true, 1, 1, 12},
-        {111, "O2RG", "gbrp12le", Model::kRgb, false, 1, 1, 12},
-        {114, "O4RA", nullptr, Model::kRgb, true, 1, 1, 14},
-        {113, "O4RG", "gbrp14le", Model::kRgb, false, 1, 1, 14},
-    };
-    return types;
+    return formatlists::codedTypes();
 }
 
 const TestType& testType(const std::string& tag) {
@@ -73,25 +54,11 @@ std::vector<std::uint8_t> formatData(const std::string& tag, std::int32_t width,
     return bytes;
 }
 
-std::size_t payloadBytes(const TestType& type, std::uint32_t width, std::uint32_t height) {
-    const std::size_t full = std::size_t{width} * height;
-    const std::size_t chromaWidth = width / type.chromaStepX + (width % type.chromaStepX != 0);
-    const std::size_t chromaHeight = height / type.chromaStepY + (height % type.chromaStepY != 0);
-    std::size_t samples = full;
-    if (type.model != Model::kGrey) {
-        samples += 2 * chromaWidth * chromaHeight;
-    }
-    if (type.alpha) {
-        samples += full;
-    }
-    return samples * (type.bits == 8 ? 1 : 2);
-}
-
 std::vector<std::uint8_t> randomPayload(const TestType& type, std::uint32_t width, std::uint32_t height,
                                         std::uint32_t seed, std::uint32_t margin) {
     std::mt19937 random(seed);
     const std::uint32_t values = (1U << type.bits) - 2 * margin;
-    std::vector<std::uint8_t> bytes(payloadBytes(type, width, height));
+    std::vector<std::uint8_t> bytes(type.payloadBytes(width, height));
     const std::size_t step = type.bits == 8 ? 1 : 2;
     for (std::size_t i = 0; i < bytes.size(); i += step) {
         const std::uint32_t sample = margin + random() % values;

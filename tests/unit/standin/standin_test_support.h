@@ -6,32 +6,18 @@
 #include <cstdint>
 #include <filesystem>
 #include <map>
-#include <ostream>
 #include <string>
 #include <vector>
 
 #include "standin/environment.h"
 #include "standin/library.h"
+#include "tests/support/format_lists.h"
 #include "video/orvantis_common64.h"
 
 namespace orvantis::standin::test {
 
-enum class Model { kRgb, kYuv, kGrey };
-
-struct TestType {
-    std::uint32_t code;
-    const char* tag;
-    const char* ffmpegFormat;  // null where ffmpeg has no such pixel format
-    Model model;
-    bool alpha;
-    unsigned chromaStepX;  // luma samples per chroma sample
-    unsigned chromaStepY;
-    unsigned bits;
-};
-
-inline void PrintTo(const TestType& type, std::ostream* out) {
-    *out << type.tag;
-}
+using formatlists::Model;
+using TestType = formatlists::CodedType;
 
 // Names parameterised tests by their type.
 struct TagOfParam {
@@ -41,16 +27,13 @@ struct TagOfParam {
     }
 };
 
-// The seventeen coded types, in the order in which a file announces them.
+// All coded types, in the order in which a file announces them.
 const std::vector<TestType>& allTypes();
 const TestType& testType(const std::string& tag);
 
 // A BITMAPINFOHEADER with `extraBytes` behind it.
 std::vector<std::uint8_t> formatData(const std::string& tag, std::int32_t width, std::int32_t height,
                                      std::size_t extraBytes = 0);
-
-// Bytes that a picture of the type takes.
-std::size_t payloadBytes(const TestType& type, std::uint32_t width, std::uint32_t height);
 
 // Samples of the type's depth, all values equally likely, the same for the same seed. `margin` keeps them
 // that far from both ends.

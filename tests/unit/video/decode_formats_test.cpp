@@ -9,6 +9,7 @@
 
 #include "diag/log.h"
 #include "tests/support/fake_codec/fake_codec.h"
+#include "tests/support/format_lists.h"
 #include "tests/unit/video/fake_host.h"
 #include "video/format_tables.h"
 #include "video/orvantis_error.h"
@@ -19,14 +20,16 @@ namespace {
 using fakecodec::Call;
 using fakecodec::FakeCodec;
 using fakecodec::Function;
+using formatlists::Family;
 using test::FakeHost;
 
 constexpr std::array<std::uint8_t, 40> kFormat{40};
 
 using Codes = std::vector<std::string>;
 
-const Codes kAllCodes{"yuy2", "yuy3", "uyvy", "uyv7", "vuya", "VUYA", "vuyx", "vux7", "bgra",
-                      "argb", "bgrx", "xrgb", "v210", "v211", "RGB1", "Bgra", "Bgrx"};
+const std::size_t kRows = formatlists::deliveredFormats().size();
+
+const Codes kAllCodes = formatlists::deliveredCodes({Family::kRgb, Family::kYuv422, Family::kYuv444});
 
 class DecodeFormats : public testing::Test {
  protected:
@@ -99,10 +102,10 @@ TEST_F(DecodeFormats, NothingAcceptedIsAnEmptyList) {
 TEST_F(DecodeFormats, AsksEveryRowInOrderThenTheCodedTypeInASessionOfItsOwn) {
     build();
     const std::vector<Call> calls = library.calls();
-    ASSERT_EQ(calls.size(), 2U + 17U + 1U + 2U);
+    ASSERT_EQ(calls.size(), 2U + kRows + 1U + 2U);
     EXPECT_EQ(calls[0].function, Function::LibraryInit);
     EXPECT_EQ(calls[1].function, Function::Open);
-    for (std::size_t i = 0; i < 17; ++i) {
+    for (std::size_t i = 0; i < kRows; ++i) {
         const Call& call = calls[2 + i];
         const FormatInfo& row = FormatInfos()[i];
         SCOPED_TRACE(row.name);
@@ -114,11 +117,11 @@ TEST_F(DecodeFormats, AsksEveryRowInOrderThenTheCodedTypeInASessionOfItsOwn) {
         EXPECT_EQ(call.output->type, row.orvType);
         EXPECT_EQ(call.output->colorSpace, row.colorSpace);
     }
-    EXPECT_EQ(calls[19].function, Function::DecompressQuery);
-    EXPECT_FALSE(calls[19].output.has_value());
-    EXPECT_EQ(calls[20].function, Function::Close);
-    EXPECT_EQ(calls[20].handle, calls[1].handle);
-    EXPECT_EQ(calls[21].function, Function::LibraryClose);
+    EXPECT_EQ(calls[kRows + 2].function, Function::DecompressQuery);
+    EXPECT_FALSE(calls[kRows + 2].output.has_value());
+    EXPECT_EQ(calls[kRows + 3].function, Function::Close);
+    EXPECT_EQ(calls[kRows + 3].handle, calls[1].handle);
+    EXPECT_EQ(calls[kRows + 4].function, Function::LibraryClose);
 }
 
 TEST_F(DecodeFormats, RefusedRowsCostNoErrorTexts) {
@@ -140,7 +143,7 @@ TEST_F(DecodeFormats, UnknownCodedTypeThrowsAndClosesTheSession) {
 
 TEST_F(DecodeFormats, EachFailingCallThrowsOrLeavesItsRowOut) {
     library.coded.type = 102;
-    for (int call = 1; call <= 17; ++call) {
+    for (int call = 1; call <= static_cast<int>(kRows); ++call) {
         library.forgetCalls();
         library.stopFailing();
         library.failCall(Function::DecompressQuery, call, 8);
@@ -150,7 +153,7 @@ TEST_F(DecodeFormats, EachFailingCallThrowsOrLeavesItsRowOut) {
     }
     library.forgetCalls();
     library.stopFailing();
-    library.failCall(Function::DecompressQuery, 18, 8);
+    library.failCall(Function::DecompressQuery, static_cast<int>(kRows) + 1, 8);
     EXPECT_THROW(build(), OrvantisError);
     EXPECT_EQ(library.openSessions(), 0);
 

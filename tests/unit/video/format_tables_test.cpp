@@ -6,12 +6,14 @@
 #include <atomic>
 #include <cstdint>
 #include <set>
+#include <span>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "tests/support/captured_log.h"
 #include "tests/support/fake_codec/fake_codec.h"
+#include "tests/support/format_lists.h"
 #include "tests/unit/video/fake_host.h"
 
 namespace orvantis {
@@ -21,94 +23,35 @@ using fakecodec::FakeCodec;
 using test::FakeHost;
 
 // The value of four characters in memory order, as the host's pixel formats have them.
-std::uint32_t format(const char* code) {
-    std::uint32_t value = 0;
-    for (int i = 3; i >= 0; --i) value = value << 8 | static_cast<unsigned char>(code[i]);
-    return value;
+const auto format = formatlists::formatValue;
+
+// The value of four characters as a sub-type has them: the first in the highest byte.
+std::uint32_t subTypeValue(const char* tag) {
+    const char backwards[]{tag[3], tag[2], tag[1], tag[0], 0};
+    return format(backwards);
 }
 
 std::string asText(std::u16string_view text) {
     return {text.begin(), text.end()};
 }
 
-struct SubTypeRow {
-    std::uint32_t subType;
-    const char* name;
-    std::uint32_t type;
-    std::uint32_t h;
-    std::uint32_t v;
-    std::uint32_t model;
-    std::vector<std::string> preferred;
-};
+const std::vector<formatlists::CodedType>& kSubTypes = formatlists::codedTypes();
+const std::span<const formatlists::DeliveredFormat> kFormats = formatlists::deliveredFormats();
 
-const std::vector<SubTypeRow> kSubTypes{
-    // clang-format off
-    {0x4F385241, "Orvantis 8-bit RGBA",                 102, 1, 1, 1, {}},                                // O8RA
-    {0x4F385247, "Orvantis 8-bit RGB",                  101, 1, 1, 0, {}},                                // O8RG
-    {0x4F385941, "Orvantis 8-bit YUVA 4:4:4:4",         106, 1, 1, 3, {"vuya", "VUYA"}},                  // O8YA
-    {0x4F385934, "Orvantis 8-bit YUV 4:4:4",            103, 1, 1, 2, {"vuyx", "vux7"}},                  // O8Y4
-    {0x4F385932, "Orvantis 8-bit YUV 4:2:2",            104, 2, 1, 2, {"yuy2", "yuy3", "uyvy", "uyv7"}},  // O8Y2
-    {0x4F385930, "Orvantis 8-bit YUV 4:2:0",            105, 2, 2, 2, {"yuy2", "yuy3", "uyvy", "uyv7"}},  // O8Y0
-    {0x4F384730, "Orvantis 8-bit YUV 4:0:0 greyscale",  107, 1, 1, 2, {"yuy2", "yuy3", "uyvy", "uyv7"}},  // O8G0
-    {0x4F305241, "Orvantis 10-bit RGBA",                110, 1, 1, 1, {}},                                // O0RA
-    {0x4F305247, "Orvantis 10-bit RGB",                 109, 1, 1, 0, {}},                                // O0RG
-    {0x4F305934, "Orvantis 10-bit YUV 4:4:4",           118, 1, 1, 2, {}},                                // O0Y4
-    {0x4F305932, "Orvantis 10-bit YUV 4:2:2",           108, 2, 1, 2, {}},                                // O0Y2
-    {0x4F305930, "Orvantis 10-bit YUV 4:2:0",           123, 2, 2, 2, {"v210", "v211"}},                  // O0Y0
-    {0x4F304730, "Orvantis 10-bit YUV 4:0:0 greyscale", 115, 1, 1, 2, {}},                                // O0G0
-    {0x4F325241, "Orvantis 12-bit RGBA",                112, 1, 1, 1, {}},                                // O2RA
-    {0x4F325247, "Orvantis 12-bit RGB",                 111, 1, 1, 0, {}},                                // O2RG
-    {0x4F345241, "Orvantis 14-bit RGBA",                114, 1, 1, 1, {}},                                // O4RA
-    {0x4F345247, "Orvantis 14-bit RGB",                 113, 1, 1, 0, {}},                                // O4RG
-    // clang-format on
-};
-
-struct FormatRow {
-    const char* code;
-    const char* name;
-    std::uint32_t orvType;
-    std::uint32_t colorSpace;
-    bool limited;
-    bool adobe16u;
-    bool topLeftInTheField;  ///< what the real host says
-};
-
-const std::vector<FormatRow> kFormats{
-    // clang-format off
-    {"yuy2", "YUYV 4:2:2 [8] Rec.601",    4, 1, true,  false, true},
-    {"yuy3", "YUYV 4:2:2 [8] Rec.709",    4, 2, true,  false, true},
-    {"uyvy", "UYVY 4:2:2 [8] Rec.601",    5, 1, true,  false, true},
-    {"uyv7", "UYVY 4:2:2 [8] Rec.709",    5, 2, true,  false, true},
-    {"vuya", "VUYA 4:4:4:4 [8] Rec.601", 50, 1, true,  false, false},
-    {"VUYA", "VUYA 4:4:4:4 [8] Rec.709", 50, 2, true,  false, false},
-    {"vuyx", "VUYX 4:4:4 [8] Rec.601",   49, 1, true,  false, false},
-    {"vux7", "VUYX 4:4:4 [8] Rec.709",   49, 2, true,  false, false},
-    {"bgra", "BGRA [8]",                  2, 2, false, false, false},
-    {"argb", "ARGB [8]",                 19, 2, false, false, false},
-    {"bgrx", "BGRX [8]",                  1, 2, false, false, false},
-    {"xrgb", "XRGB [8]",                 16, 2, false, false, false},
-    {"v210", "v210 4:2:2 [10] Rec.601",  11, 1, true,  false, true},
-    {"v211", "v210 4:2:2 [10] Rec.709",  11, 2, true,  false, true},
-    {"RGB1", "RGB [10]",                 15, 2, false, false, true},
-    {"Bgra", "BGRA [16]",                31, 2, false, true,  false},
-    {"Bgrx", "BGRX [16]",                32, 2, false, true,  false},
-    // clang-format on
-};
-
-TEST(SubTypeInfos, AreTheSeventeenRowsInOrder) {
-    ASSERT_EQ(SubTypeInfos().size(), 17U);
+TEST(SubTypeInfos, AreTheRowsOfTheListInOrder) {
+    ASSERT_EQ(SubTypeInfos().size(), kSubTypes.size());
     for (std::size_t i = 0; i < kSubTypes.size(); ++i) {
         const SubTypeInfo& row = SubTypeInfos()[i];
-        const SubTypeRow& expected = kSubTypes[i];
+        const formatlists::CodedType& expected = kSubTypes[i];
         SCOPED_TRACE(expected.name);
-        EXPECT_EQ(row.subType, expected.subType);
+        EXPECT_EQ(row.subType, subTypeValue(expected.tag));
         EXPECT_EQ(asText(row.subTypeName), expected.name);
-        EXPECT_EQ(row.orvTypeComp, expected.type);
-        EXPECT_EQ(row.subsamplingH, expected.h);
-        EXPECT_EQ(row.subsamplingV, expected.v);
-        EXPECT_EQ(row.colorModel, expected.model);
+        EXPECT_EQ(row.orvTypeComp, expected.code);
+        EXPECT_EQ(row.subsamplingH, expected.chromaStepX);
+        EXPECT_EQ(row.subsamplingV, expected.chromaStepY);
+        EXPECT_EQ(row.colorModel, expected.modelNumber());
         std::vector<std::uint32_t> preferred;
-        for (const std::string& code : expected.preferred) preferred.push_back(format(code.c_str()));
+        for (const char* code : expected.preferred) preferred.push_back(format(code));
         EXPECT_EQ(std::vector(row.preferredFormats.begin(), row.preferredFormats.end()), preferred);
     }
 }
@@ -122,9 +65,9 @@ TEST(SubTypeInfos, CodesTypesAndNamesAreUnique) {
         types.insert(row.orvTypeComp);
         names.insert(asText(row.subTypeName));
     }
-    EXPECT_EQ(codes.size(), 17U);
-    EXPECT_EQ(types.size(), 17U);
-    EXPECT_EQ(names.size(), 17U);
+    EXPECT_EQ(codes.size(), kSubTypes.size());
+    EXPECT_EQ(types.size(), kSubTypes.size());
+    EXPECT_EQ(names.size(), kSubTypes.size());
 }
 
 TEST(SubTypeInfos, PreferOnlyFormatsOfTheFormatTable) {
@@ -135,17 +78,17 @@ TEST(SubTypeInfos, PreferOnlyFormatsOfTheFormatTable) {
     }
 }
 
-TEST(FormatInfos, AreTheSeventeenRowsInOrder) {
-    ASSERT_EQ(FormatInfos().size(), 17U);
+TEST(FormatInfos, AreTheRowsOfTheListInOrder) {
+    ASSERT_EQ(FormatInfos().size(), kFormats.size());
     for (std::size_t i = 0; i < kFormats.size(); ++i) {
         const FormatInfo& row = FormatInfos()[i];
-        const FormatRow& expected = kFormats[i];
+        const formatlists::DeliveredFormat& expected = kFormats[i];
         SCOPED_TRACE(expected.name);
         EXPECT_EQ(row.pixelFormat, format(expected.code));
         EXPECT_STREQ(row.name, expected.name);
         EXPECT_EQ(row.orvType, expected.orvType);
         EXPECT_EQ(row.colorSpace, expected.colorSpace);
-        EXPECT_EQ(row.isLimitedRange(), expected.limited);
+        EXPECT_EQ(row.isLimitedRange(), expected.limited());
         EXPECT_EQ(row.isAdobe16u(), expected.adobe16u);
         EXPECT_EQ(row.flags & ~std::uint32_t{kIsAdobe16u | kIsTopLeft | kIsLimitedRange}, 0U);
     }
@@ -164,8 +107,8 @@ TEST(FormatInfos, PixelFormatsAndNamesAreUnique) {
         codes.insert(row.pixelFormat);
         names.insert(row.name);
     }
-    EXPECT_EQ(codes.size(), 17U);
-    EXPECT_EQ(names.size(), 17U);
+    EXPECT_EQ(codes.size(), kFormats.size());
+    EXPECT_EQ(names.size(), kFormats.size());
 }
 
 // Each test runs in a process of its own under CTest; run together they must not depend on order either, so
@@ -198,7 +141,8 @@ TEST(FormatTablesBuild, AsksOncePerRowInOrderWithAClearedAnswer) {
     buildFormatTables(host.basicSuite());
     std::vector<FakeHost::AskedFormat> expected;
     expected.reserve(std::size(kFormats));
-    for (const FormatRow& row : kFormats) expected.push_back({FakeHost::kTopLeft, format(row.code), 0});
+    for (const formatlists::DeliveredFormat& row : kFormats)
+        expected.push_back({FakeHost::kTopLeft, format(row.code), 0});
     EXPECT_EQ(host.asked, expected);
 }
 

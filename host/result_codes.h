@@ -1,67 +1,107 @@
 // Result codes between importer and host: answers of the importer, answers of an asynchronous importer, and
-// results of the host's suite functions. Pure constants, used everywhere that answers the host.
+// results of the host's suite functions. Number and name of each are said once; the log and the tool take the
+// names from here. Pure constants, used everywhere that answers the host.
 
 #pragma once
 
-#include "host/basic_types.h"
-
 #include <cstdint>
+
+#include "host/basic_types.h"
+#include "host/named_codes.h"
 
 namespace host {
 
-// Answers to importer selectors. "inFileNotAvailable" and "malSupports8" are the host's own spellings.
-inline constexpr prMALError imNoErr = 0;
-inline constexpr prMALError imTooWide = 1;
-inline constexpr prMALError imBadFile = 2;
-inline constexpr prMALError imUnsupported = 3;
-inline constexpr prMALError imMemErr = 4;
-inline constexpr prMALError imOtherErr = 5;
-inline constexpr prMALError imNoContent = 6;
-inline constexpr prMALError imBadRate = 7;
-inline constexpr prMALError imBadCompression = 8;
-inline constexpr prMALError imBadCodec = 9;
-inline constexpr prMALError imNotFlat = 10;
-inline constexpr prMALError imBadSndComp = 11;
-inline constexpr prMALError imNoTimecode = 12;
-inline constexpr prMALError imMissingComponent = 13;
-inline constexpr prMALError imSaveErr = 14;
-inline constexpr prMALError imDeleteErr = 15;
-inline constexpr prMALError imNotFoundErr = 16;
-inline constexpr prMALError imSetFile = 17;
-inline constexpr prMALError imIterateStreams = 18;
-inline constexpr prMALError imBadStreamIndex = 19;
-inline constexpr prMALError imCantTrim = 20;
-inline constexpr prMALError imDiskFull = 21;
-inline constexpr prMALError imDiskErr = 22;
-inline constexpr prMALError imFileShareViolation = 23;
-inline constexpr prMALError imIterateFrameSizes = 24;
-inline constexpr prMALError imMediaPending = 25;
-inline constexpr prMALError imDRMControlled = 26;
-inline constexpr prMALError imActivationFailed = 27;
-inline constexpr prMALError imFrameNotFound = 28;
-inline constexpr prMALError imBadHeader = 29;
-inline constexpr prMALError imUnsupportedCompression = 30;
-inline constexpr prMALError imFileOpenFailed = 31;
-inline constexpr prMALError imFileHasNoImportableStreams = 32;
-inline constexpr prMALError imFileReadFailed = 33;
-inline constexpr prMALError imUnsupportedAudioFormat = 34;
-inline constexpr prMALError imUnsupportedVideoBitDepth = 35;
-inline constexpr prMALError imDecompressionError = 36;
-inline constexpr prMALError imInvalidPreferences = 37;
-inline constexpr prMALError inFileNotAvailable = 38;
-inline constexpr prMALError imRequiresProtectedContent = 39;
-inline constexpr prMALError imNoCaptions = 40;
-inline constexpr prMALError malSupports8 = 101;
-inline constexpr prMALError imDelegate = 255;
-inline constexpr prMALError imCancel = 300;
-inline constexpr prMALError imBadFormatIndex = 301;
-inline constexpr prMALError imIsCacheable = 400;
+/// Answers to importer selectors. "inFileNotAvailable" and "malSupports8" are the host's own spellings.
+inline constexpr NamedCode kResults[] = {
+    {0, "imNoErr"},
+    {1, "imTooWide"},
+    {2, "imBadFile"},
+    {3, "imUnsupported"},
+    {4, "imMemErr"},
+    {5, "imOtherErr"},
+    {6, "imNoContent"},
+    {7, "imBadRate"},
+    {8, "imBadCompression"},
+    {9, "imBadCodec"},
+    {10, "imNotFlat"},
+    {11, "imBadSndComp"},
+    {12, "imNoTimecode"},
+    {13, "imMissingComponent"},
+    {14, "imSaveErr"},
+    {15, "imDeleteErr"},
+    {16, "imNotFoundErr"},
+    {17, "imSetFile"},
+    {18, "imIterateStreams"},
+    {19, "imBadStreamIndex"},
+    {20, "imCantTrim"},
+    {21, "imDiskFull"},
+    {22, "imDiskErr"},
+    {23, "imFileShareViolation"},
+    {24, "imIterateFrameSizes"},
+    {25, "imMediaPending"},
+    {26, "imDRMControlled"},
+    {27, "imActivationFailed"},
+    {28, "imFrameNotFound"},
+    {29, "imBadHeader"},
+    {30, "imUnsupportedCompression"},
+    {31, "imFileOpenFailed"},
+    {32, "imFileHasNoImportableStreams"},
+    {33, "imFileReadFailed"},
+    {34, "imUnsupportedAudioFormat"},
+    {35, "imUnsupportedVideoBitDepth"},
+    {36, "imDecompressionError"},
+    {37, "imInvalidPreferences"},
+    {38, "inFileNotAvailable"},
+    {39, "imRequiresProtectedContent"},
+    {40, "imNoCaptions"},
+    {101, "malSupports8"},
+    {255, "imDelegate"},
+    {300, "imCancel"},
+    {301, "imBadFormatIndex"},
+    {400, "imIsCacheable"},
+};
 
-// Answers to selectors of an asynchronous importer.
-inline constexpr std::int32_t aiNoError = 0;
-inline constexpr std::int32_t aiUnsupported = 1;
-inline constexpr std::int32_t aiUnknownError = 2;
-inline constexpr std::int32_t aiFrameNotFound = 3;
+/// Answers to selectors of an asynchronous importer.
+inline constexpr NamedCode kAsyncResults[] = {
+    {0, "aiNoError"},
+    {1, "aiUnsupported"},
+    {2, "aiUnknownError"},
+    {3, "aiFrameNotFound"},
+};
+
+/// The name of a result code for a log line; "????" for any other number. Static string.
+constexpr const char* errorName(std::uint32_t code) noexcept {
+    return nameOrUnknown(kResults, code);
+}
+
+constexpr const char* asyncErrorName(std::uint32_t code) noexcept {
+    return nameOrUnknown(kAsyncResults, code);
+}
+
+// A constant for each result that code names: its number, looked up by its own name when compiling.
+#define ORVANTIS_HOST_RESULT(name) inline constexpr prMALError name = codeNamed(kResults, #name)
+#define ORVANTIS_HOST_ASYNC_RESULT(name) inline constexpr std::int32_t name = codeNamed(kAsyncResults, #name)
+
+ORVANTIS_HOST_RESULT(imNoErr);
+ORVANTIS_HOST_RESULT(imBadFile);
+ORVANTIS_HOST_RESULT(imUnsupported);
+ORVANTIS_HOST_RESULT(imOtherErr);
+ORVANTIS_HOST_RESULT(imBadCompression);
+ORVANTIS_HOST_RESULT(imIterateStreams);
+ORVANTIS_HOST_RESULT(imBadStreamIndex);
+ORVANTIS_HOST_RESULT(imFrameNotFound);
+ORVANTIS_HOST_RESULT(imFileReadFailed);
+ORVANTIS_HOST_RESULT(imDecompressionError);
+ORVANTIS_HOST_RESULT(malSupports8);
+ORVANTIS_HOST_RESULT(imBadFormatIndex);
+
+ORVANTIS_HOST_ASYNC_RESULT(aiNoError);
+ORVANTIS_HOST_ASYNC_RESULT(aiUnsupported);
+ORVANTIS_HOST_ASYNC_RESULT(aiUnknownError);
+ORVANTIS_HOST_ASYNC_RESULT(aiFrameNotFound);
+
+#undef ORVANTIS_HOST_RESULT
+#undef ORVANTIS_HOST_ASYNC_RESULT
 
 // The answer of both entries when an exception got as far as their guard. Outside the range of the named
 // codes.

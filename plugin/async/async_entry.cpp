@@ -8,7 +8,6 @@
 #include "async/async_calls.h"
 #include "async/orvantis_async_importer.h"
 #include "diag/log.h"
-#include "diag/names.h"
 #include "host/result_codes.h"
 #include "host/selectors.h"
 #include "importer/file_selectors.h"
@@ -65,7 +64,7 @@ std::int32_t xAsyncImportEntry(std::int32_t selector, void* record) {
         return dispatchAsync(selector, record);
     } catch (const std::exception& exception) {
         logMessage("xAsyncImportEntry: FATAL: Unhandled exception during %s (%d): %s",
-                   asyncSelectorName(static_cast<std::uint32_t>(selector)), selector, exception.what());
+                   host::asyncSelectorName(static_cast<std::uint32_t>(selector)), selector, exception.what());
         return host::kUnhandledException;
     }
 }

@@ -7,10 +7,9 @@
 
 #include "async/thread_pool.h"
 #include "diag/log.h"
-#include "diag/names.h"
+#include "host/pixel_formats.h"
 #include "host/result_codes.h"
 #include "video/frame_import.h"
-#include "video/pixel_format_names.h"
 
 namespace orvantis {
 
@@ -25,7 +24,7 @@ void logHandler(const char* name) {
 }
 
 void logResult(const char* name, std::int32_t result) {
-    logMessage("    %s: [%s] (%d)", name, asyncErrorName(static_cast<std::uint32_t>(result)), result);
+    logMessage("    %s: [%s] (%d)", name, host::asyncErrorName(static_cast<std::uint32_t>(result)), result);
 }
 
 }  // namespace
@@ -137,11 +136,12 @@ std::int32_t OrvantisAsyncImporter::onGetFrame(const host::imSourceVideoRec& rec
     std::int32_t code = host::aiUnknownError;
     if (result == host::imNoErr) {
         logMessage("Decoded %d: %s", static_cast<int>(frameIndex),
-                   pixelFormatName(request->job.frameFormats.front().inPixelFormat));
+                   host::pixelFormatName(request->job.frameFormats.front().inPixelFormat));
         code = host::aiNoError;
     }
-    logMessage("    %s: [%s] (%d), [%s] (%d)", "OnGetFrame", asyncErrorName(static_cast<std::uint32_t>(code)),
-               code, errorName(static_cast<std::uint32_t>(result)), result);
+    logMessage("    %s: [%s] (%d), [%s] (%d)", "OnGetFrame",
+               host::asyncErrorName(static_cast<std::uint32_t>(code)), code,
+               host::errorName(static_cast<std::uint32_t>(result)), result);
     // Last of all, so that nothing that fails on the way can lose the frame.
     if (result == host::imNoErr) *outFrame = request->job.frame.release();
     recycle(std::move(request));

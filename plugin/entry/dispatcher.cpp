@@ -6,7 +6,6 @@
 #include "async/async_entry.h"
 #include "diag/compiler.h"
 #include "diag/log.h"
-#include "diag/names.h"
 #include "entry/plugin_selectors.h"
 #include "host/records.h"
 #include "host/result_codes.h"
@@ -81,9 +80,9 @@ ORVANTIS_COLD std::int32_t routeAndLog(std::int32_t selector, const host::imStdP
                                        void* param2) {
     const auto code = static_cast<std::uint32_t>(selector);
     logMessage("----------------------");
-    logMessage("[%s] (%d)", selectorName(code), selector);
+    logMessage("[%s] (%d)", host::selectorName(code), selector);
     const std::int32_t result = route(code, stdParms, param1, param2);
-    logMessage("    [%s] (%d)", errorName(static_cast<std::uint32_t>(result)), result);
+    logMessage("    [%s] (%d)", host::errorName(static_cast<std::uint32_t>(result)), result);
     return result;
 }
 

@@ -4,10 +4,10 @@
 #include <exception>
 
 #include "diag/log.h"
-#include "diag/names.h"
 #include "entry/dispatcher.h"
 #include "entry/error_suite.h"
 #include "host/result_codes.h"
+#include "host/selectors.h"
 
 namespace {
 
@@ -17,7 +17,7 @@ void reportException(std::int32_t selector, const std::exception& exception) noe
     try {
         const std::string text = orvantis::formatString(
             "FATAL: Unhandled exception during [%s] (%d): %s",
-            orvantis::selectorName(static_cast<std::uint32_t>(selector)), selector, exception.what());
+            host::selectorName(static_cast<std::uint32_t>(selector)), selector, exception.what());
         orvantis::logMessage("%s", text.c_str());
         orvantis::postErrorEvent("OrvantisImporter: Internal error", text.c_str());
     } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch)

@@ -7,10 +7,10 @@
 
 #include "diag/log.h"
 #include "host/four_char_codes.h"
+#include "host/pixel_formats.h"
 #include "host/record_values.h"
 #include "host/result_codes.h"
 #include "importer/file_info.h"
-#include "video/pixel_format_names.h"
 
 namespace orvantis {
 
@@ -109,7 +109,7 @@ std::int32_t getIndPixelFormat(std::uint32_t index, host::imIndPixelFormatRec& r
 
     const std::uint32_t pixelFormat = formats[index].pixelFormat;
     record.outPixelFormat = pixelFormat;
-    logMessage("Adding pixel format: %s [%s]", pixelFormatName(pixelFormat),
+    logMessage("Adding pixel format: %s [%s]", host::pixelFormatName(pixelFormat),
                fourccToString(pixelFormat).c_str());
     return host::imNoErr;
 }

@@ -1,8 +1,6 @@
 // The diagnostic listing at every imInit, on the host's thread: what the host says of its formats, what the
 // codec library says of its types, and both tables. It asks host and library also while the log is off, so
 // that switching the log on changes nothing that the host could notice. Stores nothing.
-#include <array>
-
 #include "diag/log.h"
 #include "diag/text.h"
 #include "host/pixel_formats.h"
@@ -10,88 +8,10 @@
 #include "suites/suite_ref.h"
 #include "video/format_tables.h"
 #include "video/orvantis_error.h"
-#include "video/pixel_format_names.h"
 
 namespace orvantis {
 
 namespace {
-
-// Every format of the host but PrPixelFormat_Any, which is none.
-constexpr std::array kListedFormats{
-    host::PrPixelFormat_VUYP_4444_32f,
-    host::PrPixelFormat_VUYP_4444_32f_709,
-    host::PrPixelFormat_PRGB_4444_32f,
-    host::PrPixelFormat_RGB_444_10u,
-    host::PrPixelFormat_YUV_420_MPEG2_FRAME_PICTURE_PLANAR_8u_709_FullRange,
-    host::PrPixelFormat_YUV_420_MPEG2_FIELD_PICTURE_PLANAR_8u_709_FullRange,
-    host::PrPixelFormat_YUV_420_MPEG4_FRAME_PICTURE_PLANAR_8u_601,
-    host::PrPixelFormat_YUV_420_MPEG4_FIELD_PICTURE_PLANAR_8u_601,
-    host::PrPixelFormat_PRGB_4444_32f_Linear,
-    host::PrPixelFormat_XRGB_4444_32f_Linear,
-    host::PrPixelFormat_YUV_420_MPEG2_FRAME_PICTURE_PLANAR_8u_601,
-    host::PrPixelFormat_YUV_420_MPEG2_FIELD_PICTURE_PLANAR_8u_601,
-    host::PrPixelFormat_YUV_420_MPEG4_FRAME_PICTURE_PLANAR_8u_709_FullRange,
-    host::PrPixelFormat_YUV_420_MPEG4_FIELD_PICTURE_PLANAR_8u_709_FullRange,
-    host::PrPixelFormat_NTSCDV25,
-    host::PrPixelFormat_PALDV25,
-    host::PrPixelFormat_YUV_420_MPEG4_FRAME_PICTURE_PLANAR_8u_601_FullRange,
-    host::PrPixelFormat_YUV_420_MPEG4_FIELD_PICTURE_PLANAR_8u_601_FullRange,
-    host::PrPixelFormat_YUV_420_MPEG4_FRAME_PICTURE_PLANAR_8u_709,
-    host::PrPixelFormat_YUV_420_MPEG4_FIELD_PICTURE_PLANAR_8u_709,
-    host::PrPixelFormat_YUV_420_MPEG2_FRAME_PICTURE_PLANAR_8u_601_FullRange,
-    host::PrPixelFormat_YUV_420_MPEG2_FIELD_PICTURE_PLANAR_8u_601_FullRange,
-    host::PrPixelFormat_YUV_420_MPEG2_FRAME_PICTURE_PLANAR_8u_709,
-    host::PrPixelFormat_YUV_420_MPEG2_FIELD_PICTURE_PLANAR_8u_709,
-    host::PrPixelFormat_NTSCDV50,
-    host::PrPixelFormat_PALDV50,
-    host::PrPixelFormat_NTSCDV100_720p,
-    host::PrPixelFormat_PALDV100_720p,
-    host::PrPixelFormat_V210_422_10u_601,
-    host::PrPixelFormat_V210_422_10u_709,
-    host::PrPixelFormat_UYVY_422_32f_601,
-    host::PrPixelFormat_UYVY_422_32f_709,
-    host::PrPixelFormat_YUYV_422_8u_601,
-    host::PrPixelFormat_YUYV_422_8u_709,
-    host::PrPixelFormat_UYVY_422_8u_601,
-    host::PrPixelFormat_UYVY_422_8u_709,
-    host::PrPixelFormat_BGRA_4444_32f_Linear,
-    host::PrPixelFormat_BGRP_4444_32f_Linear,
-    host::PrPixelFormat_BGRX_4444_32f_Linear,
-    host::PrPixelFormat_ARGB_4444_32f_Linear,
-    host::PrPixelFormat_XRGB_4444_16u,
-    host::PrPixelFormat_BGRP_4444_16u,
-    host::PrPixelFormat_PRGB_4444_16u,
-    host::PrPixelFormat_BGRA_4444_32f,
-    host::PrPixelFormat_BGRA_4444_8u,
-    host::PrPixelFormat_VUYA_4444_8u,
-    host::PrPixelFormat_VUYA_4444_8u_709,
-    host::PrPixelFormat_ARGB_4444_8u,
-    host::PrPixelFormat_BGRP_4444_8u,
-    host::PrPixelFormat_VUYP_4444_8u,
-    host::PrPixelFormat_VUYP_4444_8u_709,
-    host::PrPixelFormat_PRGB_4444_8u,
-    host::PrPixelFormat_BGRX_4444_8u,
-    host::PrPixelFormat_VUYX_4444_8u,
-    host::PrPixelFormat_VUYX_4444_8u_709,
-    host::PrPixelFormat_XRGB_4444_8u,
-    host::PrPixelFormat_NTSCDV100_1080i,
-    host::PrPixelFormat_PALDV100_1080i,
-    host::PrPixelFormat_Raw,
-    host::PrPixelFormat_Invalid,
-    host::PrPixelFormat_VUYX_4444_32f,
-    host::PrPixelFormat_VUYX_4444_32f_709,
-    host::PrPixelFormat_XRGB_4444_32f,
-    host::PrPixelFormat_BGRP_4444_32f,
-    host::PrPixelFormat_VUYA_4444_32f,
-    host::PrPixelFormat_VUYA_4444_32f_709,
-    host::PrPixelFormat_ARGB_4444_32f,
-    host::PrPixelFormat_BGRX_4444_32f,
-    host::PrPixelFormat_BGRA_4444_16u,
-    host::PrPixelFormat_VUYA_4444_16u,
-    host::PrPixelFormat_ARGB_4444_16u,
-    host::PrPixelFormat_BGRX_4444_16u,
-};
-static_assert(kListedFormats.size() == 72);
 
 // Types of the codec library that are outputs rather than coded video.
 constexpr std::uint32_t kFirstListedType = 1;
@@ -100,7 +20,8 @@ constexpr std::uint32_t kLastListedType = 61;
 void dumpPixelFormats(const host::ImageProcessingSuite& suite) {
     logMessage("----");
     logMessage("Pixel formats ([fcc] : isCompressed hasAlpha isTopLeft - name):");
-    for (const std::uint32_t format : kListedFormats) {
+    for (const host::PixelFormat& row : host::kPixelFormats) {
+        const std::uint32_t format = row.code;
         std::int32_t isCompressed = 0;
         std::int32_t hasAlpha = 0;
         std::int32_t isTopLeft = 0;
@@ -109,9 +30,8 @@ void dumpPixelFormats(const host::ImageProcessingSuite& suite) {
         const host::prSuiteError topLeftResult = suite.FormatIsOriginTopLeft(format, &isTopLeft);
         logMessage("[%s] : %c %c %c -  %s (err: %x %x %x) - %d", fourccToString(format).c_str(),
                    isCompressed != 0 ? 'C' : '-', hasAlpha != 0 ? 'A' : '-', isTopLeft != 0 ? 'T' : '-',
-                   pixelFormatName(format), static_cast<unsigned>(compressedResult),
-                   static_cast<unsigned>(alphaResult), static_cast<unsigned>(topLeftResult),
-                   static_cast<int>(format));
+                   row.name, static_cast<unsigned>(compressedResult), static_cast<unsigned>(alphaResult),
+                   static_cast<unsigned>(topLeftResult), static_cast<int>(format));
     }
 }
 
@@ -145,7 +65,7 @@ void dumpFormatInfos() {
     logMessage("FormatInfos: (pixelFormat : orvType : colorSpace : isAdobe16u : isTopLeft)");
     for (const FormatInfo& row : FormatInfos()) {
         logMessage("[%s] %-35s : (%2d) %-10s : (%d) %-8s : %s : %s", fourccToString(row.pixelFormat).c_str(),
-                   pixelFormatName(row.pixelFormat), static_cast<int>(row.orvType),
+                   host::pixelFormatName(row.pixelFormat), static_cast<int>(row.orvType),
                    codecTypeName(row.orvType), static_cast<int>(row.colorSpace),
                    colorSpaceName(row.colorSpace), row.isAdobe16u() ? "1" : " ", row.isTopLeft() ? "1" : " ");
     }

@@ -18,7 +18,6 @@
 #include "host/suites.h"
 #include "suites/suite_ref.h"
 #include "video/orvantis_type_codes.h"
-#include "video/pixel_format_names.h"
 
 namespace orvantis {
 
@@ -149,7 +148,7 @@ const FormatInfo& GetFormatInfo_by_pixelFormat(std::uint32_t pixelFormat) {
     if (row == rows.end()) {
         throw std::runtime_error(
             formatString("GetFormatInfo_by_pixelFormat(): pixel format not found: %s [%s]",
-                         pixelFormatName(pixelFormat), fourccToString(pixelFormat).c_str()));
+                         host::pixelFormatName(pixelFormat), fourccToString(pixelFormat).c_str()));
     }
     return *row;
 }

@@ -8,10 +8,10 @@
 #include "avi/frame_chunk.h"
 #include "diag/compiler.h"
 #include "diag/log.h"
+#include "host/pixel_formats.h"
 #include "host/result_codes.h"
 #include "host/suites.h"
 #include "video/format_tables.h"
-#include "video/pixel_format_names.h"
 
 namespace orvantis {
 
@@ -29,7 +29,7 @@ ORVANTIS_COLD void logFrameFormats(const FrameRequest& request) {
     for (const host::imFrameFormat& format : request.frameFormats) {
         const std::uint32_t pixelFormat = format.inPixelFormat;
         logMessage("inFrameFormats[%d]: %d %d %s [%s]", number++, static_cast<int>(format.inFrameWidth),
-                   static_cast<int>(format.inFrameHeight), pixelFormatName(pixelFormat),
+                   static_cast<int>(format.inFrameHeight), host::pixelFormatName(pixelFormat),
                    fourccToString(pixelFormat).c_str());
     }
 }
@@ -38,7 +38,7 @@ ORVANTIS_COLD void logStart(const OrvantisFrameFormat& coded, const FormatInfo& 
     logMessage("Starting decompression: %s [%s]%s -> %s [%s] (pr: %s [%s])%s%s", codecTypeName(coded.type),
                colorSpaceName(coded.colorSpace), coded.range == kOrvantisRangeFull ? " [FULL]" : " [LIMITED]",
                codecTypeName(info.orvType), colorSpaceName(info.colorSpace),
-               pixelFormatName(info.pixelFormat), fourccToString(info.pixelFormat).c_str(),
+               host::pixelFormatName(info.pixelFormat), fourccToString(info.pixelFormat).c_str(),
                info.isTopLeft() ? "" : " [flipped]", info.isAdobe16u() ? " [0-32768]" : "");
 }
 

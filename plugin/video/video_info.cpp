@@ -11,7 +11,6 @@
 #include "host/record_values.h"
 #include "host/result_codes.h"
 #include "video/orvantis_error.h"
-#include "video/pixel_format_names.h"
 
 namespace orvantis {
 
@@ -108,7 +107,7 @@ std::int32_t VideoInfo::analyseFormat(const AviStream& stream) {
     logMessage("Decode formats:");
     if (logEnabled()) {
         for (const FormatInfo& format : m_decodeFormats) {
-            logMessage("    %s [%s]", pixelFormatName(format.pixelFormat),
+            logMessage("    %s [%s]", host::pixelFormatName(format.pixelFormat),
                        fourccToString(format.pixelFormat).c_str());
         }
     }

@@ -21,7 +21,7 @@ class Frame {
     Frame& operator=(Frame&& other) noexcept;
     ~Frame();
 
-    std::uint32_t pixelFormat() const noexcept { return m_buffer->layout().format; }
+    std::uint32_t pixelFormat() const noexcept { return m_buffer->layout().code; }
     const PixelLayout& layout() const noexcept { return m_buffer->layout(); }
     std::int32_t width() const noexcept { return m_buffer->width(); }
     std::int32_t height() const noexcept { return m_buffer->height(); }

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "video/pixel_format_names.h"
+#include "host/pixel_formats.h"
 
 namespace orvantis::test {
 
@@ -17,7 +17,7 @@ constexpr std::int32_t kRefused = 0x53210001;
 
 // What the real host says: bottom row first are the formats with four samples a pixel.
 bool isTopLeftInTheField(std::uint32_t pixelFormat) {
-    return std::string(pixelFormatName(pixelFormat)).find("_4444_") == std::string::npos;
+    return std::string(host::pixelFormatName(pixelFormat)).find("_4444_") == std::string::npos;
 }
 
 }  // namespace

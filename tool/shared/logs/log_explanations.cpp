@@ -1,9 +1,9 @@
 #include "tool/shared/logs/log_explanations.h"
 
 #include <algorithm>
-#include <array>
 
 #include "host/result_codes.h"
+#include "host/selectors.h"
 
 namespace simhost::tool {
 namespace {
@@ -222,23 +222,11 @@ constexpr ResultExplanation kResults[] = {
     {"*", host::kUnhandledException, "the plug-in failed in a way that it did not expect"},
 };
 
-// Selectors that the plug-in has: to refuse one of them is a failure.
-constexpr std::array<std::string_view, 16> kImplemented = {"imInit",
-                                                           "imShutdown",
-                                                           "imQuietFile",
-                                                           "imCloseFile",
-                                                           "imAnalysis",
-                                                           "imGetIndFormat",
-                                                           "imDataRateAnalysis",
-                                                           "imImportAudio7",
-                                                           "imGetIndPixelFormat",
-                                                           "imGetSupports8",
-                                                           "imGetInfo8",
-                                                           "imOpenFile8",
-                                                           "imCreateAsyncImporter",
-                                                           "imGetSourceVideo",
-                                                           "imGetSubTypeNames",
-                                                           "imGetAudioChannelLayout"};
+/// To refuse one of these is a failure.
+bool isAnswered(std::string_view selector) noexcept {
+    return std::ranges::any_of(
+        host::kSelectors, [&](const host::Selector& row) { return row.answered && selector == row.name; });
+}
 
 }  // namespace
 
@@ -289,9 +277,7 @@ Severity resultSeverity(std::string_view selector, std::int32_t result) noexcept
         case host::imBadFormatIndex:
             return Severity::kRoutine;
         case host::imUnsupported:
-            return std::find(kImplemented.begin(), kImplemented.end(), selector) == kImplemented.end()
-                       ? Severity::kRoutine
-                       : Severity::kFailure;
+            return isAnswered(selector) ? Severity::kFailure : Severity::kRoutine;
         default:
             return Severity::kFailure;
     }

@@ -1,7 +1,5 @@
 // The name tables against lists written the other way round: by position, with the gaps spelt out.
 
-#include "diag/names.h"
-
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -9,9 +7,12 @@
 #include <string>
 #include <vector>
 
+#include "host/result_codes.h"
+#include "host/selectors.h"
+
 namespace {
 
-using namespace orvantis;
+using namespace host;
 using Names = std::map<std::uint32_t, std::string>;
 
 // Blank-separated names for the codes from `first` on; "-" leaves a code out.
@@ -90,7 +91,7 @@ Names asyncErrors() {
 }
 
 void expectTable(const char* (*function)(std::uint32_t) noexcept, const Names& names, std::size_t count) {
-    ASSERT_EQ(names.size(), count);
+    ASSERT_EQ(names.size(), count) << "the table has more rows than the list";
     std::vector<std::uint32_t> codes;
     for (std::uint32_t code = 0; code <= 500; ++code) {
         codes.push_back(code);
@@ -109,19 +110,19 @@ void expectTable(const char* (*function)(std::uint32_t) noexcept, const Names& n
 }
 
 TEST(Names, SelectorsHaveTheHostsNamesAndEverythingElseIsUnknown) {
-    expectTable(selectorName, selectors(), 48);
+    expectTable(selectorName, selectors(), std::size(kSelectors));
 }
 
 TEST(Names, ResultCodesHaveTheHostsNamesAndEverythingElseIsUnknown) {
-    expectTable(errorName, errors(), 46);
+    expectTable(errorName, errors(), std::size(kResults));
 }
 
 TEST(Names, AsyncSelectorsHaveTheHostsNamesAndEverythingElseIsUnknown) {
-    expectTable(asyncSelectorName, asyncSelectors(), 7);
+    expectTable(asyncSelectorName, asyncSelectors(), std::size(kAsyncSelectors));
 }
 
 TEST(Names, AsyncResultCodesHaveTheHostsNamesAndEverythingElseIsUnknown) {
-    expectTable(asyncErrorName, asyncErrors(), 4);
+    expectTable(asyncErrorName, asyncErrors(), std::size(kAsyncResults));
 }
 
 TEST(Names, EndsAndGapsOfTheTables) {

@@ -1,6 +1,6 @@
 // The native twin of fileio/win_file.cpp, for test builds only: the same observable behaviour over a file
 // descriptor, share modes between the files of this module included. The handle is the descriptor's number.
-// Consults tests/support/file_hooks.h. FILE_FLAG_NO_BUFFERING has no counterpart here and is ignored.
+// Consults file_hooks_posix.h. FILE_FLAG_NO_BUFFERING has no counterpart here and is ignored.
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -16,8 +16,8 @@
 #include <vector>
 
 #include "diag/text.h"
+#include "fileio/file_hooks_posix.h"
 #include "fileio/win_file.h"
-#include "tests/support/file_hooks.h"
 
 namespace fileio {
 

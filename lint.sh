@@ -1,8 +1,8 @@
 #!/bin/sh
-# Format and static analysis over the sources. Warnings are errors.
+# Directions of includes, format and static analysis over the sources. Warnings are errors.
 #
 #   ./lint.sh            everything
-#   ./lint.sh format     only clang-format
+#   ./lint.sh format     only directions and clang-format
 #   ./lint.sh plugin     the plug-in's own folders only
 set -eu
 script="$(realpath "$0")"
@@ -15,6 +15,9 @@ case "$what" in
     *) wrong_usage "lint.sh: unknown argument: $what" ;;
 esac
 scripts/install-packages.sh
+
+echo "== directions"
+scripts/check-directions.py
 
 echo "== clang-format"
 git ls-files '*.h' '*.cpp' | xargs clang-format --dry-run --Werror

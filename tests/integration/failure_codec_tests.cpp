@@ -174,8 +174,9 @@ TEST_F(CodecFailures, TheSecondDescriptionMayFailToo) {
     ready();
     simhost::Clip clip(importer(), path());
     {
-        // The one that ends the list of formats.
-        const CodecFaults faults("decompress_query:19");
+        // The one that ends the list of formats: behind the first description and one question a format.
+        const CodecFaults faults("decompress_query:" +
+                                 std::to_string(formatlists::deliveredFormats().size() + 2));
         EXPECT_EQ(clip.getInfo(0).result, host::imBadFile);
     }
     EXPECT_THAT(log().newLines(), Contains("Decompress query failed: " + std::string(kInjected) +

@@ -7,6 +7,7 @@
 
 #include "host/pixel_formats.h"
 #include "made_frame.h"
+#include "tests/support/format_lists.h"
 
 namespace simhost::tool {
 namespace {
@@ -125,9 +126,8 @@ TEST(PictureTest, V210ChromaBelongsToItsPair) {
 }
 
 TEST(PictureTest, EveryFormatThatAnImporterOffersCanBeShown) {
-    for (const char* code : {"yuy2", "yuy3", "uyvy", "uyv7", "vuya", "VUYA", "vuyx", "vux7", "bgra", "argb",
-                             "bgrx", "xrgb", "v210", "v211", "RGB1", "Bgra", "Bgrx"}) {
-        EXPECT_TRUE(canShow(*pixelFormatFromText(code))) << code;
+    for (const formatlists::DeliveredFormat& format : formatlists::deliveredFormats()) {
+        EXPECT_TRUE(canShow(formatlists::formatValue(format.code))) << format.code;
     }
     EXPECT_FALSE(canShow(host::PrPixelFormat_BGRA_4444_32f));
 }

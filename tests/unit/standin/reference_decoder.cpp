@@ -211,7 +211,8 @@ void addYuv444(Row& row, const Picture& picture, std::uint32_t y, bool withAlpha
         row.add(8, limitedRange(picture, picture.chroma(1, x, y), 8));
         row.add(8, limitedRange(picture, picture.chroma(0, x, y), 8));
         row.add(8, limitedRange(picture, picture.luma(x, y), 8));
-        row.add(8, withAlpha && picture.type().alpha ? picture.alpha(x, y) : 255);
+        row.add(8,
+                withAlpha && picture.type().alpha ? fullRange(picture, picture.alpha(x, y), 8, false) : 255);
     }
 }
 

@@ -12,6 +12,7 @@
 #include "host/result_codes.h"
 #include "tests/support/captured_log.h"
 #include "tests/support/fake_codec/fake_codec.h"
+#include "tests/support/format_lists.h"
 #include "tests/unit/video/fake_host.h"
 #include "video/orvantis_error.h"
 
@@ -173,12 +174,10 @@ TEST_F(VideoAnalysis, QueriesHandTheWholeStreamFormatToTheLibrary) {
 }
 
 TEST_F(VideoAnalysis, AlphaIsThatOfTheColourModel) {
-    for (const SubTypeInfo& row : SubTypeInfos()) {
-        library.coded.type = row.orvTypeComp;
+    for (const formatlists::CodedType& type : formatlists::codedTypes()) {
+        library.coded.type = type.code;
         ASSERT_EQ(analyse(), host::imNoErr);
-        const bool expected = row.orvTypeComp == 102 || row.orvTypeComp == 106 || row.orvTypeComp == 110 ||
-                              row.orvTypeComp == 112 || row.orvTypeComp == 114;
-        EXPECT_EQ(video->hasAlpha(), expected) << row.orvTypeComp;
+        EXPECT_EQ(video->hasAlpha(), type.alpha) << type.tag;
     }
 }
 
@@ -234,9 +233,9 @@ TEST_F(VideoAnalysis, NoFormatToDecodeIntoIsABadFile) {
 
 TEST_F(VideoAnalysis, EveryFailingCodecCallIsAnsweredOrThrown) {
     CapturedLog log;
-    // Calls of one analysis: query 1, then in a second session queries 2 to 18 for the rows and 19 for the
-    // type.
-    library.failCall(Function::DecompressQuery, 19, 9);
+    // Calls of one analysis: query 1, then in a second session one for each row and the last for the type.
+    const auto rows = static_cast<int>(formatlists::deliveredFormats().size());
+    library.failCall(Function::DecompressQuery, rows + 2, 9);
     EXPECT_EQ(analyse(), host::imBadFile);
     EXPECT_TRUE(log.linesWithoutSuites().back().starts_with("Decompress query failed: Orvantis error (9): "));
 

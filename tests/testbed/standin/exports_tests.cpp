@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/unit/standin/reference_decoder.h"
-#include "tests/unit/standin/standin_test_support.h"
+#include "tests/testbed/standin/reference_decoder.h"
+#include "tests/testbed/standin/standin_test_support.h"
 #include "video/orvantis_common64.h"
 
 namespace orvantis::standin::test {

@@ -4,9 +4,9 @@
 #include <filesystem>
 #include <string>
 
-#include "tests/integration/importer_host_tool.h"
 #include "tests/integration/plugin_clips.h"
 #include "tests/support/environment.h"
+#include "tests/tool/importer_host_tool.h"
 #include "tool/shared/base/tool_error.h"
 
 namespace {

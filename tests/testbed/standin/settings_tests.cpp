@@ -8,7 +8,7 @@
 
 #include "standin/error_codes.h"
 #include "standin/trace.h"
-#include "tests/unit/standin/standin_test_support.h"
+#include "tests/testbed/standin/standin_test_support.h"
 
 namespace orvantis::standin::test {
 namespace {

@@ -13,7 +13,7 @@
 #include "standin/output_layouts.h"
 #include "standin/payload.h"
 #include "standin/stream_format.h"
-#include "tests/unit/standin/standin_test_support.h"
+#include "tests/testbed/standin/standin_test_support.h"
 
 namespace orvantis::standin::test {
 namespace {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/tool/log_text.h"
+#include "tests/tool/log_text.h"
 
 namespace simhost::tool {
 namespace {

@@ -9,8 +9,8 @@
 #include <thread>
 
 #include "standin/gate.h"
-#include "tests/unit/standin/reference_decoder.h"
-#include "tests/unit/standin/standin_test_support.h"
+#include "tests/testbed/standin/reference_decoder.h"
+#include "tests/testbed/standin/standin_test_support.h"
 
 namespace orvantis::standin::test {
 namespace {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/tool/small_pe.h"
+#include "tests/tool/small_pe.h"
 
 namespace simhost::tool {
 namespace {

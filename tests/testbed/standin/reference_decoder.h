@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/standin/standin_test_support.h"
+#include "tests/testbed/standin/standin_test_support.h"
 
 namespace orvantis::standin::test {
 

@@ -8,8 +8,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "tests/unit/standin/reference_decoder.h"
-#include "tests/unit/standin/standin_test_support.h"
+#include "tests/testbed/standin/reference_decoder.h"
+#include "tests/testbed/standin/standin_test_support.h"
 
 namespace orvantis::standin::test {
 namespace {

@@ -6,11 +6,11 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "tests/integration/importer_host_tool.h"
 #include "tests/integration/plugin_clips.h"
 #include "tests/integration/plugin_path.h"
 #include "tests/support/environment.h"
-#include "tests/unit/tool/small_pe.h"
+#include "tests/tool/importer_host_tool.h"
+#include "tests/tool/small_pe.h"
 #include "tool/shared/base/tool_error.h"
 
 namespace {

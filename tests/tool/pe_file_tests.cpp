@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "tests/unit/tool/small_pe.h"
+#include "tests/tool/small_pe.h"
 
 namespace simhost::tool {
 namespace {

@@ -6,7 +6,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "tests/unit/tool/log_text.h"
+#include "tests/tool/log_text.h"
 
 namespace simhost::tool {
 namespace {

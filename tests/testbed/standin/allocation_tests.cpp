@@ -7,8 +7,8 @@
 #include <new>
 
 #include "standin/library.h"
-#include "tests/unit/standin/reference_decoder.h"
-#include "tests/unit/standin/standin_test_support.h"
+#include "tests/testbed/standin/reference_decoder.h"
+#include "tests/testbed/standin/standin_test_support.h"
 
 namespace {
 

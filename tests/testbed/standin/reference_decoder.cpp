@@ -1,4 +1,4 @@
-#include "tests/unit/standin/reference_decoder.h"
+#include "tests/testbed/standin/reference_decoder.h"
 
 #include <algorithm>
 #include <array>

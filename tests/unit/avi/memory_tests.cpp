@@ -133,7 +133,7 @@ Bytes fullOfStreams() {
     return closed(riff);
 }
 
-// Lists over one another, 20 bytes each, that share their stream header (see hostile_index_test.cpp).
+// Lists over one another, 20 bytes each, that share their stream header (see hostile_index_tests.cpp).
 Bytes fullOfOverlappingStreams() {
     RiffBuilder riff;
     openHeaders(riff);

@@ -1,4 +1,4 @@
-#include "tests/unit/standin/standin_test_support.h"
+#include "tests/testbed/standin/standin_test_support.h"
 
 #include <gtest/gtest.h>
 

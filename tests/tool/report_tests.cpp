@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/tool/log_text.h"
+#include "tests/tool/log_text.h"
 #include "tool/report/report_plot.h"
 #include "tool/shared/base/html_text.h"
 #include "tool/shared/base/number_text.h"

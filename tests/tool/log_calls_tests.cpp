@@ -7,7 +7,7 @@
 #include <iterator>
 #include <string>
 
-#include "tests/unit/tool/log_text.h"
+#include "tests/tool/log_text.h"
 
 namespace simhost::tool {
 namespace {

@@ -11,6 +11,10 @@ foreach(lib gtest gtest_main gmock gmock_main)
 endforeach()
 include(GoogleTest)
 
+# With an edit in mind (see OrvantisQuick.cmake): the target `quick` runs the tests that an edit of the plug-in can break.
+option(ORVANTIS_QUICK "The target `quick`, which runs the tests whose programs changed" OFF)
+include(OrvantisQuick)
+
 # Windows programs built on Linux run through Wine. The wrapper knows the folder of the stand-in codec library.
 if(WIN32 AND CMAKE_CROSSCOMPILING)
     configure_file("${PROJECT_SOURCE_DIR}/cmake/wine-run.in" "${CMAKE_BINARY_DIR}/wine-run"
@@ -32,18 +36,52 @@ target_precompile_headers(orvantis_test_headers PRIVATE <gmock/gmock.h> <gtest/g
     <algorithm> <array> <cstdint> <cstring> <filesystem> <fstream> <functional> <memory> <mutex> <string> <thread> <vector>)
 target_compile_options(orvantis_test_headers PRIVATE ${test_options})
 
-# orvantis_add_test(NAME name SOURCES ... [LIBRARIES ...] [LABELS ...] [TIMEOUT seconds] [FIXTURES name]
-#                   [PARTS number] [APART filter])
+# Loaded or started by the tests of a library's users, which therefore have to run again when it changes.
+define_property(TARGET PROPERTY ORVANTIS_LOADS BRIEF_DOCS "Targets that programs which link this one load or start")
+
+# orvantis_add_fixture(NAME name TEST test COMMAND ...): files that tests read, made once for all builds by COMMAND, which does
+# nothing when they are there. Tests ask for it by FIXTURES.
+function(orvantis_add_fixture)
+    cmake_parse_arguments(arg "" "NAME;TEST" "COMMAND" ${ARGN})
+    add_test(NAME ${arg_TEST} COMMAND ${arg_COMMAND})
+    set_tests_properties(${arg_TEST} PROPERTIES FIXTURES_SETUP ${arg_NAME} TIMEOUT 900)
+    orvantis_quick_fixture(${arg_NAME} ${arg_COMMAND})
+endfunction()
+
+# orvantis_add_test(NAME name SOURCES ... [ALONE source...] [LIBRARIES ...] [LABELS ...] [LOADS target...] [DATA file...] [TIMEOUT seconds]
+#                   [FIXTURES name] [PARTS number] [APART filter] [QUICK_FILTER filter] [NOT_QUICK])
 # A GoogleTest program and the CTest test <name> that runs it; with PARTS that many, <name>.1 and so on, which share its
 # tests and may run side by side. All in one process, since its start is most of the time that a test takes under Wine.
 # Tests that the GoogleTest filter APART names need a process of their own each; they are CTest tests
-# <name>.<Suite>.<Test>.
+# <name>.<Suite>.<Test>. LOADS names targets that the tests start or load, DATA files that they read. With ORVANTIS_QUICK the files
+# of a program are compiled several at a time, except those of SOURCES that ALONE names too. For the target `quick`
+# QUICK_FILTER chooses from what takes long, and NOT_QUICK leaves out what no edit of the plug-in can break.
 function(orvantis_add_test)
-    cmake_parse_arguments(arg "" "NAME;TIMEOUT;FIXTURES;PARTS;APART" "SOURCES;LIBRARIES;LABELS" ${ARGN})
+    cmake_parse_arguments(arg "NOT_QUICK" "NAME;TIMEOUT;FIXTURES;PARTS;APART;QUICK_FILTER"
+        "SOURCES;ALONE;LIBRARIES;LABELS;LOADS;DATA" ${ARGN})
     add_executable(${arg_NAME} ${arg_SOURCES})
-    target_link_libraries(${arg_NAME} PRIVATE orvantis_options ${arg_LIBRARIES} GTest::gtest GTest::gmock GTest::gtest_main)
+    target_link_libraries(${arg_NAME} PRIVATE
+        orvantis_options ${arg_LIBRARIES} GTest::gtest GTest::gmock GTest::gtest_main)
     target_compile_options(${arg_NAME} PRIVATE ${test_options})
     target_precompile_headers(${arg_NAME} REUSE_FROM orvantis_test_headers)
+    # One program's files in one go, but for those whose names are the same as another file's.
+    if(ORVANTIS_QUICK)
+        orvantis_unity_build(${arg_NAME})
+        if(arg_ALONE)
+            set_source_files_properties(${arg_ALONE} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+        endif()
+    endif()
+    foreach(library IN LISTS arg_LIBRARIES)
+        if(TARGET ${library})
+            get_target_property(loaded ${library} ORVANTIS_LOADS)
+            if(loaded)
+                list(APPEND arg_LOADS ${loaded})
+            endif()
+        endif()
+    endforeach()
+    if(arg_LOADS)
+        add_dependencies(${arg_NAME} ${arg_LOADS})
+    endif()
     if(NOT arg_TIMEOUT)
         set(arg_TIMEOUT 300)
     endif()
@@ -67,16 +105,12 @@ function(orvantis_add_test)
     set(filter "")
     if(arg_APART)
         set(filter "--gtest_filter=-${arg_APART}")
-        set(apart ${properties})
-        if(environment)
-            list(APPEND apart ENVIRONMENT "${environment}")
-        endif()
         gtest_discover_tests(${arg_NAME}
             TEST_PREFIX "${arg_NAME}."
             TEST_FILTER "${arg_APART}"
             DISCOVERY_MODE PRE_TEST
             DISCOVERY_TIMEOUT 120
-            PROPERTIES ${apart})
+            PROPERTIES ${properties} ENVIRONMENT "${environment}")
     endif()
     if(NOT arg_PARTS)
         set(arg_PARTS 1)
@@ -89,9 +123,14 @@ function(orvantis_add_test)
             set(name ${arg_NAME}.${part})
         endif()
         math(EXPR index "${part} - 1")
+        set(shard "GTEST_TOTAL_SHARDS=${arg_PARTS}" "GTEST_SHARD_INDEX=${index}")
         add_test(NAME ${name} COMMAND ${arg_NAME} ${filter}
             "--gtest_output=xml:${CMAKE_BINARY_DIR}/test-results/${name}.xml")
-        set_tests_properties(${name} PROPERTIES ${properties}
-            ENVIRONMENT "${environment};GTEST_TOTAL_SHARDS=${arg_PARTS};GTEST_SHARD_INDEX=${index}")
+        set_tests_properties(${name} PROPERTIES ${properties} ENVIRONMENT "${environment};${shard}")
+        if(NOT arg_NOT_QUICK)
+            orvantis_quick_test(NAME ${name} PROGRAM ${arg_NAME} ENVIRONMENT ${environment} ${shard}
+                FILTER "${arg_QUICK_FILTER}" APART "${arg_APART}" FIXTURES "${arg_FIXTURES}"
+                DEPENDS ${arg_LOADS} ${arg_DATA})
+        endif()
     endforeach()
 endfunction()

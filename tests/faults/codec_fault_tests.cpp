@@ -11,7 +11,6 @@ namespace {
 
 using orvantis::test::ScopedEnvironment;
 
-constexpr std::uint64_t kMost = 5000;
 // compress_query is exported by the library and has no place in an importer.
 constexpr const char* kFunctions[] = {"library_init",     "library_close",    "open",       "close",
                                       "decompress_query", "decompress_begin", "decompress", "decompress_end",

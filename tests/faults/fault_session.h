@@ -20,6 +20,8 @@
 class SessionFaults : public ::testing::Test {
  protected:
     enum class Log { on, off };
+    /// More calls of one kind than a session ever makes: no end is in sight.
+    static constexpr std::uint64_t kMost = 5000;
 
     /// Loads the plug-in, writes the clip, and plays it twice without a fault: the two sessions have to be
     /// equal.

@@ -11,7 +11,6 @@ using orvantis::test::FileHooks;
 using orvantis::test::FileOperationHook;
 using orvantis::test::InstalledFileHooks;
 
-constexpr std::uint64_t kMost = 5000;
 constexpr std::pair<const char*, FileOperationHook FileHooks::*> kKinds[] = {
     {"open", &FileHooks::opens}, {"read", &FileHooks::reads}, {"seek", &FileHooks::seeks},
     {"tell", &FileHooks::tells}, {"size", &FileHooks::sizes}, {"write", &FileHooks::writes}};

@@ -5,8 +5,6 @@
 
 namespace {
 
-constexpr std::uint64_t kMost = 5000;
-
 class HostCallFaults : public SessionFaults {
  protected:
     /// Lets call n, or n and all later ones, answer `result`, for every n. Returns how many calls failed.

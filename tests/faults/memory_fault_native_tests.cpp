@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr std::uint64_t kMost = 50'000;
+constexpr std::uint64_t kMostAllocations = 50'000;
 
 class AllocationFaults : public SessionFaults, public ::testing::WithParamInterface<std::uint64_t> {
  protected:
@@ -25,7 +25,7 @@ class AllocationFaults : public SessionFaults, public ::testing::WithParamInterf
     /// Lets allocation n fail for n = first, first + step, ... up to the end. Returns the number of
     /// allocations.
     std::uint64_t failEach(std::uint64_t first, std::uint64_t step) {
-        for (std::uint64_t n = first; n <= kMost; n += step) {
+        for (std::uint64_t n = first; n <= kMostAllocations; n += step) {
             std::uint64_t allocations = 0;
             const bool good = survives(
                 "allocation " + std::to_string(n), [&](simhost::Host&) { faults::startCounting(n, false); },

@@ -21,7 +21,7 @@ namespace {
 using simhost::Service;
 using testing::Contains;
 
-constexpr std::uint32_t kYuy2 = host::PrPixelFormat_YUYV_422_8u_601;
+using clips::kYuy2;
 constexpr std::uint32_t kUyvy = host::PrPixelFormat_UYVY_422_8u_601;
 
 // The stand-in's text for the code that it fails with unless told otherwise.

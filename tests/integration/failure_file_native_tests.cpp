@@ -20,7 +20,7 @@ using orvantis::test::FileOperationHook;
 using orvantis::test::InstalledFileHooks;
 using testing::Contains;
 
-constexpr std::uint32_t kYuy2 = host::PrPixelFormat_YUYV_422_8u_601;
+using clips::kYuy2;
 
 /// The next operation of this kind fails.
 void failNext(FileOperationHook& hook) {

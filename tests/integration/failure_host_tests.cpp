@@ -17,7 +17,7 @@ namespace {
 using simhost::Service;
 using testing::Contains;
 
-constexpr std::uint32_t kYuy2 = host::PrPixelFormat_YUYV_422_8u_601;
+using clips::kYuy2;
 
 class HostFailures : public ClipTest {
  protected:

@@ -18,7 +18,7 @@ using orvantis::test::Bytes;
 using orvantis::test::OpenDml;
 using testing::Contains;
 
-constexpr std::uint32_t kYuy2 = host::PrPixelFormat_YUYV_422_8u_601;
+using clips::kYuy2;
 
 class CutFiles : public ClipTest {
  protected:

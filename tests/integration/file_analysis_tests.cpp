@@ -20,7 +20,7 @@ namespace {
 using formatlists::Family;
 using orvantis::test::AviBuilder;
 
-constexpr std::uint8_t kPattern = 0xA7;
+using clips::kPattern;
 
 class FileAnalysis : public ClipTest {};
 

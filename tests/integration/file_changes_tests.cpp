@@ -15,7 +15,7 @@ namespace {
 namespace fs = std::filesystem;
 using testing::Contains;
 
-constexpr std::uint32_t kYuy2 = host::PrPixelFormat_YUYV_422_8u_601;
+using clips::kYuy2;
 using Bytes = orvantis::test::Bytes;
 
 class ChangedFiles : public ClipTest {

@@ -14,7 +14,7 @@ namespace {
 using orvantis::test::AviBuilder;
 using orvantis::test::InstalledFileHooks;
 
-constexpr std::uint32_t kYuy2 = host::PrPixelFormat_YUYV_422_8u_601;
+using clips::kYuy2;
 constexpr std::uint64_t kWindow = 65536;
 
 class FileCost : public ClipTest {};

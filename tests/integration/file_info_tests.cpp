@@ -17,8 +17,8 @@ using orvantis::test::AviBuilder;
 using orvantis::test::Bytes;
 using testing::Contains;
 
-constexpr std::uint8_t kPattern = 0xA7;
-constexpr std::uint32_t kYuy2 = host::PrPixelFormat_YUYV_422_8u_601;
+using clips::kPattern;
+using clips::kYuy2;
 
 /// The fields of every answer that is no failure.
 std::vector<Field> always(bool hasVideo, bool hasAudio) {

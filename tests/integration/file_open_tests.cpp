@@ -18,8 +18,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::uint32_t kYuy2 = host::PrPixelFormat_YUYV_422_8u_601;
-constexpr std::uint8_t kPattern = 0xA7;
+using clips::kPattern;
+using clips::kYuy2;
 
 class FileOpen : public ClipTest {
  protected:

@@ -19,7 +19,7 @@ using orvantis::test::OpenDml;
 using orvantis::test::videoStream;
 using testing::Contains;
 
-constexpr std::uint32_t kYuy2 = host::PrPixelFormat_YUYV_422_8u_601;
+using clips::kYuy2;
 
 class FileStructure : public ClipTest {
  protected:

@@ -15,7 +15,7 @@ namespace {
 
 using testing::Contains;
 
-constexpr std::uint32_t kYuy2 = host::PrPixelFormat_YUYV_422_8u_601;
+using clips::kYuy2;
 
 class LogTexts : public ClipTest {
  protected:

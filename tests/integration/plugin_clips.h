@@ -8,9 +8,15 @@
 #include <string>
 #include <vector>
 
+#include "host/pixel_formats.h"
 #include "tests/support/avi_builder/avi_builder.h"
 
 namespace clips {
+
+/// The format in which the codec delivers most of these clips without conversion.
+inline constexpr std::uint32_t kYuy2 = host::PrPixelFormat_YUYV_422_8u_601;
+/// What records hold where nothing was written.
+inline constexpr std::uint8_t kPattern = 0xA7;
 
 inline constexpr std::int32_t kWidth = 16;
 inline constexpr std::int32_t kHeight = 4;

@@ -13,8 +13,8 @@
 
 namespace {
 
-constexpr std::uint8_t kPattern = 0xA7;
-constexpr std::uint32_t kYuy2 = host::PrPixelFormat_YUYV_422_8u_601;
+using clips::kPattern;
+using clips::kYuy2;
 
 class MediaRecords : public ClipTest, public testing::WithParamInterface<const char*> {
  protected:

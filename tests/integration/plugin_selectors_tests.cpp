@@ -21,7 +21,7 @@ using testing::ElementsAre;
 
 const std::size_t kSubTypes = formatlists::codedTypes().size();
 
-constexpr std::uint8_t kPattern = 0xA7;
+using clips::kPattern;
 
 class PluginSelectors : public ClipTest {
  protected:

@@ -24,7 +24,7 @@ const std::vector<std::string> kFileSuites = {
     "Premiere Time Suite",         "Premiere Image Processing Suite", "Premiere Audio Suite",
 };
 
-constexpr std::uint32_t kYuy2 = host::PrPixelFormat_YUYV_422_8u_601;
+using clips::kYuy2;
 
 class Suites : public ClipTest {
  protected:

@@ -14,7 +14,7 @@ namespace {
 using namespace orvantis::test;
 using fileio::WinFile;
 
-constexpr int kOrdinary = 9;
+constexpr int kReadMode = 9;
 
 class FileHooksTest : public testing::Test {
  protected:
@@ -27,7 +27,7 @@ TEST_F(FileHooksTest, CountEverything) {
     InstalledFileHooks hooks;
     {
         WinFile file;
-        ASSERT_TRUE(file.open(path().c_str(), kOrdinary));
+        ASSERT_TRUE(file.open(path().c_str(), kReadMode));
         char bytes[16];
         EXPECT_EQ(file.read(bytes, 16), 10u);
         EXPECT_TRUE(file.seek(0));
@@ -35,7 +35,7 @@ TEST_F(FileHooksTest, CountEverything) {
         EXPECT_EQ(file.size(), 10);
         EXPECT_EQ(file.tell(), 3);
         EXPECT_EQ(file.write("x", 1), 0u);
-        EXPECT_FALSE(file.open((path() + "x").c_str(), kOrdinary));
+        EXPECT_FALSE(file.open((path() + "x").c_str(), kReadMode));
     }
     EXPECT_EQ(hooks->opens.count, 2u);
     EXPECT_EQ(hooks->opened, 1u);
@@ -56,9 +56,9 @@ TEST_F(FileHooksTest, FailOneOperation) {
     hooks->seeks.failAt = 1;
     hooks->sizes.failAt = 1;
     WinFile file;
-    EXPECT_FALSE(file.open(path().c_str(), kOrdinary));
+    EXPECT_FALSE(file.open(path().c_str(), kReadMode));
     EXPECT_FALSE(file.isOpen());
-    ASSERT_TRUE(file.open(path().c_str(), kOrdinary));
+    ASSERT_TRUE(file.open(path().c_str(), kReadMode));
     char bytes[4];
     EXPECT_EQ(file.read(bytes, 2), 2u);
     EXPECT_EQ(file.read(bytes, 2), 0u);
@@ -76,7 +76,7 @@ TEST_F(FileHooksTest, FailFromAnOperationOn) {
     hooks->reads.failAt = 2;
     hooks->reads.failFromThere = true;
     WinFile file;
-    ASSERT_TRUE(file.open(path().c_str(), kOrdinary));
+    ASSERT_TRUE(file.open(path().c_str(), kReadMode));
     char bytes[4];
     EXPECT_EQ(file.read(bytes, 2), 2u);
     EXPECT_EQ(file.read(bytes, 2), 0u);
@@ -89,10 +89,10 @@ TEST_F(FileHooksTest, ConcernOnlyTheTimeInWhichTheyAreInstalled) {
         hooks->opens.failAt = 1;
         hooks->opens.failFromThere = true;
         WinFile file;
-        EXPECT_FALSE(file.open(path().c_str(), kOrdinary));
+        EXPECT_FALSE(file.open(path().c_str(), kReadMode));
     }
     WinFile file;
-    EXPECT_TRUE(file.open(path().c_str(), kOrdinary));
+    EXPECT_TRUE(file.open(path().c_str(), kReadMode));
 }
 
 }  // namespace

@@ -14,7 +14,7 @@ using namespace fileio;
 using namespace orvantis::test;
 namespace fs = std::filesystem;
 
-constexpr int kOrdinary = kOpenRead | kOpenShareRead;
+constexpr int kSharedRead = kOpenRead | kOpenShareRead;
 
 std::string contents(WinFile& file) {
     std::string bytes(static_cast<std::size_t>(file.size()), '?');
@@ -30,12 +30,12 @@ TEST_P(WinFilePath, OpensThroughBothOverloads) {
     fs::create_directories(path.parent_path());
     writeFile(path, "found");
     WinFile file;
-    ASSERT_TRUE(file.open(utf8Path(path).c_str(), kOrdinary));
+    ASSERT_TRUE(file.open(utf8Path(path).c_str(), kSharedRead));
     EXPECT_EQ(contents(file), "found");
-    ASSERT_TRUE(file.open(utf16Path(path).c_str(), kOrdinary));
+    ASSERT_TRUE(file.open(utf16Path(path).c_str(), kSharedRead));
     EXPECT_EQ(contents(file), "found");
-    EXPECT_FALSE(file.open((utf8Path(path) + "x").c_str(), kOrdinary));
-    EXPECT_FALSE(file.open((utf16Path(path) + u"x").c_str(), kOrdinary));
+    EXPECT_FALSE(file.open((utf8Path(path) + "x").c_str(), kSharedRead));
+    EXPECT_FALSE(file.open((utf16Path(path) + u"x").c_str(), kSharedRead));
 }
 
 TEST_P(WinFilePath, CreatesThroughBothOverloads) {
@@ -72,7 +72,7 @@ TEST(WinFilePaths, IllFormedUtf8MeansAnotherFile) {
     writeFile(folder / u8"caf\uFFFD name.avi", "replaced");
     WinFile file;
     const std::string path = utf8Path(folder.path()) + "/caf\xE9 name.avi";
-    ASSERT_TRUE(file.open(path.c_str(), kOrdinary));
+    ASSERT_TRUE(file.open(path.c_str(), kSharedRead));
     EXPECT_EQ(contents(file), "replaced");
 }
 
@@ -100,9 +100,9 @@ TEST(WinFilePaths, BeyondTheOldLimitOf260Characters) {
     WinFile file;
     ASSERT_TRUE(file.open(utf8Path(clip).c_str(), kOpenRead | kOpenWrite));
     ASSERT_EQ(file.write("deep", 4), 4u);
-    ASSERT_TRUE(file.open(utf16Path(clip).c_str(), kOrdinary));
+    ASSERT_TRUE(file.open(utf16Path(clip).c_str(), kSharedRead));
     EXPECT_EQ(contents(file), "deep");
-    const bool withoutPrefix = file.open(utf16Path(deep / "clip.avi").c_str(), kOrdinary);
+    const bool withoutPrefix = file.open(utf16Path(deep / "clip.avi").c_str(), kSharedRead);
     RecordProperty("opens_without_prefix", withoutPrefix ? 1 : 0);
     EXPECT_EQ(file.isOpen(), withoutPrefix);
 }
@@ -111,7 +111,7 @@ TEST(WinFilePaths, NamesLongerThanTheSystemAllowsAreRefused) {
     const TempFolder folder;
     WinFile file;
     const std::string path = utf8Path(folder.path()) + "/" + std::string(40000, 'x');
-    EXPECT_FALSE(file.open(path.c_str(), kOrdinary));
+    EXPECT_FALSE(file.open(path.c_str(), kSharedRead));
     EXPECT_FALSE(file.open(path.c_str(), kOpenRead | kOpenWrite));
 }
 

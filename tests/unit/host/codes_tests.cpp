@@ -150,7 +150,7 @@ TEST(RecordValues, AreTheHosts) {
     EXPECT_EQ(kPrTrue, 1);
 }
 
-std::string inMemory(std::uint32_t code) {
+std::string bytesOf(std::uint32_t code) {
     std::string text(4, '\0');
     std::memcpy(text.data(), &code, 4);
     return text;
@@ -158,13 +158,13 @@ std::string inMemory(std::uint32_t code) {
 
 TEST(FourCharCodes, FileTypeHasItsFirstCharacterInTheHighestByte) {
     EXPECT_EQ(kFileTypeAviv, 0x41564956u);
-    EXPECT_EQ(inMemory(kFileTypeAviv), "VIVA");
+    EXPECT_EQ(bytesOf(kFileTypeAviv), "VIVA");
     EXPECT_EQ(fourccHighFirst('O', '8', 'R', 'A'), 0x4F385241u);
 }
 
 TEST(FourCharCodes, TheTwoOrdersAreOpposite) {
-    EXPECT_EQ(inMemory(pixelFormatCode('A', 'B', 'C', 'D')), "ABCD");
-    EXPECT_EQ(inMemory(fourccHighFirst('A', 'B', 'C', 'D')), "DCBA");
+    EXPECT_EQ(bytesOf(pixelFormatCode('A', 'B', 'C', 'D')), "ABCD");
+    EXPECT_EQ(bytesOf(fourccHighFirst('A', 'B', 'C', 'D')), "DCBA");
 }
 
 TEST(FourCharCodes, CharactersAboveAsciiDoNotSpillIntoTheOthers) {

@@ -19,6 +19,9 @@ scripts/install-packages.sh
 echo "== directions"
 scripts/check-directions.py
 
+echo "== names of tests"
+python3 scripts/check-test-names.py
+
 echo "== clang-format"
 git ls-files '*.h' '*.cpp' | xargs clang-format --dry-run --Werror
 [ "$what" != format ] || exit 0

@@ -26,7 +26,7 @@ namespace fs = std::filesystem;
 using orvantis::test::LogCapture;
 using testing::Contains;
 
-class LogSwitch : public ClipTest {
+class PluginLogSwitch : public ClipTest {
  protected:
     /// Everything below the profile folder, by name.
     static std::vector<std::string> contentsOf(const LogCapture& capture) {
@@ -49,14 +49,14 @@ class LogSwitch : public ClipTest {
     }
 };
 
-TEST_F(LogSwitch, WithoutTheValueNothingIsCreated) {
+TEST_F(PluginLogSwitch, WithoutTheValueNothingIsCreated) {
     const LogCapture capture(LogCapture::Switch::missing);
     const auto before = contentsOf(capture);
     playSession();
     EXPECT_EQ(contentsOf(capture), before);
 }
 
-TEST_F(LogSwitch, AValueOfZeroIsOff) {
+TEST_F(PluginLogSwitch, AValueOfZeroIsOff) {
     LogCapture capture(LogCapture::Switch::missing);
     capture.redirection().setSwitch(0);
     const auto before = contentsOf(capture);
@@ -64,7 +64,7 @@ TEST_F(LogSwitch, AValueOfZeroIsOff) {
     EXPECT_EQ(contentsOf(capture), before);
 }
 
-TEST_F(LogSwitch, AnyOtherValueIsOn) {
+TEST_F(PluginLogSwitch, AnyOtherValueIsOn) {
     for (const std::uint32_t value : {1U, 2U, 0x80000000U, 0xFFFFFFFFU, 0x01000000U}) {
         LogCapture capture(LogCapture::Switch::missing);
         capture.redirection().setSwitch(value);
@@ -76,14 +76,14 @@ TEST_F(LogSwitch, AnyOtherValueIsOn) {
     }
 }
 
-TEST_F(LogSwitch, LoadingAndUnloadingAloneLeaveNoLog) {
+TEST_F(PluginLogSwitch, LoadingAndUnloadingAloneLeaveNoLog) {
     const LogCapture capture;
     start();
     stop();
     EXPECT_TRUE(capture.files().empty()) << "the switch is read with the first call, not before";
 }
 
-TEST_F(LogSwitch, IsReadByTheFirstCallWhateverItIs) {
+TEST_F(PluginLogSwitch, IsReadByTheFirstCallWhateverItIs) {
     for (const std::int32_t selector :
          {host::imShutdown, host::imGetSupports8, host::imGetIndFormat, host::imSelectClipFrameDescriptor}) {
         const LogCapture capture;
@@ -95,7 +95,7 @@ TEST_F(LogSwitch, IsReadByTheFirstCallWhateverItIs) {
     }
 }
 
-TEST_F(LogSwitch, IsReadOnceSoThatTurningItOnLaterWaitsForTheNextProcess) {
+TEST_F(PluginLogSwitch, IsReadOnceSoThatTurningItOnLaterWaitsForTheNextProcess) {
     LogCapture capture(LogCapture::Switch::missing);
     start();
     EXPECT_EQ(importer().getSupports8(), host::malSupports8);
@@ -110,7 +110,7 @@ TEST_F(LogSwitch, IsReadOnceSoThatTurningItOnLaterWaitsForTheNextProcess) {
     EXPECT_EQ(capture.files().size(), 1U) << "a new load reads it anew";
 }
 
-TEST_F(LogSwitch, TurningItOffLaterChangesNothing) {
+TEST_F(PluginLogSwitch, TurningItOffLaterChangesNothing) {
     LogCapture capture;
     start();
     EXPECT_EQ(importer().getSupports8(), host::malSupports8);
@@ -120,7 +120,7 @@ TEST_F(LogSwitch, TurningItOffLaterChangesNothing) {
     EXPECT_THAT(capture.lines(), Contains("[T] [#] [imGetSupports8] (36)").Times(2));
 }
 
-TEST_F(LogSwitch, TheFileStartsWithTheApplicationAndEndsWithTheUnload) {
+TEST_F(PluginLogSwitch, TheFileStartsWithTheApplicationAndEndsWithTheUnload) {
     const LogCapture capture;
     start();
     EXPECT_EQ(importer().getSupports8(), host::malSupports8);
@@ -134,7 +134,7 @@ TEST_F(LogSwitch, TheFileStartsWithTheApplicationAndEndsWithTheUnload) {
     EXPECT_EQ(lines[6], "[T] [#] Log closed");
 }
 
-TEST_F(LogSwitch, EachLineIsOnTheDiskBeforeTheCallReturns) {
+TEST_F(PluginLogSwitch, EachLineIsOnTheDiskBeforeTheCallReturns) {
     const LogCapture capture;
     start();
     EXPECT_EQ(importer().getSupports8(), host::malSupports8);
@@ -154,7 +154,7 @@ testing::AssertionResult isLogName(const std::string& name, const std::string& n
                 : testing::AssertionFailure() << name << " is not like " << pattern;
 }
 
-TEST_F(LogSwitch, TheFileIsNamedByTimeAndNumber) {
+TEST_F(PluginLogSwitch, TheFileIsNamedByTimeAndNumber) {
     const LogCapture capture;
     start();
     EXPECT_EQ(importer().getSupports8(), host::malSupports8);
@@ -164,7 +164,7 @@ TEST_F(LogSwitch, TheFileIsNamedByTimeAndNumber) {
     EXPECT_TRUE(isLogName(capture.files()[0].filename().string(), "00"));
 }
 
-TEST_F(LogSwitch, TwoLoadsInOneSecondAreNumbered) {
+TEST_F(PluginLogSwitch, TwoLoadsInOneSecondAreNumbered) {
     // Two loads can fall into two seconds; then there are two numbers 00, and another try.
     for (int attempt = 0; attempt < 20; ++attempt) {
         const LogCapture capture;
@@ -191,21 +191,21 @@ TEST_F(LogSwitch, TwoLoadsInOneSecondAreNumbered) {
     FAIL() << "no two loads fell into one second";
 }
 
-TEST_F(LogSwitch, WithoutAProfileFolderThePluginWorksUnlogged) {
+TEST_F(PluginLogSwitch, WithoutAProfileFolderThePluginWorksUnlogged) {
     LogCapture capture;
     capture.redirection().setProfile(folder() / "there-is-none");
     playSession();
     EXPECT_TRUE(capture.files().empty());
 }
 
-TEST_F(LogSwitch, WithAFileInThePlaceOfTheLogFolderThePluginWorksUnlogged) {
+TEST_F(PluginLogSwitch, WithAFileInThePlaceOfTheLogFolderThePluginWorksUnlogged) {
     const LogCapture capture;
     orvantis::test::writeFile(capture.profile() / "orvantis", "in the way");
     playSession();
     EXPECT_EQ(orvantis::test::readFile(capture.profile() / "orvantis"), "in the way");
 }
 
-TEST_F(LogSwitch, AHostThatUnloadsWithoutShutdownIsNotCalledAnyMore) {
+TEST_F(PluginLogSwitch, AHostThatUnloadsWithoutShutdownIsNotCalledAnyMore) {
 #ifdef ORVANTIS_LEAKS_ARE_SOUGHT
     // What such a host leaves behind is the object that holds the error suite: giving the suite back is the
     // host's to ask for.

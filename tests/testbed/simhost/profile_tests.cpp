@@ -13,7 +13,7 @@
 namespace simhost {
 namespace {
 
-TEST(Profiles, NamesAreUniqueAndFound) {
+TEST(HostProfiles, NamesAreUniqueAndFound) {
     std::set<std::string> names;
     for (const HostProfile& profile : builtinProfiles()) {
         names.insert(profile.name);
@@ -25,7 +25,7 @@ TEST(Profiles, NamesAreUniqueAndFound) {
     EXPECT_EQ(findProfile("nonesuch"), nullptr);
 }
 
-TEST(Profiles, OlderHostsHaveShorterRecords) {
+TEST(HostProfiles, OlderHostsHaveShorterRecords) {
     EXPECT_EQ(recordSizes(18).fileInfo, 5373u);
     EXPECT_EQ(recordSizes(18).sourceVideo, 56u);
     EXPECT_EQ(recordSizes(18).asyncRequest, 68u);
@@ -34,7 +34,7 @@ TEST(Profiles, OlderHostsHaveShorterRecords) {
     EXPECT_EQ(recordSizes(23).asyncRequest, 124u);
 }
 
-TEST(Profiles, AWriteBehindTheShorterRecordIsAViolation) {
+TEST(HostProfiles, AWriteBehindTheShorterRecordIsAViolation) {
     Host sim(*findProfile("older"));
     test::FakePlugin fake;
     test::makeWellBehaved(fake);
@@ -48,12 +48,12 @@ TEST(Profiles, AWriteBehindTheShorterRecordIsAViolation) {
     EXPECT_EQ(sim.violations(), (std::vector<std::string>{"selector 37 wrote outside its record"}));
 }
 
-TEST(Profiles, TheInterfaceVersionIsTold) {
+TEST(HostProfiles, TheInterfaceVersionIsTold) {
     Host sim(*findProfile("older"));
     EXPECT_EQ(int{sim.stdParms().imInterfaceVer}, 18);
 }
 
-TEST(Profiles, OppositeOriginsTurnEveryAnswer) {
+TEST(HostProfiles, OppositeOriginsTurnEveryAnswer) {
     Host sim(*findProfile("opposite-origins"));
     const auto* suite =
         test::acquire<host::ImageProcessingSuite>(sim.basicSuite(), host::kImageProcessingSuiteName, 2);
@@ -64,7 +64,7 @@ TEST(Profiles, OppositeOriginsTurnEveryAnswer) {
     EXPECT_EQ(answer, 0);
 }
 
-TEST(Profiles, SessionsDeliverTheSamePicturesUnderEveryProfileThatCanPlay) {
+TEST(HostProfiles, SessionsDeliverTheSamePicturesUnderEveryProfileThatCanPlay) {
     std::uint64_t pictures = 0;
     std::uint64_t sounds = 0;
     for (const HostProfile& profile : builtinProfiles()) {

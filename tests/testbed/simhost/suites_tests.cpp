@@ -13,7 +13,7 @@ namespace {
 using test::acquire;
 using test::basicSuiteOf;
 
-TEST(Suites, TheWayToTheBasicSuiteIsTheDocumentedOne) {
+TEST(SimulatedSuites, TheWayToTheBasicSuiteIsTheDocumentedOne) {
     Host sim;
     const host::imStdParms parms = sim.stdParms();
     EXPECT_EQ(basicSuiteOf(&parms), sim.basicSuite());
@@ -21,7 +21,7 @@ TEST(Suites, TheWayToTheBasicSuiteIsTheDocumentedOne) {
     EXPECT_EQ(int{parms.imInterfaceVer}, 23);
 }
 
-TEST(Suites, AllSevenAreServedAtTheirVersionsAndNoOther) {
+TEST(SimulatedSuites, AllSevenAreServedAtTheirVersionsAndNoOther) {
     Host sim;
     for (const HostSuite& suite : hostSuites()) {
         EXPECT_NE(acquire<void*>(sim.basicSuite(), suite.name, suite.version), nullptr) << suite.name;
@@ -31,7 +31,7 @@ TEST(Suites, AllSevenAreServedAtTheirVersionsAndNoOther) {
     EXPECT_EQ(acquire<void*>(sim.basicSuite(), "Premiere Window Suite", 1), nullptr);
 }
 
-TEST(Suites, ARefusalLeavesTheVariableAloneOrWritesNullAsTheProfileSays) {
+TEST(SimulatedSuites, ARefusalLeavesTheVariableAloneOrWritesNullAsTheProfileSays) {
     HostProfile profile = defaultProfile();
     profile.refusedSuites = {host::kTimeSuiteName};
     int mark = 0;
@@ -50,7 +50,7 @@ TEST(Suites, ARefusalLeavesTheVariableAloneOrWritesNullAsTheProfileSays) {
     EXPECT_TRUE(sim.isClean());
 }
 
-TEST(Suites, HeldSuitesAreReportedUntilReleasedAsOftenAsAcquired) {
+TEST(SimulatedSuites, HeldSuitesAreReportedUntilReleasedAsOftenAsAcquired) {
     Host sim;
     const host::SPBasicSuite* basic = sim.basicSuite();
     acquire<host::PPixSuite>(basic, host::kPPixSuiteName, host::kPPixSuiteVersion);
@@ -64,7 +64,7 @@ TEST(Suites, HeldSuitesAreReportedUntilReleasedAsOftenAsAcquired) {
     EXPECT_TRUE(sim.isClean());
 }
 
-TEST(Suites, ReleasingWhatIsNotHeldIsAViolation) {
+TEST(SimulatedSuites, ReleasingWhatIsNotHeldIsAViolation) {
     Host sim;
     EXPECT_NE(sim.basicSuite()->ReleaseSuite(host::kPPixSuiteName, host::kPPixSuiteVersion), 0);
     acquire<host::PPixSuite>(sim.basicSuite(), host::kPPixSuiteName, host::kPPixSuiteVersion);
@@ -74,7 +74,7 @@ TEST(Suites, ReleasingWhatIsNotHeldIsAViolation) {
                                         "suite 'Premiere PPix Suite 2' released but not held"}));
 }
 
-TEST(Suites, CallingASuiteThatIsNoLongerHeldIsAViolation) {
+TEST(SimulatedSuites, CallingASuiteThatIsNoLongerHeldIsAViolation) {
     Host sim;
     const auto* time =
         acquire<host::TimeSuite>(sim.basicSuite(), host::kTimeSuiteName, host::kTimeSuiteVersion);
@@ -88,7 +88,7 @@ TEST(Suites, CallingASuiteThatIsNoLongerHeldIsAViolation) {
               (std::vector<std::string>{"GetTicksPerSecond called while 'Premiere Time Suite' is not held"}));
 }
 
-TEST(Suites, UnusedSlotsAreDistinctAndTellTheirNames) {
+TEST(SimulatedSuites, UnusedSlotsAreDistinctAndTellTheirNames) {
     Host sim;
     const auto* cache = acquire<host::PPixCacheSuite>(sim.basicSuite(), host::kPPixCacheSuiteName,
                                                       host::kPPixCacheSuiteVersion);
@@ -105,7 +105,7 @@ TEST(Suites, UnusedSlotsAreDistinctAndTellTheirNames) {
                                     "unused function called: GetBounds", "unused function called: IsEqual"}));
 }
 
-TEST(Suites, NoSlotOfAnyTableIsNull) {
+TEST(SimulatedSuites, NoSlotOfAnyTableIsNull) {
     Host sim;
     const std::size_t slots[] = {1, 2, 14, 9, 3, 7, 8};
     for (std::size_t i = 0; i < kSuiteCount; ++i) {
@@ -116,7 +116,7 @@ TEST(Suites, NoSlotOfAnyTableIsNull) {
     }
 }
 
-TEST(Suites, ErrorEventsAreKeptAsUtf8) {
+TEST(SimulatedSuites, ErrorEventsAreKeptAsUtf8) {
     Host sim;
     const auto* error =
         acquire<host::ErrorSuite>(sim.basicSuite(), host::kErrorSuiteName, host::kErrorSuiteVersion);
@@ -127,7 +127,7 @@ TEST(Suites, ErrorEventsAreKeptAsUtf8) {
     EXPECT_EQ(sim.events()[0].description, "What");
 }
 
-TEST(Suites, ImageQuestionsAreAnsweredInExactlyFourBytes) {
+TEST(SimulatedSuites, ImageQuestionsAreAnsweredInExactlyFourBytes) {
     Host sim;
     const auto* suite = acquire<host::ImageProcessingSuite>(sim.basicSuite(), host::kImageProcessingSuiteName,
                                                             host::kImageProcessingSuiteVersion);
@@ -146,7 +146,7 @@ TEST(Suites, ImageQuestionsAreAnsweredInExactlyFourBytes) {
     EXPECT_EQ(answer[0], 5);
 }
 
-TEST(Suites, TheTraceKeepsOrderDetailAndThread) {
+TEST(SimulatedSuites, TheTraceKeepsOrderDetailAndThread) {
     Host sim;
     acquire<void*>(sim.basicSuite(), host::kTimeSuiteName, host::kTimeSuiteVersion);
     std::thread([&sim] {
@@ -162,7 +162,7 @@ TEST(Suites, TheTraceKeepsOrderDetailAndThread) {
     EXPECT_EQ(sim.totalCalls(), 2u);
 }
 
-TEST(Suites, ASecondHostIsRefusedAndANewOneMayFollow) {
+TEST(SimulatedSuites, ASecondHostIsRefusedAndANewOneMayFollow) {
     {
         Host sim;
         EXPECT_THROW(Host(), std::logic_error);

@@ -5,13 +5,13 @@
 namespace simhost {
 namespace {
 
-TEST(Text, RoundTripsEveryLengthOfUtf8) {
+TEST(SimhostText, RoundTripsEveryLengthOfUtf8) {
     const std::string utf8 = "a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x8E\x9E";
     EXPECT_EQ(toUtf16(utf8), u"a\u00E9\u20AC\U0001F39E");
     EXPECT_EQ(toUtf8(toUtf16(utf8)), utf8);
 }
 
-TEST(Text, IllFormedInputBecomesTheReplacementCharacter) {
+TEST(SimhostText, IllFormedInputBecomesTheReplacementCharacter) {
     EXPECT_EQ(toUtf16("\x80x"), u"\uFFFDx");
     EXPECT_EQ(toUtf16("\xC3"), u"\uFFFD");
     EXPECT_EQ(toUtf16("\xC0\x80"), u"\uFFFD\uFFFD");
@@ -22,7 +22,7 @@ TEST(Text, IllFormedInputBecomesTheReplacementCharacter) {
     EXPECT_EQ(toUtf8(low), "\xEF\xBF\xBD");
 }
 
-TEST(Text, CodesReadInBothDirections) {
+TEST(SimhostText, CodesReadInBothDirections) {
     EXPECT_EQ(codeText(0x41564956, true), "AVIV");
     EXPECT_EQ(codeText(0x61726762, false), "bgra");
     EXPECT_EQ(codeText(0x00000141, false), "A???");

@@ -39,7 +39,7 @@ void operator delete(void* memory, std::size_t) noexcept {
 namespace orvantis::standin::test {
 namespace {
 
-TEST(SteadyState, TheCounterCounts) {
+TEST(StandinSteadyState, TheCounterCounts) {
     const long before = g_allocations;
     const std::vector<int> some(100);
     EXPECT_GE(g_allocations, before + 1);
@@ -73,7 +73,7 @@ TEST_P(DecodingEveryType, AllocatesNothingInAnyLayout) {
     EXPECT_GE(decoded, 7 * 3);
 }
 
-INSTANTIATE_TEST_SUITE_P(SteadyState, DecodingEveryType, testing::ValuesIn(allTypes()), TagOfParam());
+INSTANTIATE_TEST_SUITE_P(StandinSteadyState, DecodingEveryType, testing::ValuesIn(allTypes()), TagOfParam());
 
 }  // namespace
 }  // namespace orvantis::standin::test

@@ -87,7 +87,7 @@ void expectAllFrames(fileio::File& file) {
     EXPECT_TRUE(test::takeLogLines().empty());
 }
 
-TEST(LargeFile, FramesAcrossAndBehindFourGigabytesAreReadThroughTheFileLayer) {
+TEST(LargeFileIndex, FramesAcrossAndBehindFourGigabytesAreReadThroughTheFileLayer) {
     const std::filesystem::path path = std::filesystem::temp_directory_path() /
                                        ("orvantis_large_" + std::to_string(std::random_device()()) + ".avi");
     const std::u16string name = path.u16string();
@@ -111,7 +111,7 @@ TEST(LargeFile, FramesAcrossAndBehindFourGigabytesAreReadThroughTheFileLayer) {
 }
 
 // The same file in memory, and how little of its gigabytes is read.
-TEST(LargeFile, OpeningCostsReadsOfTheIndexesOnly) {
+TEST(LargeFileIndex, OpeningCostsReadsOfTheIndexesOnly) {
     const std::vector<Piece> pieces = piecesOfLargeClip();
     const Piece& last = pieces.back();
     test::SparseFile file(static_cast<std::int64_t>(last.position + last.bytes.size()));
@@ -131,7 +131,7 @@ TEST(LargeFile, OpeningCostsReadsOfTheIndexesOnly) {
 
 // A single form may be larger than 4 GiB only by its 32-bit size wrapping; frames at 32-bit offsets near the
 // end of what idx1 can say are right all the same.
-TEST(LargeFile, Idx1OffsetsUpToFourGigabytesAreUnsigned) {
+TEST(LargeFileIndex, Idx1OffsetsUpToFourGigabytesAreUnsigned) {
     constexpr std::uint32_t kOffset = 0xFFFF'FF00;
     RiffBuilder riff;
     riff.beginList("RIFF", "AVI ").beginList("LIST", "hdrl").begin("avih").fill(56).end();

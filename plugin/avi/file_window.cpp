@@ -1,7 +1,9 @@
 #include "avi/file_window.h"
 
+#include <algorithm>
 #include <cstring>
 #include <exception>
+#include <limits>
 
 namespace orvantis {
 
@@ -18,6 +20,8 @@ void FileWindow::attach(fileio::File& file, std::uint64_t fileSize) noexcept {
     m_refillsLeft = kPasses * (fileSize / kWindowBytes) + kSpareRefills;
     m_first.count = 0;
     m_second.count = 0;
+    m_troubleStart = std::numeric_limits<std::uint64_t>::max();
+    m_troubleEnd = 0;
 }
 
 void FileWindow::release() noexcept {
@@ -34,7 +38,6 @@ const std::byte* FileWindow::Window::find(std::uint64_t at, std::uint64_t length
 }
 
 bool FileWindow::refill(Window& window, std::uint64_t position) noexcept {
-    if (m_refillsLeft == 0) return false;
     --m_refillsLeft;
     window.count = 0;
     try {
@@ -52,14 +55,37 @@ bool FileWindow::readSmall(std::uint64_t position, void* destination, std::size_
     if (count == 0) return true;
     const std::byte* found = m_first.find(position, count);
     if (found == nullptr) found = m_second.find(position, count);
-    if (found == nullptr) {
+    if (found == nullptr && !meetsTrouble(position)) {
+        if (m_refillsLeft == 0) return false;
         Window& window = m_first.count == 0 ? m_first : m_second;
-        if (!refill(window, position)) return false;
-        found = window.find(position, count);
-        if (found == nullptr) return false;
+        if (refill(window, position)) found = window.find(position, count);
+        if (found == nullptr) {
+            if (!holds(position, count)) return false;  // the end of the file is no trouble
+            noteTrouble(position);
+        }
     }
+    if (found == nullptr) return holds(position, count) && readExactly(position, destination, count);
     std::memcpy(destination, found, count);
     return true;
+}
+
+// The trouble is somewhere in the window that could not be filled. Asking for so much there again, for each
+// header on the way, would have a failing disk try its bad sector again and again.
+bool FileWindow::meetsTrouble(std::uint64_t position) const noexcept {
+    return position < m_troubleEnd && m_troubleStart < kWindowBytes + position;
+}
+
+void FileWindow::noteTrouble(std::uint64_t position) noexcept {
+    m_troubleStart = std::min(m_troubleStart, position);
+    m_troubleEnd = std::max(m_troubleEnd, position + kWindowBytes);
+}
+
+bool FileWindow::readExactly(std::uint64_t position, void* destination, std::uint64_t count) noexcept {
+    try {
+        return m_file->seek(static_cast<std::int64_t>(position)) && m_file->read(destination, count) == count;
+    } catch (const std::exception&) {
+        return false;
+    }
 }
 
 bool FileWindow::readBulk(std::uint64_t position, void* destination, std::uint64_t count) noexcept {
@@ -71,11 +97,7 @@ bool FileWindow::readBulk(std::uint64_t position, void* destination, std::uint64
         std::memcpy(destination, found, static_cast<std::size_t>(count));
         return true;
     }
-    try {
-        return m_file->seek(static_cast<std::int64_t>(position)) && m_file->read(destination, count) == count;
-    } catch (const std::exception&) {
-        return false;
-    }
+    return readExactly(position, destination, count);
 }
 
 }  // namespace orvantis

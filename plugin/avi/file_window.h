@@ -28,8 +28,9 @@ class FileWindow {
     }
 
     /// Copies exactly `count` bytes (at most kWindowBytes) from `position`; a miss costs one seek and one
-    /// read. Fails too when there were more misses than any way forward through the file can need: only lists
-    /// that lie over one another send the reader to and fro so often.
+    /// read. Where a window cannot be filled, because of a bad sector behind a header, exactly these bytes
+    /// are asked for. Fails too when there were more misses than any way forward through the file can need:
+    /// only lists that lie over one another send the reader to and fro so often.
     bool readSmall(std::uint64_t position, void* destination, std::size_t count) noexcept;
 
     /// Reads exactly `count` bytes straight to `destination`, with one seek and one read; or without any,
@@ -46,10 +47,16 @@ class FileWindow {
     };
 
     bool refill(Window& window, std::uint64_t position) noexcept;
+    bool readExactly(std::uint64_t position, void* destination, std::uint64_t count) noexcept;
+    bool meetsTrouble(std::uint64_t position) const noexcept;
+    void noteTrouble(std::uint64_t position) noexcept;
 
     fileio::File* m_file = nullptr;
     std::uint64_t m_fileSize = 0;
     std::uint64_t m_refillsLeft = 0;
+    std::uint64_t m_troubleStart =
+        0;  // where windows could not be filled; empty when not before m_troubleEnd
+    std::uint64_t m_troubleEnd = 0;
     Window m_first;
     Window m_second;
 };

@@ -1,7 +1,8 @@
-// What the mingw-w64 runtime leaves in the host when the plug-in is unloaded, given back. The runtime is linked
-// into the plug-in, so every load brings a new one: without this each load would keep a thread-local slot, of
-// which a process has 1,088, and the memory put by for exceptions. Only in builds with that runtime, where
-// the linker is told to begin and end the module here and to send the runtime's requests for slots here.
+// What the mingw-w64 runtime leaves in the host when the plug-in is unloaded, given back. The runtime is
+// linked into the plug-in, so every load brings a new one: without this each load would keep a thread-local
+// slot, of which a process has 1,088, and the memory put by for exceptions. Only in builds with that runtime,
+// where the linker is told to begin and end the module here and to send the runtime's requests for slots
+// here.
 
 #include <windows.h>
 
@@ -38,8 +39,8 @@ DWORD WINAPI allocateSlot() {
     return slot;
 }
 
-// What the runtime keeps for a thread, it gives back when the thread ends. For the one that unloads the module
-// this is its last moment in here. Other threads that were in here and live on cannot be reached.
+// What the runtime keeps for a thread, it gives back when the thread ends. For the one that unloads the
+// module this is its last moment in here. Other threads that were in here and live on cannot be reached.
 void leaveThread(HINSTANCE module) {
     const auto* callback = reinterpret_cast<const PIMAGE_TLS_CALLBACK*>(_tls_used.AddressOfCallBacks);
     for (; *callback != nullptr; ++callback) (*callback)(module, DLL_THREAD_DETACH, nullptr);

@@ -38,6 +38,13 @@ class FailingFile final : public fileio::File {
         m_faults = 0;
     }
 
+    /// Reads that touch the `count` bytes from `position` on give nothing, like those of a bad sector. 0
+    /// bytes: none is bad.
+    void makeUnreadable(std::uint64_t position, std::uint64_t count) {
+        m_badStart = position;
+        m_badEnd = position + count;
+    }
+
     /// Operations of the planned kind so far.
     std::uint64_t seen() const noexcept { return m_seen; }
     /// Faults so far; 0 tells that the scenario ended before the planned place.
@@ -50,6 +57,13 @@ class FailingFile final : public fileio::File {
     bool seek(std::int64_t offset) override { return !fails(FileOperation::seek) && m_file.seek(offset); }
 
     std::uint64_t read(void* buffer, std::uint64_t count) override {
+        if (m_badStart < m_badEnd) {
+            const auto from = static_cast<std::uint64_t>(m_file.tell());
+            if (from < m_badEnd && m_badStart < from + count) {
+                ++m_faults;
+                return 0;
+            }
+        }
         if (!meetsFault(FileOperation::read)) {
             return m_file.read(buffer, count);
         }
@@ -91,6 +105,8 @@ class FailingFile final : public fileio::File {
     bool m_fromThereOn = false;
     std::uint64_t m_seen = 0;
     std::uint64_t m_faults = 0;
+    std::uint64_t m_badStart = 0;
+    std::uint64_t m_badEnd = 0;
 };
 
 }  // namespace orvantis::test

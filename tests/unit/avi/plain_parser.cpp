@@ -22,7 +22,7 @@ struct Chunk {
 
 class PlainParser {
  public:
-    explicit PlainParser(const Bytes& file) : m_file(file) {}
+    PlainParser(const Bytes& file, ByteRange unreadable) : m_file(file), m_unreadable(unreadable) {}
 
     PlainAvi parse() {
         m_result.usable = parseAll();
@@ -32,7 +32,8 @@ class PlainParser {
  private:
     // Reading.
     bool has(std::uint64_t position, std::uint64_t count) const {
-        return position <= m_file.size() && count <= m_file.size() - position;
+        if (position > m_file.size() || count > m_file.size() - position) return false;
+        return position + count <= m_unreadable.from || m_unreadable.to <= position;
     }
     Bytes get(std::uint64_t position, std::uint64_t count) const {
         if (!has(position, count)) throw std::runtime_error("end of file");
@@ -217,6 +218,7 @@ class PlainParser {
     }
 
     const Bytes& m_file;
+    ByteRange m_unreadable;
     PlainAvi m_result;
 };
 
@@ -238,8 +240,8 @@ std::vector<PlainEntry> asPlain(const std::vector<IndexEntry>& list) {
 
 }  // namespace
 
-PlainAvi parsePlainly(const Bytes& file) {
-    return PlainParser(file).parse();
+PlainAvi parsePlainly(const Bytes& file, ByteRange unreadable) {
+    return PlainParser(file, unreadable).parse();
 }
 
 PlainAvi asPlain(const AviReader& reader, bool usable) {

@@ -44,8 +44,14 @@ struct PlainAvi {
     bool operator==(const PlainAvi&) const = default;
 };
 
+/// Bytes of a file that cannot be read; by default none.
+struct ByteRange {
+    std::uint64_t from = UINT64_MAX;
+    std::uint64_t to = UINT64_MAX;  ///< behind the last
+};
+
 /// A full parse of `file`.
-PlainAvi parsePlainly(const Bytes& file);
+PlainAvi parsePlainly(const Bytes& file, ByteRange unreadable = {});
 
 /// What a reader has found, in the same shape.
 PlainAvi asPlain(const AviReader& reader, bool usable);

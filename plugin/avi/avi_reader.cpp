@@ -65,7 +65,7 @@ bool AviReader::parse(fileio::File& source, bool headerOnly) {
         appendBounded(errors, kCorrupt);
     }
     m_indexesPending = usable;
-    if (!usable) m_input.release();
+    if (!usable) dropIndexes();
     if (usable && !headerOnly) readIndexes();
     return usable;
 }
@@ -207,6 +207,12 @@ void AviReader::readIndexes() {
     readOpenDmlIndexes();
     if (idx1) readLegacyIndex(*idx1);
     buildChunkLists(legacyIndex, movi ? &*movi : nullptr, streams);
+    dropIndexes();
+}
+
+void AviReader::dropIndexes() noexcept {
+    m_indexesPending = false;
+    m_restOfWalk.reset();
     m_pendingIndexes = {};
     m_input.release();
 }

@@ -36,13 +36,17 @@ class AviReader {
     /// go to errorText(), in the order of a full parse; a stream without a usable index has an empty list.
     /// Runs once per successful parse; a further call does nothing.
     void readIndexes();
+    /// Gives back what readIndexes() would have needed, and makes it do nothing: for a file that is refused
+    /// for what its headers say.
+    void dropIndexes() noexcept;
 
     const std::string& errorText() const noexcept { return errors; }
     /// Positions in `streams`, in order, of the streams with this fccType (kStreamTypeVideo,
     /// kStreamTypeAudio).
     std::vector<std::size_t> streamsOfType(std::uint32_t type) const;
     /// Reads the first `count` data bytes of `chunk`. False when the chunk has fewer, or they cannot be read;
-    /// `dest` may then hold a part of them. For use while parsing.
+    /// `dest` may then hold a part of them. Before the first parse there is nothing to read; behind one, as
+    /// long as its file is there.
     bool readChunkData(const RiffChunk& chunk, void* dest, std::size_t count) noexcept;
 
     fileio::File* file = nullptr;  ///< not owned

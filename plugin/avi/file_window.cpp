@@ -16,6 +16,7 @@ constexpr std::uint64_t kPasses = 2;
 
 void FileWindow::attach(fileio::File& file, std::uint64_t fileSize) noexcept {
     m_file = &file;
+    m_windowed = true;
     m_fileSize = fileSize;
     m_refillsLeft = kPasses * (fileSize / kWindowBytes) + kSpareRefills;
     m_first.count = 0;
@@ -25,7 +26,7 @@ void FileWindow::attach(fileio::File& file, std::uint64_t fileSize) noexcept {
 }
 
 void FileWindow::release() noexcept {
-    m_file = nullptr;
+    m_windowed = false;
     m_first = Window{};
     m_second = Window{};
 }
@@ -55,7 +56,7 @@ bool FileWindow::readSmall(std::uint64_t position, void* destination, std::size_
     if (count == 0) return true;
     const std::byte* found = m_first.find(position, count);
     if (found == nullptr) found = m_second.find(position, count);
-    if (found == nullptr && !meetsTrouble(position)) {
+    if (found == nullptr && m_windowed && !meetsTrouble(position)) {
         if (m_refillsLeft == 0) return false;
         Window& window = m_first.count == 0 ? m_first : m_second;
         if (refill(window, position)) found = window.find(position, count);

@@ -18,7 +18,7 @@ class FileWindow {
 
     /// Starts on `file`, which must outlive the reading. Nothing is read yet.
     void attach(fileio::File& file, std::uint64_t fileSize) noexcept;
-    /// Gives the memory back. Only attach() may follow.
+    /// Gives the windows back. What is read from now on is read exactly, from the same file.
     void release() noexcept;
 
     std::uint64_t fileSize() const noexcept { return m_fileSize; }
@@ -51,7 +51,8 @@ class FileWindow {
     bool meetsTrouble(std::uint64_t position) const noexcept;
     void noteTrouble(std::uint64_t position) noexcept;
 
-    fileio::File* m_file = nullptr;
+    fileio::File* m_file = nullptr;  // null until attach()
+    bool m_windowed = false;         // until release()
     std::uint64_t m_fileSize = 0;
     std::uint64_t m_refillsLeft = 0;
     std::uint64_t m_troubleStart =

@@ -25,6 +25,13 @@ int openModeFor(std::int32_t readWrite) noexcept {
     }
 }
 
+/// Lets go of what reading the indexes needs, whether they were read or not: a host keeps files that were
+/// refused, and by the hundred.
+struct EndOfParse {
+    ~EndOfParse() { reader.dropIndexes(); }
+    AviReader& reader;
+};
+
 }  // namespace
 
 OrvantisImporter::OrvantisImporter(const host::imStdParms* stdParms) : m_suites(basicSuiteOf(stdParms)) {
@@ -54,6 +61,7 @@ std::int32_t OrvantisImporter::parse(std::int32_t streamIndex) {
     m_audioStreamCount = 0;
     m_file.seek(0);
 
+    const EndOfParse end{m_aviReader};
     // The indexes wait until the video is known to be ours: every AVI of the machine comes through here, and
     // refusing a foreign one must not cost reading its index.
     if (!m_aviReader.parse(m_file, true)) {

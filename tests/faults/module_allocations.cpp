@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 #include <link.h>
+#include <malloc.h>
 #include <unwind.h>
 
 #include <atomic>
@@ -23,6 +24,7 @@ std::atomic<bool> g_counting = false;
 std::atomic<std::uint64_t> g_count = 0;
 std::atomic<std::uint64_t> g_failAt = 0;
 std::atomic<bool> g_failFromThere = false;
+std::atomic<std::int64_t> g_live = 0;
 
 struct Search {
     std::uintptr_t address;
@@ -85,7 +87,14 @@ bool mustFail(std::uintptr_t caller) {
 
 void* allocate(std::size_t bytes, std::uintptr_t caller) noexcept {
     if (mustFail(caller)) return nullptr;
-    return std::malloc(bytes == 0 ? 1 : bytes);
+    void* const block = std::malloc(bytes == 0 ? 1 : bytes);
+    g_live += static_cast<std::int64_t>(malloc_usable_size(block));
+    return block;
+}
+
+void giveBack(void* block) noexcept {
+    g_live -= static_cast<std::int64_t>(malloc_usable_size(block));
+    std::free(block);
 }
 
 void* allocateOrThrow(std::size_t bytes, std::uintptr_t caller) {
@@ -119,6 +128,10 @@ std::uint64_t stopCounting() {
     return g_count;
 }
 
+std::int64_t liveBytes() {
+    return g_live;
+}
+
 }  // namespace faults
 
 void* operator new(std::size_t bytes) {
@@ -134,20 +147,20 @@ void* operator new[](std::size_t bytes, const std::nothrow_t& /*unused*/) noexce
     return allocate(bytes, ORVANTIS_CALLER);
 }
 void operator delete(void* pointer) noexcept {
-    std::free(pointer);
+    giveBack(pointer);
 }
 void operator delete[](void* pointer) noexcept {
-    std::free(pointer);
+    giveBack(pointer);
 }
 void operator delete(void* pointer, std::size_t /*unused*/) noexcept {
-    std::free(pointer);
+    giveBack(pointer);
 }
 void operator delete[](void* pointer, std::size_t /*unused*/) noexcept {
-    std::free(pointer);
+    giveBack(pointer);
 }
 void operator delete(void* pointer, const std::nothrow_t& /*unused*/) noexcept {
-    std::free(pointer);
+    giveBack(pointer);
 }
 void operator delete[](void* pointer, const std::nothrow_t& /*unused*/) noexcept {
-    std::free(pointer);
+    giveBack(pointer);
 }

@@ -16,4 +16,7 @@ void startCounting(std::uint64_t failAt, bool fromThere);
 /// Ends the failing and answers how many allocations there were. Any thread may allocate meanwhile.
 std::uint64_t stopCounting();
 
+/// Bytes that operator new of the whole program has given out and not got back.
+std::int64_t liveBytes();
+
 }  // namespace faults

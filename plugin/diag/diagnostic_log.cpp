@@ -2,6 +2,7 @@
 
 #include "diag/diagnostic_log.h"
 
+#include <algorithm>
 #include <array>
 #include <ctime>
 
@@ -75,26 +76,43 @@ void DiagnosticLog::write(const char* format, std::va_list arguments) {
     const int length = std::vsnprintf(nullptr, 0, format, measured);
     va_end(measured);
 
-    const bool failed = length < 0;
-    std::string text(failed ? kSpare - 1 : static_cast<std::size_t>(length) + kSpare, '\0');
+    // Behind the line as much again: what bounds the formatting below does not count the header.
+    std::string text((length < 0 ? 0 : static_cast<std::size_t>(length)) + 2 * kSpare, '\0');
     const int header = std::snprintf(text.data(), text.size(), "[%s] [%s] ", time.data(), thread.c_str());
     const std::size_t start = header < 0 ? 0 : static_cast<std::size_t>(header);
-    if (failed) {
-        // A message that cannot be formatted leaves a line with the header alone. It is not tried again:
-        // nothing is known about how much of the buffer the attempt would fill.
-        text[start == 0 ? 0 : start - 1] = '\n';
-    } else {
-        // The limit is the whole buffer's, not that of the room behind the header: the measured length is
-        // what bounds the message, and the spare is larger than any header.
-        (void)std::vsnprintf(text.data() + start, text.size() + 1, format, arguments);
-        text[start + static_cast<std::size_t>(length)] = '\n';
+    // The room is that for the measured length. An argument that another thread changes meanwhile can make
+    // the message longer, which is then cut, or shorter, or impossible to format.
+    int formatted = length;
+    if (length >= 0) {
+        formatted = std::vsnprintf(text.data() + start, static_cast<std::size_t>(length) + kSpare + 1, format,
+                                   arguments);
     }
+    // A message that cannot be formatted leaves a line with the header alone, whose blank the line end takes.
+    const std::size_t end = formatted < 0 ? (start == 0 ? 0 : start - 1)
+                                          : start + static_cast<std::size_t>(std::min(length, formatted));
+    text[end] = '\n';
+    text[end + 1] = '\0';
 
     if (m_console) {
         log_platform::writeConsole(text.c_str());
     }
     if (m_file != nullptr) {
         log_platform::writeText(text.c_str(), *m_file);
+    }
+}
+
+void DiagnosticLog::writeLast(const char* message) noexcept {
+    const std::tm now = log_platform::localTime();
+    std::array<char, 64> time{};
+    (void)std::strftime(time.data(), time.size(), "%Y-%m-%d %H:%M:%S", &now);
+    std::array<char, kSpare> text{};
+    (void)std::snprintf(text.data(), text.size(), "[%s] [%u] %.64s\n", time.data(),
+                        static_cast<unsigned>(log_platform::threadId()), message);
+    if (m_console) {
+        log_platform::writeConsole(text.data());
+    }
+    if (m_file != nullptr) {
+        log_platform::writeTextUnlocked(text.data(), *m_file);
     }
 }
 

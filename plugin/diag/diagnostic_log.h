@@ -34,6 +34,11 @@ class DiagnosticLog {
     void write(const char* format, std::va_list arguments) ORVANTIS_PRINTF(2, 0);
     void writeLine(const char* format, ...) ORVANTIS_PRINTF(2, 3);
 
+    /// Writes one line when all other threads were ended by force, perhaps in the middle of a line: takes no
+    /// lock, neither its own nor one of the runtime's streams, and allocates nothing. At most 64 characters
+    /// of `message`.
+    void writeLast(const char* message) noexcept;
+
     bool hasFile() const noexcept { return m_file != nullptr; }
 
  private:

@@ -57,8 +57,8 @@ void writeLine(LogState& state, const char* format, std::va_list arguments) {
     state.log->write(format, arguments);
 }
 
-// When a process ends, the system first ends its other threads by force, and a thread that was writing a line
-// then keeps the lock for ever. A host that never ends is worse than a log without its last lines.
+// A thread can be inside the log while its module is unloaded, but not for long. A host that never comes back
+// from unloading is worse than a log without its last lines.
 bool lockComesFree(std::mutex& mutex) {
     using namespace std::chrono_literals;
     for (int attempt = 0; attempt < 100; ++attempt) {
@@ -71,8 +71,23 @@ bool lockComesFree(std::mutex& mutex) {
     return false;
 }
 
-// Runs where no exception may escape; noexcept ends the process instead.
+// Set by the thread that ends the process, read by it.
+constinit bool g_processEnds = false;
+
+// The only thread left: no lock can be waited for, and none is needed. The file is the system's to close.
+void endLogOfProcess() noexcept {
+    DiagnosticLog* const log = logState().log.get();
+    if (log == nullptr) return;
+    log->writeLast("Module destroy");
+    log->writeLast("Log closed");
+}
+
+// The exit handler. noexcept as exit handlers have to be; nothing that it calls lets an exception out.
 void endModuleLog() noexcept {
+    if (g_processEnds) {
+        endLogOfProcess();
+        return;
+    }
     if (!lockComesFree(logState().guard)) {
         return;
     }
@@ -115,6 +130,10 @@ void closeLog() noexcept {
         }
     } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch)
     }
+}
+
+void noteProcessEnd() noexcept {
+    g_processEnds = true;
 }
 
 void startModuleLog() {

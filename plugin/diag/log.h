@@ -47,4 +47,9 @@ void closeLog() noexcept;
 /// unload.
 void startModuleLog();
 
+/// Tells the exit handler that the process ends and not only the module: the system has ended all other
+/// threads by force, wherever they were and whatever locks they held. The handler then writes its lines
+/// without any lock. Called by the thread that ends the process, before exit handlers run.
+void noteProcessEnd() noexcept;
+
 }  // namespace orvantis

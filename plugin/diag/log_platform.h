@@ -1,6 +1,6 @@
 // What the diagnostic log needs from the system, without a Windows header: the registry switch, the profile
-// folder, files by native path, the console, the clock. One implementation talks to Windows, a twin under
-// tests/posix/ serves the native test builds. Only the log calls these; nothing here decides anything and
+// folder, files by native path, the console, the clock. One implementation talks to Windows, a twin beside it
+// serves the native test builds. Only the log calls these; nothing here decides anything and
 // nothing throws except for memory.
 #pragma once
 
@@ -46,15 +46,19 @@ std::FILE* openForWriting(const Path& path);
 /// failed write is not reported.
 void writeText(const char* text, std::FILE& file);
 
+/// The same for a line of at most 255 bytes, past the runtime's stream and its lock, when the thread that
+/// holds the lock is gone. Allocates nothing. The stream must be unbuffered.
+void writeTextUnlocked(const char* text, std::FILE& file) noexcept;
+
 /// Opens a console window with room for 500 lines of 120 columns, and writes to it.
 void openConsole();
-void writeConsole(const char* text);
+void writeConsole(const char* text) noexcept;
 
 /// The current local time.
-std::tm localTime();
+std::tm localTime() noexcept;
 
 /// The system's number of the calling thread.
-std::uint32_t threadId();
+std::uint32_t threadId() noexcept;
 
 /// The path of the running program (the host), in the system's narrow code page; empty when unknown.
 std::string applicationPath();

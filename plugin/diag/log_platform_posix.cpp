@@ -71,9 +71,20 @@ void writeText(const char* text, std::FILE& file) {
     (void)std::fwrite(bytes.data(), 1, bytes.size(), &file);
 }
 
+void writeTextUnlocked(const char* text, std::FILE& file) noexcept {
+    std::array<char, 512> bytes{};  // each byte of the line twice, at worst
+    std::size_t count = 0;
+    for (; *text != '\0' && count + 2 <= bytes.size(); ++text) {
+        if (*text == '\n') bytes[count++] = '\r';
+        bytes[count++] = *text;
+    }
+    const ssize_t written = ::write(::fileno(&file), bytes.data(), count);
+    static_cast<void>(written);
+}
+
 void openConsole() {}
 
-void writeConsole(const char* text) {
+void writeConsole(const char* text) noexcept {
     const char* path = std::getenv("ORVANTIS_TEST_CONSOLE");
     if (path == nullptr) {
         return;
@@ -84,14 +95,14 @@ void writeConsole(const char* text) {
     }
 }
 
-std::tm localTime() {
+std::tm localTime() noexcept {
     const std::time_t now = std::time(nullptr);
     std::tm local{};
     (void)::localtime_r(&now, &local);
     return local;
 }
 
-std::uint32_t threadId() {
+std::uint32_t threadId() noexcept {
     return static_cast<std::uint32_t>(::gettid());
 }
 

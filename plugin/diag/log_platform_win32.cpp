@@ -6,6 +6,8 @@
 #include <shlwapi.h>
 // clang-format on
 #include <direct.h>
+#include <io.h>
+#include <stdio.h>
 #include <wchar.h>
 
 #include <array>
@@ -74,25 +76,38 @@ void writeText(const char* text, std::FILE& file) {
     (void)std::fputs(text, &file);
 }
 
+void writeTextUnlocked(const char* text, std::FILE& file) noexcept {
+    std::array<char, 512> bytes{};  // each byte of the line twice, at worst
+    DWORD count = 0;
+    for (; *text != '\0' && count + 2 <= bytes.size(); ++text) {
+        if (*text == '\n') bytes[count++] = '\r';
+        bytes[count++] = *text;
+    }
+    // Neither of these looks at the stream's lock.
+    const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(&file)));
+    DWORD written = 0;
+    (void)WriteFile(handle, bytes.data(), count, &written, nullptr);
+}
+
 void openConsole() {
     (void)AllocConsole();
     (void)SetConsoleScreenBufferSize(GetStdHandle(STD_OUTPUT_HANDLE), COORD{120, 500});
 }
 
-void writeConsole(const char* text) {
+void writeConsole(const char* text) noexcept {
     DWORD written = 0;
     (void)WriteConsoleA(GetStdHandle(STD_OUTPUT_HANDLE), text, static_cast<DWORD>(lstrlenA(text)), &written,
                         nullptr);
 }
 
-std::tm localTime() {
+std::tm localTime() noexcept {
     const std::time_t now = std::time(nullptr);
     std::tm local{};
     (void)localtime_s(&local, &now);
     return local;
 }
 
-std::uint32_t threadId() {
+std::uint32_t threadId() noexcept {
     return GetCurrentThreadId();
 }
 

@@ -1,7 +1,7 @@
 // Gives this process, and every module loaded into it, a log switch and a profile folder of its own, so that
 // tests which run side by side neither share a log nor touch the user's settings. Windows: HKEY_CURRENT_USER
 // is replaced for this process by a private key, which also holds the place of the profile folder. Native
-// builds: environment variables that tests/posix/log_platform_posix.cpp reads. Used by LogCapture; one at a
+// builds: environment variables that plugin/diag/log_platform_posix.cpp reads. Used by LogCapture; one at a
 // time per process.
 #pragma once
 

@@ -99,19 +99,26 @@ void writeText(const char* text, std::FILE& /*file*/) {
     }
 }
 
+void writeTextUnlocked(const char* text, std::FILE& /*file*/) noexcept {
+    test::fakeLogPlatform().file += text;
+    if (test::fakeLogPlatform().onUnlockedWrite) {
+        test::fakeLogPlatform().onUnlockedWrite();
+    }
+}
+
 void openConsole() {
     record("console");
 }
 
-void writeConsole(const char* text) {
+void writeConsole(const char* text) noexcept {
     test::fakeLogPlatform().console += text;
 }
 
-std::tm localTime() {
+std::tm localTime() noexcept {
     return test::fakeLogPlatform().time;
 }
 
-std::uint32_t threadId() {
+std::uint32_t threadId() noexcept {
     return test::fakeLogPlatform().thread;
 }
 

@@ -26,8 +26,9 @@ struct FakeLogPlatform {
     std::vector<std::string>
         calls;         ///< in order: "switch", "profile", "append X", "make X", "read N", "create X", ...
     std::string file;  ///< what was written to the log file
-    std::function<void()> onWrite;  ///< called with each line, under the log's lock
-    std::string console;            ///< what was written to the console
+    std::function<void()> onWrite;          ///< called with each line, under the log's lock
+    std::function<void()> onUnlockedWrite;  ///< called with each line that is written without a lock
+    std::string console;                    ///< what was written to the console
 };
 
 /// The system in force; the test sets it up.

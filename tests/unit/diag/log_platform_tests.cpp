@@ -233,6 +233,50 @@ TEST_F(LogPlatform, TheEndOfTheModuleDoesNotWaitForAThreadThatIsGone) {
     EXPECT_EXIT(endWhileAThreadHoldsTheLog(), testing::ExitedWithCode(17), "");
 }
 
+// The same at the end of the process, as the system tells the module of it: the lines come, without the lock.
+void endProcessWhileAThreadHoldsTheLog() {
+    startModuleLog();
+    readLogSwitch();
+    logMessage("before");
+    noteProcessEnd();
+    fakeLogPlatform().onUnlockedWrite = [] {
+        if (fakeLogPlatform().file.ends_with("Log closed\n")) {
+            (void)std::fputs(fakeLogPlatform().file.c_str(), stderr);
+        }
+    };
+    endWhileAThreadHoldsTheLog();
+}
+
+TEST_F(LogPlatform, TheEndOfTheProcessIsLoggedPastAThreadThatIsGone) {
+    testing::GTEST_FLAG(death_test_style) = "threadsafe";
+    m_system.switchValue = 1;
+    EXPECT_EXIT(endProcessWhileAThreadHoldsTheLog(), testing::ExitedWithCode(17),
+                "\\[5312\\] line\n.*\\[5312\\] Module destroy\n.*\\[5312\\] Log closed\n");
+}
+
+void endProcessWithTheLogOff() {
+    startModuleLog();
+    readLogSwitch();
+    logMessage("unheard");
+    noteProcessEnd();
+    (void)std::atexit([] { (void)std::fputs(fakeLogPlatform().file.empty() ? "silent" : "lines", stderr); });
+    std::exit(17);
+}
+
+TEST_F(LogPlatform, TheEndOfTheProcessIsSilentWhileTheLogIsOff) {
+    testing::GTEST_FLAG(death_test_style) = "threadsafe";
+    EXPECT_EXIT(endProcessWithTheLogOff(), testing::ExitedWithCode(17), "silent");
+}
+
+TEST_F(LogPlatform, LastLinesAreLikeOthers) {
+    DiagnosticLog log("name", true);
+    m_system.file.clear();
+    m_system.console.clear();
+    log.writeLast("Module destroy");
+    EXPECT_EQ(m_system.file, "[2026-11-15 22:10:09] [5312] Module destroy\n");
+    EXPECT_EQ(m_system.console, m_system.file);
+}
+
 // The same, but the thread goes on with its line once the process has begun to end.
 void endWhileAThreadIsWriting() {
     static Latch& writing = *new Latch(1);

@@ -1,13 +1,14 @@
 // The diagnostic listing at every imInit, on the host's thread: what the host says of its formats, what the
 // codec library says of its types, and both tables. It asks host and library also while the log is off, so
 // that switching the log on changes nothing that the host could notice. Stores nothing.
+#include <exception>
+
 #include "diag/log.h"
 #include "diag/text.h"
 #include "host/pixel_formats.h"
 #include "host/suites.h"
 #include "suites/suite_ref.h"
 #include "video/format_tables.h"
-#include "video/orvantis_error.h"
 
 namespace orvantis {
 
@@ -73,22 +74,22 @@ void dumpFormatInfos() {
 
 }  // namespace
 
-void dumpFormatTables(const host::SPBasicSuite* basicSuite) {
-    {
-        TypedSuiteRef<host::ImageProcessingSuite> suite(basicSuite, host::kImageProcessingSuiteName,
-                                                        host::kImageProcessingSuiteVersion);
-        dumpPixelFormats(suite.get());
-    }
+void dumpFormatTables(const host::SPBasicSuite* basicSuite) noexcept {
     try {
+        {
+            TypedSuiteRef<host::ImageProcessingSuite> suite(basicSuite, host::kImageProcessingSuiteName,
+                                                            host::kImageProcessingSuiteVersion);
+            suite.acquire();
+            dumpPixelFormats(suite.get());
+        }
         dumpLibraryTypes();
-    } catch (const OrvantisError& error) {
-        // A library that cannot even tell its types still lets the plug-in load: opening a file says what is
-        // wrong.
+        dumpSubTypeInfos();
+        dumpFormatInfos();
+    } catch (const std::exception& error) {
+        // The tables stand, and the plug-in works without the listing: what is wrong with the library,
+        // opening a file says.
         logMessage("Format dump stopped: %s", error.what());
-        return;
     }
-    dumpSubTypeInfos();
-    dumpFormatInfos();
 }
 
 }  // namespace orvantis

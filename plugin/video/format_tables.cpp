@@ -7,12 +7,12 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <memory>
 #include <mutex>
 #include <stdexcept>
 #include <string>
 
 #include "diag/log.h"
+#include "diag/never_destroyed.h"
 #include "host/four_char_codes.h"
 #include "host/pixel_formats.h"
 #include "host/suites.h"
@@ -84,29 +84,45 @@ using FormatTable = std::remove_const_t<decltype(kFormatTable)>;
 constinit std::atomic<const FormatTable*> currentTable{&kFormatTable};
 
 /// Every table that was ever in force, one for each different set of answers, so that rows in use outlive a
-/// rebuild.
+/// rebuild. A host has one set of answers, and its table lies here; what else there is stays on the heap.
 struct BuiltTables {
+    static constexpr std::size_t kInPlace = 8;
+
     std::mutex mutex;
-    std::vector<std::unique_ptr<const FormatTable>> tables;
+    std::array<FormatTable, kInPlace> inPlace;
+    std::size_t inPlaceCount = 0;
+    std::vector<const FormatTable*> others;
+
+    std::span<const FormatTable> tablesInPlace() const noexcept { return {inPlace.data(), inPlaceCount}; }
 };
 
 BuiltTables& builtTables() {
-    static BuiltTables instance;
-    return instance;
+    // Frames may be decoded, and the tables read, until the module is gone.
+    static NeverDestroyed<BuiltTables> instance;
+    return instance.get();
+}
+
+bool sameAnswers(const FormatTable& a, const FormatTable& b) noexcept {
+    return std::ranges::equal(a, b, {}, &FormatInfo::flags, &FormatInfo::flags);
+}
+
+/// Where a table with these answers lies for good.
+const FormatTable& keep(const FormatTable& built) {
+    BuiltTables& kept = builtTables();
+    const std::lock_guard lock(kept.mutex);
+    for (const FormatTable& table : kept.tablesInPlace()) {
+        if (sameAnswers(table, built)) return table;
+    }
+    if (kept.inPlaceCount < BuiltTables::kInPlace) return kept.inPlace[kept.inPlaceCount++] = built;
+    for (const FormatTable* const table : kept.others) {
+        if (sameAnswers(*table, built)) return *table;
+    }
+    kept.others.reserve(kept.others.size() + 1);
+    return *kept.others.emplace_back(new FormatTable(built));
 }
 
 void putInForce(const FormatTable& built) {
-    BuiltTables& kept = builtTables();
-    const std::lock_guard lock(kept.mutex);
-    const auto same = std::ranges::find_if(kept.tables, [&](const auto& table) {
-        return std::ranges::equal(*table, built, {}, &FormatInfo::flags, &FormatInfo::flags);
-    });
-    if (same == kept.tables.end()) {
-        kept.tables.push_back(std::make_unique<const FormatTable>(built));
-        currentTable.store(kept.tables.back().get(), std::memory_order_release);
-    } else {
-        currentTable.store(same->get(), std::memory_order_release);
-    }
+    currentTable.store(&keep(built), std::memory_order_release);
 }
 
 }  // namespace
@@ -116,6 +132,7 @@ void buildFormatTables(const host::SPBasicSuite* basicSuite) {
     {
         TypedSuiteRef<host::ImageProcessingSuite> suite(basicSuite, host::kImageProcessingSuiteName,
                                                         host::kImageProcessingSuiteVersion);
+        suite.acquire();
         for (FormatInfo& row : table) {
             std::int32_t isTopLeft = 0;  // a host that fails leaves it alone
             suite.get().FormatIsOriginTopLeft(row.pixelFormat, &isTopLeft);
@@ -133,11 +150,15 @@ std::span<const FormatInfo> FormatInfos() noexcept {
     return *currentTable.load(std::memory_order_acquire);
 }
 
+UnknownCodedType::UnknownCodedType(std::uint32_t codedType)
+    : std::runtime_error(formatString("GetSubTypeInfo_by_orvTypeComp(): type not found: %s (%u)",
+                                      codecTypeName(codedType), codedType)),
+      type(codedType) {}
+
 const SubTypeInfo& GetSubTypeInfo_by_orvTypeComp(std::uint32_t type) {
     const auto row = std::ranges::find(kSubTypeTable, type, &SubTypeInfo::orvTypeComp);
     if (row == kSubTypeTable.end()) {
-        throw std::runtime_error(formatString("GetSubTypeInfo_by_orvTypeComp(): type not found: %s (%u)",
-                                              codecTypeName(type), type));
+        throw UnknownCodedType(type);
     }
     return *row;
 }

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <span>
+#include <stdexcept>
 #include <vector>
 
 #include "host/std_parms.h"
@@ -43,15 +44,24 @@ struct FormatInfo {
 /// build comes into force as a whole, while other threads may be reading.
 void buildFormatTables(const host::SPBasicSuite* basicSuite);
 /// Writes the diagnostic listing of host formats, library types and both tables to the log; stores nothing.
-/// Throws std::runtime_error when the image processing suite is refused; a failing codec library only ends
-/// the listing.
-void dumpFormatTables(const host::SPBasicSuite* basicSuite);
+/// A refused image processing suite, a failing codec library and a lack of memory end the listing, and that
+/// is all.
+void dumpFormatTables(const host::SPBasicSuite* basicSuite) noexcept;
 
 std::span<const SubTypeInfo> SubTypeInfos() noexcept;  // NOLINT(readability-identifier-naming)
 std::span<const FormatInfo> FormatInfos() noexcept;    // NOLINT(readability-identifier-naming)
 
-/// The first row with this type or format. Throws std::runtime_error, naming it, when there is none.
+/// The coded type of a video that no row of SubTypeInfos has.
+class UnknownCodedType : public std::runtime_error {
+ public:
+    explicit UnknownCodedType(std::uint32_t codedType);
+
+    std::uint32_t type;
+};
+
+/// The first row with this type. Throws UnknownCodedType when there is none.
 const SubTypeInfo& GetSubTypeInfo_by_orvTypeComp(std::uint32_t type);
+/// The first row with this format. Throws std::runtime_error, naming it, when there is none.
 const FormatInfo& GetFormatInfo_by_pixelFormat(std::uint32_t pixelFormat);
 
 /// What the codec library is asked to produce for a row.
@@ -59,7 +69,7 @@ OrvantisFrameFormat outputFormatOf(const FormatInfo& info) noexcept;
 
 /// The rows into which a video with this format data can be decoded, in table order, narrowed to the
 /// sub-type's preferred formats when any of those is accepted. Opens a codec session of its own. Throws
-/// OrvantisError or std::runtime_error.
+/// OrvantisError, and UnknownCodedType when the library now tells a type that no row has.
 std::vector<FormatInfo> buildDecodeFormats(FormatData format);
 
 }  // namespace orvantis

@@ -53,13 +53,10 @@ VideoInfo::DecodeSession::DecodeSession() noexcept : pixelFormat(host::PrPixelFo
 
 VideoInfo::VideoInfo(LazyImporterSuites& suites)
     : m_ticksPerSecond(logConstruction()), m_compressedFormat(emptyFrameFormat()) {
+    // What the suite writes counts, whatever it returns. Without a time base no time falls on a frame; the
+    // file can still be described.
     host::PrTime ticks = 0;
-    const host::prSuiteError result = suites.get().time.get().GetTicksPerSecond(&ticks);
-    if (result != host::kSuiteNoError) {
-        // Without a time base no time falls on a frame; the file can still be described.
-        logMessage("ERROR: GetTicksPerSecond() failed: %d", static_cast<int>(result));
-        ticks = 0;
-    }
+    static_cast<void>(suites.get().time.get().GetTicksPerSecond(&ticks));
     m_ticksPerSecond = ticks;
 }
 
@@ -91,15 +88,12 @@ std::int32_t VideoInfo::analyseFormat(const AviStream& stream) {
 
     try {
         m_subTypeInfo = GetSubTypeInfo_by_orvTypeComp(coded.type);
-    } catch (const std::runtime_error&) {
-        logMessage("Unknown compressed type: %s (%s)", codecTypeName(coded.type),
-                   std::to_string(coded.type).c_str());
-        return host::imOtherErr;
-    }
-
-    try {
         m_decodeFormats = buildDecodeFormats(m_formatData);
-    } catch (const std::runtime_error& error) {
+    } catch (const UnknownCodedType& unknown) {
+        logMessage("Unknown compressed type: %s (%s)", codecTypeName(unknown.type),
+                   std::to_string(unknown.type).c_str());
+        return host::imOtherErr;
+    } catch (const OrvantisError& error) {
         // The question that was answered above, put again through a second session.
         logMessage("Decompress query failed: %s", error.what());
         return host::imBadFile;

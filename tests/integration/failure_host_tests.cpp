@@ -97,7 +97,7 @@ TEST_F(HostFailures, WithoutATimeBaseNoTimeFallsOnAFrame) {
     describe();
     host().addFault(failOnce(Service::kGetTicksPerSecond));
     EXPECT_EQ(clip().getInfo(0).result, host::imNoErr);
-    EXPECT_THAT(log().newLines(), Contains("ERROR: GetTicksPerSecond() failed: -2147483648"));
+    EXPECT_THAT(log().newLines(), testing::Not(Contains(testing::HasSubstr("GetTicksPerSecond"))));
     EXPECT_EQ(clip().getFrame(0, kYuy2).result, host::imFrameNotFound);
     EXPECT_THAT(log().newLines(), Contains("frameIndex:  4294967295 (total: 5)"));
     EXPECT_EQ(clip().getInfo(0).result, host::imNoErr);

@@ -324,7 +324,7 @@ TEST_F(Suites, TheImageProcessingSuiteIsNeededForTheTables) {
         lastEvent(),
         "FATAL: Unhandled exception during [imInit] (0): Could not acquire suite: 'Premiere Image Processing "
         "Suite', ver: 2");
-    EXPECT_EQ(acquisitions("Premiere Image Processing Suite"), 1);
+    EXPECT_EQ(acquisitions("Premiere Image Processing Suite"), 2) << "the accessor tries once more";
     // A host that tries again gets a working plug-in.
     host().clearFaults();
     EXPECT_EQ(importer().init().result, host::imNoErr);
@@ -335,12 +335,32 @@ TEST_F(Suites, TheImageProcessingSuiteIsNeededForTheTables) {
     EXPECT_EQ(answer.frame->picture(), clips::yuy2Picture(1));
 }
 
-TEST_F(Suites, TheImageProcessingSuiteIsNeededForTheDumpToo) {
+TEST_F(Suites, OneRefusalOfTheImageProcessingSuiteDoesNotFailTheStart) {
+    // The first one meets the tables, the second the listing of them.
+    for (const std::uint64_t nth : {1U, 2U}) {
+        start();
+        host().addFault(refuseOnce("Premiere Image Processing Suite", nth));
+        EXPECT_EQ(importer().init().result, host::imNoErr) << nth;
+        setInitialised(true);
+        EXPECT_TRUE(host().events().empty()) << lastEvent();
+        EXPECT_EQ(acquisitions("Premiere Image Processing Suite"), 3);
+        stop();
+        restart();
+    }
+}
+
+TEST_F(Suites, TheImageProcessingSuiteIsNotNeededForTheListing) {
+    logOn();
     start();
-    host().addFault(refuseOnce("Premiere Image Processing Suite", 2));
-    EXPECT_EQ(importer().init().result, 99);
+    simhost::FaultPlan refusal = refuseOnce("Premiere Image Processing Suite", 2);
+    refusal.fromThenOn = true;
+    host().addFault(refusal);
+    EXPECT_EQ(importer().init().result, host::imNoErr);
     setInitialised(true);
-    EXPECT_EQ(namesOf(Service::kReleaseSuite).size(), 1U);
+    EXPECT_TRUE(host().events().empty()) << lastEvent();
+    EXPECT_THAT(log().newLines(),
+                Contains("Format dump stopped: Could not acquire suite: 'Premiere Image Processing Suite', "
+                         "ver: 2"));
 }
 
 TEST_F(Suites, ARefusedErrorSuiteDoesNotKeepThePluginFromStarting) {

@@ -106,7 +106,7 @@ host::prSuiteError FakeHost::ask(Question question, std::uint32_t pixelFormat, s
 }
 
 host::prSuiteError FakeHost::getTicksPerSecond(host::PrTime* ticks) {
-    if (currentHost->ticksResult == 0) *ticks = currentHost->ticksPerSecond;
+    if (currentHost->ticksResult == 0 || currentHost->writesTicksAnyway) *ticks = currentHost->ticksPerSecond;
     return currentHost->ticksResult;
 }
 

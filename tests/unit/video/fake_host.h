@@ -47,7 +47,8 @@ class FakeHost {
 
     // Time.
     std::int64_t ticksPerSecond = 254016000000;
-    std::int32_t ticksResult = 0;  ///< with any other result nothing is written
+    std::int32_t ticksResult = 0;    ///< with any other result nothing is written...
+    bool writesTicksAnyway = false;  ///< ...unless this is set
 
     // Frames.
     std::int32_t createResult = 0;

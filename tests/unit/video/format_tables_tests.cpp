@@ -188,7 +188,7 @@ TEST(FormatTablesBuild, RefusedSuiteThrowsAndLeavesTheTablesInForce) {
     } catch (const std::runtime_error& error) {
         EXPECT_STREQ(error.what(), "Could not acquire suite: 'Premiere Image Processing Suite', ver: 2");
     }
-    EXPECT_EQ(host.suiteCalls, std::vector<std::string>{"! Premiere Image Processing Suite 2"});
+    EXPECT_EQ(host.suiteCalls, std::vector<std::string>(2, "! Premiere Image Processing Suite 2"));
     EXPECT_EQ(FormatInfos().data(), before);
 }
 

@@ -123,7 +123,18 @@ TEST_F(VideoAnalysis, HostWithoutATimeBaseHasNoFrames) {
     EXPECT_EQ(analyse(), host::imNoErr);
     EXPECT_EQ(video->ticksPerSecond(), 0);
     EXPECT_EQ(video->frameIndexAt(0), 4294967295U);
-    EXPECT_EQ(log.linesWithoutSuites().at(1), "ERROR: GetTicksPerSecond() failed: -2147483647");
+    EXPECT_TRUE(log.linesWithoutSuites().at(1).starts_with("Compressed format info: "));
+}
+
+TEST_F(VideoAnalysis, TimeBaseIsWhatTheHostWroteWhateverItAnswered) {
+    CapturedLog log;
+    host.ticksResult = -2147483647;
+    host.writesTicksAnyway = true;
+    addFrames(10, 100);
+    EXPECT_EQ(analyse(), host::imNoErr);
+    EXPECT_EQ(video->ticksPerSecond(), host.ticksPerSecond);
+    EXPECT_EQ(video->frameIndexAt(0), 0U);
+    EXPECT_TRUE(log.linesWithoutSuites().at(1).starts_with("Compressed format info: "));
 }
 
 TEST_F(VideoAnalysis, WholeAnalysisLogsItsFindings) {
@@ -219,6 +230,19 @@ TEST_F(VideoAnalysis, UnknownCodedTypeIsLoggedAsAnUnsignedNumber) {
     library.coded.type = 4294967295;
     EXPECT_EQ(analyse(), host::imOtherErr);
     EXPECT_EQ(log.linesWithoutSuites().back(), "Unknown compressed type:  (4294967295)");
+}
+
+TEST_F(VideoAnalysis, UnknownCodedTypeInTheSecondAnswerIsTheSameError) {
+    CapturedLog log;
+    library.setString(kOrvantisStringTypeName, 116, "GREY12");
+    // The rows are asked for behind the first answer and ahead of the second.
+    library.accepts = [this](const OrvantisFrameFormat&) {
+        library.coded.type = 116;
+        return true;
+    };
+    EXPECT_EQ(analyse(), host::imOtherErr);
+    EXPECT_EQ(log.linesWithoutSuites().back(), "Unknown compressed type: GREY12 (116)");
+    EXPECT_EQ(library.openSessions(), 1) << "only the video's own";
 }
 
 TEST_F(VideoAnalysis, NoFormatToDecodeIntoIsABadFile) {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <ctime>
 
 namespace orvantis {
@@ -15,6 +16,31 @@ constexpr int kNumbers = 1000;
 // Room in a line's buffer beside the message. The header "[YYYY-mm-dd HH:MM:SS] [<thread>] " takes at most 36
 // of it, the line end and the NUL 2.
 constexpr std::size_t kSpare = 128;
+
+// Calendar and clock of a time as seconds since 1970, and back; no time zone is asked for.
+std::int64_t secondsOf(const std::tm& time) noexcept {
+    using namespace std::chrono;
+    const sys_days day = year{time.tm_year + 1900} / (time.tm_mon + 1) / time.tm_mday;
+    return duration_cast<seconds>(day.time_since_epoch() + hours{time.tm_hour} + minutes{time.tm_min})
+               .count() +
+           time.tm_sec;
+}
+
+std::tm timeOf(std::int64_t secondsSince1970) noexcept {
+    using namespace std::chrono;
+    const sys_seconds moment{seconds{secondsSince1970}};
+    const auto day = floor<days>(moment);
+    const year_month_day date{day};
+    const hh_mm_ss clock{moment - day};
+    std::tm time{};
+    time.tm_year = static_cast<int>(date.year()) - 1900;
+    time.tm_mon = static_cast<int>(static_cast<unsigned>(date.month())) - 1;
+    time.tm_mday = static_cast<int>(static_cast<unsigned>(date.day()));
+    time.tm_hour = static_cast<int>(clock.hours().count());
+    time.tm_min = static_cast<int>(clock.minutes().count());
+    time.tm_sec = static_cast<int>(clock.seconds().count());
+    return time;
+}
 
 }  // namespace
 
@@ -34,6 +60,7 @@ FilePtr createNumberedFile(const log_platform::Path& folder, const char* baseNam
 
 DiagnosticLog::DiagnosticLog(const std::string& name, bool console) {
     const std::tm now = log_platform::localTime();
+    m_localOffset = secondsOf(now) - log_platform::utcSeconds();
     std::array<char, 64> stamp{};
     (void)std::strftime(stamp.data(), stamp.size(), "%Y%m%d_%H%M%S", &now);
     std::array<char, 128> baseName{};
@@ -102,11 +129,10 @@ void DiagnosticLog::write(const char* format, std::va_list arguments) {
 }
 
 void DiagnosticLog::writeLast(const char* message) noexcept {
-    const std::tm now = log_platform::localTime();
-    std::array<char, 64> time{};
-    (void)std::strftime(time.data(), time.size(), "%Y-%m-%d %H:%M:%S", &now);
+    const std::tm now = timeOf(log_platform::utcSeconds() + m_localOffset);
     std::array<char, kSpare> text{};
-    (void)std::snprintf(text.data(), text.size(), "[%s] [%u] %.64s\n", time.data(),
+    (void)std::snprintf(text.data(), text.size(), "[%04d-%02d-%02d %02d:%02d:%02d] [%u] %.64s\n",
+                        now.tm_year + 1900, now.tm_mon + 1, now.tm_mday, now.tm_hour, now.tm_min, now.tm_sec,
                         static_cast<unsigned>(log_platform::threadId()), message);
     if (m_console) {
         log_platform::writeConsole(text.data());

@@ -35,8 +35,8 @@ class DiagnosticLog {
     void writeLine(const char* format, ...) ORVANTIS_PRINTF(2, 3);
 
     /// Writes one line when all other threads were ended by force, perhaps in the middle of a line: takes no
-    /// lock, neither its own nor one of the runtime's streams, and allocates nothing. At most 64 characters
-    /// of `message`.
+    /// lock, neither its own nor one of the runtime (streams, local time), and allocates nothing. At most 64
+    /// characters of `message`.
     void writeLast(const char* message) noexcept;
 
     bool hasFile() const noexcept { return m_file != nullptr; }
@@ -44,7 +44,8 @@ class DiagnosticLog {
  private:
     FilePtr m_file;
     bool m_console = false;
-    std::mutex m_mutex;  ///< held while one line is built and written
+    std::int64_t m_localOffset = 0;  ///< seconds that local time was ahead of UTC when the log was opened
+    std::mutex m_mutex;              ///< held while one line is built and written
 };
 
 }  // namespace orvantis

@@ -57,6 +57,9 @@ void writeConsole(const char* text) noexcept;
 /// The current local time.
 std::tm localTime() noexcept;
 
+/// Seconds since 1970, UTC. Waits for nobody, unlike the conversion to local time, which has a lock.
+std::int64_t utcSeconds() noexcept;
+
 /// The system's number of the calling thread.
 std::uint32_t threadId() noexcept;
 

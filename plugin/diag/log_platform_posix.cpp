@@ -102,6 +102,10 @@ std::tm localTime() noexcept {
     return local;
 }
 
+std::int64_t utcSeconds() noexcept {
+    return std::time(nullptr);
+}
+
 std::uint32_t threadId() noexcept {
     return static_cast<std::uint32_t>(::gettid());
 }

@@ -118,6 +118,10 @@ std::tm localTime() noexcept {
     return test::fakeLogPlatform().time;
 }
 
+std::int64_t utcSeconds() noexcept {
+    return test::fakeLogPlatform().utc;
+}
+
 std::uint32_t threadId() noexcept {
     return test::fakeLogPlatform().thread;
 }

@@ -19,7 +19,8 @@ struct FakeLogPlatform {
     std::size_t foldersThatFit = 2;  ///< how many folder names can be appended to the profile folder
     int takenNumbers = 0;            ///< files with numbers below are somebody's
     int refusedNumbers = 0;          ///< files with numbers below cannot be created
-    std::tm time{};
+    std::tm time{};                  ///< local
+    std::int64_t utc = 0;            ///< seconds
     std::uint32_t thread = 0;
     std::string application;
 

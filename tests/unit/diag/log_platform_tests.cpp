@@ -275,6 +275,12 @@ TEST_F(LogPlatform, LastLinesAreLikeOthers) {
     log.writeLast("Module destroy");
     EXPECT_EQ(m_system.file, "[2026-11-15 22:10:09] [5312] Module destroy\n");
     EXPECT_EQ(m_system.console, m_system.file);
+    // The clock goes on; the local time is not asked for again.
+    m_system.time = std::tm{};
+    m_system.utc += 2 * 3600 + 51;
+    m_system.file.clear();
+    log.writeLast("later");
+    EXPECT_EQ(m_system.file, "[2026-11-16 00:11:00] [5312] later\n");
 }
 
 // The same, but the thread goes on with its line once the process has begun to end.

@@ -108,7 +108,13 @@ std::tm localTime() noexcept {
 }
 
 std::int64_t utcSeconds() noexcept {
-    return std::time(nullptr);
+    // Not the runtime's time(), which may ask for the time zone too. In tenths of microseconds since 1601.
+    constexpr std::int64_t kUnitsPerSecond = 10'000'000;
+    constexpr std::int64_t kSecondsTo1970 = 11'644'473'600;
+    FILETIME now{};
+    GetSystemTimeAsFileTime(&now);
+    const auto units = static_cast<std::int64_t>(std::uint64_t{now.dwHighDateTime} << 32 | now.dwLowDateTime);
+    return units / kUnitsPerSecond - kSecondsTo1970;
 }
 
 std::uint32_t threadId() noexcept {

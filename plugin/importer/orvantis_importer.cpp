@@ -13,8 +13,8 @@ namespace orvantis {
 namespace {
 
 /// The open mode for the host's access request. Reading and writing means a new file, in the host's contract
-/// and here: one that is missing is created, one that exists is emptied. Anything else but reading asks for no
-/// access at all, which the system rejects.
+/// and here: one that is missing is created, one that exists is emptied. Anything else but reading asks for
+/// no access at all, which the system rejects.
 int openModeFor(std::int32_t readWrite) noexcept {
     switch (readWrite) {
         case host::kOpenForReading:

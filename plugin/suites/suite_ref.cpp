@@ -26,7 +26,8 @@ SuiteRef::~SuiteRef() {
 
 void SuiteRef::acquire() {
     const std::lock_guard lock(m_mutex);
-    acquireLocked();
+    // The host counts every acquisition, and only one is given back.
+    if (!held()) acquireLocked();
 }
 
 void SuiteRef::acquireLocked() {

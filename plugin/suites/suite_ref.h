@@ -23,7 +23,8 @@ class SuiteRef {
     /// Releases.
     ~SuiteRef();
 
-    /// Asks the host for the suite and logs the answer. A refusal is no error yet.
+    /// Asks the host for the suite and logs the answer; does nothing when it is held already. A refusal is no
+    /// error yet.
     void acquire();
     /// Gives the suite back if it is held; otherwise does nothing.
     void release();

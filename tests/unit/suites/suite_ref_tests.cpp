@@ -65,6 +65,17 @@ TEST_F(SuiteRefTest, ReleasingTwiceReleasesOnce) {
     EXPECT_EQ(linesAboutReleases(), Lines{"Releasing suite: r: 0, v: 7, n: 'Some Suite'"});
 }
 
+TEST_F(SuiteRefTest, AcquiringAHeldSuiteAsksTheHostNoSecondTime) {
+    {
+        SuiteRef suite(&kBasic, "Some Suite", 7);
+        suite.acquire();
+        suite.acquire();
+        EXPECT_EQ(suite.get(), &kTable);
+        suite.acquire();
+    }
+    EXPECT_EQ(g_calls, (Lines{"+ Some Suite 7", "- Some Suite 7"})) << "the host counts, and one came back";
+}
+
 TEST_F(SuiteRefTest, AReleasedSuiteIsAcquiredAnewByItsNextUse) {
     {
         SuiteRef suite(&kBasic, "Some Suite", 7);

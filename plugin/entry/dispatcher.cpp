@@ -47,7 +47,7 @@ std::int32_t route(std::uint32_t selector, const host::imStdParms* stdParms, voi
         case host::imDataRateAnalysis:
             return dataRateAnalysis(recordIn<host::imDataRateAnalysisRec>(param2));
         case host::imGetIndFormat:
-            return getIndFormat(numberIn(param1), recordIn<host::imIndFormatRec>(param2));
+            return getIndFormat(numberIn(param1), static_cast<host::imIndFormatRec*>(param2));
         case host::imImportAudio7:
             return importAudio7(recordIn<host::imImportAudioRec7>(param2));
         case host::imGetIndPixelFormat:

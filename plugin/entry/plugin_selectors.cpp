@@ -50,11 +50,13 @@ std::int32_t shutdown() {
     return host::imNoErr;
 }
 
-std::int32_t getIndFormat(std::uint32_t index, host::imIndFormatRec& record) {
+std::int32_t getIndFormat(std::uint32_t index, host::imIndFormatRec* formatRecord) {
     if (index != 0) {
         logMessage("index %u: imBadFormatIndex", index);
         return host::imBadFormatIndex;
     }
+    if (formatRecord == nullptr) throw std::logic_error("record is NULL");
+    host::imIndFormatRec& record = *formatRecord;
     record.filetype = static_cast<std::int32_t>(host::kFileTypeAviv);
     record.canWriteTimecode = 0;
     copyText(record.FormatName, kFormatName);

@@ -13,8 +13,9 @@ namespace orvantis {
 std::int32_t init(const host::imStdParms* stdParms, host::imImportInfoRec& record);
 /// imShutdown.
 std::int32_t shutdown();
-/// imGetIndFormat: the one file format at index 0, imBadFormatIndex behind it.
-std::int32_t getIndFormat(std::uint32_t index, host::imIndFormatRec& record);
+/// imGetIndFormat: the one file format at index 0, imBadFormatIndex behind it, where the record is not
+/// needed.
+std::int32_t getIndFormat(std::uint32_t index, host::imIndFormatRec* formatRecord);
 /// imGetSubTypeNames: the coded types as one array in host memory, stored through `descriptions`; the host
 /// frees it.
 std::int32_t getSubTypeNames(const host::imStdParms* stdParms, std::uint32_t fileType,

@@ -1,9 +1,10 @@
 // The steps from a request to a decoded host frame. Called by the synchronous selector on the host's threads
-// and by the asynchronous importer's tasks; callers keep requests on one file apart. From the second frame of
-// a format on, nothing here allocates, and no text is built while the log is off.
+// and by the asynchronous importer's tasks; see the header for what callers keep apart. From the second frame
+// of a format on, nothing here allocates, and no text is built while the log is off.
 #include "video/frame_import.h"
 
 #include <exception>
+#include <optional>
 
 #include "avi/frame_chunk.h"
 #include "diag/compiler.h"
@@ -42,22 +43,22 @@ ORVANTIS_COLD void logStart(const OrvantisFrameFormat& coded, const FormatInfo& 
                info.isTopLeft() ? "" : " [flipped]", info.isAdobe16u() ? " [0-32768]" : "");
 }
 
-// A session that the library refuses to end is given up all the same: beginning anew is the only way on.
-void endSession(VideoInfo& video) {
+// A decompression that the library refuses to end is given up all the same: beginning anew is the only way
+// on.
+void endDecompression(DecodeSession& session) {
     logMessage("Pixel format changed, ending decompression");
-    video.decodeSession().begun = false;
+    session.begun = false;
     try {
-        video.codec().decompressEnd();
+        session.codec.decompressEnd();
     } catch (const std::exception& error) {
         logMessage("Internal error: decompressEnd() failed: %s", error.what());
     }
 }
 
-std::int32_t beginSession(VideoInfo& video, const FormatInfo& info) {
+std::int32_t beginDecompression(const VideoInfo& video, DecodeSession& session, const FormatInfo& info) {
     if (logEnabled()) logStart(video.compressedFormat(), info);
-    VideoInfo::DecodeSession& session = video.decodeSession();
     try {
-        session.output = video.codec().decompressBegin(video.formatData(), outputFormatOf(info));
+        session.output = session.codec.decompressBegin(video.formatData(), outputFormatOf(info));
     } catch (const std::exception& error) {
         logMessage("Decompress begin failed: %s", error.what());
         return host::imBadCompression;
@@ -137,17 +138,25 @@ std::int32_t readFrame(const VideoInfo& video, fileio::File& file, FrameRequest&
     return readFrameChunk(file, video.stream(), request.frameIndex, video.numFrames(), request.chunk);
 }
 
-std::int32_t decodeFrame(VideoInfo& video, ImporterSuites& suites, FrameRequest& request) {
+std::int32_t decodeFrame(const VideoInfo& video, ImporterSuites& suites, FrameRequest& request) {
     // First of all, so that a format which nobody offered leaves the running session alone.
     const FormatInfo& info = GetFormatInfo_by_pixelFormat(request.frameFormats.front().inPixelFormat);
 
-    const VideoInfo::DecodeSession& session = video.decodeSession();
+    std::optional<FrameDecoder::Use> use;
+    try {
+        use.emplace(video.decoder());
+    } catch (const OrvantisError& error) {
+        // Another call is decoding, and the library has no second session for this one.
+        logMessage("Decompress begin failed: %s", error.what());
+        return host::imBadCompression;
+    }
+    DecodeSession& session = use->session();
     if (session.begun && session.pixelFormat != info.pixelFormat) {
-        endSession(video);
+        endDecompression(session);
         request.formatChanged = true;
     }
     if (!session.begun) {
-        const std::int32_t result = beginSession(video, info);
+        const std::int32_t result = beginDecompression(video, session, info);
         if (result != host::imNoErr) return result;
     }
 
@@ -159,7 +168,7 @@ std::int32_t decodeFrame(VideoInfo& video, ImporterSuites& suites, FrameRequest&
     if (result != host::imNoErr) return result;
 
     try {
-        video.codec().decompress({request.chunk.buffer.data(), request.chunk.bytes}, output);
+        session.codec.decompress({request.chunk.buffer.data(), request.chunk.bytes}, output);
     } catch (const std::exception& error) {
         logMessage("Decompress failed: %s", error.what());
         return host::imBadCompression;

@@ -1,8 +1,9 @@
 // The three steps that turn a request into a decoded host frame. The synchronous selector and the
-// asynchronous tasks run the same ones. They take no lock: callers keep requests on one file from
-// overlapping. Each returns one of the host's result codes and runs only if the one before returned imNoErr.
-// A frame that a failed decode leaves in the request is given back to the host when the request is dropped or
-// filled anew.
+// asynchronous tasks run the same ones. They take no lock, and a request is used by one thread at a time: any
+// number of requests may be prepared and decoded at once, each with a codec session to itself, but callers
+// keep the reading from one file apart, since a file has one position. Each returns one of the host's result
+// codes and runs only if the one before returned imNoErr. A frame that a failed decode leaves in the request
+// is given back to the host when the request is dropped or filled anew.
 #pragma once
 
 #include <cstdint>
@@ -16,12 +17,13 @@ namespace orvantis {
 
 /// Time to frame index, format and size check. imNoErr, imFrameNotFound or imOtherErr.
 std::int32_t prepareFrame(const VideoInfo& video, FrameRequest& request);
-/// The frame's compressed bytes. imNoErr, imFrameNotFound or imFileReadFailed.
+/// The frame's compressed bytes, by a seek and a read of `file`, which nobody else uses meanwhile. imNoErr,
+/// imFrameNotFound or imFileReadFailed.
 std::int32_t readFrame(const VideoInfo& video, fileio::File& file, FrameRequest& request);
-/// Begins or changes the decompression session as needed, creates the host frame and decodes into it.
+/// Begins or changes the decompression as needed, creates the host frame and decodes into it.
 /// imNoErr, imOtherErr or imBadCompression; throws std::runtime_error for a pixel format outside the table or
 /// a missing suite. The request's frame formats must not be empty and its PPix suite must be set
 /// (FrameRequest::assign).
-std::int32_t decodeFrame(VideoInfo& video, ImporterSuites& suites, FrameRequest& request);
+std::int32_t decodeFrame(const VideoInfo& video, ImporterSuites& suites, FrameRequest& request);
 
 }  // namespace orvantis

@@ -7,7 +7,6 @@
 
 #include "diag/log.h"
 #include "diag/text.h"
-#include "host/pixel_formats.h"
 #include "host/record_values.h"
 #include "host/result_codes.h"
 #include "video/orvantis_error.h"
@@ -49,8 +48,6 @@ constexpr double kBytesPerMiB = 1024.0 * 1024.0;
 
 }  // namespace
 
-VideoInfo::DecodeSession::DecodeSession() noexcept : pixelFormat(host::PrPixelFormat_Invalid) {}
-
 VideoInfo::VideoInfo(LazyImporterSuites& suites)
     : m_ticksPerSecond(logConstruction()), m_compressedFormat(emptyFrameFormat()) {
     // What the suite writes counts, whatever it returns. Without a time base no time falls on a frame; the
@@ -73,7 +70,7 @@ std::int32_t VideoInfo::analyseFormat(const AviStream& stream) {
     }
 
     try {
-        m_compressedFormat = m_codec.decompressQuery(m_formatData, nullptr);
+        m_compressedFormat = m_decoder.mainSession().codec.decompressQuery(m_formatData, nullptr);
     } catch (const OrvantisError& error) {
         logMessage("Decompress query failed: %s", error.what());
         return host::imBadFile;

@@ -1,6 +1,6 @@
 // The analysis of one video stream: what it is, how it can be decoded, how many frames at which rate; owner
-// of the codec session. Analysed once on the thread that describes the file; constant afterwards but for the
-// decode session, which the frame import changes under its callers' serialisation.
+// of the codec sessions. Analysed once on the thread that describes the file; constant afterwards, so that
+// any number of calls may use it at once.
 #pragma once
 
 #include <cstdint>
@@ -10,6 +10,7 @@
 #include "avi/avi_stream.h"
 #include "suites/importer_suites.h"
 #include "video/format_tables.h"
+#include "video/frame_decoder.h"
 #include "video/frame_rate.h"
 #include "video/orvantis_codec.h"
 
@@ -51,23 +52,15 @@ class VideoInfo {
     /// end.
     std::string description() const;
 
-    /// State of the running decompression session; belongs to the frame import.
-    struct DecodeSession {
-        OrvantisFrameFormat output{};  ///< what the library said it produces
-        bool begun = false;
-        std::uint32_t pixelFormat;  ///< of the running session; "badf" at first, which matches no real format
-        DecodeSession() noexcept;
-    };
-    DecodeSession& decodeSession() noexcept { return m_session; }
-    OrvantisCodec& codec() noexcept { return m_codec; }
+    /// The sessions to decode with. Belongs to the frame import, which lends them to its calls one by one.
+    FrameDecoder& decoder() const noexcept { return m_decoder; }
     FormatData formatData() const noexcept { return m_formatData; }
 
  private:
     std::int64_t m_ticksPerSecond = 0;
-    OrvantisCodec m_codec;
+    mutable FrameDecoder m_decoder;  ///< keeps calls apart by itself, and is no part of what was found out
     OrvantisFrameFormat m_compressedFormat;
     std::vector<std::uint8_t> m_formatData;
-    DecodeSession m_session;
     SubTypeInfo m_subTypeInfo{};
     std::vector<FormatInfo> m_decodeFormats;
     const AviStream* m_stream = nullptr;

@@ -299,14 +299,14 @@ TEST_F(FrameImport, FirstFrameBeginsTheSessionAndFillsTheHostsFrame) {
 TEST_F(FrameImport, BeginIsAskedForTheRowsOutput) {
     ASSERT_EQ(frame(0, kBgra), host::imNoErr);
     const Call begin = library.callsOf(Function::DecompressBegin).at(0);
-    EXPECT_EQ(begin.handle, video->codec().handle());
+    EXPECT_EQ(begin.handle, video->decoder().mainSession().codec.handle());
     EXPECT_EQ(begin.data, video->formatData().data());
     EXPECT_EQ(begin.bytes, 40U);
     EXPECT_EQ(begin.output->type, 2U);
     EXPECT_EQ(begin.output->flags, 1U) << "the host stores bgra bottom row first";
     EXPECT_EQ(begin.output->colorSpace, 2U);
     EXPECT_EQ(begin.output->range, 2U);
-    const VideoInfo::DecodeSession& session = video->decodeSession();
+    const DecodeSession& session = video->decoder().mainSession();
     EXPECT_TRUE(session.begun);
     EXPECT_EQ(session.pixelFormat, kBgra);
     EXPECT_EQ(session.output.width, static_cast<std::uint32_t>(kWidth)) << "what the library produces";
@@ -359,7 +359,7 @@ TEST_F(FrameImport, DecodeHandsOverTheChunkAndTheFramesRows) {
     ASSERT_EQ(frame(6, kBgra), host::imNoErr);
     const FakeHost::Frame& made = host.frameOf(request.frame.get());
     const Call decode = library.callsOf(Function::Decompress).at(0);
-    EXPECT_EQ(decode.handle, video->codec().handle());
+    EXPECT_EQ(decode.handle, video->decoder().mainSession().codec.handle());
     EXPECT_EQ(decode.data, request.chunk.buffer.data());
     EXPECT_EQ(decode.bytes, 7U);
     EXPECT_EQ(decode.buffer.pixels, made.pixels);
@@ -404,15 +404,15 @@ TEST_F(FrameImport, FailedEndIsLoggedAndOtherwiseIgnored) {
     EXPECT_TRUE(request.formatChanged);
     EXPECT_EQ(log.lines().at(5),
               "Internal error: decompressEnd() failed: Orvantis error (31): error31: decompressEnd()");
-    EXPECT_EQ(video->decodeSession().pixelFormat, kYuy2);
+    EXPECT_EQ(video->decoder().mainSession().pixelFormat, kYuy2);
 }
 
 TEST_F(FrameImport, FailedBeginLeavesTheSessionNotRunningAndIsTriedAgain) {
     CapturedLog log;
     library.failCall(Function::DecompressBegin, 1, 32);
     EXPECT_EQ(frame(0, kBgra), host::imBadCompression);
-    EXPECT_FALSE(video->decodeSession().begun);
-    EXPECT_EQ(video->decodeSession().pixelFormat, host::PrPixelFormat_Invalid);
+    EXPECT_FALSE(video->decoder().mainSession().begun);
+    EXPECT_EQ(video->decoder().mainSession().pixelFormat, host::PrPixelFormat_Invalid);
     EXPECT_FALSE(request.frame);
     EXPECT_EQ(host.created, 0);
     EXPECT_TRUE(log.lines().back().starts_with(
@@ -424,11 +424,37 @@ TEST_F(FrameImport, FailedBeginLeavesTheSessionNotRunningAndIsTriedAgain) {
     EXPECT_EQ(library.count(Function::DecompressEnd), 0);
 }
 
+TEST_F(FrameImport, FrameThatMeetsAnotherOneDecodesWithASessionOfItsOwn) {
+    ASSERT_EQ(frame(0, kBgra), host::imNoErr);
+    {
+        const FrameDecoder::Use other(video->decoder());
+        EXPECT_EQ(frame(1, kYuy2), host::imNoErr);
+        EXPECT_FALSE(request.formatChanged);
+        EXPECT_EQ(other.session().pixelFormat, kBgra) << "the other call's session is left alone";
+    }
+    EXPECT_EQ(library.count(Function::DecompressBegin), 2);
+    EXPECT_EQ(library.count(Function::DecompressEnd), 0);
+    EXPECT_EQ(frame(2, kBgra), host::imNoErr);
+    EXPECT_EQ(library.count(Function::DecompressBegin), 2) << "the first session still runs";
+}
+
+TEST_F(FrameImport, FrameThatMeetsAnotherOneFailsWithoutASecondSession) {
+    CapturedLog log;
+    const FrameDecoder::Use other(video->decoder());
+    library.failAll(Function::LibraryInit, 12);
+    EXPECT_EQ(frame(1, kBgra), host::imBadCompression);
+    EXPECT_TRUE(log.lines().back().starts_with("Decompress begin failed: Orvantis error (12): "))
+        << log.lines().back();
+    EXPECT_EQ(host.created, 0);
+    library.stopFailing();
+    EXPECT_EQ(frame(1, kBgra), host::imNoErr);
+}
+
 TEST_F(FrameImport, FailedBeginAfterAFormatChangeIsNotEndedTwice) {
     ASSERT_EQ(frame(0, kBgra), host::imNoErr);
     library.failCall(Function::DecompressBegin, 2, 32);
     EXPECT_EQ(frame(1, kYuy2), host::imBadCompression);
-    EXPECT_FALSE(video->decodeSession().begun);
+    EXPECT_FALSE(video->decoder().mainSession().begun);
     EXPECT_EQ(frame(2, kBgra), host::imNoErr);
     EXPECT_EQ(library.count(Function::DecompressEnd), 1);
     EXPECT_FALSE(request.formatChanged) << "nothing was running";
@@ -441,7 +467,7 @@ TEST_F(FrameImport, FailedDecodeIsBadCompressionAndTheFrameIsGivenBack) {
     EXPECT_TRUE(
         log.lines().back().starts_with("Decompress failed: Orvantis error (33): error33: decompress({0x"))
         << log.lines().back();
-    EXPECT_TRUE(video->decodeSession().begun) << "one damaged frame does not end the session";
+    EXPECT_TRUE(video->decoder().mainSession().begun) << "one damaged frame does not end the session";
     EXPECT_EQ(host.liveFrames(), 1);
     request.frame.reset();
     EXPECT_EQ(host.liveFrames(), 0);
@@ -462,7 +488,7 @@ TEST_F(FrameImport, FormatOutsideTheTableThrowsAndLeavesTheRunningSessionAlone) 
                      "PrPixelFormat_BGRA_4444_32f [BGra]");
     }
     EXPECT_TRUE(library.calls().empty());
-    EXPECT_TRUE(video->decodeSession().begun);
+    EXPECT_TRUE(video->decoder().mainSession().begun);
     EXPECT_EQ(host.created, 1);
 }
 
@@ -487,7 +513,7 @@ TEST_F(FrameImport, RefusedCreatorSuiteThrowsWithTheSessionBegun) {
     } catch (const std::runtime_error& error) {
         EXPECT_STREQ(error.what(), "Could not acquire suite: 'Premiere PPix Creator Suite', ver: 1");
     }
-    EXPECT_TRUE(video->decodeSession().begun);
+    EXPECT_TRUE(video->decoder().mainSession().begun);
     EXPECT_FALSE(request.frame);
 }
 

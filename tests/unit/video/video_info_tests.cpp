@@ -170,8 +170,8 @@ TEST_F(VideoAnalysis, FindingsAreThoseOfLibraryAndStream) {
     EXPECT_EQ(video->fieldOrder(), 0);
     const FormatData data = video->formatData();
     EXPECT_EQ(std::vector(data.begin(), data.end()), stream.format);
-    EXPECT_FALSE(video->decodeSession().begun);
-    EXPECT_EQ(video->decodeSession().pixelFormat, 0x66646162U) << "badf";
+    EXPECT_FALSE(video->decoder().mainSession().begun);
+    EXPECT_EQ(video->decoder().mainSession().pixelFormat, 0x66646162U) << "badf";
 }
 
 TEST_F(VideoAnalysis, QueriesHandTheWholeStreamFormatToTheLibrary) {
@@ -181,7 +181,8 @@ TEST_F(VideoAnalysis, QueriesHandTheWholeStreamFormatToTheLibrary) {
         EXPECT_EQ(call.bytes, 7U);
     }
     EXPECT_FALSE(library.callsOf(Function::DecompressQuery).at(0).output.has_value());
-    EXPECT_EQ(library.callsOf(Function::DecompressQuery).at(0).handle, video->codec().handle());
+    EXPECT_EQ(library.callsOf(Function::DecompressQuery).at(0).handle,
+              video->decoder().mainSession().codec.handle());
 }
 
 TEST_F(VideoAnalysis, AlphaIsThatOfTheColourModel) {

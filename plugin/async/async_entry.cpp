@@ -10,7 +10,7 @@
 #include "diag/log.h"
 #include "host/result_codes.h"
 #include "host/selectors.h"
-#include "importer/file_selectors.h"
+#include "importer/importer_calls.h"
 
 namespace orvantis {
 
@@ -49,7 +49,8 @@ std::int32_t dispatchAsync(std::int32_t selector, void* record) {
 }  // namespace
 
 std::int32_t createAsyncImporter(const host::imStdParms* stdParms, host::imAsyncImporterCreationRec& record) {
-    const OrvantisImporter& synchronous = importerOf(record.inPrivateData);
+    const ImporterCall call(record.inPrivateData);
+    const OrvantisImporter& synchronous = call.importer();
     auto importer = std::make_unique<OrvantisAsyncImporter>(stdParms);
     const std::int32_t result = importer->openLike(synchronous);
     if (result != host::imNoErr) return result;

@@ -53,7 +53,7 @@ std::int32_t OrvantisAsyncImporter::openLike(const OrvantisImporter& synchronous
 }
 
 std::int32_t OrvantisAsyncImporter::decode(FrameRequest& job) {
-    VideoInfo& video = requireVideoInfo();
+    const VideoInfo& video = requireVideoInfo();
     std::int32_t result = prepareFrame(video, job);
     if (result != host::imNoErr) return result;
     {

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <new>
 
 #include "audio/audio_info.h"
 #include "audio/channel_layout.h"
@@ -19,12 +20,30 @@ namespace {
 using IntegerConverter = host::prSuiteError (*)(const void* source, float** destination,
                                                 std::uint32_t channels, std::uint32_t frames);
 
-/// Reads up to `sizeBytes` bytes of the stream from its byte `startBytes` on, chunk by chunk, with one seek
-/// and one read each. Returns how many came; fewer at the end of the stream or after a failure, which is
+/// One seek and one read, with the file's position to itself. Returns how many bytes came; a failure is
 /// logged.
-std::uint64_t readStream(fileio::File& file, const AviStream& stream, std::uint64_t startBytes,
+std::uint64_t readChunk(const AudioOwner& owner, std::int64_t filePos, std::byte* buffer, std::uint64_t n) {
+    fileio::File& file = *owner.file;
+    const std::lock_guard lock(*owner.filePosition);
+    if (!file.seek(filePos)) {
+        if (logEnabled()) {
+            logMessage("importAudio: seek error: %lld, pos: %lld", static_cast<long long>(filePos),
+                       static_cast<long long>(file.tell()));
+        }
+        return 0;
+    }
+    const std::uint64_t got = file.read(buffer, n);
+    if (got < n) {
+        logMessage("importAudio: read error: %lld, read: %lld", static_cast<long long>(n),
+                   static_cast<long long>(got));
+    }
+    return got;
+}
+
+/// Reads up to `sizeBytes` bytes of the stream from its byte `startBytes` on, chunk by chunk. Returns how
+/// many came; fewer at the end of the stream or after a failure.
+std::uint64_t readStream(const AudioOwner& owner, const AviStream& stream, std::uint64_t startBytes,
                          std::byte* buffer, std::uint64_t sizeBytes) {
-    if (sizeBytes == 0) return 0;
     const IndexEntry* entry = stream.findByPosition(startBytes);
     if (entry == nullptr) return 0;
 
@@ -43,20 +62,9 @@ std::uint64_t readStream(fileio::File& file, const AviStream& stream, std::uint6
                        static_cast<long long>(filePos), static_cast<long long>(n));
         }
         if (n != 0) {
-            if (!file.seek(filePos)) {
-                if (logging) {
-                    logMessage("importAudio: seek error: %lld, pos: %lld", static_cast<long long>(filePos),
-                               static_cast<long long>(file.tell()));
-                }
-                break;
-            }
-            const std::uint64_t got = file.read(buffer + done, n);
+            const std::uint64_t got = readChunk(owner, filePos, buffer + done, n);
             done += got;
-            if (got < n) {
-                logMessage("importAudio: read error: %lld, read: %lld", static_cast<long long>(n),
-                           static_cast<long long>(got));
-                break;
-            }
+            if (got < n) break;
         }
         // A damaged index can hold millions of empty chunks in a row. They are gone through for the log only.
         entry = n == 0 && !logging ? stream.findByPosition(startBytes + done) : entry + 1;
@@ -87,9 +95,9 @@ IntegerConverter integerConverter(const host::AudioSuite& suite, std::uint32_t s
     }
 }
 
-/// Calls the host's converter. Its result says nothing that the importer could act on. The converter writes
-/// every channel, so one that the host gave no buffer for is given a small one of ours, and the samples go
-/// block by block.
+/// Calls the host's converter, for no frames too. Its result says nothing that the importer could act on. The
+/// converter writes every channel, so one that the host gave no buffer for is given a small one of ours, and
+/// the samples go block by block.
 void convertIntegers(IntegerConverter convert, const std::byte* source, float** buffers,
                      std::uint32_t channels, std::uint32_t blockAlign, std::uint32_t frames) {
     if (std::find(buffers, buffers + channels, nullptr) == buffers + channels) {
@@ -99,13 +107,15 @@ void convertIntegers(IntegerConverter convert, const std::byte* source, float** 
     constexpr std::uint32_t kBlockFrames = 512;
     std::array<float, kBlockFrames> unwanted;
     std::array<float*, kMaxAudioChannels> destination{};
-    for (std::uint64_t first = 0; first < frames; first += kBlockFrames) {
+    std::uint64_t first = 0;
+    do {
         const auto count = static_cast<std::uint32_t>(std::min<std::uint64_t>(kBlockFrames, frames - first));
         for (std::uint32_t c = 0; c < channels; ++c) {
             destination[c] = buffers[c] != nullptr ? buffers[c] + first : unwanted.data();
         }
         convert(source + first * blockAlign, destination.data(), channels, count);
-    }
+        first += kBlockFrames;
+    } while (first < frames);
 }
 
 }  // namespace
@@ -117,19 +127,25 @@ std::int32_t AudioInfo::importAudio(const host::imImportAudioRec7& record) {
     const std::int64_t position = record.position;
     const std::uint32_t size = record.size;
     float** const buffers = record.buffer;
-    const std::uint32_t channels = m_format.nChannels;
     const std::uint32_t blockAlign = m_format.nBlockAlign;
 
+    const Loan<fileio::ReadBuffer> buffer(m_readBuffer);
     // The host may name any position: sums and products go round in unsigned 64 bits instead of overflowing.
-    const std::int64_t startPos = position >= 0 ? position : m_audioPosition;
-    const auto endPos = static_cast<std::int64_t>(static_cast<std::uint64_t>(startPos) + size);
+    // The position moves on at once, so that a read which comes meanwhile goes on behind this one.
+    std::int64_t formerPosition = m_audioPosition.load(std::memory_order_relaxed);
+    std::int64_t startPos = 0;
+    std::int64_t endPos = 0;
+    do {
+        startPos = position >= 0 ? position : formerPosition;
+        endPos = static_cast<std::int64_t>(static_cast<std::uint64_t>(startPos) + size);
+    } while (!m_audioPosition.compare_exchange_weak(formerPosition, endPos, std::memory_order_relaxed));
     const std::uint64_t startPosBytes =
         static_cast<std::uint64_t>(blockAlign) * static_cast<std::uint64_t>(startPos);
     // Deliberately 32 bits wide: a request of 4 GiB and more wraps, and only the rest is read.
     const std::uint32_t sizeBytes = blockAlign * size;
     if (logEnabled()) {
         logMessage("importAudioRec7P->position: %lld", static_cast<long long>(position));
-        logMessage("m_audioPosition           : %lld", static_cast<long long>(m_audioPosition));
+        logMessage("m_audioPosition           : %lld", static_cast<long long>(formerPosition));
         logMessage("startPos                  : %lld", static_cast<long long>(startPos));
         logMessage("importAudioRec7P->size    : %u", size);
         logMessage("endPos                    : %lld", static_cast<long long>(endPos));
@@ -138,13 +154,27 @@ std::int32_t AudioInfo::importAudio(const host::imImportAudioRec7& record) {
         logMessage("sizeBytes                 : %lld", static_cast<long long>(sizeBytes));
     }
 
-    std::byte* const bytes = m_readBuffer.ensure(sizeBytes);
-    const std::uint64_t done = readStream(*m_owner.file, *m_stream, startPosBytes, bytes, sizeBytes);
+    std::byte* bytes = nullptr;
+    try {
+        // One byte at least: the host's converter gets an address for no sample frames too.
+        bytes = buffer->ensure(std::max(sizeBytes, 1u));
+    } catch (const std::bad_alloc&) {
+        // Nothing was read: sequential reads go on where they were, unless another one has moved them.
+        std::int64_t expected = endPos;
+        m_audioPosition.compare_exchange_strong(expected, formerPosition, std::memory_order_relaxed);
+        throw;
+    }
+    const std::uint64_t done = readStream(m_owner, *m_stream, startPosBytes, bytes, sizeBytes);
     const std::uint64_t fill = sizeBytes - done;
     logMessage("fill    : %lld", static_cast<long long>(fill));
     if (fill != 0) std::memset(bytes + done, 0, fill);
-    m_audioPosition = endPos;
+    return deliver(bytes, sizeBytes, buffers, size);
+}
 
+std::int32_t AudioInfo::deliver(std::byte* bytes, std::uint32_t sizeBytes, float** buffers,
+                                std::uint32_t size) {
+    const std::uint32_t channels = m_format.nChannels;
+    const std::uint32_t blockAlign = m_format.nBlockAlign;
     // A wrapped request leaves fewer frames in the buffer than the host has room for.
     const std::uint32_t framesRead = blockAlign == 0 ? 0 : std::min(size, sizeBytes / blockAlign);
     switch (m_sampleType) {
@@ -155,7 +185,8 @@ std::int32_t AudioInfo::importAudio(const host::imImportAudioRec7& record) {
         case host::kPrAudioSampleType_16BitInt:
         case host::kPrAudioSampleType_24BitInt:
         case host::kPrAudioSampleType_32BitInt:
-            if (buffers != nullptr && framesRead != 0) {
+            // A request for no frames is converted like any other; only one that wrapped to none is not.
+            if (buffers != nullptr && (framesRead != 0 || size == 0)) {
                 const IntegerConverter convert =
                     integerConverter(m_owner.suites->get().audio.get(), m_sampleType);
                 convertIntegers(convert, bytes, buffers, channels, blockAlign, framesRead);

@@ -1,14 +1,16 @@
-// The analysis of one audio stream and the delivery of its samples. One per importer; used on the host's
-// calling thread under the importer's ordinary serialisation.
+// The analysis of one audio stream and the delivery of its samples. One per importer. Constant once it is
+// analysed, but for the position of sequential reads: any number of host threads may read at once.
 #pragma once
 
-#include <cstddef>
+#include <atomic>
 #include <cstdint>
+#include <mutex>
 #include <span>
 #include <string>
 
 #include "audio/wave_format.h"
 #include "avi/avi_stream.h"
+#include "diag/spare.h"
 #include "fileio/file.h"
 #include "fileio/read_buffer.h"
 #include "host/records.h"
@@ -16,10 +18,10 @@
 
 namespace orvantis {
 
-/// What an AudioInfo may use of the importer that owns it: its open file and its host suites. Both outlive
-/// it.
+/// What an AudioInfo may use of the importer that owns it: its open file and its host suites. All outlive it.
 struct AudioOwner {
     fileio::File* file;
+    std::mutex* filePosition;  ///< held from a seek to the end of the read that relies on it
     LazyImporterSuites* suites;
 };
 
@@ -35,8 +37,11 @@ class AudioInfo {
     std::int32_t init(const AviStream& stream);
     /// Logs the format and writes the four audio fields of the host's record (never its has-audio flag).
     void fillFileInfo(host::imFileInfoRec8& record) const;
-    /// Delivers sample frames, silence where nothing can be read. imNoErr or imDecompressionError.
+    /// Delivers sample frames, silence where nothing can be read. imNoErr or imDecompressionError. Any
+    /// thread; of sequential reads that meet, each gets sample frames of its own.
     std::int32_t importAudio(const host::imImportAudioRec7& record);
+    /// Gives up the memory that reads keep for the next one.
+    void releaseBuffers() noexcept { m_readBuffer.drop(); }
     /// Writes the loudspeaker labels: imNoErr, or imUnsupported for an unusable stream.
     std::int32_t getChannelLayout(host::imGetAudioChannelLayoutRec& record) const;
 
@@ -50,6 +55,8 @@ class AudioInfo {
     /// Fills m_format and m_sampleType from the bytes of the stream format. Empty when accepted, else why
     /// not.
     std::string analyse(std::span<const std::uint8_t> format);
+    /// The bytes of one read as float samples in the host's buffers. imNoErr or imDecompressionError.
+    std::int32_t deliver(std::byte* bytes, std::uint32_t sizeBytes, float** buffers, std::uint32_t size);
 
     AudioOwner m_owner;
     bool m_valid = false;
@@ -57,9 +64,9 @@ class AudioInfo {
     std::uint64_t m_numAudioSampleFrames = 0;  ///< the stream header's dwLength as it stands
     std::uint32_t m_sampleType = 0;            ///< host sample-type code
     WaveFormatExtensible m_format{};
-    std::int64_t m_audioPosition = 0;  ///< next sample frame of sequential reads
-    fileio::ReadBuffer m_readBuffer;   ///< interleaved bytes; only grows
-    std::string m_rejection;           ///< why the stream is not usable
+    std::atomic<std::int64_t> m_audioPosition{0};  ///< next sample frame of sequential reads
+    Spare<fileio::ReadBuffer> m_readBuffer;        ///< interleaved bytes; only grows while one is kept
+    std::string m_rejection;                       ///< why the stream is not usable
 };
 
 }  // namespace orvantis

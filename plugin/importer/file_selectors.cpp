@@ -3,7 +3,10 @@
 #include <algorithm>
 #include <cstdio>
 #include <memory>
-#include <stdexcept>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "diag/log.h"
 #include "host/four_char_codes.h"
@@ -11,35 +14,38 @@
 #include "host/record_values.h"
 #include "host/result_codes.h"
 #include "importer/file_info.h"
+#include "importer/importer_calls.h"
 
 namespace orvantis {
-
-OrvantisImporter& importerOf(void* privateData) {
-    if (privateData == nullptr) throw std::logic_error("importer is NULL");
-    return *static_cast<OrvantisImporter*>(privateData);
-}
 
 std::int32_t openFile8(const host::imStdParms* stdParms, host::imFileRef* fileRef,
                        host::imFileOpenRec8& record) {
     // A quieted file comes back with its importer.
     std::unique_ptr<OrvantisImporter> created;
-    if (record.privatedata == nullptr) created = std::make_unique<OrvantisImporter>(stdParms);
-    OrvantisImporter& importer = created ? *created : importerOf(record.privatedata);
+    std::optional<ImporterCall> call;
+    void* const privateData = record.privatedata;
+    if (privateData == nullptr) {
+        created = std::make_unique<OrvantisImporter>(stdParms);
+    } else {
+        call.emplace(privateData, ImporterCall::Kind::exclusive);
+    }
+    OrvantisImporter& importer = created ? *created : call->importer();
 
     importer.logFile();
     if (!importer.open(record.fileinfo.filepath, record.inStreamIdx, record.inReadWrite))
         return host::imBadFile;
 
     const auto osFile = reinterpret_cast<host::imFileRef>(importer.file().osHandle());
+    if (created) record.privatedata = publishImporter(std::move(created));  // the host's until imCloseFile
     if (fileRef != nullptr) *fileRef = osFile;
     record.fileinfo.fileref = osFile;
     record.fileinfo.filetype = static_cast<std::int32_t>(host::kFileTypeAviv);
-    if (created) record.privatedata = created.release();  // the host's until imCloseFile
     return host::imNoErr;
 }
 
 std::int32_t getInfo8(host::imFileInfoRec8& record) {
-    OrvantisImporter& importer = importerOf(record.privatedata);
+    const ImporterCall call(record.privatedata, ImporterCall::Kind::exclusive);
+    OrvantisImporter& importer = call.importer();
     importer.logFile();
     const std::int32_t streamIndex = record.streamIdx;
     logMessage("fileInfoRec8P->streamIdx: %d", streamIndex);
@@ -64,7 +70,8 @@ std::int32_t getInfo8(host::imFileInfoRec8& record) {
 }
 
 std::int32_t analysis(host::imAnalysisRec& record) {
-    OrvantisImporter& importer = importerOf(record.privatedata);
+    const ImporterCall call(record.privatedata);
+    OrvantisImporter& importer = call.importer();
     importer.logFile();
     const std::int32_t bufferSize = record.buffersize;
     logMessage("buffersize: %d", bufferSize);
@@ -78,7 +85,8 @@ std::int32_t analysis(host::imAnalysisRec& record) {
 }
 
 std::int32_t dataRateAnalysis(host::imDataRateAnalysisRec& record) {
-    OrvantisImporter& importer = importerOf(record.privatedata);
+    const ImporterCall call(record.privatedata);
+    const OrvantisImporter& importer = call.importer();
     importer.logFile();
     const std::int32_t bufferSize = record.buffersize;
     logMessage("buffersize: %d", bufferSize);
@@ -102,7 +110,8 @@ std::int32_t dataRateAnalysis(host::imDataRateAnalysisRec& record) {
 }
 
 std::int32_t getIndPixelFormat(std::uint32_t index, host::imIndPixelFormatRec& record) {
-    OrvantisImporter& importer = importerOf(record.privatedata);
+    const ImporterCall call(record.privatedata);
+    const OrvantisImporter& importer = call.importer();
     importer.logFile();
     const std::vector<FormatInfo>& formats = importer.requireVideoInfo().decodeFormats();
     if (index >= formats.size()) return host::imBadFormatIndex;
@@ -115,17 +124,17 @@ std::int32_t getIndPixelFormat(std::uint32_t index, host::imIndPixelFormatRec& r
 }
 
 std::int32_t quietFile(host::imFileRef* fileRef, void* privateData) {
-    OrvantisImporter& importer = importerOf(privateData);
-    importer.logFile();
-    importer.closeFile();
+    if (privateData == nullptr) return host::imNoErr;  // nothing was opened
+    quietImporter(privateData);
     if (fileRef != nullptr) *fileRef = host::kInvalidFileRef;
     return host::imNoErr;
 }
 
 std::int32_t closeFile(host::imFileRef* fileRef, void* privateData) {
-    // Back from the host, which forgets the pointer whatever happens here.
-    const std::unique_ptr<OrvantisImporter> importer(&importerOf(privateData));
-    return quietFile(fileRef, importer.get());
+    if (privateData == nullptr) return host::imNoErr;
+    closeImporter(privateData);
+    if (fileRef != nullptr) *fileRef = host::kInvalidFileRef;
+    return host::imNoErr;
 }
 
 }  // namespace orvantis

@@ -1,17 +1,19 @@
 #include "importer/media_selectors.h"
 
+#include <mutex>
 #include <stdexcept>
 
 #include "diag/log.h"
 #include "host/result_codes.h"
-#include "importer/file_selectors.h"
+#include "importer/importer_calls.h"
 #include "video/frame_import.h"
 
 namespace orvantis {
 
 namespace {
 
-/// Gives an undelivered frame back however the call ends; the request's storage stays for the next call.
+/// Gives an undelivered frame back however the call ends, before the request's storage is kept for the next
+/// call.
 class RequestEnd {
  public:
     explicit RequestEnd(FrameRequest& request) noexcept : m_request(request) {}
@@ -26,35 +28,42 @@ class RequestEnd {
 }  // namespace
 
 std::int32_t getSourceVideo(const host::imSourceVideoRec& record) {
-    OrvantisImporter& importer = importerOf(record.inPrivateData);
+    const ImporterCall call(record.inPrivateData);
+    OrvantisImporter& importer = call.importer();
     host::PPixHand* const outFrame = record.outFrame;
     if (logEnabled()) [[unlikely]] {
         importer.logFile();
         logMessage("outFrame: %p", static_cast<const void*>(outFrame));
     }
-    VideoInfo& video = importer.requireVideoInfo();
+    const VideoInfo& video = importer.requireVideoInfo();
     if (outFrame == nullptr) throw std::logic_error("outFrame is NULL");
 
     ImporterSuites& suites = importer.suites();
-    FrameRequest& request = importer.sourceVideoRequest();
+    const Loan<FrameRequest> loan(importer.spareRequest());
+    FrameRequest& request = *loan;
     const RequestEnd end(request);
     request.assign(record.inFrameTime, record.inFrameFormats, record.inNumFrameFormats, suites.ppix.get());
 
     std::int32_t result = prepareFrame(video, request);
-    if (result == host::imNoErr) result = readFrame(video, importer.file(), request);
+    if (result == host::imNoErr) {
+        const std::lock_guard lock(importer.filePosition());
+        result = readFrame(video, importer.file(), request);
+    }
     if (result == host::imNoErr) result = decodeFrame(video, suites, request);
     if (result == host::imNoErr) *outFrame = request.frame.release();
     return result;
 }
 
 std::int32_t importAudio7(const host::imImportAudioRec7& record) {
-    OrvantisImporter& importer = importerOf(record.privateData);
+    const ImporterCall call(record.privateData);
+    OrvantisImporter& importer = call.importer();
     importer.logFile();
     return importer.requireAudioInfo().importAudio(record);
 }
 
 std::int32_t getAudioChannelLayout(host::imGetAudioChannelLayoutRec& record) {
-    OrvantisImporter& importer = importerOf(record.inPrivateData);
+    const ImporterCall call(record.inPrivateData);
+    OrvantisImporter& importer = call.importer();
     importer.logFile();
     return importer.requireAudioInfo().getChannelLayout(record);
 }

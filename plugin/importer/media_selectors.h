@@ -1,5 +1,5 @@
 // The selectors that deliver frames and samples of one file. Each may throw, which the entry guard answers.
-// Host threads.
+// Any host thread; calls on one file run side by side.
 #pragma once
 
 #include <cstdint>

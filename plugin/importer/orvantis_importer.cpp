@@ -106,7 +106,14 @@ std::int32_t OrvantisImporter::parse(std::int32_t streamIndex) {
     return streamIndex >= 1 ? host::imBadStreamIndex : host::imNoErr;
 }
 
-VideoInfo& OrvantisImporter::requireVideoInfo() {
+void OrvantisImporter::quiet() noexcept {
+    m_file.close();
+    m_spareRequest.drop();
+    if (m_videoInfo) m_videoInfo->decoder().dropSpareSession();
+    if (m_audioInfo) m_audioInfo->releaseBuffers();
+}
+
+const VideoInfo& OrvantisImporter::requireVideoInfo() const {
     if (!m_videoInfo) throw std::logic_error("m_videoInfo is NULL");
     return *m_videoInfo;
 }

@@ -1,14 +1,18 @@
 // One open file: the OS file, the parsed container, the analyses and the host suites. The host keeps the
 // pointer as the file's private data from imOpenFile8 to imCloseFile and hands it back with every selector
-// between. Used on the host's calling threads without a lock: the host keeps selectors on one file apart.
+// between, on any thread and several at once. ImporterCall (importer/importer_calls.h) keeps what changes the
+// file or the analyses (open, parse, quiet) apart from everything else; all other functions may run side by
+// side.
 #pragma once
 
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <string>
 
 #include "audio/audio_info.h"
 #include "avi/avi_reader.h"
+#include "diag/spare.h"
 #include "fileio/win_file.h"
 #include "host/std_parms.h"
 #include "suites/importer_suites.h"
@@ -31,14 +35,14 @@ class OrvantisImporter {
     /// Parses the container and replaces both analyses for stream `streamIndex`. imNoErr, imIterateStreams,
     /// imBadStreamIndex, or the reason for the refusal. Throws what the construction of VideoInfo throws.
     std::int32_t parse(std::int32_t streamIndex);
-    /// Closes the OS file; the analyses stay.
-    void closeFile() { m_file.close(); }
+    /// Closes the OS file and gives up the buffers that calls keep for the next ones; the analyses stay.
+    void quiet() noexcept;
 
     /// The file's host suites, acquired on first use.
     ImporterSuites& suites() { return m_suites.get(); }
 
     /// Throw std::logic_error "m_videoInfo is NULL" / "m_audioInfo is NULL" when there is no such analysis.
-    VideoInfo& requireVideoInfo();
+    const VideoInfo& requireVideoInfo() const;
     AudioInfo& requireAudioInfo();
     const VideoInfo* videoInfo() const noexcept { return m_videoInfo.get(); }
     const AudioInfo* audioInfo() const noexcept { return m_audioInfo.get(); }
@@ -50,19 +54,23 @@ class OrvantisImporter {
 
     void setImporterId(std::int32_t id) noexcept { m_importerId = id; }
     fileio::WinFile& file() noexcept { return m_file; }
+    /// The file has one position: held from a seek to the end of the read that relies on it.
+    std::mutex& filePosition() noexcept { return m_filePosition; }
     const std::u16string& filePath() const noexcept { return m_filePath; }
     std::int32_t streamIndex() const noexcept { return m_streamIndex; }
     std::int32_t openRequest() const noexcept { return m_openRequest; }
-    /// Request storage of the synchronous path, reused so that steady playback does not allocate.
-    FrameRequest& sourceVideoRequest() noexcept { return m_sourceVideoRequest; }
+    /// The storage of a frame request that has ended. The next one takes it, so that steady playback does not
+    /// allocate.
+    Spare<FrameRequest>& spareRequest() noexcept { return m_spareRequest; }
 
  private:
-    AudioOwner audioOwner() noexcept { return {&m_file, &m_suites}; }
+    AudioOwner audioOwner() noexcept { return {&m_file, &m_filePosition, &m_suites}; }
 
     // Declared in the order in which they must live: destruction goes backwards and releases the suites last.
     std::int32_t m_importerId = 0;
     LazyImporterSuites m_suites;
     fileio::WinFile m_file;
+    std::mutex m_filePosition;
     AviReader m_aviReader;
     std::unique_ptr<VideoInfo> m_videoInfo;
     std::unique_ptr<AudioInfo> m_audioInfo;
@@ -71,7 +79,7 @@ class OrvantisImporter {
     std::string m_filePathUtf8;
     std::int32_t m_streamIndex = -1;
     std::int32_t m_openRequest = 0;
-    FrameRequest m_sourceVideoRequest;
+    Spare<FrameRequest> m_spareRequest;
 };
 
 }  // namespace orvantis

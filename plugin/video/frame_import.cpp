@@ -13,6 +13,7 @@
 #include "host/result_codes.h"
 #include "host/suites.h"
 #include "video/format_tables.h"
+#include "video/orvantis_error.h"
 
 namespace orvantis {
 

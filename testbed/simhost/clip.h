@@ -120,6 +120,9 @@ class Clip {
     /// imCloseFile. Does nothing when not open.
     std::int32_t close();
 
+    /// The host holds the file no more, without a call: another thread has closed it by hand.
+    void forget() noexcept { m_privateData = nullptr; }
+
     /// imCreateAsyncImporter.
     AsyncClip createAsync() const;
 

@@ -2,6 +2,7 @@
 // requests at places that the input names. No answer but the documented ones, no byte outside a buffer.
 #include <algorithm>
 #include <cstring>
+#include <mutex>
 #include <vector>
 
 #include "audio/audio_info.h"
@@ -78,7 +79,8 @@ void request(orvantis::AudioInfo& info, std::int64_t position, std::uint32_t siz
 
 void sound(World& world, const AviStream& stream, orvantis::test::MemoryFile& file, fuzz::Numbers& numbers) {
     LazyImporterSuites suites(world.host.basicSuite());
-    orvantis::AudioInfo info(orvantis::AudioOwner{&file, &suites});
+    std::mutex filePosition;
+    orvantis::AudioInfo info(orvantis::AudioOwner{&file, &filePosition, &suites});
     const std::int32_t result = info.init(stream);
     FUZZ_CHECK(result == host::imNoErr || result == host::imBadFile);
     FUZZ_CHECK(info.valid() == (result == host::imNoErr));

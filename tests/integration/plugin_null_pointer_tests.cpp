@@ -30,9 +30,8 @@ TEST_F(NullPointers, RecordsThatAreMissingAre99) {
     std::uint64_t other = 0;
     // The record is the second parameter of these, the first of the last two.
     for (const std::int32_t selector :
-         {host::imAnalysis, host::imDataRateAnalysis, host::imGetIndFormat, host::imImportAudio7,
-          host::imGetIndPixelFormat, host::imGetInfo8, host::imOpenFile8, host::imGetSourceVideo,
-          host::imGetAudioChannelLayout}) {
+         {host::imAnalysis, host::imDataRateAnalysis, host::imImportAudio7, host::imGetIndPixelFormat,
+          host::imGetInfo8, host::imOpenFile8, host::imGetSourceVideo, host::imGetAudioChannelLayout}) {
         EXPECT_EQ(importer().call(selector, &other, nullptr), 99) << selector;
         EXPECT_TRUE(lastEvent().ends_with("): record is NULL")) << lastEvent();
     }
@@ -67,12 +66,27 @@ TEST_F(NullPointers, PrivateDataThatIsMissingIs99) {
         importer()
             .callWithRecord(host::imGetAudioChannelLayout, nullptr, host::imGetAudioChannelLayoutRec{})
             .result);
-    host::imFileRef fileRef = 77;
-    expectNoImporter(importer().call(host::imQuietFile, &fileRef, nullptr));
-    expectNoImporter(importer().call(host::imCloseFile, &fileRef, nullptr));
     host::imAsyncImporterCreationRec creation{};
     expectNoImporter(importer().call(host::imCreateAsyncImporter, &creation, nullptr));
     EXPECT_EQ(simhost::byValue(creation.outAsyncEntry), nullptr);
+}
+
+TEST_F(NullPointers, QuietAndCloseOfNoImporterHaveNothingToDo) {
+    startAndInit();
+    host::imFileRef fileRef = 77;
+    EXPECT_EQ(importer().call(host::imQuietFile, &fileRef, nullptr), host::imNoErr);
+    EXPECT_EQ(importer().call(host::imCloseFile, &fileRef, nullptr), host::imNoErr);
+    EXPECT_EQ(fileRef, 77U);
+    EXPECT_TRUE(host().events().empty());
+}
+
+TEST_F(NullPointers, ARecordThatAFormatIndexPastTheEndDoesNotNeedIsNotAskedFor) {
+    startAndInit();
+    EXPECT_EQ(importer().callWithNumber(host::imGetIndFormat, 1, nullptr), host::imBadFormatIndex);
+    EXPECT_EQ(importer().callWithNumber(host::imGetIndFormat, 0xFFFFFFFF, nullptr), host::imBadFormatIndex);
+    EXPECT_TRUE(host().events().empty());
+    EXPECT_EQ(importer().callWithNumber(host::imGetIndFormat, 0, nullptr), 99);
+    EXPECT_TRUE(lastEvent().ends_with("): record is NULL")) << lastEvent();
 }
 
 TEST_F(NullPointers, AFileReferenceIsNotNeededToOpenQuietOrClose) {

@@ -250,6 +250,49 @@ TEST_F(AudioImportTest, EmptyChunksAheadOfTheFirstOneWithDataArePassedOver) {
               readLog({"0", "0", "0", "2", "2", "2", "0", "8"}, {"reading : 0, 324, 8", "fill    : 0"}));
 }
 
+// --- requests for no sample frames ---
+
+TEST_F(AudioImportTest, ARequestForNoFramesGoesTheWholeWay) {
+    layOut({4000});
+    ASSERT_EQ(analyse({}, 1000), 0);
+    HostBuffers buffers(2, 4);
+    m_log.clear();
+    EXPECT_EQ(importFrames(20, 0, buffers), 0);
+    EXPECT_EQ(m_log.take(), readLog({"20", "0", "20", "0", "20", "1000", "80", "0"}, {"fill    : 0"}));
+    ASSERT_EQ(audioHost.calls.size(), 1u) << "the host converts nothing, but is asked";
+    EXPECT_EQ(audioHost.calls[0].frames, 0u);
+    EXPECT_EQ(audioHost.calls[0].channels, 2u);
+    EXPECT_TRUE(file.reads.empty());
+    EXPECT_TRUE(buffers.untouched());
+    expectFrames(-1, 10, 20, 10);  // the position has moved there
+}
+
+TEST_F(AudioImportTest, ARequestForNoFramesNeedsTheSuiteLikeAnyOther) {
+    layOut({4000});
+    ASSERT_EQ(analyse({}, 1000), 0);
+    audioHost.refuseAudioSuite = true;
+    HostBuffers buffers(2, 4);
+    EXPECT_THROW(importFrames(0, 0, buffers), std::runtime_error);
+}
+
+TEST_F(AudioImportTest, ARequestForNoFramesWithoutSomeBufferIsConvertedToo) {
+    layOut({4000});
+    ASSERT_EQ(analyse({}, 1000), 0);
+    HostBuffers buffers(2, 4);
+    buffers.pointers[0] = nullptr;
+    EXPECT_EQ(importFrames(0, 0, buffers), 0);
+    ASSERT_EQ(audioHost.calls.size(), 1u);
+    EXPECT_EQ(audioHost.calls[0].frames, 0u);
+    EXPECT_TRUE(buffers.untouched());
+}
+
+TEST_F(AudioImportTest, ARequestForNoFramesOfAnUnreadableTypeFails) {
+    layOut({4000});
+    ASSERT_EQ(analyse({.tag = kTagFloat, .bits = 16}, 1000), 0);
+    HostBuffers buffers(2, 4);
+    EXPECT_EQ(importFrames(0, 0, buffers), 36);
+}
+
 // --- failures of the file ---
 
 TEST_F(AudioImportTest, ARefusedSeekEndsTheReadInSilence) {

@@ -64,14 +64,14 @@ class AudioInfoTest : public testing::Test {
 
     LogLines m_log;
     LazyImporterSuites suites{nullptr};
-    AudioInfo info{AudioOwner{nullptr, &suites}};
+    AudioInfo info{AudioOwner{nullptr, nullptr, &suites}};
 };
 
 TEST(AudioInfoLifetime, IsLogged) {
     LogLines log;
     LazyImporterSuites suites(nullptr);
     {
-        const AudioInfo info({nullptr, &suites});
+        const AudioInfo info({nullptr, nullptr, &suites});
         EXPECT_EQ(log.take(), Lines{"AudioInfo::AudioInfo()"});
         EXPECT_FALSE(info.valid());
     }

@@ -25,7 +25,7 @@ class QuietAudioInfo : public testing::Test {
 
     LazyImporterSuites suites{nullptr};
     AviStream stream{1};
-    AudioInfo info{AudioOwner{nullptr, &suites}};
+    AudioInfo info{AudioOwner{nullptr, nullptr, &suites}};
 };
 
 TEST_F(QuietAudioInfo, ARejectionIsKeptForTheDescription) {

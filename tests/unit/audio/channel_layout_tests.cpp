@@ -98,7 +98,7 @@ class ChannelLayoutTest : public testing::Test {
     LogLines m_log;
     LazyImporterSuites suites{nullptr};
     AviStream stream{1};
-    AudioInfo info{AudioOwner{nullptr, &suites}};
+    AudioInfo info{AudioOwner{nullptr, nullptr, &suites}};
 };
 
 TEST_F(ChannelLayoutTest, SurroundWithBackSpeakers) {

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <initializer_list>
 #include <memory>
+#include <mutex>
 #include <vector>
 
 #include "audio/audio_info.h"
@@ -127,7 +128,8 @@ class ImportFixture {
     RecordingFile file;
     AviStream stream{1};
     LazyImporterSuites suites{audioHost.basicSuite()};
-    AudioInfo info{AudioOwner{&file, &suites}};
+    std::mutex filePosition;
+    AudioInfo info{AudioOwner{&file, &filePosition, &suites}};
     std::uint32_t channels = 0;
     std::uint32_t sampleBytes = 0;
 };

@@ -23,6 +23,7 @@ int main(int argc, char** argv) {
         orvantis::bench::addOpeningBenchmarks();
         orvantis::bench::addFrameBenchmarks();
         orvantis::bench::addAudioBenchmarks();
+        orvantis::bench::addCallBenchmarks();
         orvantis::bench::addLogBenchmarks();
     }
     benchmark::AddCustomContext("peer", orvantis::bench::peerName());

@@ -45,6 +45,7 @@ std::string modulePath(const std::string& name);
 void addOpeningBenchmarks();
 void addFrameBenchmarks();
 void addAudioBenchmarks();
+void addCallBenchmarks();
 void addLogBenchmarks();
 void addFirstOpeningBenchmarks();
 

@@ -22,8 +22,7 @@ struct ImporterSuites {
 };
 
 /// Creates the suites of one importer on first use. Handed to the analyses so that they need not know the
-/// importer. First use happens on the thread that describes the file, before any other thread sees the
-/// importer.
+/// importer. First use happens while the file is described, when no other call is on the importer.
 class LazyImporterSuites {
  public:
     explicit LazyImporterSuites(const host::SPBasicSuite* basicSuite) noexcept : m_basicSuite(basicSuite) {}

@@ -1,5 +1,5 @@
 // The only file that drives a session of the codec library: each function calls, checks and throws with the
-// context. A session belongs to one VideoInfo (or to one call that probes the library) and is used by one
+// context. A session belongs to one FrameDecoder (or to one call that probes the library) and is used by one
 // thread at a time. A result is never ignored but in the destructor, where nobody is left to hear of it.
 #include "video/orvantis_codec.h"
 

@@ -165,7 +165,10 @@ TEST_F(SyncCalls, ACloseFromInsideCreatePPixTakesEffectWhenTheCallLeaves) {
 TEST_F(SyncCalls, AQuietFromInsideCreatePPixTakesEffectWhenTheCallLeaves) {
     ASSERT_NO_FATAL_FAILURE(openClip());
     std::int32_t quieted = -1;
-    insideCreatePPix([&] { quieted = raw().quiet(data()); });
+    insideCreatePPix([&] {
+        quieted = raw().quiet(data());
+        expectFrame(raw().frame(data(), timeOf(2)), 2);  // the file is still open
+    });
     expectFrame(raw().frame(data(), timeOf(7)), 7);
     EXPECT_EQ(quieted, host::imNoErr);
     EXPECT_EQ(raw().frame(data(), timeOf(7)).result, host::imFileReadFailed);

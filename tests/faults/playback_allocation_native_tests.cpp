@@ -1,0 +1,47 @@
+// What the plug-in takes from the heap while a clip plays: nothing, from the second frame and sound request
+// on.
+#include <cstring>
+
+#include "host/pixel_formats.h"
+#include "tests/faults/module_allocations.h"
+#include "tests/integration/plugin_clip_test.h"
+
+namespace {
+
+constexpr std::uint32_t kYuy2 = host::PrPixelFormat_YUYV_422_8u_601;
+
+class PlaybackAllocations : public ClipTest {
+ protected:
+    void watchPlugin() {
+        const auto entry = plugin().entry();
+        const void* address = nullptr;
+        static_assert(sizeof(address) == sizeof(entry));
+        std::memcpy(&address, &entry, sizeof(address));
+        faults::watchModule(address);
+    }
+    /// Allocations of the plug-in while frame and sound `index` are delivered.
+    static std::uint64_t play(const simhost::Clip& clip, std::uint32_t index) {
+        faults::startCounting(0, false);
+        const simhost::FrameAnswer frame = clip.getFrame(index, kYuy2);
+        const simhost::AudioAnswer sound = clip.importAudio(-1, clips::kSamplesPerFrame, 2);
+        const std::uint64_t allocations = faults::stopCounting();
+        EXPECT_TRUE(frame.frame);
+        EXPECT_EQ(sound.result, host::imNoErr);
+        return allocations;
+    }
+};
+
+TEST_F(PlaybackAllocations, OnlyTheFirstFrameAndSoundTakeMemoryAndQuietGivesItBack) {
+    startAndInit();
+    watchPlugin();
+    simhost::Clip clip(importer(), placeClip());
+    ASSERT_EQ(clip.getInfo(0).result, host::imNoErr);
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_GT(play(clip, 0), 0U) << "the counter counts";
+        for (std::uint32_t index = 1; index < 5; ++index) EXPECT_EQ(play(clip, index), 0U) << index;
+        ASSERT_EQ(clip.quiet(), host::imNoErr);
+        ASSERT_EQ(clip.reopen().result, host::imNoErr);
+    }
+}
+
+}  // namespace

@@ -14,8 +14,12 @@ CallTurn* CallTurns::outermostOf(std::uintptr_t thread) const noexcept {
 void CallTurns::arrive(CallTurn& turn) noexcept {
     if (outermostOf(turn.thread) != nullptr) {
         admit(turn);
-        return;
+    } else {
+        lineUp(turn);
     }
+}
+
+void CallTurns::lineUp(CallTurn& turn) noexcept {
     (m_lastWaiting != nullptr ? m_lastWaiting->next : m_firstWaiting) = &turn;
     m_lastWaiting = &turn;
     admitWaiting();

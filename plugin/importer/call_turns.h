@@ -11,9 +11,6 @@
 
 namespace orvantis {
 
-/// What becomes of the importer when a call has left.
-enum class AfterCall : std::uint8_t { stays, quiet, close };
-
 /// One call, from its arrival until it leaves; lives on its caller's stack.
 struct CallTurn {
     CallTurn(std::uintptr_t callingThread, bool alone) noexcept : thread(callingThread), exclusive(alone) {}
@@ -22,9 +19,12 @@ struct CallTurn {
 
     std::uintptr_t thread;
     bool exclusive;
-    bool admitted = false;                   ///< false: to be waited for
-    AfterCall afterCall = AfterCall::stays;  ///< of a thread's outermost call
-    CallTurn* next = nullptr;                ///< behind it in the queue, or before it among those inside
+    bool admitted = false;  ///< false: to be waited for
+    CallTurn* quietTurn =
+        nullptr;               ///< what a quiet from inside this call lines up, to wait for behind the call
+    bool quiets = false;       ///< it is lined up
+    bool closes = false;       ///< a close from inside this call is left to it
+    CallTurn* next = nullptr;  ///< behind it in the queue, or before it among those inside
 };
 
 class CallTurns {
@@ -37,6 +37,9 @@ class CallTurns {
     CallTurn* outermostOf(std::uintptr_t thread) const noexcept;
     /// Admits the turn at once or lines it up. An exclusive one must not come from inside another call.
     void arrive(CallTurn& turn) noexcept;
+    /// Puts the turn behind all that wait, also from inside a call of the same thread, which must leave
+    /// before it waits for this turn.
+    void lineUp(CallTurn& turn) noexcept;
     /// Ends an admitted turn. True when this has admitted others, which are to be woken.
     bool leave(const CallTurn& turn) noexcept;
 

@@ -58,8 +58,7 @@ Shard& shardOf(const void* privateData) {
 static_assert(kShards == std::size_t{1} << (64 - 56));
 
 /// Under the shard's lock, which is free while this waits.
-void awaitTurn(Shard& shard, LiveImporter& live, CallTurn& turn) noexcept {
-    live.turns.arrive(turn);
+void awaitTurn(Shard& shard, const CallTurn& turn) noexcept {
     while (!turn.admitted) shard.lock.wait();
 }
 
@@ -67,7 +66,8 @@ void awaitTurn(Shard& shard, LiveImporter& live, CallTurn& turn) noexcept {
 /// outside it.
 std::unique_ptr<LiveImporter> retire(Shard& shard, LiveImporter& live) noexcept {
     CallTurn last(currentThread(), true);
-    awaitTurn(shard, live, last);
+    live.turns.arrive(last);
+    awaitTurn(shard, last);
     return shard.remove(live);
 }
 
@@ -85,14 +85,16 @@ OrvantisImporter* publishImporter(std::unique_ptr<OrvantisImporter> importer) {
 }
 
 ImporterCall::ImporterCall(void* privateData, Kind kind)
-    : m_live(nullptr), m_turn(currentThread(), kind == Kind::exclusive) {
+    : m_live(nullptr), m_turn(currentThread(), kind == Kind::exclusive), m_quietTurn(m_turn.thread, true) {
     if (privateData == nullptr) throw std::logic_error("importer is NULL");
     Shard& shard = shardOf(privateData);
     const std::lock_guard lock(shard.lock);
     m_live = &shard.find(privateData);
     if (m_turn.exclusive && m_live->turns.outermostOf(m_turn.thread) != nullptr)
         throw std::logic_error("importer is in use by a call of the same thread");
-    awaitTurn(shard, *m_live, m_turn);
+    m_turn.quietTurn = &m_quietTurn;
+    m_live->turns.arrive(m_turn);
+    awaitTurn(shard, m_turn);
 }
 
 ImporterCall::~ImporterCall() {
@@ -100,17 +102,14 @@ ImporterCall::~ImporterCall() {
     std::unique_ptr<LiveImporter> closed;  // destroyed behind the lock
     std::unique_lock lock(shard.lock);
     if (m_live->turns.leave(m_turn)) shard.lock.wakeAll();
-    if (m_turn.afterCall == AfterCall::stays) return;
-    if (m_turn.afterCall == AfterCall::close) {
-        closed = retire(shard, *m_live);
-    } else if (!m_live->closing) {
-        CallTurn quieting(m_turn.thread, true);
-        awaitTurn(shard, *m_live, quieting);
+    if (m_turn.quiets) {
+        awaitTurn(shard, m_quietTurn);
         lock.unlock();
         m_live->importer->quiet();
         lock.lock();
-        if (m_live->turns.leave(quieting)) shard.lock.wakeAll();
+        if (m_live->turns.leave(m_quietTurn)) shard.lock.wakeAll();
     }
+    if (m_turn.closes) closed = retire(shard, *m_live);
 }
 
 OrvantisImporter& ImporterCall::importer() const noexcept {
@@ -119,16 +118,24 @@ OrvantisImporter& ImporterCall::importer() const noexcept {
 
 namespace {
 
-/// From inside a call of this thread: leaves the rest to the outermost one, and returns true.
-bool leaveToOuterCall(Shard& shard, void* privateData, AfterCall what) {
+enum class What { quiet, close };
+
+/// From inside a call of this thread: leaves the rest to the outermost one, and returns true. A quiet takes
+/// its place in the queue at once: who re-opens the file after it must come after it. Nobody lines up behind
+/// a close.
+bool leaveToOuterCall(Shard& shard, void* privateData, What what) {
     OrvantisImporter* importer = nullptr;
     {
         const std::lock_guard lock(shard.lock);
         LiveImporter& live = shard.find(privateData);
         CallTurn* const outer = live.turns.outermostOf(currentThread());
         if (outer == nullptr) return false;
-        outer->afterCall = what;
-        if (what == AfterCall::close) live.closing = true;
+        if (what == What::close) {
+            outer->closes = live.closing = true;
+        } else if (!outer->quiets) {
+            outer->quiets = true;
+            live.turns.lineUp(*outer->quietTurn);
+        }
         importer = live.importer.get();
     }
     importer->logFile();  // the outer call keeps it alive
@@ -138,7 +145,7 @@ bool leaveToOuterCall(Shard& shard, void* privateData, AfterCall what) {
 }  // namespace
 
 void quietImporter(void* privateData) {
-    if (leaveToOuterCall(shardOf(privateData), privateData, AfterCall::quiet)) return;
+    if (leaveToOuterCall(shardOf(privateData), privateData, What::quiet)) return;
     const ImporterCall call(privateData, ImporterCall::Kind::exclusive);
     call.importer().logFile();
     call.importer().quiet();
@@ -146,7 +153,7 @@ void quietImporter(void* privateData) {
 
 void closeImporter(void* privateData) {
     Shard& shard = shardOf(privateData);
-    if (leaveToOuterCall(shard, privateData, AfterCall::close)) return;
+    if (leaveToOuterCall(shard, privateData, What::close)) return;
     std::unique_ptr<LiveImporter> closed;
     {
         const std::lock_guard lock(shard.lock);

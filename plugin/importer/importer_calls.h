@@ -38,6 +38,7 @@ class ImporterCall {
  private:
     LiveImporter* m_live;
     CallTurn m_turn;
+    CallTurn m_quietTurn;
 };
 
 /// Closes the importer's file and gives up its buffers as soon as the calls of other threads have left; from

@@ -107,6 +107,20 @@ TEST_F(CallTurnsTest, ACallFromInsideAnExclusiveOneLetsNobodyElseIn) {
     EXPECT_TRUE(other.admitted);
 }
 
+TEST_F(CallTurnsTest, ATurnLinedUpFromInsideACallComesBehindItInOrderOfArrival) {
+    CallTurn& outer = shared(1);
+    CallTurn after(1, true);
+    turns.lineUp(after);
+    CallTurn& reopening = exclusive(2);
+    EXPECT_FALSE(after.admitted);
+    EXPECT_TRUE(turns.leave(outer));
+    EXPECT_TRUE(after.admitted);
+    EXPECT_FALSE(reopening.admitted);
+    turns.leave(after);
+    EXPECT_TRUE(reopening.admitted);
+    turns.leave(reopening);
+}
+
 TEST_F(CallTurnsTest, OnlyCallsThatAreInsideMakeAThreadsCallsInner) {
     CallTurn& alone = exclusive(1);
     CallTurn& waiting = shared(2);

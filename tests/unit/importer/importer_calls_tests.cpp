@@ -169,6 +169,38 @@ TEST_F(ImporterCallsTest, AQuietFromInsideACallLeavesTheImporter) {
     closeImporter(importer);
 }
 
+TEST_F(ImporterCallsTest, ACallThatComesAfterAQuietFromInsideACallFindsTheImporterQuieted) {
+    OrvantisImporter* const importer = open();
+    std::future<bool> later;
+    {
+        const ImporterCall outer(importer);
+        importer->spareRequest().keep(std::make_unique<FrameRequest>());
+        quietImporter(importer);
+        later = std::async(std::launch::async, [importer] {
+            const ImporterCall call(importer, ImporterCall::Kind::exclusive);
+            const bool quieted = importer->spareRequest().take() == nullptr;
+            importer->spareRequest().keep(std::make_unique<FrameRequest>());
+            return quieted;
+        });
+        EXPECT_EQ(later.wait_for(kWrongCodeWouldBeDone), std::future_status::timeout);
+    }
+    EXPECT_TRUE(later.get());
+    EXPECT_NE(importer->spareRequest().take(), nullptr) << "the quiet came before that call, not after it";
+    closeImporter(importer);
+}
+
+TEST_F(ImporterCallsTest, AQuietAndACloseFromInsideOneCallBothTakeEffect) {
+    OrvantisImporter* const importer = open();
+    {
+        const ImporterCall outer(importer);
+        quietImporter(importer);
+        quietImporter(importer);
+        closeImporter(importer);
+        EXPECT_EQ(destroyed(), 0);
+    }
+    EXPECT_EQ(destroyed(), 1);
+}
+
 TEST_F(ImporterCallsTest, TwoThreadsThatQuietFromInsideTheirCallsDoNotWaitForEachOther) {
     OrvantisImporter* const importer = open();
     test::Latch inside(2);

@@ -49,6 +49,11 @@ std::unique_ptr<OrvantisAsyncImporter> retireAsyncImporter(const OrvantisAsyncIm
     const auto found = all.importers.find(importer);
     if (found == all.importers.end() || found->second.closing) return nullptr;
     found->second.closing = true;
+    // What no call has asked for so far nobody will ask for: those that are inside wait less.
+    OrvantisAsyncImporter& closing = *found->second.importer;
+    lock.unlock();
+    closing.dropPending();
+    lock.lock();
     all.callLeft.wait(lock, [&] { return found->second.calls == 0; });
     std::unique_ptr<OrvantisAsyncImporter> retired = std::move(found->second.importer);
     all.importers.erase(found);

@@ -5,7 +5,6 @@
 #include <stdexcept>
 #include <utility>
 
-#include "async/thread_pool.h"
 #include "diag/log.h"
 #include "host/pixel_formats.h"
 #include "host/result_codes.h"
@@ -14,9 +13,6 @@
 namespace orvantis {
 
 namespace {
-
-/// More buffers than a host keeps requests in flight are not worth keeping.
-constexpr std::size_t kMaxSpareChunks = 16;
 
 void logHandler(const char* name) {
     logMessage("----------------------");
@@ -30,7 +26,6 @@ void logResult(const char* name, std::int32_t result) {
 }  // namespace
 
 OrvantisAsyncImporter::OrvantisAsyncImporter(const host::imStdParms* stdParms) : OrvantisImporter(stdParms) {
-    m_spareChunks.reserve(kMaxSpareChunks);
     logMessage("OrvantisAsyncImporter::OrvantisAsyncImporter()");
 }
 
@@ -38,7 +33,7 @@ OrvantisAsyncImporter::~OrvantisAsyncImporter() {
     logMessage("OrvantisAsyncImporter::~OrvantisAsyncImporter()");
     // Here and not with the members: the tasks use the base's analysis and suites and the mutexes of this
     // object.
-    m_requests.clear();
+    dropRequests();
 }
 
 std::int32_t OrvantisAsyncImporter::openLike(const OrvantisImporter& synchronous) {
@@ -52,49 +47,131 @@ std::int32_t OrvantisAsyncImporter::openLike(const OrvantisImporter& synchronous
     return host::imNoErr;
 }
 
-std::int32_t OrvantisAsyncImporter::decode(FrameRequest& job) {
-    const VideoInfo& video = requireVideoInfo();
-    std::int32_t result = prepareFrame(video, job);
-    if (result != host::imNoErr) return result;
-    {
-        const std::lock_guard lock(m_readMutex);
-        result = readFrame(video, file(), job);
+void AsyncFrameRequest::run() noexcept {
+    importer->work(*this);
+}
+
+void OrvantisAsyncImporter::work(AsyncFrameRequest& first) noexcept {
+    for (AsyncFrameRequest* request = &first; request != nullptr;) {
+        request = advance(*request);
+        // The others that share the pool are not to wait behind a clip that keeps its threads busy.
+        if (request != nullptr && m_pool->tasksWait()) {
+            m_pool->submit(*request);
+            return;
+        }
     }
-    if (result != host::imNoErr) return result;
+}
+
+std::int32_t OrvantisAsyncImporter::runStep(AsyncFrameRequest& request) {
+    const VideoInfo& video = requireVideoInfo();
+    switch (request.step) {
+        case AsyncFrameRequest::Step::prepare:
+            return prepareFrame(video, request.job);
+        case AsyncFrameRequest::Step::read: {
+            const std::lock_guard lock(m_readMutex);
+            return readFrame(video, file(), request.job);
+        }
+        case AsyncFrameRequest::Step::decode:
+            break;
+    }
     const std::lock_guard lock(m_decodeMutex);
-    return decodeFrame(video, suites(), job);
+    return decodeFrame(video, suites(), request.job);
+}
+
+AsyncFrameRequest* OrvantisAsyncImporter::advance(AsyncFrameRequest& request) noexcept {
+    using Step = AsyncFrameRequest::Step;
+    for (;;) {
+        std::int32_t code = host::imOtherErr;
+        std::exception_ptr failure;
+        const bool dropped = request.dropped;
+        if (!dropped) {
+            try {
+                code = runStep(request);
+            } catch (...) {
+                failure = std::current_exception();
+            }
+        }
+        if (dropped || failure || code != host::imNoErr || request.step == Step::decode) {
+            return finish(request, code, failure);
+        }
+        if (request.step == Step::prepare) {
+            request.step = Step::read;
+            if (!Turns::enterOrPark(request.readPlace)) return nullptr;
+        } else {
+            request.step = Step::decode;
+            auto* const reader = static_cast<AsyncFrameRequest*>(m_readTurns.leave(request.readPlace));
+            if (!Turns::enterOrPark(request.decodePlace)) return reader;
+            // Read on another thread while this one decodes.
+            if (reader != nullptr) m_pool->submit(*reader);
+        }
+    }
+}
+
+AsyncFrameRequest* OrvantisAsyncImporter::finish(AsyncFrameRequest& request, std::int32_t code,
+                                                 const std::exception_ptr& failure) noexcept {
+    auto* const reader = static_cast<AsyncFrameRequest*>(m_readTurns.leave(request.readPlace));
+    auto* const decoder = static_cast<AsyncFrameRequest*>(m_decodeTurns.leave(request.decodePlace));
+    if (reader != nullptr && decoder != nullptr) m_pool->submit(*reader);
+    // With the result whoever waits for it may destroy the request, while this thread is still inside the
+    // call that makes it ready: the promise must be this thread's own. Nothing of the request or, unless
+    // there is another to go on with, of the importer is touched from here on.
+    std::promise<std::int32_t> promise = std::move(request.promise);
+    if (failure) {
+        promise.set_exception(failure);
+    } else {
+        promise.set_value(code);
+    }
+    return decoder != nullptr ? decoder : reader;
 }
 
 OrvantisAsyncImporter::RequestList::iterator OrvantisAsyncImporter::addRequest(
     const host::imSourceVideoRec& record) {
-    auto created = std::make_unique<AsyncFrameRequest>();
+    if (!m_pool) m_pool.emplace();
+    auto created = std::make_unique<AsyncFrameRequest>(*this);
     AsyncFrameRequest& request = *created;
-    request.importer = this;
     request.frameIndex = requireVideoInfo().frameIndexAt(record.inFrameTime);
     request.job.assign(record.inFrameTime, record.inFrameFormats, record.inNumFrameFormats,
                        suites().ppix.get());
-    if (!m_spareChunks.empty()) {
-        request.job.chunk = std::move(m_spareChunks.back());
-        m_spareChunks.pop_back();
-    }
+    request.job.chunk = m_spareChunks.take();
     m_requests.push_back(std::move(created));
-    const auto position = std::prev(m_requests.end());
-    try {
-        request.result = runOnThreadPool([this, &request] { return decode(request.job); });
-    } catch (...) {
-        m_requests.erase(position);  // a request without a task would never be answered
-        throw;
-    }
-    return position;
+    // Nothing can fail from here on: every place that is booked is left again by the task.
+    m_readTurns.book(request.readPlace);
+    m_decodeTurns.book(request.decodePlace);
+    request.submitted = true;
+    m_pool->submit(request);
+    return std::prev(m_requests.end());
 }
 
 OrvantisAsyncImporter::RequestList::iterator OrvantisAsyncImporter::findRequest(std::uint32_t frameIndex) {
-    return std::find_if(m_requests.begin(), m_requests.end(),
-                        [frameIndex](const auto& request) { return request->frameIndex == frameIndex; });
+    return std::find_if(m_requests.begin(), m_requests.end(), [frameIndex](const auto& request) {
+        return request->frameIndex == frameIndex && !request->dropped;
+    });
 }
 
-void OrvantisAsyncImporter::recycle(std::unique_ptr<AsyncFrameRequest> request) {
-    if (m_spareChunks.size() < kMaxSpareChunks) m_spareChunks.push_back(std::move(request->job.chunk));
+void OrvantisAsyncImporter::recycle(std::unique_ptr<AsyncFrameRequest> request) noexcept {
+    m_spareChunks.put(std::move(request->job.chunk));
+}
+
+void OrvantisAsyncImporter::markDropped() noexcept {
+    // All of them first, so that no later one begins a step on behalf of an earlier one that ends.
+    for (const auto& request : m_requests) request->dropped = true;
+    for (const auto& request : m_requests) {
+        const bool wasToRead = Turns::withdraw(request->readPlace);
+        const bool wasToDecode = Turns::withdraw(request->decodePlace);
+        // A parked one has no task that could end it, and the turn before it may be that of a request which
+        // was taken out of the list: a flush does not wait for that one.
+        if (wasToRead || wasToDecode) m_pool->submit(*request);
+    }
+}
+
+void OrvantisAsyncImporter::dropRequests() noexcept {
+    markDropped();
+    m_requests.clear();  // each waits for its task
+}
+
+void OrvantisAsyncImporter::dropPending() noexcept {
+    const std::lock_guard lock(m_requestMutex);
+    markDropped();
 }
 
 std::int32_t OrvantisAsyncImporter::onInitiateAsyncRead(const host::imSourceVideoRec& record) {
@@ -152,7 +229,8 @@ std::int32_t OrvantisAsyncImporter::onFlush() {
     const std::lock_guard lock(m_requestMutex);
     logHandler("OnFlush");
     static_cast<void>(requireVideoInfo());
-    m_requests.clear();  // each waits for its task
+    dropRequests();
+    m_spareChunks.clear();
     logResult("OnFlush", host::aiNoError);
     return host::aiNoError;
 }

@@ -1,11 +1,11 @@
-// Native twin of the system thread pool: threads that wait for work, started on demand so that a blocked task
-// never keeps another from running, joined when the module is unloaded.
+// Native twin of the system's thread pool: as many threads at most, started one at a time while tasks wait
+// and all others are at work, and joined when the last share goes or the module is unloaded.
 #include "async/thread_pool.h"
 
 #include <condition_variable>
-#include <deque>
-#include <memory>
+#include <cstddef>
 #include <mutex>
+#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -14,68 +14,124 @@ namespace orvantis {
 
 namespace {
 
-using Task = std::packaged_task<std::int32_t()>;
-
 class Pool {
  public:
-    Pool() = default;
+    Pool() { m_threads.reserve(ThreadPool::kMaxThreads); }
     Pool(const Pool&) = delete;
     Pool& operator=(const Pool&) = delete;
-    ~Pool() {
-        {
+    ~Pool() { end(); }
+
+    void open() {
+        const std::lock_guard life(m_lifeMutex);
+        if (m_shares == 0) {
             const std::lock_guard lock(m_mutex);
-            m_ending = true;
+            m_ending = false;
+            // The one that a task can count on.
+            startThread();
         }
-        m_wake.notify_all();
-        for (std::thread& thread : m_threads) thread.join();
+        ++m_shares;
     }
 
-    void submit(Task task) {
-        {
-            const std::lock_guard lock(m_mutex);
-            if (m_idle <= m_tasks.size()) m_threads.emplace_back([this] { work(); });
-            m_tasks.push_back(std::move(task));
-        }
-        m_wake.notify_one();
+    void close() {
+        const std::lock_guard life(m_lifeMutex);
+        if (--m_shares == 0) end();
+    }
+
+    void submit(PoolTask& task) noexcept {
+        const std::lock_guard lock(m_mutex);
+        m_tasks.push(task);
+        callThread();
+    }
+
+    bool tasksWait() const noexcept {
+        const std::lock_guard lock(m_mutex);
+        return !m_tasks.isEmpty();
     }
 
  private:
+    void end() {
+        std::vector<std::thread> threads;
+        {
+            const std::lock_guard lock(m_mutex);
+            m_ending = true;
+            threads.swap(m_threads);
+            m_threads.reserve(ThreadPool::kMaxThreads);
+            m_wake.notify_all();
+        }
+        for (std::thread& thread : threads) thread.join();
+    }
+
+    void startThread() {
+        ++m_starting;
+        try {
+            m_threads.emplace_back([this] { work(); });
+        } catch (...) {
+            --m_starting;
+            throw;
+        }
+    }
+
+    void callThread() noexcept {
+        if (m_idle > 0 || m_starting > 0 || m_threads.size() == ThreadPool::kMaxThreads) {
+            m_wake.notify_one();
+            return;
+        }
+        try {
+            startThread();
+        } catch (const std::system_error&) {
+            // Those that there are have to do.
+        }
+    }
+
     void work() {
         std::unique_lock lock(m_mutex);
+        --m_starting;
         for (;;) {
             ++m_idle;
-            m_wake.wait(lock, [this] { return m_ending || !m_tasks.empty(); });
+            m_wake.wait(lock, [this] { return m_ending || !m_tasks.isEmpty(); });
             --m_idle;
-            if (m_tasks.empty()) return;
-            Task task = std::move(m_tasks.front());
-            m_tasks.pop_front();
+            PoolTask* const task = m_tasks.pop();
+            if (task == nullptr) return;
+            if (!m_tasks.isEmpty()) callThread();
             lock.unlock();
-            task();
-            task = Task();
+            task->run();
             lock.lock();
         }
     }
 
-    std::mutex m_mutex;
+    std::mutex m_lifeMutex;  ///< guards m_shares; held while the threads are being joined
+    std::size_t m_shares = 0;
+
+    mutable std::mutex m_mutex;  ///< guards everything below
     std::condition_variable m_wake;
-    std::deque<Task> m_tasks;
+    TaskQueue m_tasks;
     std::size_t m_idle = 0;
+    std::size_t m_starting = 0;
     bool m_ending = false;
     std::vector<std::thread> m_threads;
 };
 
-Pool& pool() {
+Pool& thePool() {
     static Pool instance;
     return instance;
 }
 
 }  // namespace
 
-std::future<std::int32_t> runOnThreadPool(std::function<std::int32_t()> work) {
-    Task task(std::move(work));
-    std::future<std::int32_t> result = task.get_future();
-    pool().submit(std::move(task));
-    return result;
+ThreadPool::ThreadPool() {
+    thePool().open();
+}
+
+ThreadPool::~ThreadPool() {
+    thePool().close();
+}
+
+void ThreadPool::submit(PoolTask& task) noexcept {
+    thePool().submit(task);
+}
+
+bool ThreadPool::tasksWait() const noexcept {
+    return thePool().tasksWait();
 }
 
 }  // namespace orvantis

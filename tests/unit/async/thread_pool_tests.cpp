@@ -1,74 +1,208 @@
-// The door to the system's thread pool: never the caller's thread, never deferred, results and exceptions
-// through the future.
+// The pool of the asynchronous importers: never the caller's thread, never deferred, first come first served,
+// and bounded.
 #include <gtest/gtest.h>
 
-#include <future>
+#include <atomic>
+#include <deque>
+#include <functional>
 #include <memory>
-#include <stdexcept>
+#include <set>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "async/thread_pool.h"
+#include "tests/support/latch.h"
 
 namespace {
 
-using orvantis::runOnThreadPool;
+using orvantis::ThreadPool;
+using orvantis::test::Latch;
 
-TEST(ThreadPool, WorkRunsOnAnotherThreadAndItsResultComesBack) {
+class Work final : public orvantis::PoolTask {
+ public:
+    explicit Work(std::function<void()> what) : m_what(std::move(what)) {}
+    void run() noexcept override { m_what(); }
+
+ private:
+    std::function<void()> m_what;
+};
+
+TEST(ThreadPool, WorkRunsOnAnotherThread) {
+    ThreadPool pool;
     std::thread::id runner;
-    std::future<std::int32_t> result = runOnThreadPool([&runner] {
+    Latch done(1);
+    Work work([&] {
         runner = std::this_thread::get_id();
-        return 28;
+        done.countDown();
     });
-    EXPECT_EQ(result.get(), 28);
+    pool.submit(work);
+    done.wait();  // would wait for ever if the work were deferred until somebody asks for it
     EXPECT_NE(runner, std::this_thread::get_id());
 }
 
-TEST(ThreadPool, WorkStartsWithoutAnybodyWaitingForIt) {
-    std::promise<void> started;
-    const std::future<std::int32_t> result = runOnThreadPool([&started] {
-        started.set_value();
-        return 0;
+TEST(ThreadPool, ATaskMayBeSubmittedAgainByItself) {
+    ThreadPool pool;
+    Latch done(1);
+    int runs = 0;
+    Work* self = nullptr;
+    Work work([&] {
+        if (++runs < 1000) {
+            pool.submit(*self);
+        } else {
+            done.countDown();
+        }
     });
-    started.get_future().wait();  // would wait for ever if the work were deferred to result.get()
-    result.wait();
+    self = &work;
+    pool.submit(work);
+    done.wait();
+    EXPECT_EQ(runs, 1000);
 }
 
-TEST(ThreadPool, AnExceptionReachesTheOneWhoAsks) {
-    std::future<std::int32_t> result =
-        runOnThreadPool([]() -> std::int32_t { throw std::runtime_error("broken"); });
-    try {
-        result.get();
-        FAIL() << "no exception";
-    } catch (const std::runtime_error& error) {
-        EXPECT_STREQ(error.what(), "broken");
-    }
+TEST(ThreadPool, ATaskMayEndItsOwnLife) {
+    ThreadPool pool;
+    Latch done(1);
+    auto work = std::make_unique<std::unique_ptr<Work>>();
+    *work = std::make_unique<Work>([&work, &done] {
+        Latch& kept = done;
+        work.reset();
+        kept.countDown();
+    });
+    Work& task = **work;
+    pool.submit(task);
+    done.wait();
+    EXPECT_EQ(work, nullptr);
 }
 
-// Each is submitted when those before it run: Wine's pool may leave several that come at once to one thread.
+// All at once, while at most one of the pool's threads is idle.
 TEST(ThreadPool, ATaskGetsAThreadWhileOthersWait) {
-    constexpr int kTasks = 8;
-    std::promise<void> go;
-    const std::shared_future<void> gone = go.get_future().share();
-    std::vector<std::future<std::int32_t>> results;
+    constexpr int kTasks = 16;
+    ThreadPool pool;
+    Latch started(kTasks), go(1), done(kTasks);
+    std::deque<Work> works;
     for (int i = 0; i < kTasks; ++i) {
-        std::promise<void> started;
-        results.push_back(runOnThreadPool([&started, gone, i] {
-            started.set_value();
-            gone.wait();
-            return i;
-        }));
-        started.get_future().wait();
+        works.emplace_back([&] {
+            started.countDown();
+            go.wait();
+            done.countDown();
+        });
     }
-    go.set_value();
-    for (int i = 0; i < kTasks; ++i) EXPECT_EQ(results[static_cast<std::size_t>(i)].get(), i);
+    for (Work& work : works) pool.submit(work);
+    started.wait();  // would wait for ever if one of them waited for another
+    EXPECT_FALSE(pool.tasksWait());
+    go.countDown();
+    done.wait();
 }
 
-TEST(ThreadPool, WhatTheWorkHoldsIsReleased) {
-    auto held = std::make_shared<std::promise<void>>();
-    std::weak_ptr<std::promise<void>> watched = held;
-    runOnThreadPool([held = std::move(held)] { return 0; }).get();
-    while (!watched.expired()) std::this_thread::yield();  // a moment after the future became ready
+TEST(ThreadPool, AFullPoolStartsWhatComesInOrderAsSoonAsThreadsAreThrough) {
+    constexpr int kMore = 20;
+    ThreadPool pool;
+    Latch full(ThreadPool::kMaxThreads), go(1), done(ThreadPool::kMaxThreads + kMore);
+    std::deque<Work> holding;
+    for (unsigned i = 0; i < ThreadPool::kMaxThreads; ++i) {
+        holding.emplace_back([&] {
+            full.countDown();
+            go.wait();
+            done.countDown();
+        });
+        pool.submit(holding.back());
+    }
+    full.wait();
+    std::atomic<int> begun = 0;
+    std::deque<Work> more;
+    for (int i = 0; i < kMore; ++i) {
+        more.emplace_back([&] {
+            ++begun;
+            done.countDown();
+        });
+        pool.submit(more.back());
+    }
+    EXPECT_TRUE(pool.tasksWait());
+    EXPECT_EQ(begun, 0) << "there are more threads than the pool may have";
+    go.countDown();
+    done.wait();
+    EXPECT_EQ(begun, kMore);
+}
+
+TEST(ThreadPool, TasksStartInTheOrderInWhichTheyCame) {
+    ThreadPool pool;
+    // With one thread left over, what starts where can be told.
+    Latch full(ThreadPool::kMaxThreads - 1), go(1), done(ThreadPool::kMaxThreads - 1), all(100);
+    std::deque<Work> holding;
+    for (unsigned i = 0; i + 1 < ThreadPool::kMaxThreads; ++i) {
+        holding.emplace_back([&] {
+            full.countDown();
+            go.wait();
+            done.countDown();
+        });
+        pool.submit(holding.back());
+    }
+    full.wait();
+    std::vector<int> order;
+    std::deque<Work> works;
+    for (int i = 0; i < 100; ++i) {
+        works.emplace_back([&, i] {
+            order.push_back(i);
+            all.countDown();
+        });
+    }
+    for (Work& work : works) pool.submit(work);
+    all.wait();
+    go.countDown();
+    done.wait();
+    for (int i = 0; i < 100; ++i) EXPECT_EQ(order[static_cast<std::size_t>(i)], i);
+}
+
+TEST(ThreadPool, SharesUseOnePool) {
+    Latch full(ThreadPool::kMaxThreads), go(1), done(ThreadPool::kMaxThreads + 1);
+    ThreadPool one, other;
+    std::deque<Work> holding;
+    for (unsigned i = 0; i < ThreadPool::kMaxThreads; ++i) {
+        holding.emplace_back([&] {
+            full.countDown();
+            go.wait();
+            done.countDown();
+        });
+        one.submit(holding.back());
+    }
+    full.wait();
+    Work late([&] { done.countDown(); });
+    other.submit(late);
+    EXPECT_TRUE(one.tasksWait());
+    go.countDown();
+    done.wait();
+}
+
+TEST(ThreadPool, ThereIsANewOneWhenTheLastShareWasGivenUp) {
+    for (int i = 0; i < 50; ++i) {
+        ThreadPool pool;
+        Latch done(8);
+        std::deque<Work> works;
+        for (int k = 0; k < 8; ++k) works.emplace_back([&] { done.countDown(); });
+        for (Work& work : works) pool.submit(work);
+        done.wait();
+    }
+}
+
+TEST(ThreadPool, SharesComeAndGoOnSeveralThreads) {
+    std::atomic<int> ran = 0;
+    std::vector<std::thread> hosts;
+    for (int t = 0; t < 4; ++t) {
+        hosts.emplace_back([&] {
+            for (int i = 0; i < 100; ++i) {
+                ThreadPool pool;
+                Latch done(1);
+                Work work([&] {
+                    ++ran;
+                    done.countDown();
+                });
+                pool.submit(work);
+                done.wait();
+            }
+        });
+    }
+    for (std::thread& host : hosts) host.join();
+    EXPECT_EQ(ran, 400);
 }
 
 }  // namespace

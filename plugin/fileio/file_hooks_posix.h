@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 
 namespace orvantis::test {
 
@@ -35,6 +36,8 @@ struct FileHooks {
     std::atomic<std::uint64_t> closes = 0;        ///< handles closed; equal to `opened` when nothing leaks
     std::atomic<std::uint64_t> bytesRead = 0;     ///< really read
     std::atomic<std::uint64_t> bytesWritten = 0;  ///< really written
+    /// Called before each read with the bytes that are wanted; may wait. Set while no file is in use.
+    std::function<void(std::uint64_t)> beforeRead;
 };
 
 /// The environment variable with the address of the FileHooks of this process, decimal or "0x...".

@@ -189,6 +189,9 @@ std::uint64_t WinFile::read(void* buffer, std::uint64_t count) {
     }
     // One ReadFile takes all of a 32-bit count; one read() stops below 2 GiB.
     const std::uint64_t wanted = static_cast<std::uint32_t>(count);
+    if (FileHooks* const table = hooks(); table != nullptr && table->beforeRead) {
+        table->beforeRead(wanted);
+    }
     std::uint64_t total = 0;
     while (total < wanted) {
         const ssize_t got = ::read(descriptor(m_handle), static_cast<char*>(buffer) + total, wanted - total);

@@ -22,6 +22,7 @@ int main(int argc, char** argv) {
     } else {
         orvantis::bench::addOpeningBenchmarks();
         orvantis::bench::addFrameBenchmarks();
+        orvantis::bench::addAsyncBenchmarks();
         orvantis::bench::addAudioBenchmarks();
         orvantis::bench::addCallBenchmarks();
         orvantis::bench::addLogBenchmarks();

@@ -46,6 +46,7 @@ void addOpeningBenchmarks();
 void addFrameBenchmarks();
 void addAudioBenchmarks();
 void addCallBenchmarks();
+void addAsyncBenchmarks();
 void addLogBenchmarks();
 void addFirstOpeningBenchmarks();
 

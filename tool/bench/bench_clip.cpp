@@ -99,6 +99,10 @@ void BenchClip::frame(std::uint32_t index) const {
     benchPPixSuite().Dispose(frame);
 }
 
+void BenchClip::quiet() {
+    require(m_importer->call(host::imQuietFile, &m_fileRef, m_privateData), "imQuietFile");
+}
+
 void BenchClip::audio(std::int64_t position, std::uint32_t size, float** buffers) const {
     auto record = clearedRecord<host::imImportAudioRec7>();
     record.position = position;
@@ -131,13 +135,19 @@ void BenchAsync::initiate(std::uint32_t index) const {
     require(m_entry(host::aiInitiateAsyncRead, &request), "aiInitiateAsyncRead");
 }
 
-void BenchAsync::frame(std::uint32_t index) const {
+void BenchAsync::flush() const {
+    require(m_entry(host::aiFlush, m_privateData), "aiFlush");
+}
+
+std::uint64_t BenchAsync::frame(std::uint32_t index) const {
     host::PPixHand frame = nullptr;
     host::imSourceVideoRec record;
     m_clip->fillRequest(record, index, &frame);
     record.inPrivateData = m_privateData;
     require(m_entry(host::aiGetFrame, &record), "aiGetFrame");
+    const std::uint64_t serial = benchFrameSerial(frame);
     benchPPixSuite().Dispose(frame);
+    return serial;
 }
 
 }  // namespace simhost::tool

@@ -62,6 +62,8 @@ class BenchClip {
 
     /// imGetSourceVideo, and the frame given back at once.
     void frame(std::uint32_t index) const;
+    /// imQuietFile.
+    void quiet();
     /// imImportAudio7.
     void audio(std::int64_t position, std::uint32_t size, float** buffers) const;
 
@@ -89,8 +91,10 @@ class BenchAsync {
     ~BenchAsync();
 
     void initiate(std::uint32_t index) const;
-    /// aiGetFrame, and the frame given back at once.
-    void frame(std::uint32_t index) const;
+    /// aiGetFrame, and the frame given back at once. Returns its number in the order of decoding.
+    std::uint64_t frame(std::uint32_t index) const;
+    /// aiFlush.
+    void flush() const;
 
  private:
     const BenchClip* m_clip;

@@ -119,6 +119,10 @@ class Bench {
             m_options.runs, playback.frames(), [&] { return playback.ours(); },
             [&] { return std::max(playback.reads(true), decodes); });
         print("ahead against the longer step", "a frame", m_figures["async"]);
+        m_figures["async_bare"] = alternate(
+            m_options.runs, playback.frames(), [&] { return playback.ours(); },
+            [&] { return playback.pipeline(m_options.decodeMicroseconds * 1e-6); });
+        print("ahead against a bare pipeline", "a frame", m_figures["async_bare"]);
     }
 
     const BenchImporter& m_importer;

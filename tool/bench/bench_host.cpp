@@ -1,5 +1,6 @@
 #include "tool/bench/bench_host.h"
 
+#include <atomic>
 #include <cstring>
 #include <iterator>
 #include <memory>
@@ -19,6 +20,7 @@ struct BenchFrame {
     std::unique_ptr<char[]> pixels;
     std::size_t capacity = 0;
     std::int32_t rowBytes = 0;
+    std::uint64_t serial = 0;
 };
 
 struct SpareFrames {
@@ -67,6 +69,8 @@ host::prSuiteError createPPix(host::PPixHand* handle, std::int32_t /*access*/, s
             frame->capacity = bytes;
         }
         frame->rowBytes = rowBytes;
+        static std::atomic<std::uint64_t> created = 0;
+        frame->serial = ++created;
         *handle = &frame->contents;
         return host::kSuiteNoError;
     } catch (const std::bad_alloc&) {
@@ -176,6 +180,10 @@ const host::PPixCreatorSuite& benchPPixCreatorSuite() noexcept {
 
 const host::PPixSuite& benchPPixSuite() noexcept {
     return kPPix;
+}
+
+std::uint64_t benchFrameSerial(host::PPixHand frame) noexcept {
+    return frameOf(frame)->serial;
 }
 
 }  // namespace simhost::tool

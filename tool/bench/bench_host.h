@@ -3,6 +3,8 @@
 // bytes without converting them. The strict host of the tests is simhost/host.h.
 #pragma once
 
+#include <cstdint>
+
 #include "host/std_parms.h"
 #include "host/suites.h"
 
@@ -18,5 +20,8 @@ host::imStdParms benchStdParms() noexcept;
 /// The suites as the plug-in gets them, so that the cost of the host's own functions can be measured alone.
 const host::PPixCreatorSuite& benchPPixCreatorSuite() noexcept;
 const host::PPixSuite& benchPPixSuite() noexcept;
+
+/// Counts this host's frames in the order in which they were created, which is that of their decoding.
+std::uint64_t benchFrameSerial(host::PPixHand frame) noexcept;
 
 }  // namespace simhost::tool

@@ -4,7 +4,9 @@
 #include <atomic>
 #include <chrono>
 #include <cmath>
+#include <condition_variable>
 #include <cstring>
+#include <mutex>
 #include <thread>
 
 #include "avi/avi_reader.h"
@@ -198,6 +200,46 @@ double AsyncPlayback::reads(bool busy) {
     done = true;
     if (other.joinable()) other.join();
     return seconds;
+}
+
+double AsyncPlayback::pipeline(double decodeSeconds) {
+    const std::uint32_t count = frames();
+    const std::vector<ChunkPlace>& chunks = m_plain.chunks();
+    std::mutex mutex;
+    std::condition_variable changed;
+    std::uint32_t read = 0;
+    std::uint32_t decoded = 0;
+    const double start = benchClock();
+    std::thread reader([&] {
+        for (std::uint32_t i = 0; i < count; ++i) {
+            {
+                std::unique_lock lock(mutex);
+                changed.wait(lock, [&] { return i < decoded + m_buffers.size(); });
+            }
+            const ChunkPlace& chunk = chunks[i % chunks.size()];
+            m_plain.read(chunk.offset, chunk.size, m_buffers[i % m_buffers.size()].data());
+            {
+                const std::lock_guard lock(mutex);
+                ++read;
+            }
+            changed.notify_all();
+        }
+    });
+    for (std::uint32_t i = 0; i < count; ++i) {
+        {
+            std::unique_lock lock(mutex);
+            changed.wait(lock, [&] { return i < read; });
+        }
+        for (const double end = benchClock() + decodeSeconds; benchClock() < end;) {
+        }
+        {
+            const std::lock_guard lock(mutex);
+            ++decoded;
+        }
+        changed.notify_all();
+    }
+    reader.join();
+    return benchClock() - start;
 }
 
 }  // namespace simhost::tool

@@ -104,6 +104,9 @@ class AsyncPlayback {
     /// The reads alone, into as many warm buffers as there are frames in flight. `busy` keeps another
     /// processor at work meanwhile, as decoding does: processors share more than the eye sees.
     double reads(bool busy);
+    /// A bare pipeline: one thread reads into as many warm buffers, another spends `decodeSeconds` on each.
+    /// No plug-in and no host.
+    double pipeline(double decodeSeconds);
     std::uint32_t frames() const noexcept { return m_clip.frames() * kPasses; }
 
  private:

@@ -25,7 +25,7 @@ struct AsyncFrameRequest final : PoolTask {
     AsyncFrameRequest(const AsyncFrameRequest&) = delete;
     AsyncFrameRequest& operator=(const AsyncFrameRequest&) = delete;
     /// Waits for the task.
-    ~AsyncFrameRequest() {
+    ~AsyncFrameRequest() override {
         if (submitted && result.valid()) result.wait();
     }
 

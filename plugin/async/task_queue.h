@@ -16,7 +16,7 @@ class PoolTask {
 
  protected:
     PoolTask() = default;
-    ~PoolTask() = default;
+    virtual ~PoolTask() = default;
 
  private:
     friend class TaskQueue;

@@ -44,19 +44,20 @@ std::uint64_t readChunk(const AudioOwner& owner, std::int64_t filePos, std::byte
 /// many came; fewer at the end of the stream or after a failure.
 std::uint64_t readStream(const AudioOwner& owner, const AviStream& stream, std::uint64_t startBytes,
                          std::byte* buffer, std::uint64_t sizeBytes) {
-    const IndexEntry* entry = stream.findByPosition(startBytes);
-    if (entry == nullptr) return 0;
+    if (sizeBytes == 0) return 0;
+    ChunkList::Iterator chunk = stream.findByPosition(startBytes);
+    const ChunkList::Iterator end = stream.entries().end();
+    if (chunk == end) return 0;
 
-    const std::vector<IndexEntry>& entries = stream.entries();
-    const IndexEntry* const end = entries.data() + entries.size();
     const bool logging = logEnabled();
     std::uint64_t done = 0;
-    std::uint64_t offsetInChunk = startBytes - entry->start;
-    while (entry != nullptr && entry != end && done < sizeBytes) {
+    std::uint64_t offsetInChunk = startBytes - (*chunk).start;
+    while (chunk != end && done < sizeBytes) {
+        const IndexEntry entry = *chunk;
         const std::uint64_t streamPos = startBytes + done;
-        const std::uint64_t n = std::min(entry->size - offsetInChunk, sizeBytes - done);
+        const std::uint64_t n = std::min(entry.size - offsetInChunk, sizeBytes - done);
         // An index may name any position; one beyond the signed range turns negative, which the file refuses.
-        const auto filePos = static_cast<std::int64_t>(entry->offset + offsetInChunk);
+        const auto filePos = static_cast<std::int64_t>(entry.offset + offsetInChunk);
         if (logging) {
             logMessage("reading : %lld, %lld, %lld", static_cast<long long>(streamPos),
                        static_cast<long long>(filePos), static_cast<long long>(n));
@@ -67,7 +68,11 @@ std::uint64_t readStream(const AudioOwner& owner, const AviStream& stream, std::
             if (got < n) break;
         }
         // A damaged index can hold millions of empty chunks in a row. They are gone through for the log only.
-        entry = n == 0 && !logging ? stream.findByPosition(startBytes + done) : entry + 1;
+        if (n == 0 && !logging) {
+            chunk = stream.findByPosition(startBytes + done);
+        } else {
+            ++chunk;
+        }
         offsetInChunk = 0;
     }
     return done;

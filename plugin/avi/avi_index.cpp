@@ -4,8 +4,6 @@
 #include <array>
 #include <cstring>
 #include <exception>
-#include <limits>
-#include <new>
 
 #include "avi/error_text.h"
 
@@ -20,6 +18,13 @@ constexpr std::uint64_t kIndexChunkBytes = 32;
 
 constexpr std::uint32_t kChunkHeaderBytes = 8;
 
+bool isSuperIndex(const AviStdIndexHeader& header) noexcept {
+    return header.bIndexType == kIndexOfIndexes && header.wLongsPerEntry == 4;
+}
+bool isStandardIndex(const AviStdIndexHeader& header) noexcept {
+    return header.bIndexType == kIndexOfChunks && header.wLongsPerEntry == 2;
+}
+
 // idx1 names a stream by two decimal digits, so no stream beyond these has a legacy list.
 constexpr std::uint32_t kLegacyPositions = 100;
 
@@ -31,79 +36,52 @@ constexpr std::uint32_t legacyPosition(std::uint32_t chunkCode) noexcept {
 }
 static_assert(legacyPosition(riffCode("42dc")) == 42 && legacyPosition(riffCode("ix00")) == kLegacyPositions);
 
-void reserveList(std::vector<IndexEntry>& list, std::uint64_t count) {
-    // Entries are numbered in 32 bits.
-    if (count > std::numeric_limits<std::uint32_t>::max()) throw std::bad_alloc();
-    list.reserve(static_cast<std::size_t>(count));
-}
+// A list in the making; the streams that have none, and codes that name no stream, share one that is not
+// wanted.
+struct LegacyList {
+    ChunkListBuilder chunks;
+    bool wanted = false;
 
-// Only for lists with empty chunks: passing over a list of a million entries again is not free.
-void prepareEmptyRuns(AviStream& stream) noexcept {
-    try {
-        stream.indexEmptyRuns();
-    } catch (const std::exception&) {
-        return;  // out of memory: empty frames are then not found
-    }
-}
-
-// The lists of all streams in one pass over the table to count, and one to fill.
-void buildLegacyLists(std::span<const AviOldIndexEntry> table, std::uint64_t base,
-                      std::span<const std::unique_ptr<AviStream>> streams) noexcept {
-    std::array<std::uint64_t, kLegacyPositions + 1> counts{};
-    for (const AviOldIndexEntry& entry : table) ++counts[legacyPosition(entry.dwChunkId)];
-
-    struct List {
-        std::vector<IndexEntry>* entries = nullptr;  // null: not wanted
-        std::uint64_t bytes = 0;
-        bool hasEmpty = false;
-    };
-    std::array<List, kLegacyPositions + 1> lists{};
-    const std::size_t positions = std::min<std::size_t>(streams.size(), kLegacyPositions);
-    for (std::size_t p = 0; p < positions; ++p) {
-        if (counts[p] == 0) continue;
+    void add(std::uint64_t base, const AviOldIndexEntry& entry) noexcept {
+        if (!wanted) return;
         try {
-            reserveList(streams[p]->legacyEntries, counts[p]);
-            lists[p].entries = &streams[p]->legacyEntries;
+            chunks.add(base, entry.dwOffset, entry.dwSize, (entry.dwFlags & kOldIndexKeyFrame) != 0);
         } catch (const std::exception&) {
-            continue;  // out of memory: this stream's list stays empty
+            *this = {};  // out of memory: this stream's list stays empty
         }
     }
-    for (const AviOldIndexEntry& entry : table) {
-        List& list = lists[legacyPosition(entry.dwChunkId)];
-        if (list.entries == nullptr) continue;
-        list.entries->push_back(IndexEntry{base + entry.dwOffset, entry.dwSize, 0, list.bytes,
-                                           (entry.dwFlags & kOldIndexKeyFrame) != 0});
-        list.bytes += entry.dwSize;
-        list.hasEmpty |= entry.dwSize == 0;
-    }
-    for (std::size_t p = 0; p < positions; ++p) {
-        if (lists[p].hasEmpty && !streams[p]->hasOpenDmlIndex) prepareEmptyRuns(*streams[p]);
-    }
-}
+};
 
-void buildOpenDmlList(AviStream& stream) {
-    std::uint64_t count = 0;
-    for (const StandardIndex& block : stream.standardIndexes) count += block.entries().size();
-    reserveList(stream.openDmlEntries, count);
-
-    std::uint64_t start = 0;
-    bool hasEmpty = false;
-    for (const StandardIndex& block : stream.standardIndexes) {
-        const std::uint64_t base = block.header().qwBaseOffset;
-        for (const AviStdIndexEntry& entry : block.entries()) {
-            const std::uint32_t size = entry.dwSize & ~kStdIndexDeltaFrame;
-            stream.openDmlEntries.push_back(
-                IndexEntry{base + entry.dwOffset, size, 0, start, (entry.dwSize & kStdIndexDeltaFrame) == 0});
-            start += size;
-            hasEmpty |= size == 0;
+// The lists of all streams in one pass. False when the table cannot be read whole.
+bool readLegacyIndex(IndexInput& input, const RiffChunk& idx1, std::uint64_t base,
+                     std::array<LegacyList, kLegacyPositions + 1>& lists) {
+    constexpr std::uint32_t kEntryBytes = sizeof(AviOldIndexEntry);
+    static_assert(IndexInput::kPieceBytes % kEntryBytes == 0);
+    const std::uint32_t bytes = idx1.dataSize();
+    if (!input.holds(idx1.dataPosition(), bytes)) return false;
+    for (std::uint32_t done = 0; done < bytes;) {
+        const std::uint32_t count = std::min(bytes - done, IndexInput::kPieceBytes);
+        const std::byte* const piece = input.read(idx1.dataPosition() + done, count);
+        if (piece == nullptr) return false;
+        const std::uint32_t whole = count / kEntryBytes * kEntryBytes;
+        AviOldIndexEntry entry;
+        for (std::uint32_t at = 0; at < whole; at += kEntryBytes) {
+            std::memcpy(&entry, piece + at, kEntryBytes);
+            lists[legacyPosition(entry.dwChunkId)].add(base, entry);
         }
+        if (whole != count) {
+            entry = {};  // its end is not in the file
+            std::memcpy(&entry, piece + whole, count - whole);
+            lists[legacyPosition(entry.dwChunkId)].add(base, entry);
+        }
+        done += count;
     }
-    if (hasEmpty && stream.hasOpenDmlIndex) prepareEmptyRuns(stream);
+    return true;
 }
 
 }  // namespace
 
-OpenDmlIndexReader::OpenDmlIndexReader(FileWindow& input, std::string& errors)
+OpenDmlIndexReader::OpenDmlIndexReader(IndexInput& input, std::string& errors)
     : m_input(input),
       m_errors(errors),
       m_chunksLeft(input.fileSize() / kIndexChunkBytes + kSpareIndexChunks),
@@ -130,15 +108,51 @@ void OpenDmlIndexReader::record(const AviStream& stream, std::uint64_t position,
     }
 }
 
-bool OpenDmlIndexReader::readBlock(std::uint64_t position, std::uint32_t size,
-                                   RawVector<AviStdIndexEntry>& block) {
+bool OpenDmlIndexReader::mayRead(std::uint64_t position, std::uint32_t size) {
     if (m_chunksLeft == 0 || size > m_bytesLeft) return false;
     if (std::find(m_chain.begin(), m_chain.end(), position) != m_chain.end()) return false;
     if (!m_input.holds(position, size)) return false;
     --m_chunksLeft;
     m_bytesLeft -= size;
-    block.resize((std::size_t{size} + sizeof(AviStdIndexEntry) - 1) / sizeof(AviStdIndexEntry));
-    return m_input.readBulk(position, block.data(), size);
+    return true;
+}
+
+bool OpenDmlIndexReader::readEntries(std::uint64_t position, std::uint32_t size, AviStdIndexHeader& header,
+                                     std::uint32_t& count, AviStream& stream) {
+    // The first piece begins with the header; all of them end with a whole entry, whichever kind it is.
+    constexpr std::uint32_t kHeaderBytes = sizeof(AviStdIndexHeader);
+    constexpr std::uint32_t kEntryBytes = sizeof(AviSuperIndexEntry);
+    constexpr std::uint32_t kPieceBytes =
+        (IndexInput::kPieceBytes - kHeaderBytes) / kEntryBytes * kEntryBytes;
+    static_assert(kEntryBytes % sizeof(AviStdIndexEntry) == 0);
+
+    const std::byte* piece = m_input.read(position, std::min(size, kHeaderBytes + kPieceBytes));
+    if (piece == nullptr) return false;
+    std::memcpy(&header, piece, sizeof(header));
+    count = header.nEntriesInUse;
+    const std::uint32_t entrySize = 4U * header.wLongsPerEntry;
+    if (entrySize != 0) count = std::min(count, (size - kHeaderBytes) / entrySize);
+    const std::uint32_t used = count * entrySize;  // bytes
+
+    const std::size_t named = stream.superIndex.size();
+    const bool names = isSuperIndex(header) && m_chain.size() < kMaxSuperIndexDepth;
+    if (names) stream.superIndex.resize(named + count);
+    const std::uint64_t base = header.qwBaseOffset;
+    // To the end even where the entries in use end before it: an index that cannot be read whole is no index.
+    for (std::uint32_t done = 0, bytes = 0; done < size - kHeaderBytes; done += bytes) {
+        bytes = std::min(size - kHeaderBytes - done, kPieceBytes);
+        piece = done == 0 ? piece + kHeaderBytes : m_input.read(position + kHeaderBytes + done, bytes);
+        if (piece == nullptr) return false;
+        const std::uint32_t usedHere = std::min(bytes, used - std::min(used, done));
+        if (names && usedHere != 0) {
+            std::memcpy(&stream.superIndex[named + done / kEntryBytes], piece, usedHere);
+        }
+        if (isStandardIndex(header)) {
+            m_list.add(base, {reinterpret_cast<const AviStdIndexEntry*>(piece),
+                              usedHere / sizeof(AviStdIndexEntry)});
+        }
+    }
+    return true;
 }
 
 bool OpenDmlIndexReader::readNamedIndexes(std::size_t first, std::uint32_t count, std::uint64_t superPosition,
@@ -153,78 +167,74 @@ bool OpenDmlIndexReader::readNamedIndexes(std::size_t first, std::uint32_t count
         // By value: the list grows when a named index is a super index itself.
         const AviSuperIndexEntry entry = stream.superIndex[i];
         const std::uint32_t size = entry.dwSize < kChunkHeaderBytes ? 0 : entry.dwSize - kChunkHeaderBytes;
-        if (!readOpenDmlIndex(entry.qwOffset + kChunkHeaderBytes, size, stream)) complete = false;
+        if (!readIndex(entry.qwOffset + kChunkHeaderBytes, size, stream)) complete = false;
     }
     m_chain.pop_back();
     return complete;
 }
 
-bool OpenDmlIndexReader::readOpenDmlIndex(std::uint64_t position, std::uint32_t size,
-                                          AviStream& stream) noexcept {
+bool OpenDmlIndexReader::readIndex(std::uint64_t position, std::uint32_t size, AviStream& stream) noexcept {
     if (size < sizeof(AviStdIndexHeader)) {
         record(stream, position, size, "index data size too small");
         return false;
     }
+    const ChunkListBuilder::Mark listed = m_list.mark();
+    const std::size_t named = stream.superIndex.size();
+    const auto fail = [&] {
+        m_list.backTo(listed);
+        stream.superIndex.resize(named);
+        record(stream, position, size, "failed to read index data");
+        return false;
+    };
     try {
-        RawVector<AviStdIndexEntry> block;
-        if (!readBlock(position, size, block)) {
-            record(stream, position, size, "failed to read index data");
-            return false;
-        }
         AviStdIndexHeader header;
-        std::memcpy(&header, block.data(), sizeof(header));
+        std::uint32_t count = 0;
+        if (!mayRead(position, size) || !readEntries(position, size, header, count, stream)) return fail();
 
-        std::uint32_t count = header.nEntriesInUse;
-        const std::uint32_t entrySize = 4U * header.wLongsPerEntry;
-        const std::uint32_t entryBytes = size - std::uint32_t{sizeof(AviStdIndexHeader)};
-        if (entrySize != 0) count = std::min(count, entryBytes / entrySize);
         if (count < header.nEntriesInUse) {
             const std::string claimed = std::to_string(header.nEntriesInUse);
             const std::string message =
                 "index data size is smaller than required by nEntriesInUse (" + claimed + ")";
             record(stream, position, size, message.c_str());
         }
-        if (header.bIndexType == kIndexOfIndexes && header.wLongsPerEntry == 4) {
-            if (m_chain.size() < kMaxSuperIndexDepth) {
-                const std::size_t first = stream.superIndex.size();
-                stream.superIndex.resize(first + count);
-                if (count != 0) {
-                    std::memcpy(&stream.superIndex[first], block.data() + StandardIndex::kHeaderEntries,
-                                std::size_t{count} * sizeof(AviSuperIndexEntry));
-                }
-                RawVector<AviStdIndexEntry>().swap(block);
-                return readNamedIndexes(first, count, position, stream);
-            }
-            record(stream, position, size, "failed to read index data");
-            return false;
-        }
-        if (header.bIndexType == kIndexOfChunks && header.wLongsPerEntry == 2) {
-            block.resize(StandardIndex::kHeaderEntries + count);
-            stream.standardIndexes.push_back(StandardIndex(std::move(block)));
+        if (isStandardIndex(header)) {
+            stream.standardIndexes.push_back(StandardIndex{header, count});
             return true;
+        }
+        if (isSuperIndex(header)) {
+            if (m_chain.size() == kMaxSuperIndexDepth) return fail();
+            return readNamedIndexes(named, count, position, stream);
         }
         const std::string message = "unknown bIndexType: " + std::to_string(header.bIndexType) +
                                     ", wLongsPerEntry: " + std::to_string(header.wLongsPerEntry);
         record(stream, position, size, message.c_str());
     } catch (const std::exception&) {
-        record(stream, position, size, "failed to read index data");  // out of memory
+        return fail();  // out of memory
     }
     return false;
 }
 
-void buildChunkLists(std::span<const AviOldIndexEntry> legacyIndex, const RiffChunk* movi,
+bool OpenDmlIndexReader::readOpenDmlIndex(std::uint64_t position, std::uint32_t size,
+                                          AviStream& stream) noexcept {
+    const bool complete = readIndex(position, size, stream);
+    stream.openDmlEntries = m_list.finish();
+    return complete;
+}
+
+void buildChunkLists(IndexInput& input, const RiffChunk* idx1, const RiffChunk* movi,
                      std::span<const std::unique_ptr<AviStream>> streams) noexcept {
-    for (const std::unique_ptr<AviStream>& stream : streams) {
-        try {
-            buildOpenDmlList(*stream);
-        } catch (const std::exception&) {
-            stream->hasOpenDmlIndex = false;  // out of memory: idx1 is next
-        }
-    }
+    if (idx1 == nullptr || movi == nullptr) return;
     // The offsets of idx1 point at chunk headers and count from the list type, 8 bytes into the list.
     constexpr std::uint64_t kTypeOffset = 8;
-    if (movi != nullptr)
-        buildLegacyLists(legacyIndex, movi->offset + kTypeOffset + kChunkHeaderBytes, streams);
+    std::array<LegacyList, kLegacyPositions + 1> lists;
+    const std::size_t positions = std::min<std::size_t>(streams.size(), kLegacyPositions);
+    for (std::size_t p = 0; p < positions; ++p) lists[p].wanted = true;
+    try {
+        if (!readLegacyIndex(input, *idx1, movi->offset + kTypeOffset + kChunkHeaderBytes, lists)) return;
+    } catch (const std::exception&) {
+        return;  // out of memory
+    }
+    for (std::size_t p = 0; p < positions; ++p) streams[p]->legacyEntries = lists[p].chunks.finish();
 }
 
 }  // namespace orvantis

@@ -10,7 +10,8 @@
 
 #include "avi/avi_stream.h"
 #include "avi/avi_structs.h"
-#include "avi/file_window.h"
+#include "avi/chunk_list_builder.h"
+#include "avi/index_input.h"
 #include "avi/riff_chunk.h"
 
 namespace orvantis {
@@ -23,31 +24,36 @@ class OpenDmlIndexReader {
     static constexpr std::size_t kMaxSuperIndexDepth = 8;
 
     /// Problems become lines of `errors`. Both references are kept.
-    OpenDmlIndexReader(FileWindow& input, std::string& errors);
+    OpenDmlIndexReader(IndexInput& input, std::string& errors);
 
-    /// Reads the index data (behind the chunk header) at `position` into the stream's superIndex and
-    /// standardIndexes, together with the indexes that a super index names. True when everything was
-    /// understood and read. Never throws.
+    /// Reads the index data (behind the chunk header) at `position` into the stream's superIndex,
+    /// standardIndexes and openDmlEntries, together with the indexes that a super index names. True when
+    /// everything was understood and read. Never throws; what does not fit into memory was not read.
     bool readOpenDmlIndex(std::uint64_t position, std::uint32_t size, AviStream& stream) noexcept;
 
  private:
-    bool readBlock(std::uint64_t position, std::uint32_t size, RawVector<AviStdIndexEntry>& block);
+    bool readIndex(std::uint64_t position, std::uint32_t size, AviStream& stream) noexcept;
+    bool mayRead(std::uint64_t position, std::uint32_t size);
+    bool readEntries(std::uint64_t position, std::uint32_t size, AviStdIndexHeader& header,
+                     std::uint32_t& count, AviStream& stream);
     bool readNamedIndexes(std::size_t first, std::uint32_t count, std::uint64_t superPosition,
                           AviStream& stream);
     void record(const AviStream& stream, std::uint64_t position, std::uint32_t size,
                 const char* message) noexcept;
 
-    FileWindow& m_input;
+    IndexInput& m_input;
     std::string& m_errors;
     std::uint64_t m_chunksLeft;
     std::uint64_t m_bytesLeft;
     std::vector<std::uint64_t> m_chain;  ///< positions of the super indexes being read, outermost first
+    ChunkListBuilder m_list;             ///< of the stream being read
 };
 
-/// Fills legacyEntries and openDmlEntries of every stream. `legacyIndex` is idx1, whose offsets count from
-/// `movi`; without a movi list (null) there are no legacy lists. A list that does not fit into memory stays
-/// empty. Never throws.
-void buildChunkLists(std::span<const AviOldIndexEntry> legacyIndex, const RiffChunk* movi,
+/// Completes the chunk lists: fills legacyEntries of every stream from `idx1`, whose offsets count from
+/// `movi`, in one pass. (openDmlEntries are filled while their index is read.) Without either chunk (null)
+/// and from an idx1 that cannot be read whole there are no legacy lists; one that does not fit into memory
+/// stays empty. Never throws.
+void buildChunkLists(IndexInput& input, const RiffChunk* idx1, const RiffChunk* movi,
                      std::span<const std::unique_ptr<AviStream>> streams) noexcept;
 
 }  // namespace orvantis

@@ -47,7 +47,6 @@ void AviReader::reset() noexcept {
     mainHeader = {};
     extHeader = {};
     streams.clear();
-    legacyIndex = {};
     m_restOfWalk.reset();
     m_pendingIndexes.clear();
     m_indexesPending = false;
@@ -204,9 +203,12 @@ void AviReader::readIndexes() {
     if (const RiffChunk* found = findChunk(form, riffCode("idx1"))) idx1 = *found;
     if (const RiffChunk* found = findList(form, riffCode("movi"))) movi = *found;
     if (countChunks(chunks) > kMaxKeptChunks) chunks = {};
-    readOpenDmlIndexes();
-    if (idx1) readLegacyIndex(*idx1);
-    buildChunkLists(legacyIndex, movi ? &*movi : nullptr, streams);
+    IndexInput input(m_input);
+    readOpenDmlIndexes(input);
+    if (idx1 && idx1->dataSize() % sizeof(AviOldIndexEntry) != 0) {
+        appendBounded(errors, "idx1 size is not a multiple of index entry size\n");
+    }
+    buildChunkLists(input, idx1 ? &*idx1 : nullptr, movi ? &*movi : nullptr, streams);
     dropIndexes();
 }
 
@@ -217,7 +219,7 @@ void AviReader::dropIndexes() noexcept {
     m_input.release();
 }
 
-void AviReader::readOpenDmlIndexes() {
+void AviReader::readOpenDmlIndexes(IndexInput& input) {
     if (m_pendingIndexes.empty()) return;
     // A full parse meets each index between the stream lists, so its problems go between theirs.
     const std::string streamProblems = std::move(errors);
@@ -228,7 +230,7 @@ void AviReader::readOpenDmlIndexes() {
         taken = end;
     };
     try {
-        OpenDmlIndexReader indexes(m_input, errors);
+        OpenDmlIndexReader indexes(input, errors);
         for (const PendingIndex& pending : m_pendingIndexes) {
             takeUpTo(pending.textPosition);
             pending.stream->hasOpenDmlIndex =
@@ -238,24 +240,6 @@ void AviReader::readOpenDmlIndexes() {
         // Out of memory before the first read: every stream goes by idx1.
     }
     takeUpTo(streamProblems.size());
-}
-
-void AviReader::readLegacyIndex(const RiffChunk& idx1) {
-    const std::uint32_t bytes = idx1.dataSize();
-    constexpr std::uint32_t kEntryBytes = sizeof(AviOldIndexEntry);
-    const std::size_t entries = (std::size_t{bytes} + kEntryBytes - 1) / kEntryBytes;
-    try {
-        // An idx1 that cannot be read whole counts as one of zero entries, which belong to no stream: none
-        // are made.
-        if (m_input.holds(idx1.dataPosition(), bytes)) {
-            legacyIndex.resize(entries);
-            if (bytes % kEntryBytes != 0) legacyIndex.back() = {};  // its end is not in the file
-            if (!m_input.readBulk(idx1.dataPosition(), legacyIndex.data(), bytes)) legacyIndex = {};
-        }
-    } catch (const std::exception&) {
-        legacyIndex = {};
-    }
-    if (bytes % kEntryBytes != 0) appendBounded(errors, "idx1 size is not a multiple of index entry size\n");
 }
 
 std::vector<std::size_t> AviReader::streamsOfType(std::uint32_t type) const {

@@ -15,7 +15,7 @@
 #include "avi/avi_stream.h"
 #include "avi/avi_structs.h"
 #include "avi/file_window.h"
-#include "avi/raw_vector.h"
+#include "avi/index_input.h"
 #include "avi/riff_chunk.h"
 #include "avi/riff_walk.h"
 #include "fileio/file.h"
@@ -56,7 +56,6 @@ class AviReader {
     AviMainHeader mainHeader{};
     AviExtHeader extHeader{};
     std::vector<std::unique_ptr<AviStream>> streams;
-    RawVector<AviOldIndexEntry> legacyIndex;
 
  private:
     // A stream's indx chunk, to be read by readIndexes().
@@ -73,8 +72,7 @@ class AviReader {
     void addStream(const RiffChunk& strl, std::uint64_t ordinal);
     bool parseStreamList(const RiffChunk& strl, AviStream& stream);
     void readExtHeader(const RiffChunk& odml);
-    void readOpenDmlIndexes();
-    void readLegacyIndex(const RiffChunk& idx1);
+    void readOpenDmlIndexes(IndexInput& input);
 
     FileWindow m_input;
     std::optional<RestOfWalk> m_restOfWalk;  // until what lies behind movi is wanted

@@ -13,6 +13,11 @@ struct IndexEntry {
         start;  ///< sum of the sizes of all earlier entries: the chunk's byte position inside the stream
     bool keyFrame;
 };
-static_assert(sizeof(IndexEntry) == 32);
+
+/// Where a chunk's data lies in the file.
+struct ChunkPlace {
+    std::uint64_t offset;
+    std::uint32_t size;
+};
 
 }  // namespace orvantis

@@ -98,13 +98,13 @@ std::int32_t dataRateAnalysis(host::imDataRateAnalysisRec& record) {
                                                       video.numFrames());
         return host::imNoErr;
     }
-    const std::vector<IndexEntry>& frames = video.stream().entries();
+    const ChunkList& frames = video.stream().entries();
     const std::size_t room =
         bufferSize > 0 ? static_cast<std::size_t>(bufferSize) / sizeof(host::imDataSample) : 0;
     const std::size_t count = std::min(frames.size(), room);
     const std::uint32_t duration =
         static_cast<std::uint32_t>(video.frameRate().denominator) | host::kDataSampleKeyFrame;
-    for (std::size_t i = 0; i < count; ++i) samples[i] = {duration, frames[i].size};
+    for (std::size_t i = 0; i < count; ++i) samples[i] = {duration, frames.placeOf(i).size};
     record.baserate = 0;
     return host::imNoErr;
 }

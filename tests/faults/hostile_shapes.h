@@ -110,7 +110,13 @@ inline Bytes streamsAndIdx1(std::uint64_t bytes) {
     riff.end();
     riff.beginList("LIST", "movi").end().begin("idx1");
     for (std::uint32_t i = 0; riff.position() < bytes; ++i)
-        riff.u8('0' + i / 10 % 10).u8('0' + i % 10).u8('d').u8('c').u32(0).u32(4).u32(8);
+        riff.u8(static_cast<std::uint8_t>('0' + i / 10 % 10))
+            .u8(static_cast<std::uint8_t>('0' + i % 10))
+            .u8('d')
+            .u8('c')
+            .u32(0)
+            .u32(4)
+            .u32(8);
     return riff.take();
 }
 

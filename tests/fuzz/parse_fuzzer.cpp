@@ -16,6 +16,7 @@ namespace {
 
 using orvantis::AviReader;
 using orvantis::AviStream;
+using orvantis::ChunkList;
 using orvantis::IndexEntry;
 using orvantis::RiffChunk;
 using orvantis::test::MemoryFile;
@@ -25,7 +26,7 @@ bool sameBytes(const Value& a, const Value& b) {
     return std::memcmp(&a, &b, sizeof(Value)) == 0;
 }
 
-bool sameEntries(const std::vector<IndexEntry>& a, const std::vector<IndexEntry>& b) {
+bool sameEntries(const ChunkList& a, const ChunkList& b) {
     return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const IndexEntry& x, const IndexEntry& y) {
         return x.offset == y.offset && x.size == y.size && x.reserved == y.reserved && x.start == y.start &&
                x.keyFrame == y.keyFrame;
@@ -48,7 +49,7 @@ void checkSame(const AviReader& a, const AviReader& b) {
     }
 }
 
-void checkSums(const std::vector<IndexEntry>& entries) {
+void checkSums(const ChunkList& entries) {
     std::uint64_t start = 0;
     for (const IndexEntry& entry : entries) {
         FUZZ_CHECK(entry.start == start);
@@ -58,19 +59,21 @@ void checkSums(const std::vector<IndexEntry>& entries) {
 }
 
 void checkPosition(const AviStream& stream, std::uint64_t position) {
-    const IndexEntry* const found = stream.findByPosition(position);
+    const ChunkList& entries = stream.entries();
+    const ChunkList::Iterator found = stream.findByPosition(position);
     if (position >= stream.totalBytes()) {
-        FUZZ_CHECK(found == nullptr);
+        FUZZ_CHECK(found == entries.end());
         return;
     }
-    FUZZ_CHECK(found != nullptr);
-    const std::vector<IndexEntry>& entries = stream.entries();
-    FUZZ_CHECK(found >= entries.data() && found < entries.data() + entries.size());
-    FUZZ_CHECK(found->size > 0 && found->start <= position && position - found->start < found->size);
+    FUZZ_CHECK(found != entries.end() && found.number() < entries.size());
+    const IndexEntry entry = *found;
+    FUZZ_CHECK(entry.size > 0 && entry.start <= position && position - entry.start < entry.size);
+    FUZZ_CHECK(entry.offset == entries[found.number()].offset &&
+               entry.start == entries[found.number()].start);
 }
 
 // What nearestWithData() says, by going through the list.
-std::int64_t plainNearest(const std::vector<IndexEntry>& entries, std::size_t at, std::int64_t frameCount) {
+std::int64_t plainNearest(const ChunkList& entries, std::size_t at, std::int64_t frameCount) {
     for (std::size_t i = at; i-- > 0;) {
         if (entries[i].size != 0) return static_cast<std::int64_t>(i);
     }
@@ -81,7 +84,7 @@ std::int64_t plainNearest(const std::vector<IndexEntry>& entries, std::size_t at
 }
 
 void checkLookups(const AviStream& stream) {
-    const std::vector<IndexEntry>& entries = stream.entries();
+    const ChunkList& entries = stream.entries();
     checkSums(stream.legacyEntries);
     checkSums(stream.openDmlEntries);
     const std::uint64_t total = stream.totalBytes();

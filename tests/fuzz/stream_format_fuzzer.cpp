@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "audio/audio_info.h"
+#include "avi/chunk_list_builder.h"
 #include "diag/log.h"
 #include "host/audio_codes.h"
 #include "host/result_codes.h"
@@ -109,14 +110,13 @@ void sound(World& world, const AviStream& stream, orvantis::test::MemoryFile& fi
 
 // A chunk list over the file, some chunks empty, some beyond its end; the sums as the reader makes them.
 void layOut(AviStream& stream, fuzz::Numbers& numbers, unsigned count) {
-    std::uint64_t start = 0;
+    orvantis::ChunkListBuilder list;
     for (unsigned i = 0; i < count; ++i) {
         const std::uint64_t offset = numbers.take<std::uint16_t>();
         const std::uint32_t bytes = numbers.take<std::uint16_t>();
-        stream.legacyEntries.push_back(orvantis::IndexEntry{offset, bytes, 0, start, (i & 1) == 0});
-        start += bytes;
+        list.add(offset, 0, bytes, (i & 1) == 0);
     }
-    stream.indexEmptyRuns();
+    stream.legacyEntries = list.finish();
 }
 
 }  // namespace

@@ -112,8 +112,11 @@ TEST_F(QuietImport, EmptyChunksGiveTheSameSamples) {
 TEST_F(QuietImport, ARunOfEmptyChunksIsJumpedOver) {
     layOut({8});
     constexpr std::uint32_t kEmpty = 2'000'000;
-    stream.legacyEntries.resize(1 + kEmpty, {108, 0, 0, 8, true});
-    stream.legacyEntries.push_back({100, 4, 0, 8, true});
+    ChunkListBuilder list;
+    list.add(108, 0, 8, true);
+    for (std::uint32_t i = 0; i < kEmpty; ++i) list.add(108, 0, 0, true);
+    list.add(100, 0, 4, true);
+    stream.legacyEntries = list.finish();
     ASSERT_EQ(analyse({.channels = 1}, 6), 0);
     HostBuffers buffers(1, 6);
     for (int i = 0; i < 20'000; ++i)

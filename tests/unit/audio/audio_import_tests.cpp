@@ -7,6 +7,7 @@
 
 #include "import_fixture.h"
 #include "log_lines.h"
+#include "tests/support/chunk_lists.h"
 
 namespace orvantis {
 namespace {
@@ -100,7 +101,7 @@ TEST_F(AudioImportTest, ChunksAreFoundWhereverTheyLieInTheFile) {
     const std::uint64_t places[3] = {500, 800, 200};
     for (std::size_t i = 0; i < 3; ++i) {
         std::memcpy(content.data() + places[i], file.content.data() + stream.legacyEntries[i].offset, 40);
-        stream.legacyEntries[i].offset = places[i];
+        test::moveChunk(stream.legacyEntries, i, places[i]);
     }
     file.content = content;
     ASSERT_EQ(analyse({}, 30), 0);
@@ -110,8 +111,8 @@ TEST_F(AudioImportTest, ChunksAreFoundWhereverTheyLieInTheFile) {
 
 TEST_F(AudioImportTest, TheListInForceIsUsed) {
     layOut({40, 40});
-    stream.openDmlEntries = stream.legacyEntries;
-    stream.legacyEntries = {{0, 80, 0, 0, true}};
+    stream.openDmlEntries = std::move(stream.legacyEntries);
+    stream.legacyEntries = test::chunkListOf({{0, 80, 0, 0, true}});
     stream.hasOpenDmlIndex = true;
     ASSERT_EQ(analyse({}, 20), 0);
     expectFrames(0, 20, 0, 20);
@@ -120,7 +121,12 @@ TEST_F(AudioImportTest, TheListInForceIsUsed) {
 
 TEST_F(AudioImportTest, PositionsBeyond4GiBAreReached) {
     layOut({4000});
-    stream.legacyEntries[0].start = 0x5'0000'0000;
+    // Five chunks of nearly 4 GiB lie ahead of it, in another file.
+    std::vector<IndexEntry> entries(6, IndexEntry{1'000'000, 0xFFFF'FFFF, 0, 0, true});
+    entries.back().size = 5;
+    entries.push_back(stream.legacyEntries[0]);
+    stream.legacyEntries = test::chunkListOf(entries);
+    ASSERT_EQ(stream.legacyEntries.back().start, 0x5'0000'0000U);
     ASSERT_EQ(analyse({}, 1000), 0);
     m_log.clear();
     HostBuffers buffers(2, 10);
@@ -168,9 +174,8 @@ TEST_F(AudioImportTest, AStreamWithoutChunksIsSilence) {
     EXPECT_TRUE(file.seeks.empty());
 }
 
-TEST_F(AudioImportTest, ABytePositionAheadOfTheFirstChunkIsSilence) {
-    layOut({2000});
-    stream.legacyEntries[0].start = 8;
+TEST_F(AudioImportTest, AStreamOfEmptyChunksIsSilence) {
+    layOut({0, 0, 0});
     ASSERT_EQ(analyse({}, 500), 0);
     expectFrames(0, 10, 0, 0);
     EXPECT_TRUE(file.seeks.empty());
@@ -338,7 +343,7 @@ TEST_F(AudioImportTest, AShortReadEndsTheReadInSilence) {
 
 TEST_F(AudioImportTest, AChunkBehindTheEndOfTheFileIsSilence) {
     layOut({400});
-    stream.legacyEntries[0].offset = 1'000'000;
+    test::moveChunk(stream.legacyEntries, 0, 1'000'000);
     ASSERT_EQ(analyse({}, 100), 0);
     m_log.clear();
     expectFrames(0, 100, 0, 0);
@@ -350,7 +355,7 @@ TEST_F(AudioImportTest, AChunkBehindTheEndOfTheFileIsSilence) {
 
 TEST_F(AudioImportTest, AnOffsetBeyondTheSignedRangeIsRefusedByTheFile) {
     layOut({400});
-    stream.legacyEntries[0].offset = 0xFFFF'FFFF'FFFF'FFF0;
+    test::moveChunk(stream.legacyEntries, 0, 0xFFFF'FFFF'FFFF'FFF0);
     ASSERT_EQ(analyse({}, 100), 0);
     m_log.clear();
     expectFrames(1, 99, 0, 0);

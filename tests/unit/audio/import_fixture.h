@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "audio/audio_info.h"
+#include "avi/chunk_list_builder.h"
 #include "fake_audio_host.h"
 #include "recording_file.h"
 #include "wave_bytes.h"
@@ -67,16 +68,17 @@ class ImportFixture {
     /// Lays out chunks of these sizes, 100 + 8 bytes apart, filled with streamByte() of their stream
     /// positions. The first one's data lies at 108; everything between them is 0xEE.
     void layOut(const std::vector<std::uint32_t>& sizes) {
-        stream.legacyEntries.clear();
+        ChunkListBuilder list;
         file.content.clear();
         std::uint64_t start = 0;
         for (const std::uint32_t size : sizes) {
             file.content.resize(file.content.size() + 108, std::byte{0xEE});
-            stream.legacyEntries.push_back({file.content.size(), size, 0, start, true});
+            list.add(file.content.size(), 0, size, true);
             for (std::uint32_t i = 0; i < size; ++i) file.content.push_back(std::byte{streamByte(start + i)});
             start += size;
         }
         file.content.resize(file.content.size() + 108, std::byte{0xEE});
+        stream.legacyEntries = list.finish();
     }
     /// Replaces the bytes of a stream that consists of one chunk.
     void setOnlyChunk(const std::vector<std::uint8_t>& bytes) {

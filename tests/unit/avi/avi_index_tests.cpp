@@ -18,7 +18,7 @@ using test::RiffBuilder;
 
 constexpr std::uint32_t kKeyFrame = 0x10;
 
-void expectListed(const std::vector<IndexEntry>& list, const std::vector<Placement>& placements) {
+void expectListed(const ChunkList& list, const std::vector<Placement>& placements) {
     ASSERT_EQ(list.size(), placements.size());
     std::uint64_t start = 0;
     for (std::size_t i = 0; i < list.size(); ++i) {
@@ -73,7 +73,6 @@ TEST(LegacyIndex, ListsEachStreamsChunksInOrder) {
     AviBuilder avi = test::smallClip(5);
     const Parsed parsed(avi.build());
     EXPECT_EQ(parsed.reader.errorText(), "");
-    EXPECT_EQ(parsed.reader.legacyIndex.size(), 10U);
     expectListed(parsed.stream(0).entries(), avi.placementsOf(0));
     expectListed(parsed.stream(1).entries(), avi.placementsOf(1));
     EXPECT_TRUE(parsed.stream(0).openDmlEntries.empty());
@@ -141,7 +140,7 @@ TEST(LegacyIndex, KeyFrameIsBitFourOfTheFlags) {
     }
     riff.end();
     const Parsed parsed(riff.take());
-    const std::vector<IndexEntry>& list = parsed.stream(0).entries();
+    const ChunkList& list = parsed.stream(0).entries();
     ASSERT_EQ(list.size(), 4U);
     EXPECT_FALSE(list[0].keyFrame);
     EXPECT_TRUE(list[1].keyFrame);
@@ -162,15 +161,13 @@ TEST(LegacyIndex, Of100BytesHasSevenEntriesAndTheSizeMessage) {
     const Parsed parsed(bytes);
     EXPECT_TRUE(parsed.usable);
     EXPECT_EQ(parsed.reader.errorText(), "idx1 size is not a multiple of index entry size\n");
-    ASSERT_EQ(parsed.reader.legacyIndex.size(), 7U);
     // 96 bytes are six entries; of the seventh only the code is there.
-    const AviOldIndexEntry last = parsed.reader.legacyIndex[6];
-    EXPECT_EQ(last.dwChunkId, riffCode("00dc"));
-    EXPECT_EQ(last.dwFlags, 0U);
-    EXPECT_EQ(last.dwOffset, 0U);
-    EXPECT_EQ(last.dwSize, 0U);
-    EXPECT_EQ(parsed.stream(0).entries().size(), 4U);
+    ASSERT_EQ(parsed.stream(0).entries().size(), 4U);
     EXPECT_EQ(parsed.stream(1).entries().size(), 3U);
+    const IndexEntry last = parsed.stream(0).entries()[3];
+    EXPECT_EQ(last.offset, avi.moviOffset() + 16);
+    EXPECT_EQ(last.size, 0U);
+    EXPECT_FALSE(last.keyFrame);
 }
 
 TEST(LegacyIndex, CutByTheEndOfTheFileLeavesNoEntriesButTheSizeMessage) {
@@ -181,8 +178,8 @@ TEST(LegacyIndex, CutByTheEndOfTheFileLeavesNoEntriesButTheSizeMessage) {
         bytes.resize(avi.idx1Offset() + 8 + 159);
         const Parsed parsed(bytes);
         EXPECT_TRUE(parsed.usable);
-        EXPECT_TRUE(parsed.reader.legacyIndex.empty());
         EXPECT_TRUE(parsed.stream(0).entries().empty());
+        EXPECT_TRUE(parsed.stream(1).entries().empty());
         EXPECT_EQ(parsed.reader.errorText(),
                   size == 160 ? "" : "idx1 size is not a multiple of index entry size\n");
     }
@@ -194,7 +191,8 @@ TEST(LegacyIndex, ClaimOfFourGigabytesAllocatesNothing) {
     for (std::size_t i = 4; i < 8; ++i) bytes[avi.idx1Offset() + i] = 0xFF;
     const Parsed parsed(bytes);
     EXPECT_TRUE(parsed.usable);
-    EXPECT_EQ(parsed.reader.legacyIndex.capacity(), 0U);
+    EXPECT_TRUE(parsed.stream(0).entries().empty());
+    EXPECT_LT(parsed.file->counts().largestRead, 100'000U);
     EXPECT_EQ(parsed.reader.errorText(), "idx1 size is not a multiple of index entry size\n");
 }
 
@@ -325,7 +323,7 @@ TEST(OpenDmlIndex, BaseOffsetAndBitThirtyOne) {
     const Parsed parsed(IndexFile(data.take()).bytes);
     EXPECT_EQ(parsed.reader.errorText(), "");
     EXPECT_TRUE(parsed.stream(0).hasOpenDmlIndex);
-    const std::vector<IndexEntry>& list = parsed.stream(0).entries();
+    const ChunkList& list = parsed.stream(0).entries();
     ASSERT_EQ(list.size(), 3U);
     EXPECT_EQ(list[0].offset, 0x1'0000'0010U);
     EXPECT_EQ(list[0].size, 4096U);
@@ -342,7 +340,7 @@ TEST(OpenDmlIndex, NothingIsSortedOrCheckedAgainstTheFile) {
     RiffBuilder data = indexData(2, 1, 3, 0xFFFF'FFFF'FFFF'FFF0);
     data.u32(0x20).u32(1).u32(0x8).u32(2).u32(0x8).u32(2);
     const Parsed parsed(IndexFile(data.take()).bytes);
-    const std::vector<IndexEntry>& list = parsed.stream(0).entries();
+    const ChunkList& list = parsed.stream(0).entries();
     ASSERT_EQ(list.size(), 3U);
     EXPECT_EQ(list[0].offset, 0x10U);
     EXPECT_EQ(list[1].offset, 0xFFFF'FFFF'FFFF'FFF8U);
@@ -382,7 +380,7 @@ TEST(OpenDmlIndex, ClaimOfFewerEntriesThanFitIsTaken) {
     const Parsed parsed(IndexFile(data.take()).bytes);
     EXPECT_EQ(parsed.reader.errorText(), "");
     EXPECT_EQ(parsed.stream(0).entries().size(), 1U);
-    EXPECT_EQ(parsed.stream(0).standardIndexes.at(0).entries().size(), 1U);
+    EXPECT_EQ(parsed.stream(0).standardIndexes.at(0).entries, 1U);
 }
 
 TEST(OpenDmlIndex, EmptyIndexesAreComplete) {
@@ -398,7 +396,7 @@ TEST(OpenDmlIndex, HeaderAsStoredIsKept) {
     RiffBuilder data = indexData(2, 1, 1, 0x1122334455667788);
     data.u32(1).u32(10);
     const Parsed parsed(IndexFile(data.take()).bytes);
-    const AviStdIndexHeader header = parsed.stream(0).standardIndexes.at(0).header();
+    const AviStdIndexHeader header = parsed.stream(0).standardIndexes.at(0).header;
     EXPECT_EQ(header.wLongsPerEntry, 2);
     EXPECT_EQ(header.bIndexType, 1);
     EXPECT_EQ(std::uint32_t{header.nEntriesInUse}, 1U);

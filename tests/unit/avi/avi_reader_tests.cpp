@@ -315,7 +315,6 @@ TEST(AviReader, FirstOfSeveralChunksOfAKindCounts) {
     EXPECT_EQ(parsed.stream(0).entries()[0].offset, movi + 16 + 4);
 
     // Without a movi list the offsets of idx1 count from nowhere.
-    ASSERT_EQ(noMovi.reader.legacyIndex.size(), 1U);
     EXPECT_TRUE(noMovi.stream(0).entries().empty());
 }
 
@@ -421,7 +420,6 @@ TEST(AviReader, HeaderOnlyParseReadsNoIndex) {
         const Parsed parsed(test::smallClip().openDml(kind).build(), true);
         ASSERT_TRUE(parsed.usable);
         EXPECT_EQ(parsed.reader.streams.size(), 2U);
-        EXPECT_TRUE(parsed.reader.legacyIndex.empty());
         for (const auto& stream : parsed.reader.streams) {
             EXPECT_FALSE(stream->hasOpenDmlIndex);
             EXPECT_TRUE(stream->entries().empty());
@@ -521,7 +519,6 @@ TEST(AviReader, EachParseStartsFromAnEmptyState) {
     EXPECT_EQ(parsed.reader.errorText(), kNotAvi);
     EXPECT_TRUE(parsed.reader.chunks.empty());
     EXPECT_TRUE(parsed.reader.streams.empty());
-    EXPECT_TRUE(parsed.reader.legacyIndex.empty());
     EXPECT_EQ(parsed.reader.mainHeader.dwMicroSecPerFrame, 0U);
     EXPECT_EQ(parsed.reader.extHeader.dwGrandFrames, 0U);
 

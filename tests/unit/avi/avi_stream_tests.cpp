@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <numeric>
 
+#include "tests/support/chunk_lists.h"
+
 namespace orvantis {
 namespace {
 
@@ -13,67 +15,76 @@ namespace {
 AviStream streamOf(const std::vector<std::uint32_t>& sizes, bool openDml = false) {
     AviStream stream(0);
     stream.hasOpenDmlIndex = openDml;
-    std::vector<IndexEntry>& list = openDml ? stream.openDmlEntries : stream.legacyEntries;
+    ChunkListBuilder list;
     std::uint64_t start = 0;
     for (const std::uint32_t size : sizes) {
-        list.push_back(IndexEntry{1000 + start, size, 0, start, true});
+        list.add(1000 + start, 0, size, true);
         start += size;
     }
-    stream.indexEmptyRuns();
+    (openDml ? stream.openDmlEntries : stream.legacyEntries) = list.finish();
     return stream;
+}
+
+// The number of the chunk that holds the position, -1 if there is none.
+std::int64_t found(const AviStream& stream, std::uint64_t position) {
+    const ChunkList::Iterator chunk = stream.findByPosition(position);
+    if (chunk == stream.entries().end()) return -1;
+    const IndexEntry entry = *chunk;
+    EXPECT_LE(entry.start, position);
+    EXPECT_LT(position - entry.start, entry.size);
+    EXPECT_EQ(entry.offset, stream.entries()[chunk.number()].offset);
+    return static_cast<std::int64_t>(chunk.number());
 }
 
 TEST(AviStream, PositionIsFoundInTheChunkThatHoldsIt) {
     const AviStream stream = streamOf({10, 20, 30});
-    const IndexEntry* const first = stream.entries().data();
-    EXPECT_EQ(stream.findByPosition(0), first);
-    EXPECT_EQ(stream.findByPosition(9), first);
-    EXPECT_EQ(stream.findByPosition(10), first + 1);
-    EXPECT_EQ(stream.findByPosition(29), first + 1);
-    EXPECT_EQ(stream.findByPosition(30), first + 2);
-    EXPECT_EQ(stream.findByPosition(59), first + 2);
+    EXPECT_EQ(found(stream, 0), 0);
+    EXPECT_EQ(found(stream, 9), 0);
+    EXPECT_EQ(found(stream, 10), 1);
+    EXPECT_EQ(found(stream, 29), 1);
+    EXPECT_EQ(found(stream, 30), 2);
+    EXPECT_EQ(found(stream, 59), 2);
 }
 
 TEST(AviStream, PositionAtOrBehindTheEndIsNotFound) {
     const AviStream stream = streamOf({10, 20, 30});
     EXPECT_EQ(stream.totalBytes(), 60U);
-    EXPECT_EQ(stream.findByPosition(60), nullptr);
-    EXPECT_EQ(stream.findByPosition(61), nullptr);
-    EXPECT_EQ(stream.findByPosition(0xFFFF'FFFF'FFFF'FFFF), nullptr);
+    EXPECT_EQ(found(stream, 60), -1);
+    EXPECT_EQ(found(stream, 61), -1);
+    EXPECT_EQ(found(stream, 0xFFFF'FFFF'FFFF'FFFF), -1);
 }
 
 TEST(AviStream, NothingIsFoundInAnEmptyList) {
     const AviStream stream = streamOf({});
     EXPECT_EQ(stream.totalBytes(), 0U);
-    EXPECT_EQ(stream.findByPosition(0), nullptr);
+    EXPECT_EQ(found(stream, 0), -1);
 }
 
 TEST(AviStream, EmptyChunkIsNeverFound) {
     const AviStream stream = streamOf({0, 0, 10, 0, 0, 5, 0});
-    const IndexEntry* const first = stream.entries().data();
-    EXPECT_EQ(stream.findByPosition(0), first + 2);
-    EXPECT_EQ(stream.findByPosition(9), first + 2);
-    EXPECT_EQ(stream.findByPosition(10), first + 5);
-    EXPECT_EQ(stream.findByPosition(14), first + 5);
-    EXPECT_EQ(stream.findByPosition(15), nullptr);
-    EXPECT_EQ(streamOf({0, 0, 0}).findByPosition(0), nullptr);
+    EXPECT_EQ(found(stream, 0), 2);
+    EXPECT_EQ(found(stream, 9), 2);
+    EXPECT_EQ(found(stream, 10), 5);
+    EXPECT_EQ(found(stream, 14), 5);
+    EXPECT_EQ(found(stream, 15), -1);
+    EXPECT_EQ(found(streamOf({0, 0, 0}), 0), -1);
 }
 
 TEST(AviStream, LookupsGoByTheListInForce) {
     AviStream stream = streamOf({10, 20}, true);
-    stream.legacyEntries.push_back(IndexEntry{5, 1, 0, 0, true});
+    stream.legacyEntries = test::chunkListOf({{5, 1, 0, 0, true}});
     EXPECT_EQ(stream.totalBytes(), 30U);
-    EXPECT_EQ(stream.findByPosition(15), stream.openDmlEntries.data() + 1);
+    EXPECT_EQ(found(stream, 15), 1);
     stream.hasOpenDmlIndex = false;
     EXPECT_EQ(stream.totalBytes(), 1U);
-    EXPECT_EQ(stream.findByPosition(15), nullptr);
+    EXPECT_EQ(found(stream, 15), -1);
 }
 
 TEST(AviStream, TotalExceeds32Bits) {
     const AviStream stream = streamOf({0xFFFFFFFF, 0xFFFFFFFF, 1});
     EXPECT_EQ(stream.totalBytes(), 0x1'FFFF'FFFFU);
-    EXPECT_EQ(stream.findByPosition(0x1'FFFF'FFFE), stream.entries().data() + 2);
-    EXPECT_EQ(stream.findByPosition(0xFFFF'FFFE), stream.entries().data());
+    EXPECT_EQ(found(stream, 0x1'FFFF'FFFE), 2);
+    EXPECT_EQ(found(stream, 0xFFFF'FFFE), 0);
 }
 
 TEST(AviStream, NearestChunkWithDataIsTheOneBeforeTheRun) {

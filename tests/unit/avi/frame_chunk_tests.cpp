@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include "host/result_codes.h"
+#include "tests/support/chunk_lists.h"
 #include "tests/support/failing_file.h"
 #include "tests/support/memory_file.h"
 #include "tests/unit/avi/avi_test_support.h"
@@ -44,7 +45,7 @@ class FrameChunkTest : public ::testing::Test {
         const auto* const first = reinterpret_cast<const std::uint8_t*>(m_chunk.buffer.data());
         return {first, first + m_chunk.bytes};
     }
-    IndexEntry& entry(std::size_t number) { return m_reader.streams.at(0)->legacyEntries.at(number); }
+    ChunkList& list() { return m_reader.streams.at(0)->legacyEntries; }
 
     std::unique_ptr<MemoryFile> m_file;
     AviReader m_reader;
@@ -120,7 +121,7 @@ TEST_F(FrameChunkTest, SteadyStateIsOneSeekAndOneReadAndNoNewBuffer) {
 
 TEST_F(FrameChunkTest, ChunkCutByTheEndOfTheFileFailsWithTheBytesLeft) {
     open({500, 100});
-    const std::uint64_t offset = entry(0).offset;
+    const std::uint64_t offset = list().at(0).offset;
     m_file->bytes().resize(offset + 120);
     EXPECT_EQ(read(0), host::imFileReadFailed);
     EXPECT_EQ(test::takeLogLines(), Lines{"Failed to read frame from AVI: Read error: size: 500, read: 120"});
@@ -133,8 +134,8 @@ TEST_F(FrameChunkTest, ChunkCutByTheEndOfTheFileFailsWithTheBytesLeft) {
 
 TEST_F(FrameChunkTest, ClaimThatTheFileCannotBackDoesNotGrowTheBuffer) {
     open({500, 100});
-    entry(1).size = 0x7FFFFFFF;
-    const std::uint64_t left = m_file->bytes().size() - entry(1).offset;
+    test::resizeChunk(list(), 1, 0x7FFFFFFF);
+    const std::uint64_t left = m_file->bytes().size() - list().at(1).offset;
     ASSERT_EQ(read(0), host::imNoErr);
     EXPECT_EQ(read(1), host::imFileReadFailed);
     EXPECT_EQ(
@@ -146,14 +147,14 @@ TEST_F(FrameChunkTest, ClaimThatTheFileCannotBackDoesNotGrowTheBuffer) {
 
 TEST_F(FrameChunkTest, ChunkBehindTheEndOfTheFileHasNoBytesLeft) {
     open({500, 100});
-    entry(0).offset = m_file->bytes().size() + 1000;
+    test::moveChunk(list(), 0, m_file->bytes().size() + 1000);
     EXPECT_EQ(read(0), host::imFileReadFailed);
     EXPECT_EQ(test::takeLogLines(), Lines{"Failed to read frame from AVI: Read error: size: 500, read: 0"});
 }
 
 TEST_F(FrameChunkTest, PositionThatIsRefusedIsASeekError) {
     open({500, 100});
-    entry(0).offset = 0xFFFF'FFFF'FFFF'FFF0;
+    test::moveChunk(list(), 0, 0xFFFF'FFFF'FFFF'FFF0);
     EXPECT_EQ(read(0), host::imFileReadFailed);
     EXPECT_EQ(test::takeLogLines(), Lines{"Failed to read frame from AVI: Seek error: offset: -16"});
 }
@@ -187,9 +188,10 @@ TEST_F(FrameChunkTest, ReadsThroughTheOpenDmlListWhenThatIsInForce) {
 TEST_F(FrameChunkTest, MillionEmptyFramesAreServedAtOnce) {
     constexpr std::size_t kFrames = 1'000'000;
     auto stream = std::make_unique<AviStream>(0);
-    stream->legacyEntries.assign(kFrames, IndexEntry{0, 0, 0, 0, false});
-    stream->legacyEntries[0] = IndexEntry{0, 4, 0, 0, true};
-    stream->indexEmptyRuns();
+    ChunkListBuilder list;
+    list.add(0, 0, 4, true);
+    for (std::size_t i = 1; i < kFrames; ++i) list.add(0, 0, 0, false);
+    stream->legacyEntries = list.finish();
     MemoryFile file(Bytes{1, 2, 3, 4});
     // Half a million requests at the far end take a second; when each one searches, they outlast any time
     // limit.

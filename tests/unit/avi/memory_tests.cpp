@@ -7,6 +7,7 @@
 #include <string>
 
 #include "avi/avi_reader.h"
+#include "avi/chunk_list_builder.h"
 #include "avi/frame_chunk.h"
 #include "diag/log.h"
 #include "host/result_codes.h"
@@ -15,6 +16,7 @@
 #include "tests/unit/avi/captured_log.h"
 #include "tests/unit/avi/counted_memory.h"
 #include "tests/unit/avi/plain_parser.h"
+#include "tests/unit/avi/same_lists.h"
 
 namespace orvantis {
 namespace {
@@ -50,30 +52,30 @@ Bytes millionFrames(OpenDml kind, bool idx1, std::size_t perIndex) {
     return avi.openDml(kind).idx1(idx1).entriesPerStandardIndex(perIndex).build();
 }
 
-TEST(IndexMemory, MillionOpenDmlEntriesTakeLittleMoreThanTheirTwoLists) {
+// Eight bytes a chunk, and a twentieth of that for the blocks; windows and buffers besides while parsing.
+constexpr std::size_t kMillionChunks = 1'000'000 * 84 / 10;
+constexpr std::size_t kWhileParsing = 2 * FileWindow::kWindowBytes + IndexInput::kPieceBytes + 100'000;
+
+TEST(IndexMemory, MillionOpenDmlEntriesTakeEightBytesEach) {
     for (const std::size_t perIndex : {std::size_t{0}, std::size_t{4000}}) {
         const Bytes bytes = millionFrames(OpenDml::superIndex, false, perIndex);
         AviReader reader;
         const Cost cost = costOf(bytes, reader);
         ASSERT_TRUE(cost.usable);
         ASSERT_EQ(reader.streams.at(0)->entries().size(), 1'000'000U);
-        const std::size_t entries = 1'000'000 * (sizeof(AviStdIndexEntry) + sizeof(IndexEntry));
-        EXPECT_LE(cost.peak, entries + entries / 10);
-        EXPECT_GE(cost.retained, entries);
-        EXPECT_LE(cost.retained, entries + entries / 10);
+        EXPECT_LE(cost.peak, kMillionChunks + kWhileParsing);
+        EXPECT_LE(cost.retained, kMillionChunks + 4096U + reader.streams[0]->standardIndexes.size() * 64);
     }
 }
 
-TEST(IndexMemory, MillionIdx1EntriesTakeLittleMoreThanTheirTwoLists) {
+TEST(IndexMemory, MillionIdx1EntriesTakeEightBytesEach) {
     const Bytes bytes = millionFrames(OpenDml::none, true, 0);
     AviReader reader;
     const Cost cost = costOf(bytes, reader);
     ASSERT_TRUE(cost.usable);
     ASSERT_EQ(reader.streams.at(0)->entries().size(), 1'000'000U);
-    const std::size_t entries = 1'000'000 * (sizeof(AviOldIndexEntry) + sizeof(IndexEntry));
-    EXPECT_LE(cost.peak, entries + entries / 10);
-    EXPECT_GE(cost.retained, entries);
-    EXPECT_LE(cost.retained, entries + entries / 10);
+    EXPECT_LE(cost.peak, kMillionChunks + kWhileParsing);
+    EXPECT_LE(cost.retained, kMillionChunks + 4096);
 }
 
 TEST(IndexMemory, RefusedFileCostsTwoWindowsAtMost) {
@@ -175,23 +177,29 @@ Bytes manyNames(std::uint32_t names, std::uint32_t namedSize, std::uint32_t name
 }
 
 TEST(HostileMemory, PeakStaysBelow64MebibytesAnd24TimesTheFile) {
-    const std::pair<const char*, std::function<Bytes()>> shapes[] = {
-        {"chunks", fullOfChunks},
-        {"chains", fullOfChains},
-        {"streams", fullOfStreams},
-        {"overlapping streams", fullOfOverlappingStreams},
-        {"one large index, named often", [] { return manyNames(1000, 5'000'000, 600'000, false); }},
-        {"small indexes without entries", [] { return manyNames(200'000, 24, 0, false); }},
-        {"the same, and idx1", [] { return manyNames(200'000, 32, 1, true); }},
-        {"large index and idx1", [] { return manyNames(100, 5'800'000, 700'000, true); }},
-        {"names of nothing", [] { return manyNames(350'000, 8, 0, false); }},
+    struct Shape {
+        const char* name;
+        std::size_t mostTimes;  // the file's size, at the peak
+        std::function<Bytes()> make;
     };
-    for (const auto& [name, make] : shapes) {
+    const Shape shapes[] = {
+        {"chunks", 13, fullOfChunks},
+        {"chains", 5, fullOfChains},
+        {"streams", 6, fullOfStreams},
+        {"overlapping streams", 11, fullOfOverlappingStreams},
+        {"one large index, named often", 2, [] { return manyNames(1000, 5'000'000, 600'000, false); }},
+        {"small indexes without entries", 2, [] { return manyNames(200'000, 24, 0, false); }},
+        {"the same, and idx1", 3, [] { return manyNames(200'000, 32, 1, true); }},
+        {"large index and idx1", 3, [] { return manyNames(100, 5'800'000, 700'000, true); }},
+        {"names of nothing", 7, [] { return manyNames(350'000, 8, 0, false); }},
+    };
+    for (const auto& [name, mostTimes, make] : shapes) {
         const Bytes bytes = make();
         AviReader reader;
         const Cost cost = costOf(bytes, reader);
         EXPECT_TRUE(cost.usable) << name;
         EXPECT_LE(cost.peak, 64 * kMebibyte + 24 * bytes.size()) << name;
+        EXPECT_LE(cost.peak, kMebibyte + mostTimes * bytes.size()) << name;
         std::printf("    %-34s %5.1f x file at the peak, %5.1f x afterwards\n", name,
                     static_cast<double>(cost.peak) / static_cast<double>(bytes.size()),
                     static_cast<double>(cost.retained) / static_cast<double>(bytes.size()));
@@ -334,15 +342,16 @@ TEST(NoMemory, LargeFrameIsAFailedReadAndTheNextOneIsServed) {
     EXPECT_EQ(readFrameChunk(file, stream, 0, 2, chunk), host::imNoErr);
 }
 
-TEST(NoMemory, LargeIndexIsAReadFailureAndIdx1TakesOver) {
+TEST(NoMemory, LargeListIsAReadFailure) {
     AviBuilder avi = test::smallClip(0);
     for (int i = 0; i < 20'000; ++i) avi.addFilledChunk(i % 10 == 0 ? 0 : 1, 2, 1);
     const Bytes bytes = avi.openDml(OpenDml::superIndex).build();
     test::MemoryFile file(bytes);
     AviReader reader;
     test::startCounting();
-    // The audio stream's index of 18,000 entries is 144,000 bytes; idx1 320,000; its lists 576,000.
-    test::failAllocationsFrom(140'000);
+    // The audio stream's 18,000 entries need more than one segment of blocks; buffers and windows are
+    // smaller.
+    test::failAllocationsFrom(66'000);
     EXPECT_TRUE(reader.parse(file, false));
     test::failAllocationsFrom(0);
     ASSERT_EQ(reader.streams.size(), 2U);
@@ -354,16 +363,71 @@ TEST(NoMemory, LargeIndexIsAReadFailureAndIdx1TakesOver) {
     EXPECT_EQ(reader.errorText(), "readIndex: stream[1], pos: " + std::to_string(entry.qwOffset + 8) +
                                       ", size: " + std::to_string(entry.dwSize - 8) +
                                       ": failed to read index data\n");
+}
 
-    // With more memory the index is read, but not its list: then idx1 counts.
-    file.seek(0);
-    test::failAllocationsFrom(570'000);
-    EXPECT_TRUE(reader.parse(file, false));
-    test::failAllocationsFrom(0);
-    EXPECT_EQ(reader.errorText(), "");
-    EXPECT_FALSE(reader.streams[1]->hasOpenDmlIndex);
-    EXPECT_TRUE(reader.streams[1]->entries().empty());
-    EXPECT_EQ(reader.streams[0]->entries().size(), 2000U);
+// Memory that was short for a moment only.
+TEST(NoMemory, Idx1TakesOverWhereTheOpenDmlListFoundNone) {
+    AviBuilder avi = test::smallClip(0);
+    for (int i = 0; i < 20'000; ++i) avi.addFilledChunk(i % 10 == 0 ? 0 : 1, 2, 1);
+    const Bytes bytes = avi.openDml(OpenDml::superIndex).build();
+    const test::PlainAvi whole = test::parsePlainly(bytes);
+    int seen = 0;
+    for (std::int64_t number = 0; number < 80; ++number) {
+        test::MemoryFile file(bytes);
+        AviReader reader;
+        test::startCounting();
+        test::failAllocation(number, false);
+        const bool usable = reader.parse(file, false);
+        test::failAllocation(-1, false);
+        if (reader.errorText().find("readIndex: stream[1]") == std::string::npos) continue;
+        ASSERT_TRUE(usable);
+        ASSERT_EQ(reader.streams.size(), 2U);
+        EXPECT_FALSE(reader.streams[1]->hasOpenDmlIndex);
+        ++seen;
+        EXPECT_TRUE(test::asPlain(reader, true).streams[1].legacyEntries == whole.streams[1].legacyEntries)
+            << number;
+    }
+    EXPECT_GT(seen, 4);
+}
+
+// A part of a list of ordinary and of wide blocks, some of which hold two parts.
+template <typename Builder>
+void addPart(Builder& builder, std::uint64_t part) {
+    const std::uint64_t base = part / 4 % 3 * 0x2'0000'0000;
+    const AviStdIndexEntry given[] = {{1, 10}, {20, 30 | kStdIndexDeltaFrame}, {50, 0}};
+    for (int i = 0; i < 30; ++i) builder.add(base, given);
+    for (std::uint32_t i = 0; i < 30; ++i)
+        builder.add(base, i * 30, part % 5 == 0 ? 0x8000'0000U + i : i, true);
+}
+
+TEST(NoMemory, EachAllocationOfAListFailingLeavesWhatWasListedBefore) {
+    constexpr std::uint64_t kParts = 90;
+    std::uint64_t parts = 0;
+    for (std::int64_t number = 0; parts < kParts; ++number) {
+        ASSERT_LT(number, 1000);
+        ChunkListBuilder builder;
+        ChunkListBuilder::Mark mark = builder.mark();
+        test::startCounting();
+        test::failAllocation(number, false);
+        try {
+            for (parts = 0; parts < kParts; ++parts) {
+                mark = builder.mark();
+                addPart(builder, parts);
+            }
+        } catch (const std::bad_alloc&) {
+            builder.backTo(mark);
+        }
+        test::failAllocation(-1, false);
+        PlainChunkListBuilder plain;
+        for (std::uint64_t part = 0; part < parts; ++part) addPart(plain, part);
+        // It goes on from there, and there may be no memory for the smaller copy at the end.
+        builder.add(5, 6, 7, true);
+        plain.add(5, 6, 7, true);
+        test::failAllocation(0, true);
+        const ChunkList list = builder.finish();
+        test::failAllocation(-1, false);
+        ASSERT_EQ(test::listDifference(plain.finish(), list, 50), "") << number;
+    }
 }
 
 }  // namespace

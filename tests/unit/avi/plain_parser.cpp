@@ -229,7 +229,7 @@ Bytes bytesOf(const T& value) {
     return result;
 }
 
-std::vector<PlainEntry> asPlain(const std::vector<IndexEntry>& list) {
+std::vector<PlainEntry> asPlain(const ChunkList& list) {
     std::vector<PlainEntry> result;
     result.reserve(list.size());
     for (const IndexEntry& entry : list) {
@@ -259,10 +259,16 @@ PlainAvi asPlain(const AviReader& reader, bool usable) {
             const Bytes bytes = bytesOf(entry);
             plain.superIndex.insert(plain.superIndex.end(), bytes.begin(), bytes.end());
         }
-        for (const StandardIndex& block : stream->standardIndexes) {
-            Bytes bytes = bytesOf(block.header());
-            for (const AviStdIndexEntry& entry : block.entries()) {
-                const Bytes entryBytes = bytesOf(entry);
+        // The entries stand in the chunk list only, one index behind the other.
+        ChunkList::Iterator chunk = stream->openDmlEntries.begin();
+        for (const StandardIndex& index : stream->standardIndexes) {
+            Bytes bytes = bytesOf(index.header);
+            for (std::uint32_t i = 0; i < index.entries; ++i, ++chunk) {
+                const IndexEntry entry = *chunk;
+                const std::uint32_t deltaFrame = entry.keyFrame ? 0 : kStdIndexDeltaFrame;
+                const Bytes entryBytes = bytesOf(
+                    AviStdIndexEntry{static_cast<std::uint32_t>(entry.offset - index.header.qwBaseOffset),
+                                     entry.size | deltaFrame});
                 bytes.insert(bytes.end(), entryBytes.begin(), entryBytes.end());
             }
             plain.standardIndexes.push_back(std::move(bytes));

@@ -199,7 +199,7 @@ TEST(RealClips, HaveTheStreamsListed) {
 
 TEST(RealClips, HaveTheFramesThatTheMuxerWrote) {
     forEachClip([](OpenClip& clip) {
-        const std::vector<IndexEntry>& list = clip.video().entries();
+        const ChunkList& list = clip.video().entries();
         EXPECT_EQ(list.size(), clip.made.frames);
         EXPECT_EQ(list.size(), clip.video().header.dwLength);
         EXPECT_EQ(static_cast<std::size_t>(std::count_if(
@@ -258,7 +258,7 @@ TEST(RealClips, HaveTheKeyFramesListed) {
 TEST(RealClips, GiveEachFrameAndRepeatTheLastForEmptyOnes) {
     forEachClip([](OpenClip& clip) {
         (void)test::takeLogLines();
-        const std::vector<IndexEntry>& list = clip.video().entries();
+        const ChunkList& list = clip.video().entries();
         const auto frameCount = static_cast<std::int64_t>(list.size());
         std::ifstream plain(clip.path, std::ios::binary);
         FrameChunk chunk;

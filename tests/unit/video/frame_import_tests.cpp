@@ -15,6 +15,7 @@
 #include "host/pixel_formats.h"
 #include "host/result_codes.h"
 #include "tests/support/captured_log.h"
+#include "tests/support/chunk_lists.h"
 #include "tests/support/fake_codec/fake_codec.h"
 #include "tests/support/memory_file.h"
 #include "tests/unit/video/allocation_counter.h"
@@ -67,13 +68,11 @@ class FrameImport : public testing::Test {
 
     void addFrame(int size, std::uint8_t value) {
         const std::uint64_t offset = file.bytes().size();
-        stream.legacyEntries.push_back(
-            {offset, static_cast<std::uint32_t>(size), 0, stream.totalBytes(), true});
+        test::appendChunk(stream.legacyEntries, {offset, static_cast<std::uint32_t>(size), 0, 0, true});
         file.bytes().insert(file.bytes().end(), static_cast<std::size_t>(size), std::byte{value});
     }
 
     void open() {
-        stream.indexEmptyRuns();
         video.reset();
         video.emplace(suites);
         ASSERT_EQ(video->analyseFormat(stream), host::imNoErr);
@@ -181,7 +180,7 @@ TEST_F(FrameImport, TimeBaseCoarserThanAFrameHasNoFrames) {
 }
 
 TEST_F(FrameImport, StreamWithoutFramesIsRefused) {
-    stream.legacyEntries.clear();
+    stream.legacyEntries = {};
     open();
     ask(0, kBgra);
     EXPECT_EQ(prepareFrame(*video, request), host::imFrameNotFound);
@@ -237,7 +236,7 @@ TEST_F(FrameImport, ReadFetchesTheFramesChunk) {
 }
 
 TEST_F(FrameImport, ReadOfAStreamWithoutDataFindsNoFrame) {
-    stream.legacyEntries.assign(3, {0, 0, 0, 0, true});
+    stream.legacyEntries = test::chunkListOf(std::vector<IndexEntry>(3, {0, 0, 0, 0, true}));
     open();
     ask(kFrameTicks, kBgra);
     prepareFrame(*video, request);
@@ -246,7 +245,7 @@ TEST_F(FrameImport, ReadOfAStreamWithoutDataFindsNoFrame) {
 
 TEST_F(FrameImport, EmptyFrameIsServedFromTheOneBefore) {
     CapturedLog log;
-    stream.legacyEntries[5].size = 0;
+    test::resizeChunk(stream.legacyEntries, 5, 0);
     open();
     log.clear();
     EXPECT_EQ(frame(5, kBgra), host::imNoErr);

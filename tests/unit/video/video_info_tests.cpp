@@ -11,6 +11,7 @@
 #include "diag/log.h"
 #include "host/result_codes.h"
 #include "tests/support/captured_log.h"
+#include "tests/support/chunk_lists.h"
 #include "tests/support/fake_codec/fake_codec.h"
 #include "tests/support/format_lists.h"
 #include "tests/unit/video/fake_host.h"
@@ -43,7 +44,7 @@ class VideoAnalysis : public testing::Test {
 
     void addFrames(int count, std::uint32_t size) {
         for (int i = 0; i < count; ++i) {
-            stream.legacyEntries.push_back({0, size, 0, stream.totalBytes(), true});
+            test::appendChunk(stream.legacyEntries, {0, size, 0, 0, true});
         }
     }
 
@@ -279,7 +280,7 @@ TEST_F(VideoAnalysis, EveryFailingCodecCallIsAnsweredOrThrown) {
 
 TEST_F(VideoAnalysis, FrameCountIsTheLengthOfTheListInForce) {
     addFrames(5, 1);
-    stream.openDmlEntries.resize(9);
+    stream.openDmlEntries = test::chunkListOf(std::vector<IndexEntry>(9));
     analyse();
     EXPECT_EQ(video->numFrames(), 5);
     stream.hasOpenDmlIndex = true;

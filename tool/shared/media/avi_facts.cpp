@@ -53,7 +53,7 @@ StreamFacts factsOf(const orvantis::AviStream& stream, std::uint64_t fileSize, c
     out.scale = header.dwScale;
     out.sampleSize = header.dwSampleSize;
     out.declaredLength = header.dwLength;
-    const std::vector<IndexEntry>& entries = stream.entries();
+    const orvantis::ChunkList& entries = stream.entries();
     out.index = entries.empty()          ? IndexKind::kNone
                 : stream.hasOpenDmlIndex ? IndexKind::kOpenDml
                                          : IndexKind::kLegacy;

@@ -11,7 +11,8 @@ cd "$(dirname "$script")"
 help_or_go_on "$@"
 [ $# -eq 0 ] || wrong_usage "bench.sh: unknown argument: $1"
 
-ORVANTIS_EXTRA_PACKAGES="libbenchmark-dev libavformat-dev pkg-config" scripts/install-packages.sh
+ORVANTIS_EXTRA_PACKAGES="libbenchmark-dev libavformat-dev pkg-config mkvtoolnix
+gstreamer1.0-plugins-base-apps gstreamer1.0-plugins-good" scripts/install-packages.sh
 
 results="build/bench-results"
 files="build/bench-files"
@@ -28,7 +29,7 @@ build() {
     cmake --build --preset "$preset" --target "$@" >>"$results/$preset.log" 2>&1 || { tail -n 40 "$results/$preset.log"; exit 1; }
 }
 build linux-bench orvantis_bench make_bench_files
-build windows-mingw ImporterOrvantis orvantis_common64 importer_host
+build windows-mingw ImporterOrvantis orvantis_common64 importer_host opening_once
 
 build/linux-bench/bin/make_bench_files "$files"
 python3 bench/report.py --native build/linux-bench --windows build/windows-mingw --files "$files" --results "$results" \

@@ -47,6 +47,8 @@ std::vector<BenchFile> benchFiles() {
         {"idx1-1000000.avi", indexed(kMillion, IndexForm::idx1)},
         {"foreign-1000000.avi", indexed(kMillion, IndexForm::idx1)},
         {scalingFile(1), indexed(1, IndexForm::openDml)},
+        {"idx1-1.avi", indexed(1, IndexForm::idx1)},
+        {"opendml-20000.avi", indexed(20'000, IndexForm::openDml)},
     };
     files[6].plan.codec = "MJPG";
     for (const std::uint32_t frames : kScalingFrames) {

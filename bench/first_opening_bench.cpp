@@ -6,7 +6,6 @@
 
 #include "bench/allocation_count.h"
 #include "bench/bench_files.h"
-#include "bench/peer.h"
 #include "bench/series.h"
 #include "simhost/plugin.h"
 #include "tool/bench/bench_workloads.h"
@@ -17,8 +16,6 @@ namespace {
 
 using simhost::tool::BenchImporter;
 using simhost::tool::timeOpening;
-
-constexpr std::uint32_t kMillion = 1'000'000;
 
 // An untimed opening goes ahead, so that each clip finds the plug-in's code and its own index as warm as
 // every other does.
@@ -61,29 +58,10 @@ void openAsFramesGrow(benchmark::State& state) {
     state.counters["runs"] = static_cast<double>(fixed.size());
 }
 
-void firstOpening(benchmark::State& state, const std::string& name) {
-    const simhost::Plugin plugin(modulePath("ImporterOrvantis.prm"));
-    const BenchImporter importer(plugin.entry());
-    const std::string path = benchFile(name);
-    const Series series = alternate(
-        state, [&] { return timeOpening(importer, path); }, [&] { return timePeerOpening(path, kMillion); });
-    report(state, series, 1);
-}
-
-void firstOpenDml(benchmark::State& state) {
-    firstOpening(state, scalingFile(kMillion));
-}
-
-void firstIdx1(benchmark::State& state) {
-    firstOpening(state, "idx1-1000000.avi");
-}
-
 }  // namespace
 
 void addFirstOpeningBenchmarks() {
     addBenchmark("open_growth", openAsFramesGrow);
-    addBenchmark("first_open_opendml", firstOpenDml, 5);
-    addBenchmark("first_open_idx1", firstIdx1, 5);
 }
 
 }  // namespace orvantis::bench

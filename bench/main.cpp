@@ -25,6 +25,7 @@ int main(int argc, char** argv) {
         orvantis::bench::addAsyncBenchmarks();
         orvantis::bench::addAudioBenchmarks();
         orvantis::bench::addCallBenchmarks();
+        orvantis::bench::addListBenchmarks();
         orvantis::bench::addLogBenchmarks();
     }
     benchmark::AddCustomContext("peer", orvantis::bench::peerName());

@@ -47,6 +47,7 @@ void addFrameBenchmarks();
 void addAudioBenchmarks();
 void addCallBenchmarks();
 void addAsyncBenchmarks();
+void addListBenchmarks();
 void addLogBenchmarks();
 void addFirstOpeningBenchmarks();
 

@@ -190,6 +190,22 @@ class Writer {
         m_file.setSize(m_parts.back().end);
     }
 
+    std::vector<IndexPlace> indexPlaces() const {
+        std::vector<IndexPlace> places;
+        if (m_plan.index == IndexForm::idx1) {
+            const Part& part = m_parts.front();
+            places.push_back({part.index + kHeaderBytes, part.end - part.index - kHeaderBytes});
+            return places;
+        }
+        for (std::size_t s = 0; s < m_streams.size(); ++s) {
+            for (const Part& part : m_parts) {
+                const std::uint64_t size = standardIndexBytes(part.frames);
+                places.push_back({part.index + s * size + kHeaderBytes, size - kHeaderBytes});
+            }
+        }
+        return places;
+    }
+
  private:
     std::uint64_t standardIndexBytes(std::uint32_t frames) const {
         return kHeaderBytes + sizeof(AviStdIndexHeader) + std::uint64_t{frames} * sizeof(AviStdIndexEntry);
@@ -327,8 +343,10 @@ class Writer {
 
 }  // namespace
 
-void writeSparseAvi(const std::string& path, const SparseAviPlan& plan) {
-    Writer(path, plan).write();
+std::vector<IndexPlace> writeSparseAvi(const std::string& path, const SparseAviPlan& plan) {
+    Writer writer(path, plan);
+    writer.write();
+    return writer.indexPlaces();
 }
 
 }  // namespace orvantis::bench

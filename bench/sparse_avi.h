@@ -32,8 +32,15 @@ struct SparseAviPlan {
     std::uint32_t framesWithHeaders = 2000;
 };
 
+/// Where the data of an index chunk lies.
+struct IndexPlace {
+    std::uint64_t offset;
+    std::uint64_t size;
+};
+
+/// Returns the places of the standard indexes or of idx1, in the order in which a reader comes to them.
 /// Throws std::system_error when the file cannot be written and std::length_error when the plan does not fit
 /// the index form.
-void writeSparseAvi(const std::string& path, const SparseAviPlan& plan);
+std::vector<IndexPlace> writeSparseAvi(const std::string& path, const SparseAviPlan& plan);
 
 }  // namespace orvantis::bench

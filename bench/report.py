@@ -85,7 +85,7 @@ def run_windows(build, files, results, what, clip, delay=0):
     if delay:
         environment["ORVANTIS_STANDIN_DELAY_US"] = str(delay)
     subprocess.run([build / "wine-run", build / "bin/importer_host.exe", "bench", "--what", what, "--runs", "7",
-                    "--decode-us", str(delay), "--json", output.resolve(), (files / clip).resolve()],
+                    "--decode-us", str(delay), "--json", "--out", output.resolve(), (files / clip).resolve()],
                    env=environment, check=True, stdout=open(results / f"windows-{what}-{clip}.log", "w"),
                    stderr=subprocess.STDOUT)
     figures = json.loads(output.read_text())
@@ -377,7 +377,7 @@ def main():
     windows_first = openings.measure_windows(options.windows, options.files)
 
     native_rows = (first_opening_rows(figures) + opening_rows(native, first) + frame_rows(native) + async_rows(native) +
-                    audio_rows(native) +                    list_rows(native) + [log_row(native)])
+                    audio_rows(native) + list_rows(native) + [log_row(native)])
     wine_rows = [plain_read_row(f"first opening in a new process, {kind}", read) for kind, read in windows_first.items()]
     wine_rows += windows_rows(windows)
     rows = native_rows + wine_rows

@@ -12,9 +12,18 @@ namespace simhost::tool {
 
 struct GlobalOptions;
 
+/// Which of the options that several commands share a command has a use for.
+struct CommonOptions {
+    bool plugin = true;    ///< --plugin and --codec-folder
+    bool profile = true;   ///< --profile
+    bool log = true;       ///< --log
+    bool progress = true;  ///< --progress
+};
+
 struct Command {
     CLI::App* parser;
     std::function<int(const GlobalOptions&)> run;
+    CommonOptions uses = {};
 };
 
 Command addInfoCommand(CLI::App& app);

@@ -159,7 +159,7 @@ TEST(DoctorReports, TextHasTheAdviceBelow) {
 TEST(DoctorReports, JsonHoldsStatesAndCounts) {
     const std::vector<Check> checks = {{CheckState::kBad, "n", "f \xFF", "a"},
                                        checkLogSwitch(LogSetting::kOff)};
-    const auto json = nlohmann::json::parse(checksJson(checks));
+    const auto json = nlohmann::json::parse(checksJson(checks, nullptr));
     EXPECT_EQ(json["checks"][0]["state"], "bad");
     EXPECT_EQ(json["bad"], 1);
     EXPECT_EQ(json["good"], 1);

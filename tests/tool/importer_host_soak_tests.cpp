@@ -40,7 +40,7 @@ class ImporterHostSoak : public ::testing::Test {
 
 TEST_F(ImporterHostSoak, AShortRunEndsBalancedAndTellsSo) {
     ASSERT_EQ(run({"soak", in("clip.avi"), in("text.avi"), "--minutes", "0.03", "--plot", in("plot.svg"),
-                   "--json", in("soak.json")}),
+                   "--json", "--out", in("soak.json")}),
               kSuccess);
     const auto result = json("soak.json");
     EXPECT_EQ(result["good"], true);
@@ -58,7 +58,7 @@ TEST_F(ImporterHostSoak, AShortRunEndsBalancedAndTellsSo) {
 
 TEST_F(ImporterHostSoak, LostHandlesMemoryAndHostBlocksAreExitCode5) {
     const std::vector<std::string> base = {"soak", in("clip.avi"), "--minutes", "0.01",   "--interval",
-                                           "0.1",  "--samples",    "24",        "--json", in("soak.json")};
+                                           "0.1",  "--samples",    "24",        "--json", "--out", in("soak.json")};
     for (const char* lost : {"handle", "block"}) {
         auto arguments = base;
         arguments.insert(arguments.end(), {"--lose", lost});
@@ -76,7 +76,7 @@ TEST_F(ImporterHostSoak, LostHandlesMemoryAndHostBlocksAreExitCode5) {
 
 TEST_F(ImporterHostSoak, LostMemoryIsExitCode5) {
     EXPECT_EQ(run({"soak", in("clip.avi"), "--minutes", "0.01", "--interval", "0.1", "--samples", "24",
-                   "--json", in("soak.json"), "--lose", "memory"}),
+                   "--json", "--out", in("soak.json"), "--lose", "memory"}),
               kBrokenRule);
     const auto result = json("soak.json");
     EXPECT_EQ(result["privateBytes"]["grows"], true);
@@ -93,7 +93,7 @@ TEST_F(ImporterHostSoak, NothingPlayableOrWritableIsNoSuccess) {
 TEST_F(ImporterHostSoak, TheComparisonOfTheTwoPathsMeasuresWhatItIsTold) {
     // Host and codec are busy for at least 2 ms a frame each, however fast the machine is.
     ASSERT_EQ(run({"async", in("clip.avi"), "--ahead", "2", "--work-us", "2000", "--decode-us", "2000",
-                   "--json", in("async.json")}),
+                   "--json", "--out", in("async.json")}),
               kSuccess);
     const auto result = json("async.json");
     EXPECT_EQ(result["frames"], 5);

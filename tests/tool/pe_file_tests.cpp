@@ -1,5 +1,5 @@
 // Windows libraries read from their bytes, among them broken ones.
-#include "tool/doctor/pe_file.h"
+#include "tool/shared/base/pe_file.h"
 
 #include <gtest/gtest.h>
 

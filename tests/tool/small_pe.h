@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "tool/doctor/pe_file.h"
+#include "tool/shared/base/pe_file.h"
 
 namespace simhost::tool {
 

@@ -16,12 +16,15 @@
 #include "tool/async/async_timing.h"
 #include "tool/commands.h"
 #include "tool/shared/base/hosted_run.h"
+#include "tool/shared/base/number_text.h"
 #include "tool/shared/base/output_file.h"
 #include "tool/shared/base/progress.h"
 #include "tool/shared/base/soak_usage.h"
 #include "tool/shared/base/tool_error.h"
+#include "tool/shared/media/clip_errors.h"
 #include "tool/shared/media/frame_range.h"
 #include "tool/shared/media/media_facts.h"
+#include "tool/shared/media/pixel_format_choice.h"
 #include "tool/shared/media/play_order.h"
 
 namespace simhost::tool {
@@ -36,7 +39,7 @@ struct AsyncOptions {
     std::uint32_t seed = 1;
     std::uint32_t workMicros = 0;
     std::uint32_t decodeMicros = 0;
-    std::string json;
+    std::string output;
 };
 
 using Clock = std::chrono::steady_clock;
@@ -145,10 +148,11 @@ struct Player {
     }
 };
 
-void print(const char* way, const PlayTiming& timing) {
-    std::printf("%s %8.1f frames/s; a frame: host's work %6.2f ms, waiting for the plug-in %6.2f ms\n", way,
-                timing.perSecond(), timing.perFrame(timing.work()) * 1000.0,
-                timing.perFrame(timing.waiting) * 1000.0);
+void print(std::FILE* text, const char* way, const PlayTiming& timing) {
+    (void)std::fprintf(text,
+                       "%s %8.1f frames/s; a frame: host's work %6.2f ms, waiting for the plug-in %6.2f ms\n",
+                       way, timing.perSecond(), timing.perFrame(timing.work()) * 1000.0,
+                       timing.perFrame(timing.waiting) * 1000.0);
 }
 
 nlohmann::ordered_json toJson(const PlayTiming& timing) {
@@ -157,19 +161,53 @@ nlohmann::ordered_json toJson(const PlayTiming& timing) {
             {"waitingSeconds", timing.waiting}};
 }
 
-std::uint32_t chosenFormat(const AsyncOptions& options, const Clip& clip) {
-    if (!options.format.empty()) {
-        const auto format = pixelFormatFromText(options.format);
-        if (!format) {
-            throw ToolError(kUsage, "there is no pixel format '" + options.format + "'");
-        }
-        return *format;
+std::vector<std::string> wantedFormats(const AsyncOptions& options) {
+    return options.format.empty() ? std::vector<std::string>{} : std::vector{options.format};
+}
+
+nlohmann::ordered_json toJson(const AsyncOptions& options, const Player& player,
+                              const PlayTiming& synchronous, const PlayTiming& asynchronous,
+                              const Overlap& overlap) {
+    return {{"file", options.file},
+            {"frames", player.order.size()},
+            {"ahead", options.ahead},
+            {"differing", player.differing.size()},
+            {"synchronous", toJson(synchronous)},
+            {"asynchronous", toJson(asynchronous)},
+            {"asynchronousIsSlower", asynchronousIsSlower(synchronous, asynchronous)},
+            {"hidden", overlap.hidden},
+            {"possible", overlap.possible}};
+}
+
+void printAll(std::FILE* text, const AsyncOptions& options, const Player& player,
+              const PlayTiming& synchronous, const PlayTiming& asynchronous, const Overlap& overlap) {
+    (void)std::fprintf(text, "%s, %s, %u ahead, %s%s\n",
+                       counted(player.order.size(), "frame", "frames").c_str(), options.pattern.c_str(),
+                       options.ahead, pixelFormatName(player.wanted[0].inPixelFormat),
+                       parsePlayPattern(options.pattern) == PlayPattern::kRandom
+                           ? (", seed " + std::to_string(options.seed)).c_str()
+                           : "");
+    print(text, "synchronous: ", synchronous);
+    print(text, "asynchronous:", asynchronous);
+    (void)std::fprintf(
+        text,
+        "overlap: of %.2f ms for reading and decoding a frame %.0f %% are hidden; the host's own work is "
+        "long enough for %.0f %%\n",
+        synchronous.perFrame(synchronous.waiting) * 1000.0, overlap.hidden * 100.0, overlap.possible * 100.0);
+    if (asynchronousIsSlower(synchronous, asynchronous)) {
+        (void)std::fprintf(
+            text,
+            "asynchronous play was slower: %.1f frames/s against %.1f; with more of the host's "
+            "own work (--work-us) or larger frames there is more to hide\n",
+            asynchronous.perSecond(), synchronous.perSecond());
     }
-    const auto offered = clip.pixelFormats().formats;
-    if (offered.empty()) {
-        throw ToolError(kFailed, "the plug-in offers no pixel format");
+    if (player.differing.empty()) {
+        (void)std::fprintf(text, "all frames are identical\n");
+    } else {
+        (void)std::fprintf(text, "%s, the first is %u\n",
+                           counted(player.differing.size(), "frame differs", "frames differ").c_str(),
+                           player.differing.front());
     }
-    return offered.front();
 }
 
 int runAsync(const GlobalOptions& global, const AsyncOptions& options) {
@@ -179,6 +217,8 @@ int runAsync(const GlobalOptions& global, const AsyncOptions& options) {
         throw ToolError(kUsage, "'" + (range ? options.pattern : options.range) + "' is no " +
                                     (range ? "pattern" : "range of frames"));
     }
+    requireClipFile(options.file);
+    checkOutput(options.output);
     if (options.decodeMicros > 0) {
         setProcessEnvironment("ORVANTIS_STANDIN_DELAY_US", std::to_string(options.decodeMicros));
     }
@@ -190,11 +230,17 @@ int runAsync(const GlobalOptions& global, const AsyncOptions& options) {
     const auto work = [&](HostedRun& hosted) -> int {
         Answer<host::imFileInfoRec8> info;
         const auto clip = hosted.open(options.file, 0, info);
-        const auto frames = framesOf(*range, frameCount(info.record));
+        const std::uint32_t count = frameCount(info.record);
+        const auto frames = framesOf(*range, count);
         if (frames.empty()) {
-            throw ToolError(kFailed, "the clip has no such frames");
+            throw ToolError(kFailed, "the clip has " + counted(count, "frame", "frames") +
+                                         ", counted from 0; '" + options.range + "' asks for others");
         }
-        const std::uint32_t format = chosenFormat(options, *clip);
+        if (const std::string note = rangeNote(*range, count); !note.empty()) {
+            (void)std::fprintf(stderr, "importer_host: %s\n", note.c_str());
+        }
+        const std::uint32_t format =
+            chosenFormats(wantedFormats(options), clip->pixelFormats().formats).front();
         Player player{hosted,
                       *clip,
                       playOrder(*pattern, frames, options.seed),
@@ -213,32 +259,14 @@ int runAsync(const GlobalOptions& global, const AsyncOptions& options) {
         (void)async.flush();
         (void)async.close();
 
-        std::printf("%zu frames, %s, %u ahead, %s", player.order.size(), options.pattern.c_str(),
-                    options.ahead, pixelFormatName(format));
-        std::printf(*pattern == PlayPattern::kRandom ? ", seed %u\n" : "\n", options.seed);
-        print("synchronous: ", synchronous);
-        print("asynchronous:", asynchronous);
         const Overlap overlap = overlapOf(synchronous, asynchronous);
-        std::printf(
-            "overlap: of %.2f ms for reading and decoding a frame %.0f %% are hidden; the host's own work is "
-            "long enough for %.0f %%\n",
-            synchronous.perFrame(synchronous.waiting) * 1000.0, overlap.hidden * 100.0,
-            overlap.possible * 100.0);
-        if (!options.json.empty()) {
-            const nlohmann::ordered_json out = {
-                {"frames", player.order.size()},        {"ahead", options.ahead},
-                {"differing", player.differing.size()}, {"synchronous", toJson(synchronous)},
-                {"asynchronous", toJson(asynchronous)}, {"hidden", overlap.hidden},
-                {"possible", overlap.possible}};
-            writeText(options.json, out.dump(2) + "\n");
+        std::FILE* const text = global.json && options.output.empty() ? stderr : stdout;
+        printAll(text, options, player, synchronous, asynchronous, overlap);
+        if (global.json) {
+            writeAnswer(options.output,
+                        toJson(options, player, synchronous, asynchronous, overlap).dump(2) + "\n");
         }
-        if (player.differing.empty()) {
-            std::printf("all frames are identical\n");
-            return kSuccess;
-        }
-        std::printf("%zu frames differ, the first is %u\n", player.differing.size(),
-                    player.differing.front());
-        return kBrokenRule;
+        return player.differing.empty() ? kSuccess : kBrokenRule;
     };
     return runHosted(global, work, light);
 }
@@ -271,7 +299,7 @@ Command addAsyncCommand(CLI::App& app) {
             "does not know this")
         ->capture_default_str()
         ->check(CLI::Range(0, 10'000'000));
-    parser->add_option("--json", options->json, "Write the measurements as JSON");
+    parser->add_option("--out", options->output, "File for the JSON object (default: the standard output)");
     return {parser, [options](const GlobalOptions& global) { return runAsync(global, *options); }};
 }
 

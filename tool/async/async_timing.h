@@ -36,4 +36,10 @@ inline Overlap overlapOf(const PlayTiming& synchronous, const PlayTiming& asynch
             std::clamp(synchronous.work() / synchronous.waiting, 0.0, 1.0)};
 }
 
+/// True when announcing frames cost more time than it saved, by more than measuring can blur.
+inline bool asynchronousIsSlower(const PlayTiming& synchronous, const PlayTiming& asynchronous) noexcept {
+    constexpr double kBlur = 1.02;
+    return synchronous.total > 0.0 && asynchronous.total > synchronous.total * kBlur;
+}
+
 }  // namespace simhost::tool

@@ -4,16 +4,20 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "tool/commands.h"
 #include "tool/shared/base/hosted_run.h"
+#include "tool/shared/base/number_text.h"
 #include "tool/shared/base/output_file.h"
 #include "tool/shared/base/tool_error.h"
+#include "tool/shared/media/clip_errors.h"
 #include "tool/shared/media/media_facts.h"
 #include "tool/shared/media/sound_reading.h"
+#include "tool/shared/media/sound_tracks.h"
 #include "tool/shared/media/wav.h"
 #include "tool/shared/pictures/png.h"
 #include "tool/shared/pictures/waveform.h"
@@ -21,9 +25,12 @@
 namespace simhost::tool {
 namespace {
 
+using Json = nlohmann::ordered_json;
+
 struct AudioOptions {
     std::string file;
-    std::int32_t stream = 0;
+    std::int32_t track = 1;
+    std::optional<std::int32_t> stream;  // the same as the host counts, from 0
     std::string wav;
     std::string waveform;
 };
@@ -52,7 +59,7 @@ void interleave(const AudioAnswer& answer, std::vector<std::uint8_t>& out) {
     }
 }
 
-void deliver(const HostedRun& hosted, const AudioOptions& options, const Clip& clip,
+Json deliver(const HostedRun& hosted, const AudioOptions& options, const Clip& clip,
              const host::imFileInfoRec8& info) {
     const auto shape = soundShape(info);
     if (!shape) {
@@ -97,33 +104,53 @@ void deliver(const HostedRun& hosted, const AudioOptions& options, const Clip& c
     }
     if (wav) {
         wav->finish();
-        std::printf("%llu sample frames of %u channels at %u Hz in %s\n",
-                    static_cast<unsigned long long>(shape->length), channels, rate, options.wav.c_str());
     }
     if (waveform) {
         writeFile(options.waveform, encodePng(waveform->render(names)));
+    }
+    return {{"file", options.file},
+            {"soundTrack", options.track},
+            {"sampleFrames", shape->length},
+            {"channels", channels},
+            {"sampleRate", rate},
+            {"channelLabels", labels.empty() ? Json() : Json(names)},
+            {"wav", options.wav.empty() ? Json() : Json(options.wav)},
+            {"waveform", options.waveform.empty() ? Json() : Json(options.waveform)}};
+}
+
+void print(const AudioOptions& options, const Json& told) {
+    if (!options.wav.empty()) {
+        std::printf(
+            "%s: %s of %s at %u Hz in %s\n", soundTrackName(options.track).c_str(),
+            counted(told["sampleFrames"].get<std::uint64_t>(), "sample frame", "sample frames").c_str(),
+            counted(told["channels"].get<std::uint64_t>(), "channel", "channels").c_str(),
+            told["sampleRate"].get<std::uint32_t>(), options.wav.c_str());
+    }
+    if (!options.waveform.empty()) {
         std::printf("waveform in %s\n", options.waveform.c_str());
     }
 }
 
-int runAudio(const GlobalOptions& global, const AudioOptions& options) {
+int runAudio(const GlobalOptions& global, AudioOptions options) {
     if (options.wav.empty() && options.waveform.empty()) {
         throw ToolError(kUsage, "nothing to write: give --out or --waveform");
     }
-    return runHosted(global, [&options](HostedRun& hosted) {
+    if (options.stream) {
+        options.track = soundTrack(*options.stream);
+    }
+    requireClipFile(options.file);
+    checkOutput(options.wav);
+    checkOutput(options.waveform);
+    return runHosted(global, [&](HostedRun& hosted) {
         Answer<host::imFileInfoRec8> info;
-        // Only the walk tells how many streams there are: the last one is answered like one that is not
-        // there.
-        const std::size_t streams = hosted.open(options.file, 0, info)->walkStreams().size();
-        if (static_cast<std::size_t>(options.stream) >= streams ||
-            (streams == 1 && info.record.hasAudio != 1)) {
-            throw ToolError(kFailed, "the file has no audio stream " + std::to_string(options.stream));
+        requireSoundTrack(*hosted.open(options.file, 0, info), options.file, options.track);
+        const auto clip = hosted.open(options.file, options.track - 1, info);
+        const Json told = deliver(hosted, options, *clip, info.record);
+        if (global.json) {
+            std::printf("%s\n", told.dump(2, ' ', false, Json::error_handler_t::replace).c_str());
+        } else {
+            print(options, told);
         }
-        const auto clip = hosted.open(options.file, options.stream, info);
-        if (info.record.hasAudio != 1) {
-            throw ToolError(kFailed, "audio stream " + std::to_string(options.stream) + " cannot be played");
-        }
-        deliver(hosted, options, *clip, info.record);
         return kSuccess;
     });
 }
@@ -132,11 +159,19 @@ int runAudio(const GlobalOptions& global, const AudioOptions& options) {
 
 Command addAudioCommand(CLI::App& app) {
     auto options = std::make_shared<AudioOptions>();
-    CLI::App* parser = app.add_subcommand("audio", "Write the sound of a stream as WAV, or draw it");
+    CLI::App* parser = app.add_subcommand("audio", "Write a sound track as WAV, or draw it");
     parser->add_option("FILE", options->file, "AVI file")->required();
-    parser->add_option("--stream", options->stream, "Number of the audio stream, from 0")
-        ->capture_default_str()
-        ->check(CLI::NonNegativeNumber);
+    // As many as an AVI file can have streams.
+    constexpr std::int32_t kMostTracks = 100;
+    CLI::Option* track =
+        parser
+            ->add_option("--track", options->track,
+                         "Number of the sound track, from 1, as report, doctor and info tell it")
+            ->capture_default_str()
+            ->check(CLI::Range(1, kMostTracks));
+    parser->add_option("--stream", options->stream, "The same as the host counts, from 0")
+        ->check(CLI::Range(0, kMostTracks - 1))
+        ->excludes(track);
     parser->add_option("--out", options->wav, "WAV file of 32-bit float samples");
     parser->add_option("--waveform", options->waveform, "PNG file with the waveform of each channel");
     return {parser, [options](const GlobalOptions& global) { return runAudio(global, *options); }};

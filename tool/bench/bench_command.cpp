@@ -6,24 +6,29 @@
 #include <functional>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "host/result_codes.h"
+#include "tool/bench/bench_clip.h"
 #include "tool/bench/bench_workloads.h"
 #include "tool/commands.h"
 #include "tool/shared/base/hosted_run.h"
+#include "tool/shared/base/interruption.h"
 #include "tool/shared/base/output_file.h"
-#include "tool/shared/base/tool_error.h"
+#include "tool/shared/base/tool_platform.h"
+#include "tool/shared/media/clip_errors.h"
 
 namespace simhost::tool {
 namespace {
 
-using Json = nlohmann::json;
+using Json = nlohmann::ordered_json;
 
 struct BenchOptions {
     std::string file;
     std::string what = "all";
-    std::string json;
+    std::string output;
     int runs = 7;
     double decodeMicroseconds = 0;
 };
@@ -40,6 +45,7 @@ Json alternate(int runs, double units, const std::function<double()>& ours,
     std::vector<double> best;
     std::vector<double> quotients;
     for (int i = 0; i <= runs; ++i) {
+        throwIfInterrupted();
         const double first = ours();
         const double second = limit();
         if (i == 0) continue;
@@ -56,17 +62,18 @@ Json alternate(int runs, double units, const std::function<double()>& ours,
             {"runs", runs}};
 }
 
-void print(const char* what, const char* unit, const Json& figures) {
-    std::printf("%-34s %10.2f us %s, at best %10.2f us: ratio %.3f (%.3f to %.3f)\n", what,
-                figures["ours_us"].get<double>(), unit, figures["limit_us"].get<double>(),
-                figures["ratio"].get<double>(), figures["ratio_q1"].get<double>(),
-                figures["ratio_q3"].get<double>());
+void print(std::FILE* text, const char* what, const char* unit, const Json& figures) {
+    (void)std::fprintf(text, "%-34s %10.2f us %s, at best %10.2f us: ratio %.3f (%.3f to %.3f)\n", what,
+                       figures["ours_us"].get<double>(), unit, figures["limit_us"].get<double>(),
+                       figures["ratio"].get<double>(), figures["ratio_q1"].get<double>(),
+                       figures["ratio_q3"].get<double>());
 }
 
 class Bench {
  public:
-    Bench(const BenchImporter& importer, const BenchOptions& options)
-        : m_importer(importer), m_options(options) {}
+    /// `text` is for the figures in words.
+    Bench(const BenchImporter& importer, const BenchOptions& options, std::FILE* text)
+        : m_importer(importer), m_options(options), m_text(text) {}
 
     void run() {
         if (wanted("open")) open();
@@ -85,7 +92,7 @@ class Bench {
         times.reserve(static_cast<std::size_t>(m_options.runs));
         for (int i = 0; i < m_options.runs; ++i) times.push_back(timeOpening(m_importer, m_options.file));
         m_figures["open"] = {{"ours_us", quantile(times, 0.5) * 1e6}};
-        std::printf("%-34s %10.2f us\n", "open and describe", quantile(times, 0.5) * 1e6);
+        (void)std::fprintf(m_text, "%-34s %10.2f us\n", "open and describe", quantile(times, 0.5) * 1e6);
     }
 
     void frames() {
@@ -93,14 +100,14 @@ class Bench {
         m_figures["frames"] = alternate(
             m_options.runs, reading.frames(), [&] { return reading.ours(); },
             [&] { return reading.limit(); });
-        print("frames against plain reads", "a frame", m_figures["frames"]);
+        print(m_text, "frames against plain reads", "a frame", m_figures["frames"]);
     }
 
     void calls() {
         FrameCalls calling(m_importer, m_options.file);
         m_figures["calls"] = alternate(
             m_options.runs, calling.calls(), [&] { return calling.ours(); }, [&] { return calling.limit(); });
-        print("calls against reads and host calls", "a call", m_figures["calls"]);
+        print(m_text, "calls against reads and host calls", "a call", m_figures["calls"]);
     }
 
     void audio() {
@@ -109,7 +116,7 @@ class Bench {
         const double mebibytes = static_cast<double>(reading.bytes()) / (1 << 20);
         m_figures["audio"] = alternate(
             m_options.runs, mebibytes, [&] { return reading.ours(); }, [&] { return reading.limit(); });
-        print("sound against reads and one copy", "a MiB", m_figures["audio"]);
+        print(m_text, "sound against reads and one copy", "a MiB", m_figures["audio"]);
     }
 
     void async() {
@@ -118,31 +125,44 @@ class Bench {
         m_figures["async"] = alternate(
             m_options.runs, playback.frames(), [&] { return playback.ours(); },
             [&] { return std::max(playback.reads(true), decodes); });
-        print("ahead against the longer step", "a frame", m_figures["async"]);
+        print(m_text, "ahead against the longer step", "a frame", m_figures["async"]);
         m_figures["async_bare"] = alternate(
             m_options.runs, playback.frames(), [&] { return playback.ours(); },
             [&] { return playback.pipeline(m_options.decodeMicroseconds * 1e-6); });
-        print("ahead against a bare pipeline", "a frame", m_figures["async_bare"]);
+        print(m_text, "ahead against a bare pipeline", "a frame", m_figures["async_bare"]);
     }
 
     const BenchImporter& m_importer;
     const BenchOptions& m_options;
+    std::FILE* m_text;
     Json m_figures = Json::object();
 };
 
+// A measurement of calls that fail says nothing. Only opening can be timed of a file that is refused, too.
+void requireDescribable(const BenchImporter& importer, const BenchOptions& options) {
+    const std::int32_t result = BenchClip(importer, options.file).tryDescribe();
+    if (options.what != "open" && result != host::imNoErr && result != host::imIterateStreams) {
+        throw refusedClip(options.file, result);
+    }
+}
+
 int runBench(const GlobalOptions& global, const BenchOptions& options) {
+    requireClipFile(options.file);
+    checkOutput(options.output);
     // No HostedRun: its host watches the plug-in, which is to be timed.
     const std::unique_ptr<Plugin> plugin = loadPlugin(global);
     Json figures;
     {
+        std::optional<LogSwitch> logOff(std::in_place, false);
         const BenchImporter importer(plugin->entry());
-        Bench bench(importer, options);
+        logOff.reset();
+        requireDescribable(importer, options);
+        Bench bench(importer, options, global.json && options.output.empty() ? stderr : stdout);
         bench.run();
         figures = bench.figures();
     }
-    if (!options.json.empty()) {
-        const std::string text = figures.dump(2) + "\n";
-        writeFile(options.json, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+    if (global.json) {
+        writeAnswer(options.output, figures.dump(2) + "\n");
     }
     return kSuccess;
 }
@@ -162,8 +182,10 @@ Command addBenchCommand(CLI::App& app) {
         ->check(CLI::Range(1, 1000));
     parser->add_option("--decode-us", options->decodeMicroseconds,
                        "How long the codec takes for a frame, for async");
-    parser->add_option("--json", options->json, "Write the figures to this file too");
-    return {parser, [options](const GlobalOptions& global) { return runBench(global, *options); }};
+    parser->add_option("--out", options->output, "File for the JSON object (default: the standard output)");
+    return {parser,
+            [options](const GlobalOptions& global) { return runBench(global, *options); },
+            {.profile = false, .log = false, .progress = false}};
 }
 
 }  // namespace simhost::tool

@@ -251,9 +251,9 @@ std::string checkText(const Check& check, bool colour) {
     return check.advice.empty() ? out : out + "      -> " + check.advice + "\n";
 }
 
-std::string checksJson(std::span<const Check> checks) {
+std::string checksJson(std::span<const Check> checks, const nlohmann::ordered_json& versions) {
     constexpr std::array kStates = {"good", "warning", "bad"};
-    nlohmann::ordered_json out;
+    nlohmann::ordered_json out = {{"versions", versions}};
     out["checks"] = nlohmann::ordered_json::array();
     std::array<int, 3> counts{};
     for (const Check& check : checks) {

@@ -3,12 +3,13 @@
 #pragma once
 
 #include <cstdint>
+#include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <span>
 #include <string>
 #include <vector>
 
-#include "tool/doctor/pe_file.h"
+#include "tool/shared/base/plugin_files.h"
 
 namespace simhost::tool {
 
@@ -32,15 +33,6 @@ struct PluginFolder {
     FolderSource source = FolderSource::kUsual;
     bool exists = false;
 };
-
-/// A file on disk, read. `pe` is empty when it is no Windows library or cannot be read.
-struct LibraryFile {
-    std::string path;
-    std::optional<PeFile> pe;
-};
-
-inline constexpr const char* kPluginFileName = "ImporterOrvantis.prm";
-inline constexpr const char* kCodecFileName = "orvantis_common64.dll";
 
 /// The functions that the plug-in takes from the codec library.
 std::span<const char* const> codecFunctions() noexcept;
@@ -70,6 +62,7 @@ std::string firstLine(const std::string& text);
 
 /// One line, two with advice.
 std::string checkText(const Check& check, bool colour);
-std::string checksJson(std::span<const Check> checks);
+/// `versions` comes first.
+std::string checksJson(std::span<const Check> checks, const nlohmann::ordered_json& versions);
 
 }  // namespace simhost::tool

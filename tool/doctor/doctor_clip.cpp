@@ -15,30 +15,6 @@ Check good(const char* name, const std::string& found) {
     return {CheckState::kGood, name, found, ""};
 }
 
-// Why the plug-in refuses a file, as far as the file itself tells.
-Check refused(const std::string& path, const ToolError& error) {
-    Check out{CheckState::kBad, "clip", error.what(), "look at it with the diagnostic log on (--log)"};
-    const auto facts = readAviFacts(path);
-    if (!facts) {
-        out.found = "'" + path + "' cannot be read";
-        out.advice = "check the path, and whether another program holds the file";
-    } else if (!facts->usable) {
-        out.found = "'" + path + "' is no AVI file that can be used: " + firstLine(facts->problems);
-        out.advice = "the plug-in reads AVI files only; if this should be one, write or copy it anew";
-    } else if (const auto video =
-                   std::find_if(facts->streams.begin(), facts->streams.end(),
-                                [](const auto& s) { return s.kind == StreamFacts::Kind::kVideo; });
-               video == facts->streams.end()) {
-        out.found += "; it has no pictures";
-        out.advice = "the plug-in opens files with Orvantis pictures only";
-    } else {
-        out.found += "; its pictures are coded as '" + video->format + "'";
-        out.advice =
-            "if that is no Orvantis type, another importer of the host opens it; else update the codec";
-    }
-    return out;
-}
-
 void checkFrames(const Clip& clip, std::uint32_t frames, std::vector<Check>& out) {
     const PixelFormats offered = clip.pixelFormats();
     if (offered.formats.empty()) {
@@ -139,7 +115,7 @@ std::vector<Check> checkClip(const HostedRun& hosted, const std::string& clipUtf
         checkPictures(*clip, info.record, out);
         checkSound(hosted, clipUtf8, *clip, out);
     } catch (const ToolError& error) {
-        out.push_back(refused(clipUtf8, error));
+        out.push_back({CheckState::kBad, "clip", error.what(), error.advice()});
         return out;
     }
     if (const auto facts = readAviFacts(clipUtf8)) {

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <system_error>
 
@@ -19,23 +18,6 @@ std::string lowerCase(std::string text) {
     std::transform(text.begin(), text.end(), text.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     return text;
-}
-
-LibraryFile readLibrary(const std::string& path) {
-    // Beyond any library; a file of that name may be anything.
-    constexpr std::uintmax_t kMostBytes = std::uintmax_t{512} << 20;
-    LibraryFile out{path, {}};
-    std::error_code error;
-    const std::uintmax_t size = fs::file_size(pathFromUtf8(path), error);
-    if (error || size > kMostBytes) {
-        return out;
-    }
-    std::vector<char> bytes(static_cast<std::size_t>(size));
-    std::ifstream stream(pathFromUtf8(path), std::ios::binary);
-    stream.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    out.pe = parsePe({reinterpret_cast<const std::uint8_t*>(bytes.data()),
-                      static_cast<std::size_t>(std::max<std::streamsize>(stream.gcount(), 0))});
-    return out;
 }
 
 }  // namespace

@@ -3,23 +3,29 @@
 #include <algorithm>
 #include <cstdio>
 #include <memory>
+#include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
-#include "simhost/text.h"
 #include "tool/commands.h"
 #include "tool/shared/base/hosted_run.h"
+#include "tool/shared/base/number_text.h"
 #include "tool/shared/base/output_file.h"
 #include "tool/shared/base/progress.h"
 #include "tool/shared/base/tool_error.h"
+#include "tool/shared/media/clip_errors.h"
 #include "tool/shared/media/frame_range.h"
 #include "tool/shared/media/media_facts.h"
+#include "tool/shared/media/pixel_format_choice.h"
 #include "tool/shared/pictures/contact_sheet.h"
 #include "tool/shared/pictures/picture.h"
 #include "tool/shared/pictures/png.h"
 
 namespace simhost::tool {
 namespace {
+
+using Json = nlohmann::ordered_json;
 
 struct FramesOptions {
     std::string file;
@@ -28,47 +34,25 @@ struct FramesOptions {
     std::string folder;
     std::string sheet;
     bool raw = false;
+    std::optional<bool> keepGoing;  // default: for a sheet
 };
 
-// The part of a format's identifier that tells formats apart even where names of files ignore case.
-std::string shortName(std::uint32_t format) {
-    const std::string name = pixelFormatName(format);
-    return name.substr(name.find('_') + 1);
-}
-
-std::vector<std::uint32_t> chosenFormats(const FramesOptions& options,
-                                         const std::vector<std::uint32_t>& offered) {
-    if (offered.empty()) {
-        throw ToolError(kFailed, "the plug-in offers no pixel format");
-    }
-    std::vector<std::uint32_t> out;
-    for (const std::string& text : options.formats) {
-        if (text == "all") {
-            out.insert(out.end(), offered.begin(), offered.end());
-            continue;
-        }
-        const auto format = pixelFormatFromText(text);
-        if (!format) {
-            throw ToolError(kUsage, "there is no pixel format '" + text + "'");
-        }
-        out.push_back(*format);
-    }
-    return out.empty() ? std::vector{offered.front()} : out;
-}
+struct LostFrame {
+    std::uint32_t index = 0;
+    std::uint32_t format = 0;
+    std::int32_t result = 0;
+};
 
 class FrameWriter {
  public:
     FrameWriter(const FramesOptions& options, std::size_t columns) : m_options(options), m_columns(columns) {
         m_stem = pathToUtf8(pathFromUtf8(options.file).stem());
-        if (!options.folder.empty()) {
-            makeFolder(options.folder);
-        }
     }
 
     void write(const Frame& frame, std::uint32_t index) {
         char number[16];
         (void)std::snprintf(number, sizeof number, "%06u", index);
-        const std::string name = shortName(frame.pixelFormat());
+        const std::string name = shortFormatName(frame.pixelFormat());
         const std::string path = m_options.folder + "/" + m_stem + "_" + name + "_" + number;
         if (!m_options.folder.empty() && m_options.raw) {
             writeFile(path + ".raw", frame.picture());
@@ -92,15 +76,25 @@ class FrameWriter {
         }
     }
 
+    /// A tile of the sheet for a frame that there is not.
+    void writeLost(const LostFrame& lost, std::int32_t width, std::int32_t height) {
+        if (m_options.sheet.empty()) {
+            return;
+        }
+        Picture blank;
+        blank.width = width;
+        blank.height = height;
+        blank.samples.assign(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 3, 0);
+        m_sheet.add(blank, std::to_string(lost.index) + " lost: " + resultText(lost.result));
+    }
+
     void finish() {
         if (!m_options.sheet.empty()) {
             writeFile(m_options.sheet, encodePng(m_sheet.render(m_columns)));
-            std::printf("%zu frames on %s\n", m_sheet.size(), m_options.sheet.c_str());
-        }
-        if (!m_options.folder.empty()) {
-            std::printf("%zu files in %s\n", m_files, m_options.folder.c_str());
         }
     }
+
+    std::size_t files() const noexcept { return m_files; }
 
  private:
     const FramesOptions& m_options;
@@ -110,6 +104,92 @@ class FrameWriter {
     ContactSheet m_sheet;
 };
 
+Json toJson(const FramesOptions& options, std::size_t delivered, std::size_t files,
+            const std::vector<LostFrame>& lost, const std::string& note) {
+    Json out = {{"file", options.file}, {"delivered", delivered}, {"files", files}};
+    out["folder"] = options.folder.empty() ? Json() : Json(options.folder);
+    out["sheet"] = options.sheet.empty() ? Json() : Json(options.sheet);
+    out["note"] = note;
+    out["lost"] = Json::array();
+    for (const LostFrame& frame : lost) {
+        out["lost"].push_back({{"frame", frame.index},
+                               {"format", pixelFormatName(frame.format)},
+                               {"result", frame.result},
+                               {"resultName", resultText(frame.result)}});
+    }
+    return out;
+}
+
+void printCounts(const FramesOptions& options, std::size_t delivered, std::size_t files,
+                 const std::vector<LostFrame>& lost) {
+    if (!options.sheet.empty()) {
+        std::printf("%s on %s\n", counted(delivered, "frame", "frames").c_str(), options.sheet.c_str());
+    }
+    if (!options.folder.empty()) {
+        std::printf("%s in %s\n", counted(files, "file", "files").c_str(), options.folder.c_str());
+    }
+    if (!lost.empty()) {
+        const LostFrame& first = lost.front();
+        std::printf("%zu of %s could not be delivered, the first is frame %u: %s\n", lost.size(),
+                    counted(delivered + lost.size(), "frame", "frames").c_str(), first.index,
+                    resultText(first.result).c_str());
+    }
+}
+
+int deliver(const HostedRun& hosted, const FramesOptions& options, const FrameRange& range, bool json) {
+    Answer<host::imFileInfoRec8> info;
+    const auto clip = hosted.open(options.file, 0, info);
+    const std::uint32_t count = frameCount(info.record);
+    const auto frames = framesOf(range, count);
+    if (frames.empty()) {
+        throw ToolError(kFailed, "the clip has " + counted(count, "frame", "frames") + ", counted from 0; '" +
+                                     options.range + "' asks for others");
+    }
+    const std::string note = rangeNote(range, count);
+    if (!note.empty()) {
+        (void)std::fprintf(stderr, "importer_host: %s\n", note.c_str());
+    }
+    const auto formats = chosenFormats(options.formats, clip->pixelFormats().formats);
+    const bool keepGoing = options.keepGoing.value_or(!options.sheet.empty());
+    // With several formats a row of the sheet is a format.
+    constexpr std::size_t kMostColumns = 12;
+    const std::size_t columns = formats.size() > 1 ? std::min(frames.size(), kMostColumns) : 0;
+    FrameWriter writer(options, columns);
+    std::vector<LostFrame> lost;
+    std::size_t delivered = 0;
+    {
+        Progress progress(hosted.progress(), "frames", std::uint64_t{frames.size()} * formats.size());
+        for (const std::uint32_t format : formats) {
+            for (const std::uint32_t index : frames) {
+                const FrameAnswer answer = clip->getFrame(index, format);
+                if (answer.frame) {
+                    writer.write(*answer.frame, index);
+                    ++delivered;
+                } else if (keepGoing) {
+                    lost.push_back({index, format, answer.result});
+                    writer.writeLost(lost.back(), info.record.vidInfo.imageWidth,
+                                     info.record.vidInfo.imageHeight);
+                } else {
+                    throw ToolError(kFailed,
+                                    "frame " + std::to_string(index) + " in " + pixelFormatName(format) +
+                                        ": " + resultText(answer.result),
+                                    "--keep-going delivers the frames behind it");
+                }
+                progress.advance();
+            }
+        }
+    }
+    writer.finish();
+    if (json) {
+        std::printf("%s\n", toJson(options, delivered, writer.files(), lost, note)
+                                .dump(2, ' ', false, Json::error_handler_t::replace)
+                                .c_str());
+    } else {
+        printCounts(options, delivered, writer.files(), lost);
+    }
+    return lost.empty() ? kSuccess : kFailed;
+}
+
 int runFrames(const GlobalOptions& global, const FramesOptions& options) {
     const auto range = parseFrameRange(options.range);
     if (!range) {
@@ -118,38 +198,13 @@ int runFrames(const GlobalOptions& global, const FramesOptions& options) {
     if (options.folder.empty() && options.sheet.empty()) {
         throw ToolError(kUsage, "nothing to write: give --out or --sheet");
     }
-    return runHosted(global, [&](HostedRun& hosted) {
-        Answer<host::imFileInfoRec8> info;
-        const auto clip = hosted.open(options.file, 0, info);
-        const std::uint32_t count = frameCount(info.record);
-        const auto frames = framesOf(*range, count);
-        if (frames.empty() || (range->last && *range->last >= count)) {
-            throw ToolError(kFailed, "the clip has " + std::to_string(count) + " frames, counted from 0; '" +
-                                         options.range + "' asks for others");
-        }
-        const auto formats = chosenFormats(options, clip->pixelFormats().formats);
-        // With several formats a row of the sheet is a format.
-        constexpr std::size_t kMostColumns = 12;
-        const std::size_t columns = formats.size() > 1 ? std::min(frames.size(), kMostColumns) : 0;
-        FrameWriter writer(options, columns);
-        {
-            Progress progress(hosted.progress(), "frames", std::uint64_t{frames.size()} * formats.size());
-            for (const std::uint32_t format : formats) {
-                for (const std::uint32_t index : frames) {
-                    const FrameAnswer answer = clip->getFrame(index, format);
-                    if (!answer.frame) {
-                        throw ToolError(kFailed, "frame " + std::to_string(index) + " in " +
-                                                     pixelFormatName(format) + ": " +
-                                                     resultText(answer.result));
-                    }
-                    writer.write(*answer.frame, index);
-                    progress.advance();
-                }
-            }
-        }
-        writer.finish();
-        return kSuccess;
-    });
+    requireClipFile(options.file);
+    if (!options.folder.empty()) {
+        makeFolder(options.folder);
+    }
+    checkOutput(options.sheet);
+    return runHosted(global,
+                     [&](HostedRun& hosted) { return deliver(hosted, options, *range, global.json); });
 }
 
 }  // namespace
@@ -168,6 +223,8 @@ Command addFramesCommand(CLI::App& app) {
     parser->add_option("--sheet", options->sheet, "PNG file for all frames on one sheet");
     parser->add_flag("--raw", options->raw,
                      "Write the rows as they are, from the top, without padding, not PNG");
+    parser->add_flag("--keep-going,!--stop-at-failure", options->keepGoing,
+                     "Go on behind a frame that cannot be delivered (default for a sheet), or stop");
     return {parser, [options](const GlobalOptions& global) { return runFrames(global, *options); }};
 }
 

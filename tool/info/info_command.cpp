@@ -1,18 +1,27 @@
 // info: everything that the plug-in tells the host about itself and about a file, as text or JSON.
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <vector>
 
 #include "host/record_values.h"
 #include "simhost/text.h"
 #include "tool/commands.h"
+#include "tool/shared/base/failure.h"
+#include "tool/shared/base/file_facts.h"
 #include "tool/shared/base/hosted_run.h"
+#include "tool/shared/base/interruption.h"
+#include "tool/shared/base/number_text.h"
 #include "tool/shared/base/output_file.h"
 #include "tool/shared/base/tool_error.h"
+#include "tool/shared/base/versions.h"
+#include "tool/shared/media/clip_errors.h"
 #include "tool/shared/media/media_facts.h"
+#include "tool/shared/media/sound_tracks.h"
 #include "tool/shared/media/wav.h"
 
 namespace simhost::tool {
@@ -21,9 +30,8 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 struct InfoOptions {
-    std::string file;
+    std::vector<std::string> files;
     std::string output;
-    bool json = false;
 };
 
 // Text in a field of fixed size.
@@ -135,6 +143,7 @@ Json aboutFile(const HostedRun& run, const std::string& file) {
     const auto clip = run.open(file, 0, info);
     Json out;
     out["path"] = file;
+    out["modified"] = dateText(fileFacts(file).modified);
     out["streams"] = Json::array();
     // What concerns the video is asked for while the plug-in has analysed stream 0, which alone carries it.
     Json video;
@@ -159,6 +168,7 @@ Json aboutFile(const HostedRun& run, const std::string& file) {
         }
         if (stream.answer.record.hasAudio == 1) {
             row["audio"] = aboutAudio(*clip, stream.answer.record);
+            row["audio"]["soundTrack"] = soundTrack(stream.streamIndex);
         }
         out["streams"].push_back(row);
     }
@@ -222,21 +232,50 @@ std::string textOf(const Json& value, const std::string& indent) {
     return out;
 }
 
+// One file is told as "file", several as "files", where one that fails does not keep the others back.
+int addFiles(const HostedRun& hosted, const std::vector<std::string>& files, Json& out) {
+    if (files.size() == 1) {
+        out["file"] = aboutFile(hosted, files.front());
+        return kSuccess;
+    }
+    int result = kSuccess;
+    out["files"] = Json::array();
+    for (const std::string& file : files) {
+        throwIfInterrupted();
+        try {
+            out["files"].push_back(aboutFile(hosted, file));
+        } catch (const ToolError& error) {
+            result = error.code();
+            out["files"].push_back({{"path", file}, {"error", failureJson(error)}});
+            (void)tellFailure(error, false);
+        }
+    }
+    return result;
+}
+
 int runInfo(const GlobalOptions& global, const InfoOptions& options) {
-    return runHosted(global, [&options](HostedRun& hosted) {
+    const std::vector<std::string> files = clipFiles(options.files);
+    if (files.size() == 1) {
+        requireClipFile(files.front());
+    }
+    for (const std::string& file : files) {
+        protectInput(file);
+    }
+    checkOutput(options.output);
+    return runHosted(global, [&](HostedRun& hosted) {
         Json out;
+        out["made"] = dateText(std::chrono::duration_cast<std::chrono::seconds>(
+                                   std::chrono::system_clock::now().time_since_epoch())
+                                   .count());
+        out["versions"] = versionJson(versionsOf(global, hosted.pluginPath()));
         out["host"] = {{"profile", hosted.host().profile().name},
                        {"interfaceVersion", hosted.host().profile().interfaceVersion}};
         out["plugin"] = aboutPlugin(hosted);
-        out["file"] = aboutFile(hosted, options.file);
+        const int result = addFiles(hosted, files, out);
         const std::string text =
-            options.json ? out.dump(2, ' ', false, Json::error_handler_t::replace) + "\n" : textOf(out, "");
-        if (options.output.empty()) {
-            (void)std::fputs(text.c_str(), stdout);
-        } else {
-            writeFile(options.output, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
-        }
-        return kSuccess;
+            global.json ? out.dump(2, ' ', false, Json::error_handler_t::replace) + "\n" : textOf(out, "");
+        writeAnswer(options.output, text);
+        return result;
     });
 }
 
@@ -244,9 +283,8 @@ int runInfo(const GlobalOptions& global, const InfoOptions& options) {
 
 Command addInfoCommand(CLI::App& app) {
     auto options = std::make_shared<InfoOptions>();
-    CLI::App* parser = app.add_subcommand("info", "Tell what the plug-in says about itself and about a file");
-    parser->add_option("FILE", options->file, "AVI file")->required();
-    parser->add_flag("--json", options->json, "Write JSON");
+    CLI::App* parser = app.add_subcommand("info", "Tell what the plug-in says about itself and about files");
+    parser->add_option("FILE", options->files, "AVI files, or folders of them")->required();
     parser->add_option("--out", options->output,
                        "File for the answer, in UTF-8 (default: the standard output)");
     return {parser, [options](const GlobalOptions& global) { return runInfo(global, *options); }};

@@ -1,27 +1,30 @@
 // log: reads the plug-in's diagnostic log and tells in plain words what happened, also while it is written.
 #include <CLI/CLI.hpp>
 #include <chrono>
-#include <csignal>
 #include <cstdio>
-#include <filesystem>
 #include <fstream>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
-#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
 
 #include "tool/commands.h"
+#include "tool/log/log_list.h"
 #include "tool/log/log_printer.h"
+#include "tool/shared/base/hosted_run.h"
+#include "tool/shared/base/interruption.h"
 #include "tool/shared/base/output_file.h"
 #include "tool/shared/base/terminal.h"
 #include "tool/shared/base/tool_error.h"
 #include "tool/shared/base/tool_platform.h"
+#include "tool/shared/base/versions.h"
 #include "tool/shared/logs/log_calls.h"
 #include "tool/shared/logs/log_files.h"
 #include "tool/shared/logs/log_reader.h"
+#include "tool/shared/media/clip_errors.h"
 
 namespace simhost::tool {
 namespace {
@@ -33,20 +36,16 @@ constexpr int kQuietPolls = 3;
 constexpr std::size_t kBlock = std::size_t{1} << 20;
 
 struct LogOptions {
-    std::string file;
+    std::optional<std::string> file;
     bool json = false;
     bool follow = false;
     double seconds = 0;
     bool failures = false;
     bool colour = false;
     bool all = false;
+    bool list = false;
+    Versions versions;
 };
-
-volatile std::sig_atomic_t g_interrupted = 0;
-
-void interrupt(int /*signal*/) {
-    g_interrupted = 1;
-}
 
 // One log from its beginning, shown as it is read.
 class Reading {
@@ -56,11 +55,13 @@ class Reading {
           m_path(std::move(path)),
           m_printer({.colour = options.colour || prepareColours(),
                      .all = options.all,
-                     .failuresOnly = options.failures}) {
+                     .failuresOnly = options.failures}),
+          m_grouped(options.failures && !options.all && !options.json && !options.follow) {
         if (!options.json) {
             std::printf("%s\n", m_path.c_str());
         } else if (!options.follow) {
-            std::printf("{\"log\": %s,\n\"items\": [", quoted(m_path).c_str());
+            std::printf("{\"log\": %s,\n\"versions\": %s,\n\"items\": [", quoted(m_path).c_str(),
+                        versionJson(m_options.versions).dump().c_str());
         }
     }
 
@@ -99,7 +100,8 @@ class Reading {
         flush(true);
         show(m_pairing.finish());
         if (!m_options.json) {
-            std::printf("\n%s", m_printer.text(m_summary).c_str());
+            std::printf("\n%s\nversions here and now:\n%s", m_printer.text(m_summary).c_str(),
+                        versionText(m_options.versions).c_str());
         } else if (m_options.follow) {
             std::printf("%s\n", LogPrinter::json(m_summary).c_str());
         } else {
@@ -129,6 +131,9 @@ class Reading {
     void show(const std::vector<LogItem>& items) {
         for (const LogItem& item : items) {
             m_summary.add(item);
+            if (m_grouped) {
+                continue;
+            }
             const std::string out = m_options.json ? m_printer.json(item) : m_printer.text(item);
             if (out.empty()) {
                 continue;
@@ -150,25 +155,23 @@ class Reading {
     CallPairing m_pairing;
     LogSummary m_summary;
     LogPrinter m_printer;
+    bool m_grouped;  // equal failures are told once, in the summary
     bool m_first = true;
 };
 
 int readOnce(const LogOptions& options) {
-    const std::string path = options.file.empty() ? newestLog() : options.file;
-    if (path.empty()) {
-        throw ToolError(kFailed,
-                        "there is no log in '" + logFolder() +
-                            "': switch the log on (\"importer_host doctor\" tells how), then start the host");
+    const std::string path = options.file ? *options.file : newestLog();
+    if (!options.file && path.empty()) {
+        throw ToolError(kFailed, "there is no log in '" + logFolder() + "'",
+                        "switch the log on (\"importer_host doctor\" tells how), then start the host",
+                        "no-log");
     }
-    std::error_code error;
-    if (!std::filesystem::is_regular_file(pathFromUtf8(path), error)) {
-        throw ToolError(kFailed, "there is no file '" + path + "'");
-    }
+    requireClipFile(path);
     Reading reading(options, path);
     (void)reading.readOn();
     reading.finish();
     if (reading.reader().lines() == reading.reader().foreignLines() && reading.reader().lines() > 0) {
-        throw ToolError(kFailed, "'" + path + "' is no log of the plug-in");
+        throw ToolError(kFailed, "'" + path + "' is no log of the plug-in", "", "not-a-log");
     }
     return kSuccess;
 }
@@ -178,11 +181,10 @@ int readOnce(const LogOptions& options) {
 int follow(const LogOptions& options) {
     const auto end = Clock::now() + std::chrono::duration_cast<Clock::duration>(
                                         std::chrono::duration<double>(options.seconds));
-    (void)std::signal(SIGINT, interrupt);
     std::optional<Reading> reading;
     int quiet = 0;
     do {
-        const std::string path = options.file.empty() ? newestLog() : options.file;
+        const std::string path = options.file ? *options.file : newestLog();
         if (!path.empty() && (!reading || reading->path() != path)) {
             if (reading) {
                 (void)reading->readOn();
@@ -198,10 +200,9 @@ int follow(const LogOptions& options) {
             }
         }
         std::this_thread::sleep_for(kPoll);
-    } while (g_interrupted == 0 && (options.seconds <= 0 || Clock::now() < end));
-    (void)std::signal(SIGINT, SIG_DFL);
+    } while (!interrupted() && (options.seconds <= 0 || Clock::now() < end));
     if (!reading) {
-        throw ToolError(kFailed, "no log was begun in '" + logFolder() + "'");
+        throw ToolError(kFailed, "no log was begun in '" + logFolder() + "'", "", "no-log");
     }
     (void)reading->readOn();
     reading->finish();
@@ -215,18 +216,28 @@ Command addLogCommand(CLI::App& app) {
     CLI::App* parser = app.add_subcommand(
         "log", "Explain the plug-in's diagnostic log: every call, what went wrong, and what it means");
     parser->add_option("FILE", options->file, "Log file (default: the newest of this user)");
-    parser->add_flag("--failures", options->failures, "Show failures only");
+    parser->add_flag("--failures", options->failures,
+                     "Show failures only, equal ones once; with --all each of them");
     parser->add_flag("--all", options->all, "Show the rows of tables too, and repeat every explanation");
-    parser->add_flag("--json", options->json, "Write JSON; with --follow one object a line");
+    parser->add_flag("--list", options->list, "List all logs of this user: application, time, failures");
     parser->add_flag("--color", options->colour, "Use colours even if the output is no terminal");
-    CLI::Option* following =
-        parser->add_flag("--follow", options->follow, "Go on as the log grows, until Ctrl-C");
+    CLI::Option* following = parser->add_flag(
+        "--follow", options->follow, "Go on as the log grows, until Ctrl-C; with --json one object a line");
     parser->add_option("--seconds", options->seconds, "Follow for so long only")
         ->needs(following)
-        ->check(CLI::PositiveNumber);
-    return {parser, [options](const GlobalOptions& /*global*/) {
+        ->check(CLI::Range(0.1, 1e6));
+    return {parser,
+            [options](const GlobalOptions& global) {
+                options->json = global.json;
+                if (options->list) {
+                    const auto logs = listLogs();
+                    writeAnswer("", options->json ? listJson(logs) : listText(logs));
+                    return static_cast<int>(kSuccess);
+                }
+                options->versions = versionsOf(global);
                 return options->follow ? follow(*options) : readOnce(*options);
-            }};
+            },
+            {.profile = false, .log = false, .progress = false}};
 }
 
 }  // namespace simhost::tool

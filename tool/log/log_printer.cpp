@@ -2,6 +2,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "tool/shared/base/number_text.h"
+
 namespace simhost::tool {
 namespace {
 
@@ -51,10 +53,6 @@ std::string indented(const std::string& text, const std::string& indent) {
         }
     }
     return out;
-}
-
-std::string counted(std::uint64_t count, const char* one, const char* many) {
-    return std::to_string(count) + " " + (count == 1 ? one : many);
 }
 
 Json lineJson(const ReadLine& line) {
@@ -125,8 +123,7 @@ std::string LogPrinter::callText(const LoggedCall& call) {
     const bool answered = !call.resultName.empty();
     std::string result =
         answered ? printable(call.resultName) + " (" + std::to_string(call.result) + ")" : endName(call.end);
-    const bool refused = call.end != LoggedCall::End::kAnswered ||
-                         resultSeverity(call.name, call.result) == Severity::kFailure;
+    const bool refused = isRefused(call);
     if (call.failed) {
         result = paint(kRed, result + (refused ? "  FAILED" : "  with failures"));
     } else {
@@ -200,7 +197,19 @@ std::string LogPrinter::text(const LogSummary& summary) const {
                paint(kRed, indented(printable(first->what), "  ")) + "\n" +
                (first->explanation.empty() ? "" : "  = " + first->explanation + "\n");
     }
-    return out;
+    return out + groupText(summary);
+}
+
+// What the log says many times is told once.
+std::string LogPrinter::groupText(const LogSummary& summary) const {
+    std::string out = summary.groups.empty() ? "" : "failures, equal ones together:\n";
+    for (const auto& [first, count] : summary.groups) {
+        out += "  " + paint(kRed, indented(printable(first.what), "  ")) +
+               (count > 1 ? " (" + std::to_string(count) + " times)" : "") + ", line " +
+               std::to_string(first.line) + "\n" +
+               (first.explanation.empty() ? "" : "    = " + first.explanation + "\n");
+    }
+    return out + (summary.ungrouped == 0 ? "" : "  and " + std::to_string(summary.ungrouped) + " others\n");
 }
 
 std::string LogPrinter::json(const LogItem& item) const {
@@ -238,6 +247,14 @@ std::string LogPrinter::json(const LogItem& item) const {
 }
 
 std::string LogPrinter::json(const LogSummary& summary) {
+    Json groups = Json::array();
+    for (const auto& [failure, count] : summary.groups) {
+        groups.push_back({{"what", failure.what},
+                          {"explanation", failure.explanation},
+                          {"count", count},
+                          {"firstLine", failure.line},
+                          {"firstTime", failure.stamp}});
+    }
     Json files = Json::array();
     for (const auto& [name, file] : summary.files) {
         files.push_back({{"path", name}, {"calls", file.calls}, {"failures", file.failures}});
@@ -261,7 +278,8 @@ std::string LogPrinter::json(const LogSummary& summary) {
                    {"unknownLines", summary.unknownLines},
                    {"threads", summary.threads.size()},
                    {"files", files},
-                   {"firstFailure", first}});
+                   {"firstFailure", first},
+                   {"failureGroups", groups}});
 }
 
 }  // namespace simhost::tool

@@ -30,6 +30,7 @@ class LogPrinter {
  private:
     std::string lineText(const ReadLine& line, const char* indent);
     std::string callText(const LoggedCall& call);
+    std::string groupText(const LogSummary& summary) const;
     std::string paint(const char* colour, const std::string& text) const;
     bool shown(const LogItem& item) const noexcept;
 

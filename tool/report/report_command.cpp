@@ -3,65 +3,147 @@
 #include <cstdio>
 #include <filesystem>
 #include <memory>
+#include <nlohmann/json.hpp>
+#include <set>
 #include <string>
 #include <system_error>
+#include <vector>
 
 #include "tool/commands.h"
 #include "tool/report/report_maker.h"
-#include "tool/shared/base/doctor_platform.h"
+#include "tool/shared/base/failure.h"
 #include "tool/shared/base/hosted_run.h"
+#include "tool/shared/base/interruption.h"
 #include "tool/shared/base/output_file.h"
 #include "tool/shared/base/tool_error.h"
+#include "tool/shared/base/tool_platform.h"
+#include "tool/shared/media/clip_errors.h"
 
 namespace simhost::tool {
 namespace {
 
+using Json = nlohmann::ordered_json;
+
 struct ReportOptions {
-    std::string file;
-    std::string folder;
+    std::vector<std::string> files;
+    std::string folder;  // empty: beside each clip
     std::uint32_t frames = 24;
     bool noLog = false;
+    bool open = false;
 };
 
-// The log is on the page now. It is kept for those who asked for it, or who have it on anyway.
-void clearAway(const std::string& log, bool wanted) {
-    if (wanted) {
-        (void)std::fprintf(stderr, "log: %s\n", log.c_str());
-    } else if (logSetting() == LogSetting::kOff) {
-        // With the plug-in's two folders, if nothing else is in them: it has made them for this log.
-        std::error_code error;
-        std::filesystem::path path = pathFromUtf8(log);
-        for (int level = 0; level < 3 && !error; ++level, path = path.parent_path()) {
-            std::filesystem::remove(path, error);
+// Where the pages go. Two clips of one name get two pages.
+class Pages {
+ public:
+    explicit Pages(const ReportOptions& options) : m_folder(options.folder) {}
+
+    /// Gives the path.
+    std::string write(const std::string& clip, const Report& report) {
+        const std::string page = reportPage(report);
+        if (!m_folder.empty()) {
+            return write(m_folder, report.fileName, page);
+        }
+        const std::filesystem::path beside = pathFromUtf8(clip).parent_path();
+        try {
+            return write(pathToUtf8(beside.empty() ? "." : beside), report.fileName, page);
+        } catch (const ToolError& error) {
+            // Clips often lie where nothing may be written.
+            std::error_code none;
+            const std::filesystem::path temporary = std::filesystem::temp_directory_path(none);
+            if (none || error.code() != kNoOutput) {
+                throw;
+            }
+            return write(pathToUtf8(temporary / "importer_host reports"), report.fileName, page);
         }
     }
-}
 
-int runReport(const GlobalOptions& global, const ReportOptions& options) {
-    Report report = reportOnFile(options.file);
-    makeFolder(options.folder);
+ private:
+    std::string write(const std::string& folder, const std::string& name, const std::string& page) {
+        makeFolder(folder);
+        std::string path;
+        for (int number = 1; path.empty() || m_written.contains(path); ++number) {
+            const std::string suffix = number > 1 ? " (" + std::to_string(number) + ")" : "";
+            path = pathToUtf8(pathFromUtf8(folder) / pathFromUtf8(name + suffix + ".html"));
+        }
+        writeText(path, page);
+        m_written.insert(path);
+        return path;
+    }
+
+    std::string m_folder;
+    std::set<std::string> m_written;
+};
+
+struct OneReport {
+    std::string page;
+    int result = kSuccess;
+    Json failure;  ///< null without one
+};
+
+OneReport reportOn(const std::string& file, const GlobalOptions& global, const ReportOptions& options,
+                   Pages& pages) {
+    OneReport out;
+    requireClipFile(file);
+    Report report = reportOnFile(file);
     GlobalOptions logged = global;
-    logged.log = !options.noLog;
+    logged.runLog = !options.noLog;
     HostedRun hosted(logged);
     report.made = "Made by importer_host " ORVANTIS_VERSION " with " + hosted.pluginPath();
-    int result = kSuccess;
     try {
         hosted.requireStart();
         addPluginsPart(hosted, options.frames, report);
     } catch (const ToolError& error) {
+        if (error.code() == kInterrupted) {
+            throw;
+        }
         report.failure = error.what();
-        (void)std::fprintf(stderr, "importer_host: %s\n", error.what());
-        result = error.code();
+        out.result = tellFailure(error, false);
+        out.failure = failureJson(error);
     }
-    result = hosted.finish(result);
-    if (const std::string log = addLog(hosted.newLogs(), report); !log.empty()) {
-        clearAway(log, global.log);
+    out.result = hosted.finish(out.result);
+    const std::string log = addLog(hosted.newLogs(), report);
+    if (global.log && !log.empty()) {
+        (void)std::fprintf(stderr, "log: %s\n", log.c_str());
     }
-    const std::string target =
-        pathToUtf8(pathFromUtf8(options.folder) / pathFromUtf8(report.fileName + ".html"));
-    const std::string page = reportPage(report);
-    writeFile(target, {reinterpret_cast<const std::uint8_t*>(page.data()), page.size()});
-    std::printf("%s\n", target.c_str());
+    out.page = pages.write(file, report);
+    return out;
+}
+
+int runReport(const GlobalOptions& global, const ReportOptions& options) {
+    const std::vector<std::string> files = clipFiles(options.files);
+    for (const std::string& file : files) {
+        protectInput(file);
+    }
+    Pages pages(options);
+    Json told = Json::array();
+    int result = kSuccess;
+    for (const std::string& file : files) {
+        throwIfInterrupted();
+        OneReport one;
+        try {
+            one = reportOn(file, global, options, pages);
+        } catch (const ToolError& error) {
+            if (files.size() == 1 || error.code() == kInterrupted) {
+                throw;
+            }
+            one.result = tellFailure(error, false);
+            one.failure = failureJson(error);
+        }
+        result = one.result == kSuccess ? result : one.result;
+        if (!global.json && !one.page.empty()) {
+            std::printf("%s\n", one.page.c_str());
+            (void)std::fflush(stdout);
+        }
+        told.push_back({{"file", file}, {"page", one.page}, {"error", one.failure}});
+        if (options.open && !one.page.empty() && !openWithSystem(one.page)) {
+            (void)std::fprintf(stderr, "importer_host: '%s' cannot be opened; open it yourself\n",
+                               one.page.c_str());
+        }
+    }
+    if (global.json) {
+        const Json out = {{"reports", told}};
+        std::printf("%s\n", out.dump(2, ' ', false, Json::error_handler_t::replace).c_str());
+    }
     return result;
 }
 
@@ -71,9 +153,10 @@ Command addReportCommand(CLI::App& app) {
     auto options = std::make_shared<ReportOptions>();
     CLI::App* parser = app.add_subcommand(
         "report",
-        "Write one HTML page about a file: streams, frames, sound, data rate, index, oddities, log");
-    parser->add_option("FILE", options->file, "AVI file")->required();
-    parser->add_option("--out", options->folder, "Folder for the page")->required();
+        "Write an HTML page about each file: streams, frames, sound, data rate, index, oddities, log");
+    parser->add_option("FILE", options->files, "AVI files, or folders of them")->required();
+    parser->add_option("--out", options->folder, "Folder for the pages (default: beside each file)");
+    parser->add_flag("--open", options->open, "Show each page when it is done");
     parser->add_option("--frames", options->frames, "How many frames to show")
         ->capture_default_str()
         ->check(CLI::Range(0, 200));

@@ -13,9 +13,12 @@
 
 #include "tool/commands.h"
 #include "tool/shared/base/hosted_run.h"
+#include "tool/shared/base/interruption.h"
+#include "tool/shared/base/number_text.h"
 #include "tool/shared/base/output_file.h"
 #include "tool/shared/base/soak_usage.h"
 #include "tool/shared/base/tool_error.h"
+#include "tool/shared/media/clip_errors.h"
 #include "tool/soak/soak_codec_account.h"
 #include "tool/soak/soak_plot.h"
 #include "tool/soak/soak_run.h"
@@ -37,8 +40,9 @@ struct SoakOptions {
     std::uint32_t pause = 0;
     std::uint64_t seed = 1;
     std::string plot;
-    std::string json;
-    std::string lose;  // for the tests of this command
+    std::string output;
+    std::FILE* text = stdout;  ///< for what is told in words
+    std::string lose;          // for the tests of this command
 };
 
 constexpr double kSamplesWanted = 60.0;
@@ -79,11 +83,13 @@ class SoakSession {
             }
         }
         if (!playable) {
-            throw ToolError(kFailed, "the plug-in refuses every file");
+            throw refusedClip(m_options.files.front(), host::imBadFile);
         }
-        std::printf("seed %llu, %u clips at once, %zu files, %.2f minutes\n%s",
-                    static_cast<unsigned long long>(m_options.seed), m_options.clips, files.size(),
-                    m_options.minutes, soakTableHead().c_str());
+        (void)std::fprintf(m_options.text, "seed %llu, %s at once, %s, %.2f minutes\n%s",
+                           static_cast<unsigned long long>(m_options.seed),
+                           counted(m_options.clips, "clip", "clips").c_str(),
+                           counted(files.size(), "file", "files").c_str(), m_options.minutes,
+                           soakTableHead().c_str());
         const double interval = m_options.interval > 0
                                     ? m_options.interval
                                     : std::max(kShortestInterval, m_options.minutes * 60 / kSamplesWanted);
@@ -95,6 +101,7 @@ class SoakSession {
         SoakWork work{m_options.clips, m_options.seed, std::chrono::milliseconds(m_options.pause)};
         // A busy machine gives fewer samples in the time than the rule needs.
         for (auto now = start; now < end || m_samples.size() < m_options.samples; now = Clock::now()) {
+            throwIfInterrupted();
             const auto next = now + ticks(interval);
             const auto until = now < end ? std::min(next, end) : next;
             ProcessUsage busy;
@@ -130,8 +137,8 @@ class SoakSession {
         sample.frames = m_tally.frames;
         sample.sampleFrames = m_tally.sampleFrames;
         m_samples.push_back(sample);
-        std::printf("%s", soakTableRow(sample).c_str());
-        (void)std::fflush(stdout);
+        (void)std::fprintf(m_options.text, "%s", soakTableRow(sample).c_str());
+        (void)std::fflush(m_options.text);
     }
 
     const SoakOptions& m_options;
@@ -167,7 +174,14 @@ Json toJson(const std::vector<SoakSample>& samples) {
     return out;
 }
 
-int runSoak(const GlobalOptions& global, const SoakOptions& options) {
+int runSoak(const GlobalOptions& global, SoakOptions options) {
+    for (const std::string& file : options.files) {
+        requireClipFile(file);
+    }
+    checkOutput(options.plot);
+    checkOutput(options.output);
+    options.text = global.json && options.output.empty() ? stderr : stdout;
+    std::FILE* const text = options.text;
     std::error_code error;
     const std::filesystem::path folder = std::filesystem::temp_directory_path(error);
     CodecAccount codec(
@@ -180,38 +194,41 @@ int runSoak(const GlobalOptions& global, const SoakOptions& options) {
     int code = runHosted(
         global, [&session](HostedRun& hosted) { return session.run(hosted); }, watching);
     codec.update();
-    if (session.samples().empty()) {
+    if (session.samples().empty() || code == kInterrupted) {
         return code;
     }
 
     const SoakVerdict verdict = judgeSamples(session.samples());
     const std::vector<std::string> messages = tally.messages();
     const bool balanced = code == kSuccess && codec.isBalanced();
-    std::printf(
+    (void)std::fprintf(
+        text,
         "%llu clips opened, %llu refused, %llu asynchronous importers, %llu frames, %llu sample frames, "
         "%llu wrong answers\n",
         static_cast<unsigned long long>(tally.opens), static_cast<unsigned long long>(tally.refusals),
         static_cast<unsigned long long>(tally.asyncImporters), static_cast<unsigned long long>(tally.frames),
         static_cast<unsigned long long>(tally.sampleFrames), static_cast<unsigned long long>(tally.wrong));
     for (const std::string& message : messages) {
-        std::printf("wrong: %s\n", message.c_str());
+        (void)std::fprintf(text, "wrong: %s\n", message.c_str());
     }
     if (codec.known()) {
-        std::printf(
+        (void)std::fprintf(
+            text,
             "codec library: %llu calls, %llu failed, at the end %lld initialisations and %lld sessions "
             "open\n",
             static_cast<unsigned long long>(codec.calls()),
             static_cast<unsigned long long>(codec.failedCalls()),
             static_cast<long long>(codec.initialisations()), static_cast<long long>(codec.sessions()));
     } else {
-        std::printf("codec library: tells nothing of its calls\n");
+        (void)std::fprintf(text, "codec library: tells nothing of its calls\n");
     }
-    std::printf("%s", verdictText(verdict).c_str());
+    (void)std::fprintf(text, "%s", verdictText(verdict).c_str());
     const bool good = balanced && verdict.good() && tally.wrong == 0;
     const bool judged = verdict.handles.judged;
-    std::printf("%s\n", !good    ? "not good"
-                        : judged ? "nothing is held, nothing grows"
-                                 : "nothing is held; too short to see growth");
+    (void)std::fprintf(text, "%s\n",
+                       !good    ? "not good"
+                       : judged ? "nothing is held, nothing grows"
+                                : "nothing is held; too short to see growth");
 
     if (!options.plot.empty()) {
         char title[120];
@@ -221,7 +238,7 @@ int runSoak(const GlobalOptions& global, const SoakOptions& options) {
                             static_cast<unsigned long long>(tally.frames));
         writeText(options.plot, soakPlot(title, session.samples()));
     }
-    if (!options.json.empty()) {
+    if (global.json) {
         const Json out = {{"seed", options.seed},
                           {"clips", options.clips},
                           {"good", good},
@@ -235,7 +252,7 @@ int runSoak(const GlobalOptions& global, const SoakOptions& options) {
                           {"handles", toJson(verdict.handles)},
                           {"privateBytes", toJson(verdict.memory)},
                           {"samples", toJson(session.samples())}};
-        writeText(options.json, out.dump(2) + "\n");
+        writeAnswer(options.output, out.dump(2) + "\n");
     }
     return good ? kSuccess : code == kSuccess ? kBrokenRule : code;
 }
@@ -265,11 +282,13 @@ Command addSoakCommand(CLI::App& app) {
         ->check(CLI::Range(0, 10000));
     parser->add_option("--seed", options->seed, "Seed of the random actions")->capture_default_str();
     parser->add_option("--plot", options->plot, "Draw the course as SVG");
-    parser->add_option("--json", options->json, "Write samples and verdict as JSON");
+    parser->add_option("--out", options->output, "File for the JSON object (default: the standard output)");
     parser->add_option("--lose", options->lose)
         ->group("")
         ->check(CLI::IsMember({"handle", "memory", "block"}));
-    return {parser, [options](const GlobalOptions& global) { return runSoak(global, *options); }};
+    return {parser,
+            [options](const GlobalOptions& global) { return runSoak(global, *options); },
+            {.progress = false}};
 }
 
 }  // namespace simhost::tool

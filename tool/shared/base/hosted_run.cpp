@@ -6,10 +6,13 @@
 #include <iterator>
 #include <system_error>
 
+#include "tool/shared/base/failure.h"
 #include "tool/shared/base/output_file.h"
+#include "tool/shared/base/plugin_files.h"
 #include "tool/shared/base/tool_error.h"
 #include "tool/shared/base/tool_platform.h"
 #include "tool/shared/logs/log_files.h"
+#include "tool/shared/media/clip_errors.h"
 
 namespace simhost::tool {
 namespace {
@@ -22,6 +25,8 @@ const HostProfile& profileNamed(const std::string& name) {
     return *profile;
 }
 
+}  // namespace
+
 std::string codecFolder(const GlobalOptions& options) {
     if (!options.codecFolder.empty() || !options.useStandin) {
         return options.codecFolder;
@@ -31,32 +36,51 @@ std::string codecFolder(const GlobalOptions& options) {
     return std::filesystem::is_directory(pathFromUtf8(standin), error) ? standin : std::string();
 }
 
-}  // namespace
+std::string pluginFile(const GlobalOptions& options) {
+    return options.plugin.empty() ? executableFolder() + "/" + kPluginFileName : options.plugin;
+}
 
 std::unique_ptr<Plugin> loadPlugin(const GlobalOptions& options) {
-    const std::string path =
-        options.plugin.empty() ? executableFolder() + "/ImporterOrvantis.prm" : options.plugin;
+    const std::string path = pluginFile(options);
+    const std::string folder = codecFolder(options);
+    protectInput(path);
     try {
-        return std::make_unique<Plugin>(path, codecFolder(options));
+        auto plugin = std::make_unique<Plugin>(path, folder);
+        protectInput(loadedLibrary(codecLibraryName()));
+        return plugin;
     } catch (const std::runtime_error& error) {
-        throw ToolError(kNoPlugin, error.what());
+        throw unloadablePlugin(path, error.what(), codecIsFound(folder, error.what()));
     }
 }
 
 HostedRun::HostedRun(const GlobalOptions& options, HostOptions watching)
-    : m_progress(options.progress || stderrIsTerminal()), m_log(options.log) {
+    : m_progress(options.progress || stderrIsTerminal()) {
     m_host = std::make_unique<Host>(profileNamed(options.profile), watching);
     m_plugin = loadPlugin(options);
     m_importer.emplace(*m_host, *m_plugin);
-    {
-        std::optional<LogSwitch> logSwitch;
-        if (m_log) {
-            m_logsBefore = logFiles();
-            logSwitch.emplace();
-        }
-        m_init = m_importer->init();
-    }
+    initialise(options);
     m_started = true;
+}
+
+// The plug-in opens its log, if it has one, in imInit.
+void HostedRun::initialise(const GlobalOptions& options) {
+    const void* entry = reinterpret_cast<const void*>(m_plugin->entry());
+    std::optional<LogSwitch> logSwitch;
+    if (!options.log && options.runLog) {
+        m_runFolder.emplace(makeTemporaryFolder());
+        try {
+            logSwitch.emplace(true, m_runFolder->path(), entry);
+            m_logFolder = logFolderBelow(m_runFolder->path());
+        } catch (const std::runtime_error&) {
+            // Better no log than one among the user's.
+            logSwitch.emplace(false);
+        }
+    } else {
+        logSwitch.emplace(options.log);
+        m_logFolder = options.log ? logFolder() : std::string();
+    }
+    m_logsBefore = logFiles(m_logFolder);
+    m_init = m_importer->init();
 }
 
 void HostedRun::requireStart() const {
@@ -81,29 +105,29 @@ void HostedRun::shutDown() {
 
 std::unique_ptr<Clip> HostedRun::open(const std::string& pathUtf8, std::int32_t streamIndex,
                                       Answer<host::imFileInfoRec8>& info) const {
+    requireClipFile(pathUtf8);
     std::error_code error;
     const std::filesystem::path path = std::filesystem::absolute(pathFromUtf8(pathUtf8), error);
     OpenOptions options;
     options.streamIndex = streamIndex;
     auto clip = std::make_unique<Clip>(*m_importer, error ? pathUtf8 : pathToUtf8(path), options);
     if (!clip->isOpen()) {
-        throw ToolError(kFailed,
-                        "the plug-in cannot open '" + pathUtf8 + "': " + resultText(clip->openResult()));
+        throw refusedClip(pathUtf8, clip->openResult());
     }
     info = clip->getInfo(streamIndex);
     const bool described =
         info.result == host::imNoErr || info.result == host::imIterateStreams ||
         (info.result == host::imBadStreamIndex && (info.record.hasVideo == 1 || info.record.hasAudio == 1));
     if (!described) {
-        throw ToolError(kFailed, "the plug-in refuses '" + pathUtf8 + "': " + resultText(info.result));
+        throw refusedClip(pathUtf8, info.result);
     }
     return clip;
 }
 
 std::vector<std::string> HostedRun::newLogs() const {
     std::vector<std::string> out;
-    if (m_log) {
-        const std::vector<std::string> now = logFiles();
+    if (!m_logFolder.empty()) {
+        const std::vector<std::string> now = logFiles(m_logFolder);
         std::set_difference(now.begin(), now.end(), m_logsBefore.begin(), m_logsBefore.end(),
                             std::back_inserter(out));
     }
@@ -132,8 +156,7 @@ int runHosted(const GlobalOptions& options, const std::function<int(HostedRun&)>
         run.requireStart();
         result = work(run);
     } catch (const ToolError& error) {
-        (void)std::fprintf(stderr, "importer_host: %s\n", error.what());
-        result = error.code();
+        result = tellFailure(error, options.json);
     }
     result = run.finish(result);
     for (const std::string& file : run.newLogs()) {

@@ -12,6 +12,7 @@
 #include "simhost/host.h"
 #include "simhost/importer.h"
 #include "simhost/plugin.h"
+#include "tool/shared/base/temporary_path.h"
 
 namespace simhost::tool {
 
@@ -22,8 +23,10 @@ struct GlobalOptions {
     /// Without a codecFolder: ../standin of the program, if there is one.
     bool useStandin = true;
     std::string profile = "default";
-    bool log = false;
+    bool log = false;     ///< write the plug-in's log where the user's other logs are
+    bool runLog = false;  ///< without `log`: write it into a folder that goes with the run
     bool progress = false;
+    bool json = false;  ///< answer with a JSON object
 };
 
 class HostedRun {
@@ -42,12 +45,13 @@ class HostedRun {
     void requireStart() const;
     bool progress() const noexcept { return m_progress; }
 
-    /// Opens a file and asks for the description of a stream. Throws ToolError when the plug-in refuses
-    /// either.
+    /// Opens a file and asks for the description of a stream. Throws a ToolError that says why when the
+    /// plug-in refuses either. The file is not written onto from now on.
     std::unique_ptr<Clip> open(const std::string& pathUtf8, std::int32_t streamIndex,
                                Answer<host::imFileInfoRec8>& info) const;
 
-    /// The logs that were begun while this run had the log on, by it or by other programs; UTF-8 paths.
+    /// The logs that were begun while this run had the log on, by it or, among the user's logs, by other
+    /// programs; UTF-8 paths. Those of `runLog` are there until this object goes.
     std::vector<std::string> newLogs() const;
 
     /// imShutdown, and what is to be told on the error stream. `result` unless that was success and a rule
@@ -55,6 +59,7 @@ class HostedRun {
     int finish(int result);
 
  private:
+    void initialise(const GlobalOptions& options);
     void shutDown();
 
     bool m_progress;
@@ -63,7 +68,8 @@ class HostedRun {
     std::optional<Importer> m_importer;
     Answer<host::imImportInfoRec> m_init;
     bool m_started = false;
-    bool m_log = false;
+    std::optional<TemporaryPath> m_runFolder;
+    std::string m_logFolder;  // empty with the log off
     std::vector<std::string> m_logsBefore;
 };
 
@@ -74,6 +80,10 @@ int runHosted(const GlobalOptions& options, const std::function<int(HostedRun&)>
 
 /// The plug-in of these options, loaded. Throws ToolError.
 std::unique_ptr<Plugin> loadPlugin(const GlobalOptions& options);
+/// Its file, as far as the options tell.
+std::string pluginFile(const GlobalOptions& options);
+/// The folder that is searched first for the codec library; empty for none.
+std::string codecFolder(const GlobalOptions& options);
 
 /// "imBadFile (2)".
 std::string resultText(std::int32_t result);

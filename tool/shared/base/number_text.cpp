@@ -1,5 +1,6 @@
 #include "tool/shared/base/number_text.h"
 
+#include <chrono>
 #include <cmath>
 #include <cstddef>
 #include <cstdio>
@@ -11,6 +12,10 @@ std::string decimalText(double value, int digits) {
     char text[400];  // the largest double has 309 digits
     (void)std::snprintf(text, sizeof text, "%.*f", digits, value);
     return text;
+}
+
+std::string counted(std::uint64_t count, const char* one, const char* many) {
+    return std::to_string(count) + " " + (count == 1 ? one : many);
 }
 
 std::string bytesText(double bytes) {
@@ -33,6 +38,20 @@ std::string timeText(double seconds) {
     char text[48];
     (void)std::snprintf(text, sizeof text, "%02lld:%02lld:%02lld.%03lld", milliseconds / 3'600'000,
                         milliseconds / 60'000 % 60, milliseconds / 1000 % 60, milliseconds % 1000);
+    return text;
+}
+
+std::string dateText(std::int64_t seconds) {
+    using namespace std::chrono;
+    const sys_seconds time{std::chrono::seconds(seconds)};
+    const auto day = floor<days>(time);
+    const year_month_day date(day);
+    const hh_mm_ss clock(time - day);
+    char text[64];
+    (void)std::snprintf(text, sizeof text, "%04d-%02u-%02u %02d:%02d:%02d UTC", static_cast<int>(date.year()),
+                        static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+                        static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
+                        static_cast<int>(clock.seconds().count()));
     return text;
 }
 

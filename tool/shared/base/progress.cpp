@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <utility>
 
+#include "tool/shared/base/interruption.h"
+
 namespace simhost::tool {
 namespace {
 
@@ -25,6 +27,7 @@ Progress::~Progress() {
 }
 
 void Progress::advance(std::uint64_t count) {
+    throwIfInterrupted();
     m_done = std::min(m_done + count, m_total);
     if (m_enabled && std::chrono::steady_clock::now() >= m_nextDraw) {
         m_nextDraw = std::chrono::steady_clock::now() + std::chrono::milliseconds(100);

@@ -15,6 +15,7 @@ class Progress {
     Progress& operator=(const Progress&) = delete;
     /// Clears the bar.
     ~Progress();
+    /// Throws a ToolError once the program is to end.
     void advance(std::uint64_t count = 1);
 
  private:

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -21,21 +22,38 @@ std::uint32_t threadNumber();
 void prepareTerminal();
 bool stderrIsTerminal();
 
-/// Turns the plug-in's diagnostic log on while it exists, for this process alone; the user's own setting is
-/// not touched. The plug-in reads the switch in its first call.
+/// Decides about the plug-in's diagnostic log while it exists, for this process alone; the user's own setting
+/// is not touched. The plug-in reads the switch, and asks for the folder, in its first call.
 class LogSwitch {
  public:
-    /// Throws std::runtime_error with the system's reason.
-    LogSwitch();
+    /// `profileUtf8`, unless empty, is what the plug-in takes for the user's profile, in which it makes its
+    /// log folder. `plugin` is any address inside the plug-in; null when there is no folder to set. Throws
+    /// std::runtime_error with the system's reason.
+    explicit LogSwitch(bool on, const std::string& profileUtf8 = {}, const void* plugin = nullptr);
     LogSwitch(const LogSwitch&) = delete;
     LogSwitch& operator=(const LogSwitch&) = delete;
     ~LogSwitch();
 
  private:
-    [[maybe_unused]] void* m_state = nullptr;
+    struct State;
+    std::unique_ptr<State> m_state;
 };
 
-/// Where the plug-in writes its logs; UTF-8. Empty when the system does not tell.
+/// Where the plug-in writes its logs below a user's profile.
+std::string logFolderBelow(const std::string& profileUtf8);
+/// The same for this user; UTF-8. Empty when the system does not tell the profile.
 std::string logFolder();
+
+/// "Windows 10.0.19045", "Linux 6.1.0 x86_64".
+std::string systemName();
+
+/// The file of a library that this process has loaded, by its name without folder; UTF-8. Empty when it has
+/// not.
+std::string loadedLibrary(const std::string& name);
+/// What the codec library's file is called on this system.
+std::string codecLibraryName();
+
+/// Shows a file with the program that the user has for such files. False when the system refuses.
+bool openWithSystem(const std::string& pathUtf8);
 
 }  // namespace simhost::tool

@@ -7,8 +7,6 @@
 namespace simhost::tool {
 namespace {
 
-constexpr std::string_view kSeparator = "----------------------";
-
 // Takes "[name] (number)" from the front of `text`.
 struct NamedCode {
     std::string_view name;
@@ -87,7 +85,7 @@ void answer(LoggedCall& call, std::string_view name, std::int32_t result) {
 std::vector<LogItem> CallPairing::add(LogEntry entry) {
     std::vector<LogItem> out;
     Thread& thread = m_threads[entry.thread];
-    if (entry.text == kSeparator) {
+    if (entry.text == kCallSeparator) {
         thread.separated = true;
         return out;
     }
@@ -204,6 +202,11 @@ bool isFailure(const LogItem& item) noexcept {
     return std::get<LoggedCall>(item).failed;
 }
 
+bool isRefused(const LoggedCall& call) noexcept {
+    return call.end != LoggedCall::End::kAnswered ||
+           resultSeverity(call.name, call.result) == Severity::kFailure;
+}
+
 void LogSummary::add(const LogItem& item) {
     if (const auto* line = std::get_if<ReadLine>(&item)) {
         addLine(*line, true);
@@ -231,6 +234,7 @@ void LogSummary::addLine(const ReadLine& line, bool outside) {
     closed = outside && line.entry.text == "Log closed";
     if (line.severity == Severity::kFailure) {
         failures += outside ? 1U : 0U;
+        group(line.entry.line, line.entry.stamp, line.entry.text, line.explanation);
         fail(line.entry.line, line.entry.stamp, line.entry.text, line.explanation);
     }
 }
@@ -249,6 +253,9 @@ void LogSummary::addCall(const LoggedCall& call) {
         const std::string answered = call.resultName.empty()
                                          ? "no answer"
                                          : call.resultName + " (" + std::to_string(call.result) + ")";
+        if (isRefused(call)) {
+            group(call.line, call.stamp, call.name + ": " + answered, call.explanation);
+        }
         fail(call.line, call.stamp, call.name + ": " + answered, call.explanation);
     }
     if (!call.file.empty()) {
@@ -264,6 +271,19 @@ void LogSummary::fail(std::uint64_t line, const std::string& stamp, std::string 
                       std::string explanation) {
     if (!firstFailure) {
         firstFailure = Failure{line, stamp, std::move(what), std::move(explanation)};
+    }
+}
+
+void LogSummary::group(std::uint64_t line, const std::string& stamp, const std::string& what,
+                       const std::string& explanation) {
+    const auto known = std::find_if(groups.begin(), groups.end(),
+                                    [&what](const FailureGroup& g) { return g.first.what == what; });
+    if (known != groups.end()) {
+        ++known->count;
+    } else if (groups.size() < kMostGroups) {
+        groups.push_back({{line, stamp, what, explanation}, 1});
+    } else {
+        ++ungrouped;
     }
 }
 

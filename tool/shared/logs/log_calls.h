@@ -7,6 +7,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -14,6 +15,9 @@
 #include "tool/shared/logs/log_reader.h"
 
 namespace simhost::tool {
+
+/// The line that stands ahead of every call.
+inline constexpr std::string_view kCallSeparator = "----------------------";
 
 /// A line with its meaning.
 struct ReadLine {
@@ -83,6 +87,13 @@ class LogSummary {
         std::string what;         ///< the line, or the call with its answer
         std::string explanation;  ///<
     };
+    /// Failures of one wording.
+    struct FailureGroup {
+        Failure first;
+        std::uint64_t count = 0;
+    };
+    /// More wordings than this are counted only.
+    static constexpr std::size_t kMostGroups = 100;
     /// More names than this are counted under "".
     static constexpr std::size_t kMostFiles = 10'000;
 
@@ -99,14 +110,21 @@ class LogSummary {
     std::set<std::uint32_t> threads;
     std::map<std::string, File> files;
     std::optional<Failure> firstFailure;
+    std::vector<FailureGroup> groups;  ///< lines that are failures, and answers; in the order of the firsts
+    std::uint64_t ungrouped = 0;
     bool closed = false;  ///< the log has its last line
 
  private:
     void addLine(const ReadLine& line, bool outside);
     void addCall(const LoggedCall& call);
     void addStamp(const std::string& stamp);
+    void group(std::uint64_t line, const std::string& stamp, const std::string& what,
+               const std::string& explanation);
     void fail(std::uint64_t line, const std::string& stamp, std::string what, std::string explanation);
 };
+
+/// True when the call's own answer, or the want of one, is a failure.
+bool isRefused(const LoggedCall& call) noexcept;
 
 /// True when the item, or a line of the call, is a failure.
 bool isFailure(const LogItem& item) noexcept;

@@ -218,14 +218,18 @@ constexpr ResultExplanation kResults[] = {
     {"*", host::imBadStreamIndex, "this was the last audio stream"},
     {"*", host::imBadFormatIndex, "the end of the list"},
     {"*", host::malSupports8, "the plug-in speaks this version of the interface"},
+    {"imGetAudioChannelLayout", host::imUnsupported,
+     "this track has no layout of loudspeakers to tell; nothing is wrong"},
     {"*", host::imUnsupported, "a feature of the host that the plug-in does not have; nothing is wrong"},
     {"*", host::kUnhandledException, "the plug-in failed in a way that it did not expect"},
 };
 
-/// To refuse one of these is a failure.
+/// To refuse one of these is a failure. Not so the layout of a track without one, which the host then takes as
+/// mono.
 bool isAnswered(std::string_view selector) noexcept {
-    return std::ranges::any_of(
-        host::kSelectors, [&](const host::Selector& row) { return row.answered && selector == row.name; });
+    return std::ranges::any_of(host::kSelectors, [&](const host::Selector& row) {
+        return row.answered && row.number != host::imGetAudioChannelLayout && selector == row.name;
+    });
 }
 
 }  // namespace

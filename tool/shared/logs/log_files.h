@@ -10,7 +10,9 @@
 
 namespace simhost::tool {
 
-/// The logs of this user, sorted by name.
+/// The logs in a folder, sorted by name; none for an empty path.
+std::vector<std::string> logFiles(const std::string& folder);
+/// Those of this user.
 std::vector<std::string> logFiles();
 /// The one that was begun last, empty when there is none.
 std::string newestLog();
@@ -18,5 +20,15 @@ std::string newestLog();
 /// Reads a log, or its first `mostBytes`, and hands over its calls and lines in order. False when the file
 /// cannot be opened.
 bool readLog(const std::string& path, std::uint64_t mostBytes, const std::function<void(LogItem)>& take);
+
+enum class LogPart {
+    kNone,   ///< the file cannot be opened
+    kWhole,  ///< it has no more bytes than were asked for
+    kEnd,
+};
+/// The same with the last `mostBytes` of a log, from the beginning of a call on. Line numbers count from
+/// there.
+LogPart readLogEnd(const std::string& path, std::uint64_t mostBytes,
+                   const std::function<void(LogItem)>& take);
 
 }  // namespace simhost::tool

@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <charconv>
 
+#include "tool/shared/base/number_text.h"
+
 namespace simhost::tool {
 namespace {
 
-std::optional<std::uint32_t> number(std::string_view text) {
+std::optional<std::uint32_t> wholeNumber(std::string_view text) {
     std::uint32_t value = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     return error == std::errc{} && end == text.data() + text.size() ? std::optional(value) : std::nullopt;
@@ -20,7 +22,7 @@ std::optional<FrameRange> parseFrameRange(std::string_view text) {
         return out;
     }
     const std::size_t colon = text.find(':');
-    const auto first = number(text.substr(0, colon));
+    const auto first = wholeNumber(text.substr(0, colon));
     if (!first) {
         return std::nullopt;
     }
@@ -33,19 +35,27 @@ std::optional<FrameRange> parseFrameRange(std::string_view text) {
     const std::size_t second = rest.find(':');
     const std::string_view last = rest.substr(0, second);
     if (!last.empty()) {
-        out.last = number(last);
+        out.last = wholeNumber(last);
         if (!out.last || *out.last < out.first) {
             return std::nullopt;
         }
     }
     if (second != std::string_view::npos) {
-        const auto step = number(rest.substr(second + 1));
+        const auto step = wholeNumber(rest.substr(second + 1));
         if (!step || *step == 0) {
             return std::nullopt;
         }
         out.step = *step;
     }
     return out;
+}
+
+std::string rangeNote(const FrameRange& range, std::uint32_t count) {
+    if (!range.last || *range.last < count || range.first >= count) {
+        return {};
+    }
+    return "the clip has " + counted(count, "frame", "frames") + ", 0 to " + std::to_string(count - 1) +
+           ": the range ends there, not at " + std::to_string(*range.last);
 }
 
 std::vector<std::uint32_t> framesOf(const FrameRange& range, std::uint32_t count) {

@@ -1,4 +1,4 @@
-#include "tool/doctor/pe_file.h"
+#include "tool/shared/base/pe_file.h"
 
 #include <algorithm>
 #include <cstddef>

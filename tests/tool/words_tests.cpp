@@ -1,0 +1,79 @@
+// Commands and options as users type them.
+#include "tests/tool/tool_run.h"
+
+namespace {
+
+using simhost::tool::kFailed;
+using simhost::tool::kSuccess;
+using simhost::tool::kUsage;
+using testing::HasSubstr;
+using testing::Not;
+
+class ToolWords : public ToolTest {};
+
+TEST_F(ToolWords, AnUnknownCommandIsNamedWithTheNearest) {
+    const ToolRun result = runTool({"inof", "clip.avi"});
+    EXPECT_EQ(result.code, kUsage);
+    EXPECT_THAT(result.err, HasSubstr("there is no command 'inof'"));
+    EXPECT_THAT(result.err, HasSubstr("did you mean 'info'?"));
+    EXPECT_THAT(runTool({"zebra"}).err, HasSubstr("the commands are info, frames, audio"));
+    EXPECT_THAT(runTool({"--profile", "older", "fraems"}).err, HasSubstr("did you mean 'frames'?"));
+}
+
+TEST_F(ToolWords, HelpIsACommand) {
+    const ToolRun all = runTool({"help"});
+    EXPECT_EQ(all.code, kSuccess);
+    EXPECT_EQ(all.out, runTool({"--help"}).out);
+    const ToolRun one = runTool({"help", "frames"});
+    EXPECT_EQ(one.code, kSuccess);
+    EXPECT_EQ(one.out, runTool({"frames", "--help"}).out);
+    EXPECT_THAT(one.out, HasSubstr("--sheet"));
+}
+
+TEST_F(ToolWords, HelpHasTheOptionsOfUseAndNoOthers) {
+    const std::string info = runTool({"info", "--help"}).out;
+    for (const char* option : {"--plugin", "--codec-folder", "--profile", "--log", "--json"}) {
+        EXPECT_THAT(info, HasSubstr(option));
+    }
+    const std::string log = runTool({"log", "--help"}).out;
+    EXPECT_THAT(log, Not(HasSubstr("--profile")));
+    EXPECT_THAT(log, Not(HasSubstr("--progress")));
+    EXPECT_THAT(runTool({"bench", "--help"}).out, Not(HasSubstr("--profile")));
+    EXPECT_EQ(runTool({"log", "--profile", "older"}).code, kUsage) << "and they are refused";
+}
+
+TEST_F(ToolWords, EveryCommandAnswersWithOneObject) {
+    const std::string clip = soundClip();
+    for (const std::vector<std::string>& arguments :
+         std::vector<std::vector<std::string>>{{"info", clip},
+                                               {"frames", clip, "--sheet", in("sheet.png")},
+                                               {"audio", clip, "--out", in("a.wav")},
+                                               {"async", clip},
+                                               {"report", clip, "--out", in("out"), "--no-log"},
+                                               {"doctor", clip},
+                                               {"log", "--list"},
+                                               {"soak", clip, "--minutes", "0.01"},
+                                               {"bench", clip, "--what", "open", "--runs", "1"},
+                                               {"--version"}}) {
+        auto words = arguments;
+        words.emplace_back("--json");
+        const ToolRun result = runTool(words);
+        const auto json = nlohmann::json::parse(result.out, nullptr, false);
+        EXPECT_TRUE(json.is_object()) << arguments.front() << ": " << result.out << result.err;
+        EXPECT_FALSE(json.contains("error")) << arguments.front() << ": " << result.out;
+    }
+}
+
+TEST_F(ToolWords, NoWordsAreAWrongCall) {
+    const ToolRun result = runTool({});
+    EXPECT_EQ(result.code, kUsage);
+    EXPECT_THAT(result.err, HasSubstr("name a command"));
+}
+
+TEST_F(ToolWords, AMistypedClipIsAMissingFileAndNoCommand) {
+    const ToolRun result = runTool({in("missing.avi")});
+    EXPECT_EQ(result.code, kFailed);
+    EXPECT_THAT(result.err, HasSubstr("there is no such file"));
+}
+
+}  // namespace

@@ -1,0 +1,38 @@
+// Interruption for native builds, in the place of tool/shared/base/interruption_win32.cpp. A thread waits for
+// the signals, so that what it does at the end is not bound to what signal handlers may do.
+#include "tool/shared/base/interruption.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <ctime>
+#include <thread>
+
+#include "tool/shared/base/temporary_path.h"
+#include "tool/shared/base/tool_error.h"
+
+namespace simhost::tool {
+namespace {
+
+constexpr timespec kPatience{3, 0};
+
+}  // namespace
+
+void watchForInterruption() {
+    sigset_t signals;
+    (void)sigemptyset(&signals);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        (void)sigaddset(&signals, signal);
+    }
+    // Every later thread has this mask too.
+    (void)pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    std::thread([signals] {
+        int signal = 0;
+        (void)sigwait(&signals, &signal);
+        detail::noteInterruption();
+        (void)sigtimedwait(&signals, nullptr, &kPatience);
+        removeTemporaryPaths();
+        std::_Exit(kInterrupted);
+    }).detach();
+}
+
+}  // namespace simhost::tool

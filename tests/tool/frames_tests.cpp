@@ -18,7 +18,7 @@ TEST_F(ToolFrames, ASheetShowsWhatThereIsAndCountsTheRest) {
     const std::string clip = write("lost.avi", clipWithALostFrame());
     const ToolRun result = runTool({"frames", clip, "--range", "all", "--sheet", in("sheet.png")});
     EXPECT_EQ(result.code, kFailed) << result.err;
-    EXPECT_THAT(result.out, HasSubstr("4 frames on "));
+    EXPECT_THAT(result.out, HasSubstr("4 frames on ")) << result.err;
     EXPECT_THAT(result.out, HasSubstr("1 of 5 frames could not be delivered, the first is frame 2: "));
     EXPECT_TRUE(std::filesystem::exists(folder / "sheet.png"));
 }

@@ -165,14 +165,15 @@ TEST(LogSummaries, EveryLineOfARealLogIsUnderstood) {
     const std::string text((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
     LogSummary summary;
     for (const LogItem& item : itemsOf(text)) summary.add(item);
+    // That the host is told no layout of a silent placeholder is no failure.
     EXPECT_EQ(summary.unknownLines, 0U);
     EXPECT_EQ(summary.calls, 26U);
-    EXPECT_EQ(summary.failedCalls, 5U);
+    EXPECT_EQ(summary.failedCalls, 4U);
     EXPECT_TRUE(summary.closed);
     EXPECT_EQ(summary.application, "C:\\Program Files\\Adobe\\host.exe");
     ASSERT_TRUE(summary.firstFailure.has_value());
     EXPECT_TRUE(summary.firstFailure->what.starts_with("Avi unsupported audio stream format: "));
-    EXPECT_EQ(summary.files.at("C:\\clips\\compressed-first.avi").failures, 5U);
+    EXPECT_EQ(summary.files.at("C:\\clips\\compressed-first.avi").failures, 4U);
 }
 
 }  // namespace

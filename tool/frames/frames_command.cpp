@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <memory>
 #include <nlohmann/json.hpp>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -34,7 +33,10 @@ struct FramesOptions {
     std::string folder;
     std::string sheet;
     bool raw = false;
-    std::optional<bool> keepGoing;  // default: for a sheet
+    bool keepGoing = false;
+    bool stop = false;  ///< also for a sheet
+
+    bool goesOn() const noexcept { return keepGoing || (!sheet.empty() && !stop); }
 };
 
 struct LostFrame {
@@ -150,7 +152,6 @@ int deliver(const HostedRun& hosted, const FramesOptions& options, const FrameRa
         (void)std::fprintf(stderr, "importer_host: %s\n", note.c_str());
     }
     const auto formats = chosenFormats(options.formats, clip->pixelFormats().formats);
-    const bool keepGoing = options.keepGoing.value_or(!options.sheet.empty());
     // With several formats a row of the sheet is a format.
     constexpr std::size_t kMostColumns = 12;
     const std::size_t columns = formats.size() > 1 ? std::min(frames.size(), kMostColumns) : 0;
@@ -165,7 +166,7 @@ int deliver(const HostedRun& hosted, const FramesOptions& options, const FrameRa
                 if (answer.frame) {
                     writer.write(*answer.frame, index);
                     ++delivered;
-                } else if (keepGoing) {
+                } else if (options.goesOn()) {
                     lost.push_back({index, format, answer.result});
                     writer.writeLost(lost.back(), info.record.vidInfo.imageWidth,
                                      info.record.vidInfo.imageHeight);
@@ -223,8 +224,9 @@ Command addFramesCommand(CLI::App& app) {
     parser->add_option("--sheet", options->sheet, "PNG file for all frames on one sheet");
     parser->add_flag("--raw", options->raw,
                      "Write the rows as they are, from the top, without padding, not PNG");
-    parser->add_flag("--keep-going,!--stop-at-failure", options->keepGoing,
-                     "Go on behind a frame that cannot be delivered (default for a sheet), or stop");
+    CLI::Option* on = parser->add_flag("--keep-going", options->keepGoing,
+                                       "Go on behind a frame that cannot be delivered (default for a sheet)");
+    parser->add_flag("--stop-at-failure", options->stop, "Stop there, also for a sheet")->excludes(on);
     return {parser, [options](const GlobalOptions& global) { return runFrames(global, *options); }};
 }
 

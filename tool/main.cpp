@@ -14,6 +14,7 @@
 #include "tool/shared/base/file_facts.h"
 #include "tool/shared/base/hosted_run.h"
 #include "tool/shared/base/interruption.h"
+#include "tool/shared/base/json_text.h"
 #include "tool/shared/base/nearest_name.h"
 #include "tool/shared/base/tool_error.h"
 #include "tool/shared/base/tool_platform.h"
@@ -114,7 +115,7 @@ void completeCommand(Words& words, const CLI::App& app, const Words& names) {
 
 int tellVersions(const GlobalOptions& global) {
     const Versions versions = versionsOf(global);
-    const std::string text = global.json ? versionJson(versions).dump(2) + "\n" : versionText(versions);
+    const std::string text = global.json ? jsonText(versionJson(versions)) : versionText(versions);
     (void)std::fputs(text.c_str(), stdout);
     return kSuccess;
 }

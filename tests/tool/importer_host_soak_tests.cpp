@@ -57,8 +57,9 @@ TEST_F(ImporterHostSoak, AShortRunEndsBalancedAndTellsSo) {
 }
 
 TEST_F(ImporterHostSoak, LostHandlesMemoryAndHostBlocksAreExitCode5) {
-    const std::vector<std::string> base = {"soak", in("clip.avi"), "--minutes", "0.01",   "--interval",
-                                           "0.1",  "--samples",    "24",        "--json", "--out", in("soak.json")};
+    const std::vector<std::string> base = {"soak",       in("clip.avi"), "--minutes",    "0.01",
+                                           "--interval", "0.1",          "--samples",    "24",
+                                           "--json",     "--out",        in("soak.json")};
     for (const char* lost : {"handle", "block"}) {
         auto arguments = base;
         arguments.insert(arguments.end(), {"--lose", lost});

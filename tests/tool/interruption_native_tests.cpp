@@ -46,7 +46,13 @@ class RunningTool {
     }
     RunningTool(const RunningTool&) = delete;
     RunningTool& operator=(const RunningTool&) = delete;
-    ~RunningTool() { (void)::close(m_errors); }
+    ~RunningTool() {
+        if (m_process != 0) {  // the test has failed before its end
+            (void)::kill(m_process, SIGKILL);
+            (void)::waitpid(m_process, nullptr, 0);
+        }
+        (void)::close(m_errors);
+    }
 
     /// Reads the error stream until the text has come. False when the stream ends first.
     bool waitFor(const std::string& text) {
@@ -67,6 +73,7 @@ class RunningTool {
         }
         int status = 0;
         (void)::waitpid(m_process, &status, 0);
+        m_process = 0;
         return WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
     }
 

@@ -65,6 +65,12 @@ TEST_F(ToolSoundTracks, EveryCommandGivesATrackTheSameNumber) {
     EXPECT_THAT(read("out/tracks.avi.html"), HasSubstr("Sound track 2"));
 }
 
+TEST_F(ToolSoundTracks, TheDoctorNamesTheTrackThatStaysSilent) {
+    const ToolRun result = runTool({"doctor", clipWith({pcm(), compressedSound()})});
+    EXPECT_THAT(result.out, HasSubstr("sound: track 1: 2 channels at 8000 Hz"));
+    EXPECT_THAT(result.out, HasSubstr("sound: stream 2 of the file stays silent. It is sound track 2. "));
+}
+
 TEST_F(ToolSoundTracks, ANumberOutOfRangeIsToldInFewDigits) {
     for (const char* option : {"--stream", "--track"}) {
         const ToolRun result = runTool({"audio", soundClip(), option, "-1", "--out", in("a.wav")});

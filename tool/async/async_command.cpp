@@ -16,6 +16,7 @@
 #include "tool/async/async_timing.h"
 #include "tool/commands.h"
 #include "tool/shared/base/hosted_run.h"
+#include "tool/shared/base/json_text.h"
 #include "tool/shared/base/number_text.h"
 #include "tool/shared/base/output_file.h"
 #include "tool/shared/base/progress.h"
@@ -264,7 +265,7 @@ int runAsync(const GlobalOptions& global, const AsyncOptions& options) {
         printAll(text, options, player, synchronous, asynchronous, overlap);
         if (global.json) {
             writeAnswer(options.output,
-                        toJson(options, player, synchronous, asynchronous, overlap).dump(2) + "\n");
+                        jsonText(toJson(options, player, synchronous, asynchronous, overlap)));
         }
         return player.differing.empty() ? kSuccess : kBrokenRule;
     };

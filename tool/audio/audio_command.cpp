@@ -11,6 +11,7 @@
 
 #include "tool/commands.h"
 #include "tool/shared/base/hosted_run.h"
+#include "tool/shared/base/json_text.h"
 #include "tool/shared/base/number_text.h"
 #include "tool/shared/base/output_file.h"
 #include "tool/shared/base/tool_error.h"
@@ -147,7 +148,7 @@ int runAudio(const GlobalOptions& global, AudioOptions options) {
         const auto clip = hosted.open(options.file, options.track - 1, info);
         const Json told = deliver(hosted, options, *clip, info.record);
         if (global.json) {
-            std::printf("%s\n", told.dump(2, ' ', false, Json::error_handler_t::replace).c_str());
+            writeAnswer("", jsonText(told));
         } else {
             print(options, told);
         }

@@ -16,6 +16,7 @@
 #include "tool/commands.h"
 #include "tool/shared/base/hosted_run.h"
 #include "tool/shared/base/interruption.h"
+#include "tool/shared/base/json_text.h"
 #include "tool/shared/base/output_file.h"
 #include "tool/shared/base/tool_platform.h"
 #include "tool/shared/media/clip_errors.h"
@@ -162,7 +163,7 @@ int runBench(const GlobalOptions& global, const BenchOptions& options) {
         figures = bench.figures();
     }
     if (global.json) {
-        writeAnswer(options.output, figures.dump(2) + "\n");
+        writeAnswer(options.output, jsonText(figures));
     }
     return kSuccess;
 }

@@ -7,6 +7,7 @@
 #include "tool/shared/base/tool_error.h"
 #include "tool/shared/media/avi_facts.h"
 #include "tool/shared/media/media_facts.h"
+#include "tool/shared/media/sound_tracks.h"
 
 namespace simhost::tool {
 namespace {
@@ -68,7 +69,7 @@ void checkStream(const Clip& clip, const host::imFileInfoRec8& info, std::size_t
     if (!shape || shape->length == 0) {
         return;
     }
-    const std::string track = "track " + std::to_string(index + 1) + ": ";
+    const std::string track = "track " + std::to_string(soundTrack(static_cast<std::int32_t>(index))) + ": ";
     const auto second = static_cast<std::uint32_t>(std::lround(std::clamp(shape->rate, 1.0, 1'000'000.0)));
     const auto size = static_cast<std::uint32_t>(std::min<std::uint64_t>(shape->length, second));
     const AudioAnswer answer = clip.importAudio(0, size, shape->channels);
@@ -87,7 +88,7 @@ void checkStream(const Clip& clip, const host::imFileInfoRec8& info, std::size_t
 }
 
 void checkSound(const HostedRun& hosted, const std::string& path, Clip& first, std::vector<Check>& out) {
-    const auto unusable = unusableSounds(first.analysis(1 << 16).text);
+    const auto tracks = soundTracks(first.analysis(1 << 20).text);
     const std::size_t before = out.size();
     const std::size_t streams = first.walkStreams().size();
     for (std::size_t i = 0; i < streams; ++i) {
@@ -95,10 +96,13 @@ void checkSound(const HostedRun& hosted, const std::string& path, Clip& first, s
         const auto clip = hosted.open(path, static_cast<std::int32_t>(i), info);
         checkStream(*clip, info.record, i, out);
     }
-    for (const UnusableSound& sound : unusable) {
-        out.push_back({CheckState::kWarning, "sound",
-                       "stream " + sound.stream + " of the file stays silent. " + sound.reason,
-                       "convert it to uncompressed PCM"});
+    for (const SoundTrack& track : tracks) {
+        if (!track.problem.empty()) {
+            out.push_back({CheckState::kWarning, "sound",
+                           "stream " + track.stream + " of the file stays silent. It is " +
+                               soundTrackName(track.number) + ". " + track.problem,
+                           "convert it to uncompressed PCM"});
+        }
     }
     if (out.size() == before) {
         out.push_back(good("sound", "the clip has none"));

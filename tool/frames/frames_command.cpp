@@ -9,6 +9,7 @@
 
 #include "tool/commands.h"
 #include "tool/shared/base/hosted_run.h"
+#include "tool/shared/base/json_text.h"
 #include "tool/shared/base/number_text.h"
 #include "tool/shared/base/output_file.h"
 #include "tool/shared/base/progress.h"
@@ -182,9 +183,7 @@ int deliver(const HostedRun& hosted, const FramesOptions& options, const FrameRa
     }
     writer.finish();
     if (json) {
-        std::printf("%s\n", toJson(options, delivered, writer.files(), lost, note)
-                                .dump(2, ' ', false, Json::error_handler_t::replace)
-                                .c_str());
+        writeAnswer("", jsonText(toJson(options, delivered, writer.files(), lost, note)));
     } else {
         printCounts(options, delivered, writer.files(), lost);
     }

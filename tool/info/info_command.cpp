@@ -15,6 +15,7 @@
 #include "tool/shared/base/file_facts.h"
 #include "tool/shared/base/hosted_run.h"
 #include "tool/shared/base/interruption.h"
+#include "tool/shared/base/json_text.h"
 #include "tool/shared/base/number_text.h"
 #include "tool/shared/base/output_file.h"
 #include "tool/shared/base/tool_error.h"
@@ -272,8 +273,7 @@ int runInfo(const GlobalOptions& global, const InfoOptions& options) {
                        {"interfaceVersion", hosted.host().profile().interfaceVersion}};
         out["plugin"] = aboutPlugin(hosted);
         const int result = addFiles(hosted, files, out);
-        const std::string text =
-            global.json ? out.dump(2, ' ', false, Json::error_handler_t::replace) + "\n" : textOf(out, "");
+        const std::string text = global.json ? jsonText(out) : textOf(out, "");
         writeAnswer(options.output, text);
         return result;
     });

@@ -16,6 +16,7 @@
 #include "tool/log/log_printer.h"
 #include "tool/shared/base/hosted_run.h"
 #include "tool/shared/base/interruption.h"
+#include "tool/shared/base/json_text.h"
 #include "tool/shared/base/output_file.h"
 #include "tool/shared/base/terminal.h"
 #include "tool/shared/base/tool_error.h"
@@ -61,7 +62,7 @@ class Reading {
             std::printf("%s\n", m_path.c_str());
         } else if (!options.follow) {
             std::printf("{\"log\": %s,\n\"versions\": %s,\n\"items\": [", quoted(m_path).c_str(),
-                        versionJson(m_options.versions).dump().c_str());
+                        jsonText(versionJson(m_options.versions)).c_str());
         }
     }
 

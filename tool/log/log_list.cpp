@@ -6,6 +6,7 @@
 
 #include "tool/log/log_printer.h"
 #include "tool/shared/base/interruption.h"
+#include "tool/shared/base/json_text.h"
 #include "tool/shared/base/number_text.h"
 #include "tool/shared/base/output_file.h"
 #include "tool/shared/logs/log_files.h"
@@ -56,7 +57,7 @@ std::string listJson(const std::vector<ListedLog>& logs) {
                                {"failures", log.failures},
                                {"whole", log.whole}});
     }
-    return out.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+    return jsonText(out);
 }
 
 }  // namespace simhost::tool

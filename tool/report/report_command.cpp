@@ -14,6 +14,7 @@
 #include "tool/shared/base/failure.h"
 #include "tool/shared/base/hosted_run.h"
 #include "tool/shared/base/interruption.h"
+#include "tool/shared/base/json_text.h"
 #include "tool/shared/base/output_file.h"
 #include "tool/shared/base/tool_error.h"
 #include "tool/shared/base/tool_platform.h"
@@ -142,7 +143,7 @@ int runReport(const GlobalOptions& global, const ReportOptions& options) {
     }
     if (global.json) {
         const Json out = {{"reports", told}};
-        std::printf("%s\n", out.dump(2, ' ', false, Json::error_handler_t::replace).c_str());
+        writeAnswer("", jsonText(out));
     }
     return result;
 }

@@ -14,9 +14,11 @@
 #include "tool/commands.h"
 #include "tool/shared/base/hosted_run.h"
 #include "tool/shared/base/interruption.h"
+#include "tool/shared/base/json_text.h"
 #include "tool/shared/base/number_text.h"
 #include "tool/shared/base/output_file.h"
 #include "tool/shared/base/soak_usage.h"
+#include "tool/shared/base/temporary_path.h"
 #include "tool/shared/base/tool_error.h"
 #include "tool/shared/media/clip_errors.h"
 #include "tool/soak/soak_codec_account.h"
@@ -184,8 +186,9 @@ int runSoak(const GlobalOptions& global, SoakOptions options) {
     std::FILE* const text = options.text;
     std::error_code error;
     const std::filesystem::path folder = std::filesystem::temp_directory_path(error);
-    CodecAccount codec(
+    const TemporaryPath calls(
         pathToUtf8(folder / ("importer_host-soak-" + std::to_string(processNumber()) + ".txt")));
+    CodecAccount codec(calls.path());
     setProcessEnvironment("ORVANTIS_STANDIN_LOG", codec.path());
     HostOptions watching;
     watching.keepTrace = false;  // would grow
@@ -252,7 +255,7 @@ int runSoak(const GlobalOptions& global, SoakOptions options) {
                           {"handles", toJson(verdict.handles)},
                           {"privateBytes", toJson(verdict.memory)},
                           {"samples", toJson(session.samples())}};
-        writeAnswer(options.output, out.dump(2) + "\n");
+        writeAnswer(options.output, jsonText(out));
     }
     return good ? kSuccess : code == kSuccess ? kBrokenRule : code;
 }

@@ -1,4 +1,5 @@
 #include "tool/shared/base/failure.h"
+#include "tool/shared/base/json_text.h"
 
 #include <cstdio>
 #include <nlohmann/json.hpp>
@@ -19,8 +20,7 @@ int tellFailure(const ToolError& error, bool json) {
     }
     if (json) {
         const nlohmann::ordered_json out = {{"error", failureJson(error)}};
-        std::printf("%s\n",
-                    out.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace).c_str());
+        (void)std::fputs(jsonText(out).c_str(), stdout);
     }
     return error.code();
 }

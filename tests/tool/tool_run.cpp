@@ -9,6 +9,16 @@
 using orvantis::test::AviBuilder;
 using orvantis::test::Bytes;
 
+namespace {
+
+// Windows ends lines of text streams with two characters.
+std::string withoutReturns(std::string text) {
+    std::erase(text, '\r');
+    return text;
+}
+
+}  // namespace
+
 ToolRun runTool(const std::vector<std::string>& arguments) {
     const orvantis::test::TempFolder folder;
     ToolRun result;
@@ -17,8 +27,8 @@ ToolRun runTool(const std::vector<std::string>& arguments) {
         const orvantis::test::StreamCapture err(2, folder / "err");
         result.code = orvantis::test::ChildProcess(ORVANTIS_BUILT_TOOL, arguments).wait();
     }
-    result.out = orvantis::test::readFile(folder / "out");
-    result.err = orvantis::test::readFile(folder / "err");
+    result.out = withoutReturns(orvantis::test::readFile(folder / "out"));
+    result.err = withoutReturns(orvantis::test::readFile(folder / "err"));
     return result;
 }
 

@@ -98,6 +98,9 @@ OneReport reportOn(const std::string& file, const GlobalOptions& global, const R
             throw;
         }
         report.failure = error.what();
+        if (!report.failure.starts_with("the plug-in ")) {
+            report.failure = "the plug-in refuses the file: " + report.failure;
+        }
         out.result = tellFailure(error, false);
         out.failure = failureJson(error);
     }

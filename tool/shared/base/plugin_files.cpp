@@ -66,9 +66,9 @@ ToolError unloadablePlugin(const std::string& path, const std::string& loaderTex
     }
     if (!codecFound) {
         return {kNoPlugin,
-                "the codec library " + codecLibraryName() + " was not found, without which '" + path +
-                    "' cannot be loaded",
-                "install the 64-bit Orvantis codec, or name the folder of its library with --codec-folder",
+                "cannot load '" + path + "': the codec library " + codecLibraryName() + " was not found",
+                "install the Orvantis codec, whose library the plug-in needs, in its 64-bit version; or name "
+                "the library's folder with --codec-folder",
                 "no-codec-library"};
     }
     return {kNoPlugin, loaderText,

@@ -77,7 +77,8 @@ void requireClipFile(const std::string& path) {
 }
 
 ToolError refusedClip(const std::string& path, std::int32_t result) {
-    const std::string refused = "the plug-in refuses '" + path + "'";
+    const std::string quoted = "'" + path + "'";
+    const std::string refused = "the plug-in refuses " + quoted;
     const auto facts = readAviFacts(path);
     if (!facts) {
         return {kFailed, refused + ": " + resultText(result), "check whether another program holds it open",
@@ -85,22 +86,22 @@ ToolError refusedClip(const std::string& path, std::int32_t result) {
     }
     if (!facts->usable) {
         if (facts->problems.find("doesn't look like AVI") != std::string::npos) {
-            return {kFailed, refused + ", which is no AVI file that can be used: it does not begin like one",
+            return {kFailed, quoted + " is no AVI file that can be used: it does not begin like one",
                     facts->fileSize == 0 ? "the file is empty: copy or record it anew"
                                          : "open it with a program for its real format, or convert it",
                     "not-avi"};
         }
         return {kFailed,
-                refused +
-                    ", an AVI file without usable headers: its recording was never finished, or its "
+                quoted +
+                    " is an AVI file without usable headers: its recording was never finished, or its "
                     "beginning is damaged",
                 "let the program that wrote it finish or repair it, or copy it anew", "no-headers"};
     }
     const auto video = std::find_if(facts->streams.begin(), facts->streams.end(),
                                     [](const auto& s) { return s.kind == StreamFacts::Kind::kVideo; });
     if (video == facts->streams.end()) {
-        return {kFailed, refused + ", which holds no pictures",
-                "the plug-in opens files with Orvantis pictures only", "no-pictures"};
+        return {kFailed, quoted + " holds no pictures", "the plug-in opens files with Orvantis pictures only",
+                "no-pictures"};
     }
     return {kFailed,
             refused + ": " + resultText(result) + "; its pictures are coded as '" + video->format +

@@ -228,7 +228,7 @@ constexpr ResultExplanation kResults[] = {
 /// mono.
 bool isAnswered(std::string_view selector) noexcept {
     return std::ranges::any_of(host::kSelectors, [&](const host::Selector& row) {
-        return row.answered && row.number != host::imGetAudioChannelLayout && selector == row.name;
+        return row.answered && row.code != host::imGetAudioChannelLayout && selector == row.name;
     });
 }
 

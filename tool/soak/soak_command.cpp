@@ -1,9 +1,11 @@
 // soak: an endurance run. Plays with several files at random for minutes and watches handles, memory, and
 // what the plug-in holds of its host and of the codec library.
 #include <CLI/CLI.hpp>
+#include <array>
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
+#include <forward_list>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -52,7 +54,7 @@ constexpr double kShortestInterval = 0.2;
 constexpr std::size_t kLostBytes = std::size_t{1} << 20;
 
 // A fault of the program itself, asked for so that a test can see it noticed.
-void lose(const std::string& what, const HostedRun& hosted) {
+void lose(const std::string& what, const HostedRun& hosted, std::uint64_t newFrames) {
     if (what == "handle") {
         for (int i = 0; i < 4; ++i) {
             loseHandle();
@@ -61,6 +63,12 @@ void lose(const std::string& what, const HostedRun& hosted) {
         // Kept in reach, so that a leak checker leaves the finding to the rule.
         static std::vector<std::vector<unsigned char>> kept;
         kept.emplace_back(kLostBytes, static_cast<unsigned char>(1));
+    } else if (what == "frame") {
+        // 64 bytes for each frame, with the pointer to the next.
+        static std::forward_list<std::array<unsigned char, 64 - sizeof(void*)>> kept;
+        for (std::uint64_t i = 0; i < newFrames; ++i) {
+            kept.emplace_front();
+        }
     } else if (what == "block") {
         (void)hosted.importer().host().stdParms().piSuites->memFuncs->newPtr(16);
     }
@@ -109,7 +117,7 @@ class SoakSession {
             ProcessUsage busy;
             soakRound(
                 hosted.importer(), files, work, until, [&busy] { busy = processUsage(); }, m_tally);
-            lose(m_options.lose, hosted);
+            lose(m_options.lose, hosted, m_tally.frames - (m_samples.empty() ? 0 : m_samples.back().frames));
             addSample(hosted.host(), Seconds(Clock::now() - start).count(), busy);
             work.seed += work.clips;
         }
@@ -128,6 +136,7 @@ class SoakSession {
         sample.handles = usage.handles;
         sample.privateBytes = usage.privateBytes;
         sample.workingSet = usage.workingSet;
+        sample.heapBytes = usage.heapBytes;
         sample.busyHandles = busy.handles;
         sample.busyBytes = busy.privateBytes;
         sample.hostObjects = balance.frames + balance.deliveredFrames + balance.blocks;
@@ -166,6 +175,7 @@ Json toJson(const std::vector<SoakSample>& samples) {
                        {"privateBytes", sample.privateBytes},
                        {"privateBytesAtWork", sample.busyBytes},
                        {"workingSet", sample.workingSet},
+                       {"heapBytes", sample.heapBytes},
                        {"hostObjects", sample.hostObjects},
                        {"hostSuites", sample.hostSuites},
                        {"codecSessions", sample.codecSessions},
@@ -227,11 +237,11 @@ int runSoak(const GlobalOptions& global, SoakOptions options) {
     }
     (void)std::fprintf(text, "%s", verdictText(verdict).c_str());
     const bool good = balanced && verdict.good() && tally.wrong == 0;
-    const bool judged = verdict.handles.judged;
+    const bool judged = verdict.judged();
     (void)std::fprintf(text, "%s\n",
                        !good    ? "not good"
                        : judged ? "nothing is held, nothing grows"
-                                : "nothing is held; too short to see growth");
+                                : "nothing is held; too short to see growth: --minutes gives it longer");
 
     if (!options.plot.empty()) {
         char title[120];
@@ -253,6 +263,7 @@ int runSoak(const GlobalOptions& global, SoakOptions options) {
                             {"initialisations", codec.initialisations()},
                             {"sessions", codec.sessions()}}},
                           {"handles", toJson(verdict.handles)},
+                          {"heapBytes", toJson(verdict.heap)},
                           {"privateBytes", toJson(verdict.memory)},
                           {"samples", toJson(session.samples())}};
         writeAnswer(options.output, jsonText(out));
@@ -288,7 +299,7 @@ Command addSoakCommand(CLI::App& app) {
     parser->add_option("--out", options->output, "File for the JSON object (default: the standard output)");
     parser->add_option("--lose", options->lose)
         ->group("")
-        ->check(CLI::IsMember({"handle", "memory", "block"}));
+        ->check(CLI::IsMember({"handle", "memory", "block", "frame"}));
     return {parser,
             [options](const GlobalOptions& global) { return runSoak(global, *options); },
             {.progress = false}};

@@ -29,7 +29,7 @@ struct Panel {
     std::vector<Line> lines;
 };
 
-std::string number(double value) {
+std::string gridNumber(double value) {
     char text[32];
     (void)std::snprintf(text, sizeof text, "%.6g", value);
     return text;
@@ -79,14 +79,14 @@ std::string drawPanel(const Panel& panel, const std::vector<SoakSample>& samples
     const double stepY = gridStep(most);
     for (int i = 0; i * stepY <= most; ++i) {
         out += stroke(kLeft, atY(i * stepY), right, atY(i * stepY), i == 0 ? "#333" : "#ddd");
-        out += label(kLeft - 6, atY(i * stepY) + 4, "end", number(i * stepY));
+        out += label(kLeft - 6, atY(i * stepY) + 4, "end", gridNumber(i * stepY));
     }
     const bool inMinutes = seconds > 180;
     const double unit = inMinutes ? 60.0 : 1.0;
     const double stepX = gridStep(seconds / unit);
     for (int i = 0; i * stepX <= seconds / unit; ++i) {
         out += label(atX(i * stepX * unit), bottom + 16, "middle",
-                     number(i * stepX) + (inMinutes ? " min" : " s"));
+                     gridNumber(i * stepX) + (inMinutes ? " min" : " s"));
     }
     double legend = right;
     for (auto line = panel.lines.rbegin(); line != panel.lines.rend(); ++line) {
@@ -108,20 +108,20 @@ std::string soakPlot(std::string_view title, const std::vector<SoakSample>& samp
     constexpr double kMebibyte = 1024.0 * 1024.0;
     const Panel panels[] = {
         {"memory, MiB",
-         {{"private, at work", "#9ecae1",
+         {{"private, at work", "#6a51a3",
            [](const SoakSample& s) { return static_cast<double>(s.busyBytes) / kMebibyte; }},
-          {"working set, at rest", "#fd8d3c",
+          {"working set, at rest", "#a63603",
            [](const SoakSample& s) { return static_cast<double>(s.workingSet) / kMebibyte; }},
           {"private, at rest", "#08519c",
            [](const SoakSample& s) { return static_cast<double>(s.privateBytes) / kMebibyte; }}}},
         {"handles",
-         {{"at work", "#9ecae1", [](const SoakSample& s) { return static_cast<double>(s.busyHandles); }},
+         {{"at work", "#6a51a3", [](const SoakSample& s) { return static_cast<double>(s.busyHandles); }},
           {"at rest", "#08519c", [](const SoakSample& s) { return static_cast<double>(s.handles); }}}},
         {"held with every clip closed",
-         {{"suites", "#31a354", [](const SoakSample& s) { return static_cast<double>(s.hostSuites); }},
+         {{"suites", "#006d2c", [](const SoakSample& s) { return static_cast<double>(s.hostSuites); }},
           {"frames and blocks", "#08519c",
            [](const SoakSample& s) { return static_cast<double>(s.hostObjects); }},
-          {"codec sessions", "#de2d26",
+          {"codec sessions", "#a50f15",
            [](const SoakSample& s) { return static_cast<double>(s.codecSessions); }}}},
     };
     const double height = kTop + std::size(panels) * (kPanelHeight + kPanelGap);

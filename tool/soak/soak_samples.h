@@ -13,6 +13,7 @@ struct SoakSample {
     std::uint64_t handles = 0;       ///< of the process
     std::uint64_t privateBytes = 0;  ///<
     std::uint64_t workingSet = 0;    ///<
+    std::uint64_t heapBytes = 0;     ///< allocated
     std::uint64_t busyHandles = 0;   ///< in the middle of the work before
     std::uint64_t busyBytes = 0;     ///< private bytes there
     std::uint64_t hostObjects = 0;   ///< frames and memory blocks of the host that the plug-in holds
@@ -25,29 +26,38 @@ struct SoakSample {
 
 struct Growth {
     bool judged = false;  ///< there were enough samples
-    double before = 0.0;  ///< median of the first third behind the warm-up
-    double after = 0.0;   ///< median of the last third
+    double before = 0.0;  ///< behind the warm-up
+    double after = 0.0;   ///< with the steps that count on top
     double limit = 0.0;   ///< how much `after` may be above `before`
     bool grows = false;
 };
 
-/// The first fifth of the values is warm-up: caches fill, the system's pool starts its threads. Of the rest
-/// the median of the last third may exceed the median of the first third by `slack` plus `share` of it. Fewer
-/// than kFewestSamples values are not judged.
+/// What leaks grows in small steps all the time; what warms up grows in jumps whenever more is in use at once
+/// than ever before: the system's pool starts threads, heaps take mebibytes. So the first fifth of the values
+/// does not count, and of the steps behind it neither the largest nor the smallest tenth, at least two of
+/// each. The others must make more than `slack` plus `share` of the beginning, and go on in both halves.
+/// Fewer than kFewestSamples values are not judged.
 Growth judgeGrowth(const std::vector<double>& values, double slack, double share);
 
 inline constexpr std::size_t kFewestSamples = 12;
 
+/// Frames behind the warm-up by which a leak of 64 bytes a frame is seen; without them the heap is not
+/// judged.
+inline constexpr std::uint64_t kFewestFrames = 3000;
+
 struct SoakVerdict {
     Growth handles;
+    Growth heap;
     Growth memory;
     bool restBalanced =
         true;  ///< the plug-in held nothing but its suites in any sample, and those did not change
-    bool good() const noexcept { return !handles.grows && !memory.grows && restBalanced; }
+    bool good() const noexcept { return !handles.grows && !heap.grows && !memory.grows && restBalanced; }
+    /// There was enough to say that nothing grows.
+    bool judged() const noexcept { return handles.judged && heap.judged && memory.judged; }
 };
 
-/// Handles may grow by 24 plus 2 % (a few threads of the system's pool more or less), private bytes by 2 MiB
-/// plus 3 %.
+/// Handles may grow by 24 plus 2 % (a few threads of the system's pool more or less), what is allocated by 96
+/// KiB, private bytes by 2 MiB plus 3 %.
 SoakVerdict judgeSamples(const std::vector<SoakSample>& samples);
 
 /// One line for each thing that is wrong; empty when all is good.

@@ -11,9 +11,11 @@ struct ProcessUsage {
     std::uint64_t handles = 0;       ///< native builds: file descriptors
     std::uint64_t privateBytes = 0;  ///< memory that belongs to this process alone
     std::uint64_t workingSet = 0;    ///< memory that is present, shared pages among it
+    /// What is allocated on the heaps, to the byte: the two above go in steps of mebibytes.
+    std::uint64_t heapBytes = 0;
 };
 
-/// Any thread. A number that the system does not tell is 0.
+/// Any thread; others wait with allocating meanwhile. A number that the system does not tell is 0.
 ProcessUsage processUsage();
 
 /// For libraries that are loaded later. Call while no other thread reads the environment.

@@ -2,6 +2,7 @@
 #include "tool/shared/base/soak_usage.h"
 
 #include <fcntl.h>
+#include <malloc.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -10,8 +11,25 @@
 #include <string_view>
 #include <system_error>
 
+// The sanitizers bring an allocator of their own.
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#include <sanitizer/allocator_interface.h>
+#define ORVANTIS_SANITIZER_HEAP 1
+#endif
+#endif
+
 namespace simhost::tool {
 namespace {
+
+std::uint64_t countHeapBytes() {
+#ifdef ORVANTIS_SANITIZER_HEAP
+    return __sanitizer_get_current_allocated_bytes();
+#else
+    const struct mallinfo2 heap = mallinfo2();
+    return heap.uordblks + heap.hblkhd;
+#endif
+}
 
 std::uint64_t countDescriptors() {
     std::error_code error;
@@ -28,6 +46,7 @@ std::uint64_t countDescriptors() {
 ProcessUsage processUsage() {
     ProcessUsage out;
     out.handles = countDescriptors();
+    out.heapBytes = countHeapBytes();
     std::ifstream status("/proc/self/status");
     for (std::string line; std::getline(status, line);) {
         const auto kibibytesOf = [&line](std::string_view name) {

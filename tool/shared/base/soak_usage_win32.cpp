@@ -3,6 +3,9 @@
 #include <psapi.h>
 // clang-format on
 
+#include <algorithm>
+#include <array>
+
 #include "simhost/text.h"
 #include "tool/shared/base/soak_usage.h"
 
@@ -30,6 +33,28 @@ std::uint64_t countTriedHandles() {
     return count;
 }
 
+std::uint64_t bytesOn(HANDLE heap) {
+    std::uint64_t bytes = 0;
+    if (HeapLock(heap) != FALSE) {
+        PROCESS_HEAP_ENTRY entry{};
+        while (HeapWalk(heap, &entry) != FALSE) {
+            bytes += (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0 ? entry.cbData : 0U;
+        }
+        (void)HeapUnlock(heap);
+    }
+    return bytes;
+}
+
+std::uint64_t countHeapBytes() {
+    std::array<HANDLE, 64> heaps{};
+    const DWORD all = GetProcessHeaps(static_cast<DWORD>(heaps.size()), heaps.data());
+    std::uint64_t bytes = 0;
+    for (DWORD i = 0; i < std::min(all, static_cast<DWORD>(heaps.size())); ++i) {
+        bytes += bytesOn(heaps[i]);
+    }
+    return bytes;
+}
+
 }  // namespace
 
 ProcessUsage processUsage() {
@@ -41,6 +66,7 @@ ProcessUsage processUsage() {
     if (out.handles == 0) {
         out.handles = countTriedHandles();
     }
+    out.heapBytes = countHeapBytes();
     PROCESS_MEMORY_COUNTERS memory{};
     if (GetProcessMemoryInfo(GetCurrentProcess(), &memory, sizeof memory)) {
         out.privateBytes = memory.PagefileUsage;  // what the system has committed for this process

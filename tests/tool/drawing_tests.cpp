@@ -65,6 +65,56 @@ TEST(ContactSheetTest, AnExtremelyFlatPictureKeepsOneRow) {
     EXPECT_EQ(at(sheet.render(), 8, 8), (std::vector<std::uint16_t>{9, 9, 9}));
 }
 
+// The pixels of the text's level in a part of a picture.
+std::size_t inkIn(const Picture& picture, std::int32_t top, std::int32_t bottom) {
+    std::size_t out = 0;
+    for (std::int32_t y = top; y < bottom; ++y) {
+        for (std::int32_t x = 0; x < picture.width; ++x) {
+            out += at(picture, x, y) == std::vector<std::uint16_t>{225, 225, 225} ? 1U : 0U;
+        }
+    }
+    return out;
+}
+
+TEST(ContactSheetTest, ATitleStandsAboveThePictures) {
+    ContactSheet sheet(100, "clip.avi");
+    sheet.add(plain(100, 50, 3, 8, {9, 9, 9}), "");
+    const Picture out = sheet.render();
+    EXPECT_EQ(out.height, 8 + kTextHeight + 8 + 50 + kTextHeight + 8);
+    EXPECT_GT(inkIn(out, 8, 8 + kTextHeight), 30U);
+    EXPECT_EQ(at(out, 8, 8 + kTextHeight + 8), (std::vector<std::uint16_t>{9, 9, 9}));
+}
+
+TEST(ContactSheetTest, NoSheetIsTooWideForProgramsThatShowIt) {
+    ContactSheet sheet(240, std::string(2000, 'W'));
+    for (int i = 0; i < 40; ++i) {
+        sheet.add(plain(240, 2, 3, 8, {9, 9, 9}), "label");
+    }
+    EXPECT_EQ(sheet.render(40).width, 8 + 16 * 248);
+    sheet.add(plain(240, 2, 3, 8, {9, 9, 9}), std::string(2000, 'W'));
+    EXPECT_LE(sheet.render(40).width, kMostPictureWidth);
+}
+
+TEST(ContactSheetTest, FramesAreSpreadFromTheFirstToTheLast) {
+    std::vector<std::uint32_t> frames(1'000'000);
+    for (std::uint32_t i = 0; i < frames.size(); ++i) frames[i] = 2 * i;
+    const auto some = spreadFrames(frames, ContactSheet::kMostCells);
+    ASSERT_EQ(some.size(), ContactSheet::kMostCells);
+    EXPECT_EQ(some.front(), 0U);
+    EXPECT_EQ(some.back(), 1'999'998U);
+    EXPECT_TRUE(std::is_sorted(some.begin(), some.end()));
+    EXPECT_EQ(spreadFrames({3, 5}, 120), (std::vector<std::uint32_t>{3, 5}));
+    EXPECT_EQ(spreadFrames({3, 5, 7}, 1), (std::vector<std::uint32_t>{3}));
+    EXPECT_TRUE(spreadFrames({}, 120).empty());
+}
+
+TEST(DrawTextTest, LongTextsEndInDots) {
+    const std::string text = fittedText("a long title of a clip", 60);
+    EXPECT_LE(textWidth(text), 60);
+    EXPECT_TRUE(text.ends_with("..."));
+    EXPECT_EQ(fittedText("short", 60), "short");
+}
+
 TEST(DrawTextTest, MarksPixelsInsideItsBoxAndIsCutAtTheEdge) {
     Picture picture = plain(20, 12, 3, 8, {0, 0, 0});
     drawText(picture, 0, 0, "H", 200);
@@ -107,6 +157,21 @@ TEST(WaveformTest, SamplesBeyondFullScaleAreMarked) {
     const Picture out = waveform.render({});
     EXPECT_EQ(at(out, 6, 6 + 120 + kTextHeight + 6), (std::vector<std::uint16_t>{255, 80, 80}));
     EXPECT_EQ(at(out, 6, 6), (std::vector<std::uint16_t>{24, 24, 24})) << "the channel without samples";
+}
+
+TEST(WaveformTest, TitleScaleAndTimesStandAroundTheStrips) {
+    Waveform waveform(1, 200, 400);
+    waveform.add(0, std::vector<float>(200, 1.0F));
+    const Picture bare = waveform.render({});
+    const Picture out = waveform.render({}, {"clip.avi", 7200});
+    EXPECT_EQ(out.width, bare.width + 20);
+    EXPECT_GT(inkIn(out, 6, 6 + kTextHeight), 30U) << "the title";
+    const std::int32_t top = 6 + kTextHeight + 6;
+    EXPECT_EQ(at(out, 26, top), (std::vector<std::uint16_t>{120, 200, 255})) << "the strip";
+    const std::int32_t axis = top + 120 + kTextHeight + 6;
+    EXPECT_EQ(at(out, 26 + 50, axis), (std::vector<std::uint16_t>{90, 90, 90}));
+    EXPECT_GT(inkIn(out, axis + 5, out.height), 5 * 60U) << "five times";
+    EXPECT_LE(Waveform(32, 1, 1200).render({}, {"a", 1}).width, kMostPictureWidth);
 }
 
 }  // namespace

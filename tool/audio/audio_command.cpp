@@ -107,7 +107,9 @@ Json deliver(const HostedRun& hosted, const AudioOptions& options, const Clip& c
         wav->finish();
     }
     if (waveform) {
-        writeFile(options.waveform, encodePng(waveform->render(names)));
+        writeFile(options.waveform,
+                  encodePng(waveform->render(
+                      names, {pathToUtf8(pathFromUtf8(options.file).filename()), shape->seconds()})));
     }
     return {{"file", options.file},
             {"soundTrack", options.track},

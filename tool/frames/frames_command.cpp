@@ -48,7 +48,11 @@ struct LostFrame {
 
 class FrameWriter {
  public:
-    FrameWriter(const FramesOptions& options, std::size_t columns) : m_options(options), m_columns(columns) {
+    FrameWriter(const FramesOptions& options, std::size_t columns, double framesPerSecond)
+        : m_options(options),
+          m_columns(columns),
+          m_framesPerSecond(framesPerSecond),
+          m_sheet(kCellWidth, pathToUtf8(pathFromUtf8(options.file).filename())) {
         m_stem = pathToUtf8(pathFromUtf8(options.file).stem());
     }
 
@@ -75,7 +79,7 @@ class FrameWriter {
             ++m_files;
         }
         if (!m_options.sheet.empty()) {
-            m_sheet.add(picture, std::to_string(index) + " " + name);
+            m_sheet.add(picture, std::to_string(index) + "  " + time(index) + name);
         }
     }
 
@@ -88,7 +92,7 @@ class FrameWriter {
         blank.width = width;
         blank.height = height;
         blank.samples.assign(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 3, 0);
-        m_sheet.add(blank, std::to_string(lost.index) + " lost: " + resultText(lost.result));
+        m_sheet.add(blank, std::to_string(lost.index) + "  " + time(lost.index) + "lost: " + resultText(lost.result));
     }
 
     void finish() {
@@ -100,8 +104,15 @@ class FrameWriter {
     std::size_t files() const noexcept { return m_files; }
 
  private:
+    static constexpr std::int32_t kCellWidth = 240;
+
+    std::string time(std::uint32_t index) const {
+        return m_framesPerSecond > 0 ? timeText(index / m_framesPerSecond) + "  " : "";
+    }
+
     const FramesOptions& m_options;
     std::size_t m_columns;
+    double m_framesPerSecond;
     std::string m_stem;
     std::size_t m_files = 0;
     ContactSheet m_sheet;
@@ -143,7 +154,7 @@ int deliver(const HostedRun& hosted, const FramesOptions& options, const FrameRa
     Answer<host::imFileInfoRec8> info;
     const auto clip = hosted.open(options.file, 0, info);
     const std::uint32_t count = frameCount(info.record);
-    const auto frames = framesOf(range, count);
+    auto frames = framesOf(range, count);
     if (frames.empty()) {
         throw ToolError(kFailed, "the clip has " + counted(count, "frame", "frames") + ", counted from 0; '" +
                                      options.range + "' asks for others");
@@ -153,10 +164,13 @@ int deliver(const HostedRun& hosted, const FramesOptions& options, const FrameRa
         (void)std::fprintf(stderr, "importer_host: %s\n", note.c_str());
     }
     const auto formats = chosenFormats(options.formats, clip->pixelFormats().formats);
+    if (options.folder.empty()) {
+        frames = spreadFrames(frames, std::max<std::size_t>(ContactSheet::kMostCells / formats.size(), 1));
+    }
     // With several formats a row of the sheet is a format.
     constexpr std::size_t kMostColumns = 12;
     const std::size_t columns = formats.size() > 1 ? std::min(frames.size(), kMostColumns) : 0;
-    FrameWriter writer(options, columns);
+    FrameWriter writer(options, columns, framesPerSecond(info.record));
     std::vector<LostFrame> lost;
     std::size_t delivered = 0;
     {

@@ -16,6 +16,7 @@ constexpr std::int32_t kGap = 8;
 constexpr std::uint16_t kGround = 40;
 constexpr std::uint16_t kInk = 225;
 constexpr std::int32_t kChequer = 8;
+constexpr std::int32_t kMostCellWidth = kMostPictureWidth - 2 * kGap;
 
 Picture blank(std::int32_t width, std::int32_t height, std::uint16_t level) {
     Picture out;
@@ -90,6 +91,29 @@ std::int32_t textWidth(const std::string& text) {
     return stb_easy_font_width(line.data());
 }
 
+std::string fittedText(const std::string& text, std::int32_t width) {
+    if (textWidth(text) <= width) {
+        return text;
+    }
+    std::string out = text;
+    while (!out.empty() && textWidth(out + "...") > width) {
+        out.pop_back();
+    }
+    return out + "...";
+}
+
+std::vector<std::uint32_t> spreadFrames(const std::vector<std::uint32_t>& frames, std::size_t most) {
+    if (frames.size() <= most || most < 2) {
+        return frames.size() <= most ? frames
+                                     : std::vector(frames.begin(), frames.begin() + (most == 0 ? 0 : 1));
+    }
+    std::vector<std::uint32_t> out;
+    for (std::size_t i = 0; i < most; ++i) {
+        out.push_back(frames[static_cast<std::size_t>(std::uint64_t{i} * (frames.size() - 1) / (most - 1))]);
+    }
+    return out;
+}
+
 void ContactSheet::add(const Picture& picture, std::string label) {
     m_cells.push_back({overGround(thumbnail(picture, m_cellWidth)), std::move(label)});
 }
@@ -98,23 +122,29 @@ Picture ContactSheet::render(std::size_t columns) const {
     std::int32_t cellWidth = 1;
     std::int32_t cellHeight = 1;
     for (const Cell& cell : m_cells) {
-        cellWidth = std::max({cellWidth, cell.picture.width, textWidth(cell.label)});
+        cellWidth =
+            std::clamp(std::max(cell.picture.width, textWidth(cell.label)), cellWidth, kMostCellWidth);
         cellHeight = std::max(cellHeight, cell.picture.height);
     }
     if (columns == 0) {
         columns = static_cast<std::size_t>(std::ceil(std::sqrt(static_cast<double>(m_cells.size()))));
     }
-    columns = std::clamp<std::size_t>(columns, 1, std::max<std::size_t>(m_cells.size(), 1));
+    const auto fitting = static_cast<std::size_t>((kMostPictureWidth - kGap) / (cellWidth + kGap));
+    columns =
+        std::clamp<std::size_t>(columns, 1, std::max<std::size_t>(std::min(m_cells.size(), fitting), 1));
     const std::size_t rows = (m_cells.size() + columns - 1) / columns;
     const std::int32_t pitchX = cellWidth + kGap;
     const std::int32_t pitchY = cellHeight + kTextHeight + kGap;
-    Picture out = blank(kGap + pitchX * static_cast<std::int32_t>(columns),
-                        kGap + pitchY * static_cast<std::int32_t>(std::max<std::size_t>(rows, 1)), kGround);
+    const std::int32_t head = m_title.empty() ? 0 : kTextHeight + kGap;
+    Picture out =
+        blank(kGap + pitchX * static_cast<std::int32_t>(columns),
+              head + kGap + pitchY * static_cast<std::int32_t>(std::max<std::size_t>(rows, 1)), kGround);
+    drawText(out, kGap, kGap, fittedText(m_title, out.width - 2 * kGap), kInk);
     for (std::size_t i = 0; i < m_cells.size(); ++i) {
         const std::int32_t x = kGap + pitchX * static_cast<std::int32_t>(i % columns);
-        const std::int32_t y = kGap + pitchY * static_cast<std::int32_t>(i / columns);
+        const std::int32_t y = head + kGap + pitchY * static_cast<std::int32_t>(i / columns);
         paste(m_cells[i].picture, out, x, y);
-        drawText(out, x, y + m_cells[i].picture.height + 2, m_cells[i].label, kInk);
+        drawText(out, x, y + m_cells[i].picture.height + 2, fittedText(m_cells[i].label, cellWidth), kInk);
     }
     return out;
 }

@@ -2,7 +2,9 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tool/shared/pictures/picture.h"
@@ -11,14 +13,19 @@ namespace simhost::tool {
 
 class ContactSheet {
  public:
-    /// Pictures wider than `cellWidth` are scaled down to it; smaller ones stay as they are.
-    explicit ContactSheet(std::int32_t cellWidth = 240) : m_cellWidth(cellWidth) {}
+    /// A sheet of more than this takes more than a moment to make, and nobody looks at it.
+    static constexpr std::size_t kMostCells = 120;
+
+    /// Pictures wider than `cellWidth` are scaled down to it; smaller ones stay as they are. `title` stands
+    /// above them, unless it is empty.
+    explicit ContactSheet(std::int32_t cellWidth = 240, std::string title = {})
+        : m_cellWidth(cellWidth), m_title(std::move(title)) {}
 
     void add(const Picture& picture, std::string label);
     bool empty() const noexcept { return m_cells.empty(); }
     std::size_t size() const noexcept { return m_cells.size(); }
-    /// The sheet, 8 bits RGB, transparent pictures over a chequered ground. `columns` 0: about as many as
-    /// rows.
+    /// The sheet, 8 bits RGB, at most kMostPictureWidth wide, transparent pictures over a chequered ground.
+    /// `columns` 0: about as many as rows.
     Picture render(std::size_t columns = 0) const;
 
  private:
@@ -27,8 +34,15 @@ class ContactSheet {
         std::string label;
     };
     std::int32_t m_cellWidth;
+    std::string m_title;
     std::vector<Cell> m_cells;
 };
+
+/// Programs that show pictures have trouble with wider ones.
+inline constexpr std::int32_t kMostPictureWidth = 4096;
+
+/// At most `most` of the frames, evenly spread, the first and the last among them.
+std::vector<std::uint32_t> spreadFrames(const std::vector<std::uint32_t>& frames, std::size_t most);
 
 /// Draws 7-bit text with its top left corner at (x, y) in one colour; what lies outside the picture is cut.
 /// 8-bit RGB pictures only.
@@ -36,6 +50,8 @@ void drawText(Picture& picture, std::int32_t x, std::int32_t y, const std::strin
 
 /// Width of the text as drawText draws it.
 std::int32_t textWidth(const std::string& text);
+/// The text, or its beginning and "..." where it is wider than `width`.
+std::string fittedText(const std::string& text, std::int32_t width);
 inline constexpr std::int32_t kTextHeight = 12;
 
 }  // namespace simhost::tool

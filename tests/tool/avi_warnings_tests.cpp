@@ -2,6 +2,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <string>
+#include <utility>
+#include <vector>
+
 #include "tool/shared/media/avi_facts.h"
 
 namespace simhost::tool {
@@ -24,10 +28,19 @@ AviFacts sound() {
     video.index = IndexKind::kOpenDml;
     StreamFacts audio = video;
     audio.kind = StreamFacts::Kind::kAudio;
-    audio.rate = 48000;
+    audio.rate = audio.samplesPerSecond = 48000;
     audio.declaredLength = 192000;
+    audio.frameBytes = 4;
+    audio.bytes = 4 * 192000;
     facts.streams = {video, audio};
     return facts;
+}
+
+// Without what to do about it.
+std::vector<std::string> aviWarnings(const AviFacts& facts) {
+    std::vector<std::string> out;
+    for (const AviFinding& finding : aviFindings(facts)) out.push_back(finding.text);
+    return out;
 }
 
 TEST(AviWarnings, ASoundFileHasNone) {
@@ -44,23 +57,73 @@ TEST(AviWarnings, LengthsThatDisagreeAreTold) {
     AviFacts facts = sound();
     facts.streams[0].declaredLength = 90;
     facts.streams[1].declaredLength = 96000;
+    EXPECT_THAT(
+        aviWarnings(facts),
+        ElementsAre(HasSubstr("tells 90 frames, the index holds 100; the index is what counts"),
+                    "Stream 1 (sound): the header tells 96000 sample frames (2.000 s), the index holds "
+                    "192000 (4.000 s). The header is what the host is told, so the last 2.000 s are "
+                    "not heard.",
+                    "The sound of stream 1 is much shorter than the pictures: it ends after 2.000 s of "
+                    "4.000 s, and the rest is silent."));
+}
+
+TEST(AviWarnings, SoundThatIsALittleShorterIsTold) {
+    AviFacts facts = sound();
+    facts.streams[1].declaredLength = 182400;
+    facts.streams[1].bytes = 4 * 182400;
     EXPECT_THAT(aviWarnings(facts),
-                ElementsAre(HasSubstr("tells 90 frames, the index holds 100"),
-                            "The pictures last 4.000 s, the sound of stream 1 2.000 s; where one is shorter, "
+                ElementsAre("The pictures last 4.000 s, the sound of stream 1 3.800 s; where one is shorter, "
                             "there is silence."));
 }
 
-// Sound in blocks of 4 bytes: three seconds of it are indexed, whatever the header says.
-TEST(AviWarnings, TheIndexedBytesOfSoundCount) {
+// As recorders write it who count the chunks: the host is told of 100 sample frames.
+TEST(AviWarnings, SoundWhoseHeaderTellsNearlyNothingIsNearlyAllLost) {
     AviFacts facts = sound();
-    facts.streams[1].sampleSize = 4;
+    facts.streams[1].declaredLength = 100;
+    const auto findings = aviFindings(facts);
+    ASSERT_EQ(findings.size(), 2U);
+    EXPECT_THAT(findings[0].text, HasSubstr("the last 3.998 s are not heard"));
+    EXPECT_THAT(findings[0].advice, HasSubstr("Re-mux the file"));
+    EXPECT_THAT(findings[1].text,
+                HasSubstr("much shorter than the pictures: it ends after 0.002 s of 4.000 s"));
+}
+
+// Three seconds of sound are indexed; the host is told of four, and the last one is silent.
+TEST(AviWarnings, SoundThatEndsBeforeItsHeaderSaysIsTold) {
+    AviFacts facts = sound();
     facts.streams[1].bytes = 4 * 144000;
-    EXPECT_THAT(aviWarnings(facts),
-                ElementsAre(HasSubstr("Stream 1 (sound): the header tells 192000 sample frames, the index "
-                                      "holds 144000"),
-                            HasSubstr("the sound of stream 1 3.000 s")));
+    EXPECT_THAT(
+        aviWarnings(facts),
+        ElementsAre(HasSubstr("Stream 1 (sound): the header tells 192000 sample frames (4.000 s), the "
+                              "index holds 144000 (3.000 s). The header is what the host is told, so "
+                              "the last 1.000 s are silence."),
+                    HasSubstr("it ends after 3.000 s of 4.000 s")));
     facts.streams[1].bytes = 4 * 192000;
     EXPECT_THAT(aviWarnings(facts), IsEmpty());
+}
+
+TEST(AviWarnings, WrongIndexesAreToldInWordsAndWithWhatToDo) {
+    for (const auto& [base, words] :
+         {std::pair{IndexBase::kFileStart, "counts from the beginning of the file"},
+          {IndexBase::kOther, "counts from a place a few bytes beside"},
+          {IndexBase::kNowhere, "does not lead to the stream's chunks"}}) {
+        AviFacts facts = sound();
+        facts.streams[0].base = base;
+        const auto findings = aviFindings(facts);
+        ASSERT_EQ(findings.size(), 1U);
+        EXPECT_TRUE(findings[0].bad);
+        EXPECT_THAT(findings[0].text, HasSubstr(words));
+        EXPECT_THAT(findings[0].advice, HasSubstr("Re-mux the file"));
+    }
+}
+
+TEST(AviWarnings, AFileWithoutAnyIndexHasOneSentence) {
+    AviFacts facts = sound();
+    facts.streams[0].index = facts.streams[1].index = IndexKind::kNone;
+    const auto findings = aviFindings(facts);
+    ASSERT_EQ(findings.size(), 1U);
+    EXPECT_TRUE(findings[0].bad);
+    EXPECT_THAT(findings[0].text, HasSubstr("no usable index, so nothing of it can be shown or heard"));
 }
 
 TEST(AviWarnings, StreamsThatAreNotUsedAreTold) {

@@ -131,6 +131,97 @@ TEST_F(ImporterHostReport, WhatCannotBeReadIsShownAsMissing) {
     EXPECT_EQ(count(page, "<img alt=\"frame "), 2U);
 }
 
+// As a program leaves it that writes to a pipe: no index, and lengths that nobody filled in. Six hours of
+// silence are not read.
+TEST_F(ImporterHostReport, ARecordingThroughAPipeIsToldInRedAndNotHeard) {
+    AviBuilder avi;
+    auto video = orvantis::test::videoStream("O8Y2", clips::kWidth, clips::kHeight, 25, 1);
+    auto sound = orvantis::test::pcmStream(2, 48000, 16);
+    video.length = sound.length = 0x40000000;
+    avi.addStream(video).addStream(sound).idx1(false);
+    for (std::uint32_t i = 0; i < 3; ++i) avi.addChunk(0, clips::codedPicture(i)).addFilledChunk(1, 1920, 1);
+    ASSERT_EQ(report(write(u8"piped.avi", avi.build())), kSuccess);
+    const std::string page = read(u8"out/piped.avi.html");
+    EXPECT_THAT(page,
+                HasSubstr("<ul class=\"notes\"><li class=\"bad\">The file has no usable index, so nothing "
+                          "of it can be shown or heard."));
+    EXPECT_THAT(page, HasSubstr("Re-mux the file"));
+    EXPECT_EQ(count(page, "no usable index"), 1U) << "told once";
+    EXPECT_THAT(page,
+                HasSubstr("The file&#39;s index leads to no data of this track, so all of it is silent."));
+    EXPECT_EQ(count(page, "<svg class=\"wave\""), 0U);
+    EXPECT_THAT(page, Not(HasSubstr("No stretch of 64 KiB")));
+}
+
+// The header claims hours, the file holds a second: as much is read and drawn.
+TEST_F(ImporterHostReport, SoundIsReadAsFarAsTheFileHasData) {
+    AviBuilder avi;
+    auto sound = orvantis::test::pcmStream(2, 8000, 16);
+    sound.length = 0x10000000;
+    avi.addStream(orvantis::test::videoStream("O8Y2", clips::kWidth, clips::kHeight, 25, 1)).addStream(sound);
+    for (std::uint32_t i = 0; i < 25; ++i) {
+        avi.addChunk(0, clips::codedPicture(i)).addChunk(1, clips::codedSound(320 * i, 320));
+    }
+    ASSERT_EQ(report(write(u8"long.avi", avi.build())), kSuccess);
+    const std::string page = read(u8"out/long.avi.html");
+    EXPECT_THAT(page, HasSubstr("<dt>Of these in the file</dt><dd>8000, drawn here (00:00:01.000)</dd>"));
+    EXPECT_THAT(page, HasSubstr("<dd>268435456</dd>"));
+    EXPECT_EQ(count(page, "<svg class=\"wave\""), 2U);
+}
+
+TEST_F(ImporterHostReport, AnIndexFromTheFilesBeginningIsToldInRed) {
+    auto avi = clips::builder({.frames = 20});
+    ASSERT_EQ(report(write(u8"absolute.avi", avi.absoluteIdx1Offsets(true).build())), kSuccess);
+    const std::string page = read(u8"out/absolute.avi.html");
+    EXPECT_EQ(count(page, "its index (idx1) counts from the beginning of the file"), 2U);
+    EXPECT_THAT(page, HasSubstr("idx1 (counts from the file's beginning)"));
+    EXPECT_THAT(page, Not(HasSubstr("cut off")));
+}
+
+// What is decoded from the wrong place is no good sign.
+TEST_F(ImporterHostReport, TheDoctorTakesNoNoiseForPicturesAndSound) {
+    auto avi = clips::builder({.frames = 20});
+    const std::string clip = write(u8"absolute.avi", avi.absoluteIdx1Offsets(true).build());
+    EXPECT_EQ(run({"doctor", clip, "--out", in(u8"doctor.txt")}), kFailed);
+    const std::string text = read(u8"doctor.txt");
+    EXPECT_EQ(count(text, "but from the wrong place of the file: it is noise"), 3U) << text;
+    EXPECT_EQ(count(text, "its index (idx1) counts from the beginning of the file"), 2U);
+    EXPECT_THAT(text, HasSubstr("Re-mux the file"));
+    EXPECT_THAT(text, Not(HasSubstr("ok    decoding")));
+    EXPECT_THAT(text, Not(HasSubstr("ok    sound")));
+}
+
+TEST_F(ImporterHostReport, WhenNoFrameCanBeShownThatStandsAtTheTop) {
+    auto avi = clips::builder();
+    Bytes bytes = avi.build();
+    // The sizes in idx1: too few bytes for a picture.
+    for (std::size_t at = avi.idx1Offset() + 8; at + 16 <= bytes.size(); at += 16) {
+        if (bytes[at + 1] == '0') bytes[at + 12] = 8;
+    }
+    ASSERT_EQ(report(write(u8"broken.avi", bytes)), kSuccess);
+    const std::string page = read(u8"out/broken.avi.html");
+    EXPECT_THAT(page,
+                HasSubstr("<ul class=\"notes\"><li class=\"bad\">No frame of this clip can be shown. The "
+                          "first one: This frame could not be decoded"));
+    EXPECT_EQ(count(page, "<div class=\"lost\">This frame could not be decoded"), 5U);
+    EXPECT_THAT(page, Not(HasSubstr("imBadCompression")));
+    EXPECT_THAT(page, Not(HasSubstr("The log"))) << "there is none";
+}
+
+TEST_F(ImporterHostReport, ThePageNamesCodingVersionsAndDates) {
+    ASSERT_EQ(report(write(u8"a.avi", clips::builder().build())), kSuccess);
+    const std::string page = read(u8"out/a.avi.html");
+    for (const char* text : {"<dt>Codec</dt><dd>Orvantis 8-bit YUV 4:2:2</dd>",
+                             "<dt>Colour space</dt><dd>YUV, colour at half the width (4:2:2)",
+                             "<dt>Bits per channel</dt><dd>8</dd>", "<dt>Every frame</dt><dd>128 bytes</dd>",
+                             "<dt>Last written</dt><dd>20", "<dt>Report made</dt><dd>20",
+                             "<dt>Tool</dt><dd>importer_host " ORVANTIS_PROJECT_VERSION "</dd>",
+                             "<dt>Plug-in</dt>", "<dt>Host profile</dt><dd>default</dd>",
+                             "aria-label=\"Sound track 1, waveform of channel 2, Front right"}) {
+        EXPECT_THAT(page, HasSubstr(text));
+    }
+}
+
 TEST_F(ImporterHostReport, ARefusedFileHasAPageThatSaysWhy) {
     EXPECT_EQ(report(write(u8"text.avi", Bytes(100, 'x'))), kFailed);
     const std::string page = read(u8"out/text.avi.html");
@@ -146,6 +237,24 @@ TEST_F(ImporterHostReport, WithoutAFileOrAPlaceThereIsNoPage) {
 }
 
 #ifndef _WIN32
+// A line for each chunk of the sound would be millions for a long clip.
+TEST_F(ImporterHostReport, TheLogDoesNotGrowWithTheSound) {
+    std::filesystem::create_directories(folder / "profile");
+    const orvantis::test::ScopedEnvironment profile("ORVANTIS_TEST_PROFILE", in(u8"profile"));
+    const std::string clip = write(u8"a.avi", clips::builder({.frames = 5000}).build());
+    ASSERT_EQ(run({"--log", "report", clip, "--out", in(u8"out")}), kSuccess);
+    std::size_t lines = 0;
+    for (const auto& log : std::filesystem::directory_iterator(folder / "profile" / "orvantis" / "adobe")) {
+        lines += count(orvantis::test::readFile(log.path()), "\n");
+    }
+    EXPECT_GT(lines, 100U);
+    EXPECT_LT(lines, 2000U);
+    const std::string page = read(u8"out/a.avi.html");
+    EXPECT_THAT(page, HasSubstr("imImportAudio7"));
+    EXPECT_THAT(page, HasSubstr("(4:2:2), Rec.601, limited range")) << "only the log knows it";
+    EXPECT_EQ(count(page, "<svg class=\"wave\""), 2U) << "all of the sound was heard";
+}
+
 TEST_F(ImporterHostReport, TheLogOfTheRunIsOnThePageAndNowhereElse) {
     std::filesystem::create_directories(folder / "profile");
     const orvantis::test::ScopedEnvironment profile("ORVANTIS_TEST_PROFILE", in(u8"profile"));

@@ -61,13 +61,17 @@ TEST(NumberTexts, AreForPeople) {
 // Every text of the page comes from a file, its name, or the plug-in's log.
 TEST(ReportPages, HoldNoMarkupOfTheFile) {
     Report report;
-    report.fileName = report.path = report.made = report.failure = kHostile;
+    report.fileName = report.path = report.failure = kHostile;
+    report.alarms = {kHostile};
     report.warnings = {kHostile};
-    report.file = report.video = {{kHostile, kHostile}};
+    report.file = report.video = report.made = {{kHostile, kHostile}};
     report.pixelFormats = {kHostile};
     report.frames.push_back({0, kHostile, false, {}, kHostile});
-    report.sounds.push_back(
-        {kHostile, {{kHostile, kHostile}}, {{kHostile, kHostile, kHostile, "<svg></svg>"}}, kHostile});
+    ReportSound hostile;
+    hostile.title = hostile.problem = hostile.drawn = kHostile;
+    hostile.facts = {{kHostile, kHostile}};
+    hostile.channels = {{kHostile, kHostile, kHostile, waveSvg(SampleRanges(1, 1), kHostile)}};
+    report.sounds.push_back(hostile);
     report.hasAvi = true;
     report.avi.streams.emplace_back().format = kHostile;
     report.avi.frameSizes = {1, 2};
@@ -84,7 +88,7 @@ TEST(ReportPages, NeedNothingElse) {
     Report report;
     report.frames.push_back({7, "00:00:00.280", true, {1, 2, 3}, ""});
     const std::string page = reportPage(report);
-    EXPECT_THAT(page, HasSubstr("<img alt=\"frame 7\" src=\"data:image/png;base64,AQID\">"));
+    EXPECT_THAT(page, HasSubstr("<img alt=\"frame 7 at 00:00:00.280\" src=\"data:image/png;base64,AQID\">"));
     EXPECT_THAT(page, HasSubstr("frame 7 · 00:00:00.280 · <em>empty</em>"));
     EXPECT_THAT(page, HasSubstr("prefers-color-scheme:dark"));
     for (const char* outside : {"http://", "https://", "<link", "@import", "url("}) {
@@ -142,20 +146,20 @@ TEST(ReportDrawings, AChannelIsAnOutlineOfItsRanges) {
     const float samples[] = {0.5F, -1.0F, -1.0F, 2.0F};
     ranges.add(samples);
     // 80 high, centre 40: 0.5 is at 20, -1 at 80, what is beyond 1 at 0; the outline is 0.3 thicker each way.
-    EXPECT_THAT(waveSvg(ranges), HasSubstr("d=\"M0 19.7H1L1 -0.3H2L2 80.3H1L1 80.3H0Z\""));
+    EXPECT_THAT(waveSvg(ranges, "name"), HasSubstr("d=\"M0 19.7H1L1 -0.3H2L2 80.3H1L1 80.3H0Z\""));
 }
 
 TEST(ReportDrawings, NothingIsDrawnOfNothing) {
-    EXPECT_THAT(waveSvg(SampleRanges(0, 0)), HasSubstr("d=\"M0 39.7H1L1 40.3H0Z\""))
+    EXPECT_THAT(waveSvg(SampleRanges(0, 0), "name"), HasSubstr("d=\"M0 39.7H1L1 40.3H0Z\""))
         << "a line in the middle";
-    EXPECT_THAT(frameSizeSvg({}), HasSubstr("viewBox=\"0 0 1 160.0\""));
+    EXPECT_THAT(frameSizeSvg({}, "name"), HasSubstr("viewBox=\"0 0 1 160.0\""));
     const std::uint32_t zero[] = {0};
-    EXPECT_THAT(frameSizeSvg(zero), HasSubstr("class=\"empty\""));
+    EXPECT_THAT(frameSizeSvg(zero, "name"), HasSubstr("class=\"empty\""));
 }
 
 TEST(ReportDrawings, FramesThatShareAColumnAreMeanAndLargest) {
     const std::uint32_t sizes[] = {100, 50, 0, 50};
-    const std::string svg = frameSizeSvg(sizes, 2);
+    const std::string svg = frameSizeSvg(sizes, "name", 2);
     EXPECT_THAT(svg, HasSubstr("class=\"most\" d=\"M0 160.0v-160.0h1v160.0zM1 160.0v-80.0h1v80.0z\""));
     EXPECT_THAT(svg, HasSubstr("class=\"mean\" d=\"M0 160.0v-120.0h1v120.0zM1 160.0v-40.0h1v40.0z\""));
     EXPECT_THAT(svg, HasSubstr("class=\"empty\" d=\"M1 160.0"));

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <optional>
 
 #include "tool/shared/base/tool_error.h"
 #include "tool/shared/media/avi_facts.h"
@@ -16,7 +17,18 @@ Check good(const char* name, const std::string& found) {
     return {CheckState::kGood, name, found, ""};
 }
 
-void checkFrames(const Clip& clip, std::uint32_t frames, std::vector<Check>& out) {
+// What a wrong index leads to may still look like a frame or like sound.
+bool isMisled(const std::optional<AviFacts>& facts, StreamFacts::Kind kind) {
+    return facts && std::any_of(facts->streams.begin(), facts->streams.end(), [kind](const auto& stream) {
+               return stream.kind == kind && stream.base != IndexBase::kRight;
+           });
+}
+
+Check noise(const char* name, const std::string& found) {
+    return {CheckState::kWarning, name, found + ", but from the wrong place of the file: it is noise", ""};
+}
+
+void checkFrames(const Clip& clip, std::uint32_t frames, bool misled, std::vector<Check>& out) {
     const PixelFormats offered = clip.pixelFormats();
     if (offered.formats.empty()) {
         out.push_back({CheckState::kBad, "decoding", "the plug-in offers no pixel format",
@@ -32,7 +44,8 @@ void checkFrames(const Clip& clip, std::uint32_t frames, std::vector<Check>& out
         const FrameAnswer answer = clip.getFrame(index, format);
         const std::string frame = "frame " + std::to_string(index);
         if (answer.frame) {
-            out.push_back(good("decoding", frame + " as " + pixelFormatName(format)));
+            const std::string found = frame + " as " + pixelFormatName(format);
+            out.push_back(misled ? noise("decoding", found) : good("decoding", found));
         } else {
             out.push_back({CheckState::kBad, "decoding", frame + ": " + resultText(answer.result),
                            "the clip is damaged there, or the codec is too old for it; the diagnostic log "
@@ -41,7 +54,8 @@ void checkFrames(const Clip& clip, std::uint32_t frames, std::vector<Check>& out
     }
 }
 
-void checkPictures(const Clip& clip, const host::imFileInfoRec8& info, std::vector<Check>& out) {
+void checkPictures(const Clip& clip, const host::imFileInfoRec8& info, const std::optional<AviFacts>& facts,
+                   std::vector<Check>& out) {
     if (info.hasVideo != 1) {
         out.push_back({CheckState::kBad, "pictures", "the plug-in tells of none",
                        "look at the clip with the diagnostic log on (--log)"});
@@ -54,16 +68,15 @@ void checkPictures(const Clip& clip, const host::imFileInfoRec8& info, std::vect
                         static_cast<int>(byValue(info.vidInfo.imageHeight)), codedType(info).c_str(),
                         framesPerSecond(info), frames);
     if (frames == 0) {
-        out.push_back({CheckState::kBad, "pictures", text,
-                       "the clip has no index: let the program that wrote it finish, or remux it"});
+        out.push_back({CheckState::kBad, "pictures", text, "none of them can be shown; why is said below"});
         return;
     }
     out.push_back(good("pictures", text));
-    checkFrames(clip, frames, out);
+    checkFrames(clip, frames, isMisled(facts, StreamFacts::Kind::kVideo), out);
 }
 
 // The first second of a stream, if it can be played.
-void checkStream(const Clip& clip, const host::imFileInfoRec8& info, std::size_t index,
+void checkStream(const Clip& clip, const host::imFileInfoRec8& info, std::size_t index, bool misled,
                  std::vector<Check>& out) {
     const auto shape = soundShape(info);
     if (!shape || shape->length == 0) {
@@ -81,20 +94,21 @@ void checkStream(const Clip& clip, const host::imFileInfoRec8& info, std::size_t
     const bool silent = std::all_of(answer.channels.begin(), answer.channels.end(), [](const auto& samples) {
         return std::all_of(samples.begin(), samples.end(), [](float sample) { return sample == 0.0F; });
     });
-    out.push_back(good("sound", track + std::to_string(shape->channels) +
-                                    (shape->channels == 1 ? " channel at " : " channels at ") +
-                                    std::to_string(second) + " Hz, its beginning was read" +
-                                    (silent ? " and is silent" : "")));
+    const std::string found =
+        track + std::to_string(shape->channels) + (shape->channels == 1 ? " channel at " : " channels at ") +
+        std::to_string(second) + " Hz, its beginning was read" + (silent ? " and is silent" : "");
+    out.push_back(misled && !silent ? noise("sound", found) : good("sound", found));
 }
 
-void checkSound(const HostedRun& hosted, const std::string& path, Clip& first, std::vector<Check>& out) {
+void checkSound(const HostedRun& hosted, const std::string& path, Clip& first,
+                const std::optional<AviFacts>& facts, std::vector<Check>& out) {
     const auto tracks = soundTracks(first.analysis(1 << 20).text);
     const std::size_t before = out.size();
     const std::size_t streams = first.walkStreams().size();
     for (std::size_t i = 0; i < streams; ++i) {
         Answer<host::imFileInfoRec8> info;
         const auto clip = hosted.open(path, static_cast<std::int32_t>(i), info);
-        checkStream(*clip, info.record, i, out);
+        checkStream(*clip, info.record, i, isMisled(facts, StreamFacts::Kind::kAudio), out);
     }
     for (const SoundTrack& track : tracks) {
         if (!track.problem.empty()) {
@@ -113,19 +127,19 @@ void checkSound(const HostedRun& hosted, const std::string& path, Clip& first, s
 
 std::vector<Check> checkClip(const HostedRun& hosted, const std::string& clipUtf8) {
     std::vector<Check> out;
+    const std::optional<AviFacts> facts = readAviFacts(clipUtf8);
     try {
         Answer<host::imFileInfoRec8> info;
         const auto clip = hosted.open(clipUtf8, 0, info);
-        checkPictures(*clip, info.record, out);
-        checkSound(hosted, clipUtf8, *clip, out);
+        checkPictures(*clip, info.record, facts, out);
+        checkSound(hosted, clipUtf8, *clip, facts, out);
     } catch (const ToolError& error) {
         out.push_back({CheckState::kBad, "clip", error.what(), error.advice()});
         return out;
     }
-    if (const auto facts = readAviFacts(clipUtf8)) {
-        for (const std::string& warning : aviWarnings(*facts)) {
-            out.push_back({CheckState::kWarning, "clip", firstLine(warning), ""});
-        }
+    for (const AviFinding& finding : facts ? aviFindings(*facts) : std::vector<AviFinding>()) {
+        out.push_back({finding.bad ? CheckState::kBad : CheckState::kWarning, "clip", firstLine(finding.text),
+                       finding.advice});
     }
     return out;
 }

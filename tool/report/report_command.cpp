@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <set>
 #include <string>
 #include <system_error>
@@ -16,8 +17,10 @@
 #include "tool/shared/base/interruption.h"
 #include "tool/shared/base/json_text.h"
 #include "tool/shared/base/output_file.h"
+#include "tool/shared/base/progress.h"
 #include "tool/shared/base/tool_error.h"
 #include "tool/shared/base/tool_platform.h"
+#include "tool/shared/base/versions.h"
 #include "tool/shared/media/clip_errors.h"
 
 namespace simhost::tool {
@@ -81,6 +84,32 @@ struct OneReport {
     Json failure;  ///< null without one
 };
 
+// Without the log, which would have a line for every chunk of the file: hours of sound have millions.
+void hearSounds(const GlobalOptions& global, Progress& progress, Report& report) {
+    GlobalOptions quiet = global;
+    quiet.log = quiet.runLog = false;
+    HostedRun hosted(quiet);
+    try {
+        hosted.requireStart();
+        addSounds(hosted, progress, report);
+    } catch (const ToolError& error) {
+        if (error.code() == kInterrupted) {
+            throw;
+        }
+        return;  // the run for the pictures meets it too, and tells it
+    }
+}
+
+std::vector<Fact> madeWith(const GlobalOptions& global, const HostedRun& hosted) {
+    const Versions versions = versionsOf(global, hosted.pluginPath());
+    const std::string codec = versions.codecPath.empty() ? "" : ", " + versions.codecPath;
+    return {{"Tool", "importer_host " + versions.tool},
+            {"Plug-in", versions.plugin + ", " + versions.pluginPath},
+            {"Codec library", versions.codec + codec},
+            {"System", versions.system},
+            {"Host profile", versions.profile}};
+}
+
 OneReport reportOn(const std::string& file, const GlobalOptions& global, const ReportOptions& options,
                    Pages& pages) {
     OneReport out;
@@ -88,11 +117,23 @@ OneReport reportOn(const std::string& file, const GlobalOptions& global, const R
     Report report = reportOnFile(file);
     GlobalOptions logged = global;
     logged.runLog = !options.noLog;
+    report.logged = logged.log || logged.runLog;
+    std::optional<Progress> progress;
+    progress.emplace(global.progress || stderrIsTerminal(), "report", stepsOf(report, options.frames));
+    if (report.logged) {
+        hearSounds(global, *progress, report);
+    }
     HostedRun hosted(logged);
-    report.made = "Made by importer_host " ORVANTIS_VERSION " with " + hosted.pluginPath();
+    const std::vector<Fact> versions = madeWith(global, hosted);
+    report.made.insert(report.made.end(), versions.begin(), versions.end());
     try {
         hosted.requireStart();
-        addPluginsPart(hosted, options.frames, report);
+        addPictures(hosted, options.frames, *progress, report);
+        if (report.logged) {
+            repeatSounds(hosted, report);
+        } else {
+            addSounds(hosted, *progress, report);
+        }
     } catch (const ToolError& error) {
         if (error.code() == kInterrupted) {
             throw;
@@ -104,6 +145,7 @@ OneReport reportOn(const std::string& file, const GlobalOptions& global, const R
         out.result = tellFailure(error, false);
         out.failure = failureJson(error);
     }
+    progress.reset();
     out.result = hosted.finish(out.result);
     const std::string log = addLog(hosted.newLogs(), report);
     if (global.log && !log.empty()) {

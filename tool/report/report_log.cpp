@@ -14,6 +14,21 @@ constexpr std::size_t kMostLines = 3000;
 // Different failures told ahead of the log.
 constexpr std::size_t kMostFailures = 12;
 
+// Without the addresses in it, which are others each time.
+std::string withoutAddresses(const std::string& text) {
+    std::string out;
+    for (std::size_t at = 0; at < text.size();) {
+        if (text.compare(at, 2, "0x") != 0) {
+            out += text[at++];
+            continue;
+        }
+        out += "0x";
+        at = text.find_first_not_of("0123456789abcdefABCDEF", at + 2);
+        at = std::min(at, text.size());
+    }
+    return out;
+}
+
 class LogText {
  public:
     void add(const LogItem& item) {
@@ -49,7 +64,9 @@ class LogText {
                                      : m_failures == 1 ? "1 call with failures"
                                                        : std::to_string(m_failures) + " calls with failures";
         return "<section><h2>Diagnostic log of this run, " + failures + "</h2>" + failureList() +
-               "<details><summary>The whole log</summary><pre>" + m_text +
+               "<details><summary>The whole log</summary><pre tabindex=\"0\" role=\"region\" "
+               "aria-label=\"The whole log\">" +
+               m_text +
                (m_leftOut == 0 ? ""
                                : "<i>" + std::to_string(m_leftOut) + " further lines are left out</i>\n") +
                "</pre></details></section>\n";
@@ -64,11 +81,12 @@ class LogText {
     }
     // What the log says many times is told once.
     void addFailure(const std::string& text, const std::string& explanation) {
-        const auto same = [&text](const Failure& f) { return f.text == text; };
+        const std::string kind = withoutAddresses(text);
+        const auto same = [&kind](const Failure& f) { return f.kind == kind; };
         if (const auto known = std::find_if(m_list.begin(), m_list.end(), same); known != m_list.end()) {
             ++known->count;
         } else if (m_list.size() < kMostFailures) {
-            m_list.push_back({text, explanation, 1});
+            m_list.push_back({kind, text, explanation, 1});
         }
     }
     std::string failureList() const {
@@ -106,6 +124,7 @@ class LogText {
     }
 
     struct Failure {
+        std::string kind;
         std::string text;
         std::string explanation;
         std::size_t count;

@@ -1,7 +1,9 @@
 #include "tool/report/report_maker.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
+#include <cstdio>
 #include <filesystem>
 #include <limits>
 #include <system_error>
@@ -9,6 +11,7 @@
 
 #include "simhost/text.h"
 #include "tool/report/report_plot.h"
+#include "tool/report/report_words.h"
 #include "tool/shared/base/number_text.h"
 #include "tool/shared/base/output_file.h"
 #include "tool/shared/base/progress.h"
@@ -38,28 +41,59 @@ void addRateWarning(const host::imFileInfoRec8& info, Report& out) {
                            std::to_string(told) + "/" + std::to_string(per) + ".");
 }
 
+constexpr std::uint32_t kSoundBlock = 48000;  // sample frames asked for at a time
+// Tracks heard; each one is opened for itself.
+constexpr std::size_t kMostTracks = 32;
+
+// As many sample frames of the host's stream `index` as the file has data of: its header may claim any
+// length, which the host hears as silence.
+std::uint64_t soundInFile(const AviFacts& avi, std::size_t index) {
+    for (const StreamFacts& stream : avi.streams) {
+        if (stream.kind == StreamFacts::Kind::kAudio && index-- == 0) {
+            return stream.frameBytes == 0 ? 0
+                                          : (stream.bytesInFile + stream.frameBytes - 1) / stream.frameBytes;
+        }
+    }
+    return 0;
+}
+
+std::uint32_t framesShown(std::uint32_t count, std::uint32_t mostFrames) {
+    return std::min(count, mostFrames);
+}
+
+std::string lookInLog(const Report& report) {
+    return report.logged ? "; the log at the end tells more." : ".";
+}
+
 void addVideo(const Clip& clip, const host::imFileInfoRec8& info, Report& out) {
     const host::imImageInfoRec& video = info.vidInfo;
     const std::uint32_t count = frameCount(info);
     out.framesPerSecond = framesPerSecond(info);
+    const std::string type = codedType(info);
+    const CodedWords words = codedWords(type);
     out.video = {
         {"Frame size",
          std::to_string(byValue(video.imageWidth)) + " × " + std::to_string(byValue(video.imageHeight))},
-        {"Coded type", codedType(info)},
+        {"Coded type", type},
         {"Frame rate", decimalText(out.framesPerSecond, 3) + " (" + std::to_string(byValue(info.vidScale)) +
                            "/" + std::to_string(byValue(info.vidSampleSize)) + ")"},
         {"Frames", std::to_string(count)},
         {"Duration", out.framesPerSecond > 0 ? timeText(count / out.framesPerSecond) : "unknown"},
-        {"Depth", std::to_string(byValue(video.depth)) + " bits"},
         {"Fields", fieldTypeName(video.fieldType)},
         {"Alpha", alphaTypeName(video.alphaType)}};
+    if (!words.name.empty()) {
+        const Fact more[] = {{"Codec", words.name},
+                             {"Colour space", words.colourSpace},
+                             {"Bits per channel", words.bitsPerChannel}};
+        out.video.insert(out.video.begin() + 2, std::begin(more), std::end(more));
+    }
     for (const std::uint32_t format : clip.pixelFormats().formats) {
         out.pixelFormats.push_back(pixelFormatName(format));
     }
     addRateWarning(info, out);
 }
 
-void addPictures(const Clip& clip, std::uint32_t count, std::uint32_t mostFrames, bool showProgress,
+void addPictures(const Clip& clip, std::uint32_t count, std::uint32_t mostFrames, Progress& progress,
                  Report& out) {
     constexpr std::int32_t kThumbnailWidth = 320;
     const auto formats = clip.pixelFormats().formats;
@@ -67,9 +101,8 @@ void addPictures(const Clip& clip, std::uint32_t count, std::uint32_t mostFrames
     if (shown == formats.end()) {
         return;
     }
-    const std::uint32_t wanted = std::min(mostFrames, count);
+    const std::uint32_t wanted = framesShown(count, mostFrames);
     std::uint32_t lost = 0;
-    Progress progress(showProgress, "frames", wanted);
     for (std::uint32_t i = 0; i < wanted; ++i) {
         // The first and the last frame are always among them.
         const auto index =
@@ -82,15 +115,21 @@ void addPictures(const Clip& clip, std::uint32_t count, std::uint32_t mostFrames
         if (answer.frame) {
             frame.png = encodePng(thumbnail(toPicture(*answer.frame), kThumbnailWidth));
         } else {
-            frame.problem = resultText(answer.result);
+            frame.problem = lostFrameWords(answer.result);
             ++lost;
         }
         out.frames.push_back(std::move(frame));
         progress.advance();
     }
-    if (lost > 0) {
+    if (lost > 0 && lost == wanted) {
+        out.alarms.push_back((lost == count ? "No frame of this clip can be shown. "
+                                            : "None of the " + std::to_string(lost) +
+                                                  " frames that were tried can be shown. ") +
+                             "The first one: " + out.frames.front().problem +
+                             (out.logged ? " The log at the end tells more." : ""));
+    } else if (lost > 0) {
         out.warnings.push_back(std::to_string(lost) + " of the " + std::to_string(wanted) +
-                               " frames below could not be delivered; the log at the end tells why.");
+                               " frames below could not be delivered" + lookInLog(out));
     }
 }
 
@@ -104,43 +143,65 @@ std::string levelText(const SampleRanges& ranges) {
     return out;
 }
 
-void addSound(const HostedRun& hosted, std::int32_t index, Report& out) {
+void addSound(const HostedRun& hosted, std::size_t index, Progress& progress, Report& out) {
     Answer<host::imFileInfoRec8> info;
-    const auto clip = hosted.open(out.path, index, info);
-    const auto shape = soundShape(info.record);
+    const auto clip = hosted.open(out.path, static_cast<std::int32_t>(index), info);
+    auto shape = soundShape(info.record);
     if (!shape) {
         return;
     }
     ReportSound section;
+    section.index = static_cast<std::int32_t>(index);
     section.title = "Sound track " + std::to_string(index + 1);
+    const auto duration = [&shape] {
+        return shape->rate > 0 ? timeText(shape->seconds()) : std::string("unknown");
+    };
     section.facts = {{"Channels", std::to_string(shape->channels)},
                      {"Sample rate", decimalText(shape->rate, 0) + " Hz"},
                      {"Sample type", sampleTypeName(info.record.audInfo.sampleType)},
                      {"Sample frames", std::to_string(shape->length)},
-                     {"Duration", shape->rate > 0 ? timeText(shape->seconds()) : "unknown"}};
+                     {"Duration", duration()}};
     if (shape->length == 0) {
         section.problem = "This track cannot be used, so the host is told of a silent one in its place.";
         out.sounds.push_back(std::move(section));
         return;
     }
+    const std::uint64_t told = shape->length;
+    shape->length = std::min(told, soundInFile(out.avi, index));
+    if (shape->length == 0) {
+        section.problem = "The file's index leads to no data of this track, so all of it is silent.";
+        out.sounds.push_back(std::move(section));
+        return;
+    }
+    if (shape->length < told) {
+        section.facts.emplace_back("Of these in the file",
+                                   std::to_string(shape->length) + ", drawn here (" + duration() + ")");
+    }
+    section.drawn = duration();
+    section.channelsTold = shape->channels;
     const auto columns = static_cast<std::size_t>(std::min<std::uint64_t>(shape->length, kDrawingColumns));
     std::vector<SampleRanges> ranges(shape->channels, SampleRanges(shape->length, columns));
-    const auto failure = readSound(*clip, *shape, hosted.progress(), [&ranges](const AudioAnswer& answer) {
+    const auto failure = readSound(*clip, *shape, false, [&](const AudioAnswer& answer) {
         for (std::size_t channel = 0; channel < ranges.size(); ++channel) {
             ranges[channel].add(answer.channels[channel]);
         }
+        progress.advance();
     });
     if (failure) {
+        section.failedAt = failure->position;
         section.problem = "From sample frame " + std::to_string(failure->position) +
-                          " on the sound could not be read: " + resultText(failure->result) +
-                          "; the log at the end tells why.";
+                          " on the sound could not be read" + lookInLog(out);
+        out.warnings.push_back(section.title + ": from sample frame " + std::to_string(failure->position) +
+                               " on the sound could not be read" + lookInLog(out));
     }
     const auto labels = channelLabels(*clip, shape->channels);
     for (std::size_t i = 0; i < ranges.size(); ++i) {
         const bool known = i < labels.size() && labels[i];
-        section.channels.push_back({std::to_string(i + 1),
-                                    known ? loudspeakerName(*labels[i]) : "no loudspeaker",
-                                    levelText(ranges[i]), waveSvg(ranges[i])});
+        const std::string number = std::to_string(i + 1);
+        const std::string label = known ? loudspeakerName(*labels[i]) : "no loudspeaker";
+        section.channels.push_back(
+            {number, label, levelText(ranges[i]),
+             waveSvg(ranges[i], section.title + ", waveform of channel " + number + ", " + label)});
     }
     out.sounds.push_back(std::move(section));
 }
@@ -149,6 +210,47 @@ void addUnusableSounds(const Clip& clip, Report& out) {
     for (const UnusableSound& sound : unusableSounds(clip.analysis(1 << 16).text)) {
         out.warnings.push_back("The sound of stream " + sound.stream + " cannot be used. " + sound.reason +
                                ".");
+    }
+}
+
+// "2026-11-15 22:10 UTC"
+std::string dateText(std::chrono::system_clock::time_point time) {
+    using namespace std::chrono;
+    const auto day = floor<days>(time);
+    const year_month_day date(day);
+    const hh_mm_ss clock(floor<minutes>(time - day));
+    char text[40];
+    (void)std::snprintf(text, sizeof text, "%04d-%02u-%02u %02d:%02d UTC", static_cast<int>(date.year()),
+                        static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+                        static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()));
+    return text;
+}
+
+std::string fileDate(const std::filesystem::path& path) {
+    std::error_code error;
+    const auto written = std::filesystem::last_write_time(path, error);
+    if (error) {
+        return "unknown";
+    }
+    // The two clocks have no common beginning that every library knows of.
+    const auto age = std::filesystem::file_time_type::clock::now() - written;
+    return dateText(std::chrono::system_clock::now() -
+                    std::chrono::duration_cast<std::chrono::system_clock::duration>(age));
+}
+
+// What the log tells of the coding and nothing else does.
+void addMatrix(Report& out) {
+    for (const LogItem& item : out.log) {
+        const auto* call = std::get_if<LoggedCall>(&item);
+        for (const ReadLine& line : call == nullptr ? std::vector<ReadLine>() : call->lines) {
+            const std::string words = matrixWords(line.entry.text);
+            const auto fact = std::find_if(out.video.begin(), out.video.end(),
+                                           [](const Fact& f) { return f.first == "Colour space"; });
+            if (!words.empty() && fact != out.video.end()) {
+                fact->second += ", " + words;
+                return;
+            }
+        }
     }
 }
 
@@ -167,29 +269,68 @@ Report reportOnFile(const std::string& pathUtf8) {
     }
     out.avi = *facts;
     out.hasAvi = true;
-    out.warnings = aviWarnings(out.avi);
+    for (const AviFinding& finding : aviFindings(out.avi)) {
+        (finding.bad ? out.alarms : out.warnings)
+            .push_back(finding.text + (finding.advice.empty() ? "" : " " + finding.advice));
+    }
     std::uint64_t data = 0;
     for (const StreamFacts& stream : out.avi.streams) {
         data += stream.bytes;
     }
     out.file = {{"Size", bytesText(static_cast<double>(out.avi.fileSize)) + " (" +
                              std::to_string(out.avi.fileSize) + " bytes)"},
+                {"Last written", fileDate(path)},
                 {"Streams", std::to_string(out.avi.streams.size())},
                 {"Data of the streams", bytesText(static_cast<double>(data))}};
+    out.made = {{"Report made", dateText(std::chrono::system_clock::now())}};
     return out;
 }
 
-void addPluginsPart(const HostedRun& hosted, std::uint32_t mostFrames, Report& out) {
+std::uint64_t stepsOf(const Report& report, std::uint32_t mostFrames) {
+    std::uint64_t steps = std::min<std::uint64_t>(report.avi.frameSizes.size(), mostFrames);
+    for (std::size_t i = 0; i < std::min(kMostTracks, report.avi.streams.size()); ++i) {
+        steps += (soundInFile(report.avi, i) + kSoundBlock - 1) / kSoundBlock;
+    }
+    return steps;
+}
+
+void addPictures(const HostedRun& hosted, std::uint32_t mostFrames, Progress& progress, Report& out) {
     Answer<host::imFileInfoRec8> info;
     const auto clip = hosted.open(out.path, 0, info);
     if (info.record.hasVideo == 1) {
         addVideo(*clip, info.record, out);
-        addPictures(*clip, frameCount(info.record), mostFrames, hosted.progress(), out);
+        addPictures(*clip, frameCount(info.record), mostFrames, progress, out);
+        if (frameCount(info.record) == 0 && out.alarms.empty()) {
+            out.alarms.emplace_back("The plug-in finds no frames in this file.");
+        }
     }
     addUnusableSounds(*clip, out);
-    const std::size_t streams = clip->walkStreams().size();
-    for (std::size_t i = 0; i < streams; ++i) {
-        addSound(hosted, static_cast<std::int32_t>(i), out);
+}
+
+void addSounds(const HostedRun& hosted, Progress& progress, Report& out) {
+    Answer<host::imFileInfoRec8> info;
+    const std::size_t streams = hosted.open(out.path, 0, info)->walkStreams().size();
+    for (std::size_t i = 0; i < std::min(streams, kMostTracks); ++i) {
+        addSound(hosted, i, progress, out);
+    }
+    if (streams > kMostTracks) {
+        out.warnings.push_back("The file has " + std::to_string(streams) + " sound tracks; the first " +
+                               std::to_string(kMostTracks) + " are shown.");
+    }
+}
+
+void repeatSounds(const HostedRun& hosted, const Report& report) {
+    for (const ReportSound& sound : report.sounds) {
+        Answer<host::imFileInfoRec8> info;
+        const auto clip = hosted.open(report.path, sound.index, info);
+        if (sound.channelsTold > 0) {
+            (void)clip->channelLayout();
+            (void)clip->importAudio(0, 1, sound.channelsTold);
+            if (sound.failedAt) {
+                (void)clip->importAudio(static_cast<std::int64_t>(*sound.failedAt), kSoundBlock,
+                                        sound.channelsTold);
+            }
+        }
     }
 }
 
@@ -204,6 +345,7 @@ std::string addLog(const std::vector<std::string>& logs, Report& out) {
         });
         if (ours) {
             out.log = std::move(items);
+            addMatrix(out);
             return path;
         }
     }

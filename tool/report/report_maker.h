@@ -8,15 +8,26 @@
 
 #include "tool/report/report_page.h"
 #include "tool/shared/base/hosted_run.h"
+#include "tool/shared/base/progress.h"
 
 namespace simhost::tool {
 
 /// What the file tells without the plug-in. Throws ToolError when it cannot be read.
 Report reportOnFile(const std::string& pathUtf8);
 
-/// What the plug-in tells: description, at most `mostFrames` pictures spread over the clip, sound. Throws
-/// ToolError when it refuses the file; what was learned until then stays in `out`.
-void addPluginsPart(const HostedRun& hosted, std::uint32_t mostFrames, Report& out);
+/// How much work there is ahead, as Progress counts it: frames to show and blocks of sound to read.
+std::uint64_t stepsOf(const Report& report, std::uint32_t mostFrames);
+
+/// What the plug-in tells of the pictures: description, at most `mostFrames` of them spread over the clip.
+/// Throws ToolError when it refuses the file; what was learned until then stays in `out`.
+void addPictures(const HostedRun& hosted, std::uint32_t mostFrames, Progress& progress, Report& out);
+
+/// The same for the sound, which is read up to the end of the file's data, whatever length its header tells.
+void addSounds(const HostedRun& hosted, Progress& progress, Report& out);
+
+/// For the log of a run: describes the tracks of `report` again and reads the beginning of each and what
+/// could not be read, but not all of the sound, which would be a line for every chunk of the file.
+void repeatSounds(const HostedRun& hosted, const Report& report);
 
 /// The log of the run among `logs`: the one in which this thread asked about the report's file. Gives its
 /// path, empty when there is none.

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -36,14 +37,21 @@ struct ReportSound {
     std::vector<Fact> facts;
     std::vector<ReportChannel> channels;
     std::string problem;  ///< empty when it could be read
+    std::string drawn;    ///< how much of it the waveforms show, "00:00:02.000"
+    // For those who ask the plug-in once more.
+    std::int32_t index = 0;  ///< as the host counts the streams
+    std::uint32_t channelsTold = 0;
+    std::optional<std::uint64_t> failedAt;  ///< the sample frame
 };
 
 struct Report {
     std::string fileName;
     std::string path;
-    std::string made;     ///< by which plug-in and tool
-    std::string failure;  ///< the plug-in's refusal; empty when it opened the file
-    std::vector<std::string> warnings;
+    std::vector<Fact> made;             ///< when, by which plug-in and tool
+    bool logged = false;                ///< the log is going to be on the page
+    std::string failure;                ///< the plug-in's refusal; empty when it opened the file
+    std::vector<std::string> alarms;    ///< pictures or sound cannot be had
+    std::vector<std::string> warnings;  ///< what else is unusual
     std::vector<Fact> file;
     std::vector<Fact> video;
     std::vector<std::string> pixelFormats;

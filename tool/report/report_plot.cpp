@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "tool/shared/base/html_text.h"
 #include "tool/shared/base/number_text.h"
 
 namespace simhost::tool {
@@ -14,9 +15,10 @@ std::string number(double value) {
     return decimalText(value, 1);
 }
 
-std::string svgHead(std::size_t width, double height, const char* name, const char* label) {
-    return "<svg class=\"" + std::string(name) + "\" viewBox=\"0 0 " + std::to_string(width) + " " +
-           number(height) + "\" preserveAspectRatio=\"none\" role=\"img\" aria-label=\"" + label + "\">";
+std::string svgHead(std::size_t width, double height, const char* look, const std::string& name) {
+    return "<svg class=\"" + std::string(look) + "\" viewBox=\"0 0 " + std::to_string(width) + " " +
+           number(height) + "\" preserveAspectRatio=\"none\" role=\"img\" aria-label=\"" + htmlEscaped(name) +
+           "\">";
 }
 
 double waveY(float sample) {
@@ -27,9 +29,9 @@ double waveY(float sample) {
 }  // namespace
 
 // One closed outline: the upper edge from left to right, the lower edge back. Never thinner than a line.
-std::string waveSvg(const SampleRanges& ranges) {
+std::string waveSvg(const SampleRanges& ranges, const std::string& name) {
     const std::span<const SampleRange> columns = ranges.columns();
-    std::string out = svgHead(columns.size(), kWaveHeight, "wave", "waveform");
+    std::string out = svgHead(columns.size(), kWaveHeight, "wave", name);
     out += "<path class=\"zero\" d=\"M0 " + number(kWaveHeight / 2) + "H" + std::to_string(columns.size()) +
            "\"/>";
     std::string upper;
@@ -44,9 +46,9 @@ std::string waveSvg(const SampleRanges& ranges) {
     return out + "<path class=\"sound\" d=\"" + upper + lower + "Z\"/></svg>";
 }
 
-std::string frameSizeSvg(std::span<const std::uint32_t> sizes, std::size_t width) {
+std::string frameSizeSvg(std::span<const std::uint32_t> sizes, const std::string& name, std::size_t width) {
     const std::size_t columns = std::min(sizes.size(), width);
-    std::string out = svgHead(std::max<std::size_t>(columns, 1), kRateHeight, "rate", "frame sizes");
+    std::string out = svgHead(std::max<std::size_t>(columns, 1), kRateHeight, "rate", name);
     const std::uint32_t largest = sizes.empty() ? 0 : *std::max_element(sizes.begin(), sizes.end());
     const double scale = largest == 0 ? 0.0 : kRateHeight / largest;
     std::string most;

@@ -14,11 +14,13 @@ namespace simhost::tool {
 
 inline constexpr std::size_t kDrawingColumns = 800;
 
-/// As an outline of the range in each column; columns without samples are at 0.
-std::string waveSvg(const SampleRanges& ranges);
+/// As an outline of the range in each column; columns without samples are at 0. `name` is told to those who
+/// do not see it.
+std::string waveSvg(const SampleRanges& ranges, const std::string& name);
 
 /// Bars from 0 to the largest size; where several frames share a column, the largest is drawn pale and their
 /// mean in full. Columns with an empty frame have a mark at the foot.
-std::string frameSizeSvg(std::span<const std::uint32_t> sizes, std::size_t width = kDrawingColumns);
+std::string frameSizeSvg(std::span<const std::uint32_t> sizes, const std::string& name,
+                         std::size_t width = kDrawingColumns);
 
 }  // namespace simhost::tool

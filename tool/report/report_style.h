@@ -8,7 +8,7 @@ inline constexpr const char* kReportStyle = R"(
 :root{color-scheme:light dark;--bg:#f6f7f9;--card:#fff;--ink:#1b1f24;--soft:#5a6572;--line:#d9dee5;--wave:#2563c9;
 --pale:#b9cdf2;--bad:#b3261e;--badbg:#fdecea;--warn:#7a5200;--warnbg:#fff4d6;--good:#1d6b3a;--goodbg:#e6f4ea;
 --check:#d5d9df}
-@media(prefers-color-scheme:dark){:root{--bg:#14171b;--card:#1d2127;--ink:#e6e9ed;--soft:#9aa5b1;--line:#333a43;
+@media screen and (prefers-color-scheme:dark){:root{--bg:#14171b;--card:#1d2127;--ink:#e6e9ed;--soft:#9aa5b1;--line:#333a43;
 --wave:#7aa8f5;--pale:#33507f;--bad:#ff9a90;--badbg:#3a1d1b;--warn:#f0c560;--warnbg:#352a10;--good:#84d6a1;
 --goodbg:#16301f;--check:#2b3038}}
 *{box-sizing:border-box}
@@ -34,6 +34,7 @@ figcaption{font-size:.8rem;color:var(--soft);margin-top:4px;font-variant-numeric
 color:var(--bad);font-size:.8rem;text-align:center;overflow-wrap:anywhere}
 .channel{display:grid;grid-template-columns:150px minmax(0,1fr);gap:4px 14px;align-items:center;
 border-top:1px solid var(--line);padding:6px 0}
+.times{border:0;padding:0}
 .channel .soft{font-size:.8rem;display:block}
 svg{display:block;width:100%}svg.wave{height:64px}svg.rate{height:170px;border-bottom:1px solid var(--line)}
 .sound,.mean{fill:var(--wave)}.most{fill:var(--pale)}.empty{fill:var(--bad)}
@@ -43,7 +44,8 @@ svg{display:block;width:100%}svg.wave{height:64px}svg.rate{height:170px;border-b
 table{border-collapse:collapse;width:100%;font-variant-numeric:tabular-nums}
 th,td{text-align:left;padding:5px 14px 5px 0;border-bottom:1px solid var(--line);white-space:nowrap}
 table.short{width:auto}
-th{color:var(--soft);font-weight:500;font-size:.85rem}
+th{color:var(--soft);font-weight:500;font-size:.85rem}tbody th{color:inherit;font-size:inherit}
+caption{position:absolute;width:1px;height:1px;overflow:hidden;clip-path:inset(50%);white-space:nowrap}
 .n{text-align:right}.odd{color:var(--bad);font-weight:600}
 section .notes{margin:0 0 14px}.scroll+details{margin-top:14px}
 summary{cursor:pointer;font-weight:600}
@@ -53,10 +55,17 @@ pre b{font-weight:600}pre .bad{color:var(--bad);background:var(--badbg)}pre .war
 pre i{font-style:normal;color:var(--soft)}
 @media(max-width:560px){main{padding:16px 12px 40px}section{padding:14px}.channel{grid-template-columns:1fr}
 .facts{grid-template-columns:repeat(auto-fill,minmax(min(100%,140px),1fr))}
-.streams,.streams tbody,.streams tr{display:block}.streams tr+tr{padding-top:8px}.streams th{display:none}
-.streams td{display:flex;justify-content:space-between;gap:16px;padding-right:0;text-align:right;white-space:normal}
-.streams td::before{content:attr(data-name);color:var(--soft);font-weight:400;text-align:left}}
-@media print{section{break-inside:avoid}pre{max-height:none}}
+.streams,.streams tbody,.streams tr{display:block}.streams tr+tr{padding-top:8px}.streams thead{display:none}
+.streams tbody :is(th,td){display:flex;justify-content:space-between;gap:16px;padding-right:0;text-align:right;
+white-space:normal}
+.streams tbody :is(th,td)::before{content:attr(data-name);color:var(--soft);font-weight:400;text-align:left}}
+:is(.scroll,pre,summary):focus-visible{outline:2px solid var(--wave);outline-offset:2px}
+@media print{:root{--bg:#fff;--card:#fff}body{font-size:11pt}main{max-width:none;padding:0}
+section{padding:10px 0;border-width:1px 0 0;border-radius:0}.scroll,pre{overflow:visible;max-height:none}
+table{font-size:.8em}th,td{white-space:normal;overflow-wrap:break-word;padding-right:8px}
+h2,h3,summary{break-after:avoid}figure,.channel,svg,tr,.facts div,.notes li{break-inside:avoid}
+details::details-content{content-visibility:visible;display:block}
+.notes li{border:1px solid var(--line)}}
 )";
 
 }  // namespace simhost::tool

@@ -7,6 +7,9 @@
 #include <string>
 #include <vector>
 
+#include "tool/shared/media/index_gaps.h"
+#include "tool/shared/media/index_probe.h"
+
 namespace simhost::tool {
 
 enum class IndexKind { kNone, kLegacy, kOpenDml };
@@ -17,29 +20,28 @@ struct StreamFacts {
     std::string format;  ///< "O8Y2", "PCM, 16 bits, 2 channels, 48000 Hz"
     std::uint32_t rate = 0;
     std::uint32_t scale = 0;
-    std::uint32_t sampleSize = 0;      ///< bytes of a unit of length; 0: a chunk is one, or it varies
     std::uint32_t declaredLength = 0;  ///< of the header: frames, or sample frames
+    /// Of uncompressed sound: bytes of a sample frame, and sample frames a second. Else 0.
+    std::uint32_t frameBytes = 0;
+    std::uint32_t samplesPerSecond = 0;
     IndexKind index = IndexKind::kNone;
+    IndexBase base = IndexBase::kRight;
     bool openDmlRefused = false;  ///< it has an OpenDML index, but that could not be used
     std::uint64_t chunks = 0;
     std::uint64_t bytes = 0;
+    std::uint64_t bytesInFile = 0;  ///< of the chunks that lie wholly inside, and not more than the file has
     std::uint64_t emptyChunks = 0;
     std::uint64_t longestEmptyRun = 0;
     std::uint64_t chunksPastEnd = 0;  ///< not wholly inside the file
 
-    /// What the index holds, in the header's unit; the header's word for sound whose chunks vary.
-    std::uint64_t length() const noexcept;
+    /// Frames or sample frames that the index holds; 0 for sound that is compressed.
+    std::uint64_t heldLength() const noexcept;
+    /// How long it plays before there is nothing or, for sound, silence. Pictures go by the index, sound ends
+    /// with the length in its header. 0 when that cannot be told.
     double seconds() const noexcept;
 };
 
-/// Bytes between indexed chunks that no index mentions, beyond what index chunks and padding explain.
-struct Gap {
-    std::uint64_t position = 0;
-    std::uint64_t bytes = 0;
-};
-
 struct AviFacts {
-    static constexpr std::uint64_t kLeastGap = 64 * 1024;
     static constexpr std::size_t kMostGaps = 20;
 
     bool usable = false;
@@ -54,7 +56,12 @@ struct AviFacts {
 /// Nothing when the file cannot be opened.
 std::optional<AviFacts> readAviFacts(const std::string& pathUtf8);
 
-/// Sentences for the user: what is unusual about the file and what it leads to.
-std::vector<std::string> aviWarnings(const AviFacts& facts);
+/// What is unusual about a file and what it leads to, in sentences for the user.
+struct AviFinding {
+    bool bad = false;    ///< pictures or sound cannot be had
+    std::string text;    ///<
+    std::string advice;  ///< what to do; empty when nothing is to be done
+};
+std::vector<AviFinding> aviFindings(const AviFacts& facts);
 
 }  // namespace simhost::tool

@@ -91,7 +91,22 @@ class Browser:
     def look(self, width, scheme):
         """The window's width, and 'light' or 'dark'."""
         self.call("Emulation.setDeviceMetricsOverride", width=width, height=900, deviceScaleFactor=1, mobile=False)
-        self.call("Emulation.setEmulatedMedia", features=[{"name": "prefers-color-scheme", "value": scheme}])
+        self.call("Emulation.setEmulatedMedia", media="", features=[{"name": "prefers-color-scheme", "value": scheme}])
+
+    def look_printed(self, width):
+        """As on paper that is `width` wide, for a user whose system is dark."""
+        self.call("Emulation.setDeviceMetricsOverride", width=width, height=900, deviceScaleFactor=1, mobile=False)
+        self.call("Emulation.setEmulatedMedia", media="print",
+                  features=[{"name": "prefers-color-scheme", "value": "dark"}])
+
+    def axe(self, script):
+        """What the checker of accessibility, whose program text is given, finds on the page."""
+        self.call("Runtime.evaluate", expression=script)
+        answer = self.call("Runtime.evaluate", awaitPromise=True, returnByValue=True, expression="""axe.run(document,
+            {resultTypes: ['violations'], runOnly: ['wcag2a', 'wcag2aa', 'wcag21a', 'wcag21aa', 'wcag22aa', 'best-practice']})
+            .then(r => ({checked: r.passes.length, found: r.violations.map(v => v.id + ': ' + v.help + ': ' +
+                v.nodes.slice(0, 3).map(n => n.html.slice(0, 120)).join(' | '))}))""")
+        return answer["result"]["value"]
 
     def open(self, path):
         """Loads the file. Gives what the browser had to complain about, and what it asked of the network."""

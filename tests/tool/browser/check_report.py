@@ -11,10 +11,13 @@ import sys
 import unittest
 from pathlib import Path
 
+import axe
 import browser
 import make_report_clips as clips
 
 WIDTHS = (400, 1400)
+A4_WIDTH = 718  # pixels of CSS between margins of a centimetre
+PAGES = (clips.SOUND_NAME, clips.ODD_NAME)
 SCHEMES = {"light": range(200, 256), "dark": range(0, 60)}
 FOLDER = Path()
 TOOL = []
@@ -38,6 +41,11 @@ CONTRAST = """(() => {
 # Elements that reach out of the window, but for those inside of something that scrolls.
 OVERFLOWING = """[...document.querySelectorAll('body *')].filter(e => !e.closest('.scroll') || e.matches('.scroll'))
   .filter(e => e.getBoundingClientRect().right > innerWidth + 0.5).map(e => e.outerHTML.slice(0, 80))"""
+
+# Elements that hide a part of what is in them, but for texts that are there to be heard only.
+CUT = """[...document.querySelectorAll('body *')].filter(e => getComputedStyle(e).overflow !== 'visible'
+  && !e.matches('caption, svg') && (e.scrollWidth > e.clientWidth + 1 || e.scrollHeight > e.clientHeight + 1))
+  .map(e => e.outerHTML.slice(0, 80))"""
 
 # Pairs of texts of the same section that cover each other.
 OVERLAPPING = """(() => { const boxes = [...document.querySelectorAll('dt, dd, figcaption, h2, h3, .channel > div, li')]
@@ -84,13 +92,53 @@ class ReportTest(unittest.TestCase):
                         ratio, where = self.page.value(CONTRAST)
                         self.assertGreaterEqual(ratio, 4.5, where)
 
+    def test_nothing_is_out_of_reach_for_anybody(self):
+        checker = axe.script(FOLDER.parent.parent / "axe-core")
+        if checker is None:
+            self.skipTest("there is no npm to fetch axe-core with")
+        for name in PAGES:
+            for width in WIDTHS:
+                for scheme in SCHEMES:
+                    with self.subTest(name=name, width=width, scheme=scheme):
+                        self.openPage(name, width, scheme)
+                        self.page.value("document.querySelectorAll('details').forEach(d => d.open = true)")
+                        result = self.page.axe(checker)
+                        self.assertEqual(result["found"], [])
+                        self.assertGreater(result["checked"], 15, "the checker has looked")
+
+    def test_paper_shows_everything(self):
+        for number, name in enumerate(PAGES, 1):
+            with self.subTest(name=name):
+                self.openPage(name)
+                self.page.look_printed(A4_WIDTH)
+                self.page.screenshot(FOLDER / f"page{number}-print.png")
+                self.assertEqual(self.page.value("getComputedStyle(document.body).backgroundColor"), "rgb(255, 255, 255)")
+                self.assertLessEqual(self.page.value("document.documentElement.scrollWidth"), A4_WIDTH)
+                self.assertEqual(self.page.value(CUT), [])
+                self.assertEqual(self.page.value(OVERFLOWING.replace("!e.closest('.scroll')", "true")), [])
+                ratio, where = self.page.value(CONTRAST)
+                self.assertGreaterEqual(ratio, 4.5, where)
+                # The log is folded on the screen only.
+                self.assertGreater(self.page.value("document.querySelectorAll('pre').length"), 0)
+                self.assertEqual(self.page.value("[...document.querySelectorAll('pre')].filter("
+                                                 "e => !e.checkVisibility() || e.clientHeight < 100).length"), 0)
+
+    def test_every_picture_has_a_name_of_its_own(self):
+        self.openPage(clips.SOUND_NAME)
+        names = self.page.value("[...document.images].map(i => i.alt)"
+                                ".concat([...document.querySelectorAll('svg')].map(e => e.ariaLabel))")
+        self.assertEqual(len(names), 24 + 6 + 1)
+        self.assertEqual(len(set(names)), len(names), names)
+        self.assertIn("frame 0 at 00:00:00.000", names)
+        self.assertIn("Sound track 1, waveform of channel 2, Front right", names)
+
     def test_a_sound_clip_is_told_at_a_glance(self):
         self.openPage(clips.SOUND_NAME)
         self.assertEqual(texts(self.page, "h1"), [clips.SOUND_NAME])
         self.assertEqual(texts(self.page, "main > .notes li"), ["Nothing unusual was found."])
         self.assertEqual(texts(self.page, ".streams td:nth-child(3)"),
                          ["O8Y2", "PCM, 16 bits, 6 channels, 48000 Hz"])
-        self.assertEqual([text.split("peak")[0].split("silent")[0] for text in texts(self.page, ".channel > div")],
+        self.assertEqual([text.split("peak")[0].split("silent")[0] for text in texts(self.page, ".channel:not(.times) > div")],
                          ["1 Front left", "2 Front right", "3 Front center", "4 Low frequency", "5 Back left",
                           "6 Back right"])
         self.assertEqual(self.page.value("document.images.length"), 24)
@@ -101,7 +149,8 @@ class ReportTest(unittest.TestCase):
         self.assertLess(heights[4], 1)
         self.assertGreater(heights[3], 60)
         self.assertGreater(self.page.value("document.querySelector('svg.rate').getBoundingClientRect().height"), 100)
-        self.assertEqual(texts(self.page, "h2")[-1], "Diagnostic log of this run, no failures")
+        self.assertEqual(texts(self.page, "h2")[-2:],
+                         ["Diagnostic log of this run, no failures", "How this page was made"])
         self.assertFalse(self.page.value("document.querySelector('details').open"), "it is folded")
 
     def test_every_oddity_of_a_clip_is_told(self):

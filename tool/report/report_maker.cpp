@@ -12,6 +12,7 @@
 #include "simhost/text.h"
 #include "tool/report/report_plot.h"
 #include "tool/report/report_words.h"
+#include "tool/shared/base/file_facts.h"
 #include "tool/shared/base/number_text.h"
 #include "tool/shared/base/output_file.h"
 #include "tool/shared/base/progress.h"
@@ -213,31 +214,6 @@ void addUnusableSounds(const Clip& clip, Report& out) {
     }
 }
 
-// "2026-11-15 22:10 UTC"
-std::string dateText(std::chrono::system_clock::time_point time) {
-    using namespace std::chrono;
-    const auto day = floor<days>(time);
-    const year_month_day date(day);
-    const hh_mm_ss clock(floor<minutes>(time - day));
-    char text[40];
-    (void)std::snprintf(text, sizeof text, "%04d-%02u-%02u %02d:%02d UTC", static_cast<int>(date.year()),
-                        static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
-                        static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()));
-    return text;
-}
-
-std::string fileDate(const std::filesystem::path& path) {
-    std::error_code error;
-    const auto written = std::filesystem::last_write_time(path, error);
-    if (error) {
-        return "unknown";
-    }
-    // The two clocks have no common beginning that every library knows of.
-    const auto age = std::filesystem::file_time_type::clock::now() - written;
-    return dateText(std::chrono::system_clock::now() -
-                    std::chrono::duration_cast<std::chrono::system_clock::duration>(age));
-}
-
 // What the log tells of the coding and nothing else does.
 void addMatrix(Report& out) {
     for (const LogItem& item : out.log) {
@@ -279,10 +255,12 @@ Report reportOnFile(const std::string& pathUtf8) {
     }
     out.file = {{"Size", bytesText(static_cast<double>(out.avi.fileSize)) + " (" +
                              std::to_string(out.avi.fileSize) + " bytes)"},
-                {"Last written", fileDate(path)},
+                {"Last written", dateText(fileFacts(pathToUtf8(path)).modified)},
                 {"Streams", std::to_string(out.avi.streams.size())},
                 {"Data of the streams", bytesText(static_cast<double>(data))}};
-    out.made = {{"Report made", dateText(std::chrono::system_clock::now())}};
+    out.made = {{"Report made", dateText(std::chrono::duration_cast<std::chrono::seconds>(
+                                        std::chrono::system_clock::now().time_since_epoch())
+                                        .count())}};
     return out;
 }
 

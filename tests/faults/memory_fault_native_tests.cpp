@@ -4,11 +4,23 @@
 #include <string>
 
 #include "tests/faults/fault_session.h"
-#include "tests/faults/module_allocations.h"
+#include "tests/support/allocation_meter/allocation_meter.h"
 
 namespace {
 
 constexpr std::uint64_t kMostAllocations = 50'000;
+
+/// Allocation number `n` of the plug-in from 1 fails, with `fromThere` all later ones too; 0: none.
+void startFailing(std::uint64_t n, bool fromThere) {
+    orvantis::test::startCounting();
+    orvantis::test::failAllocation(static_cast<std::int64_t>(n) - 1, fromThere);
+}
+
+/// How many there were.
+std::uint64_t stopFailing() {
+    orvantis::test::failAllocation(-1, false);
+    return orvantis::test::counted().calls;
+}
 
 class AllocationFaults : public SessionFaults, public ::testing::WithParamInterface<std::uint64_t> {
  protected:
@@ -20,7 +32,7 @@ class AllocationFaults : public SessionFaults, public ::testing::WithParamInterf
         const void* address = nullptr;
         static_assert(sizeof(address) == sizeof(entry));
         std::memcpy(&address, &entry, sizeof(address));
-        faults::watchModule(address);
+        orvantis::test::countOnlyModuleOf(address);
     }
     /// Lets allocation n fail for n = first, first + step, ... up to the end. Returns the number of
     /// allocations.
@@ -28,8 +40,8 @@ class AllocationFaults : public SessionFaults, public ::testing::WithParamInterf
         for (std::uint64_t n = first; n <= kMostAllocations; n += step) {
             std::uint64_t allocations = 0;
             const bool good = survives(
-                "allocation " + std::to_string(n), [&](simhost::Host&) { faults::startCounting(n, false); },
-                [&](simhost::Host&) { allocations = faults::stopCounting(); });
+                "allocation " + std::to_string(n), [&](simhost::Host&) { startFailing(n, false); },
+                [&](simhost::Host&) { allocations = stopFailing(); });
             if (allocations < n) return allocations;
             if (!good) {
                 ADD_FAILURE() << "stopped at allocation " << n;
@@ -61,12 +73,12 @@ TEST_P(AllocationFaults, EachFailsAndSoDoAllBehindIt) {
     // With nothing left the plug-in gets less far, and makes fewer attempts: every number up to those of an
     // undisturbed session is gone through.
     ASSERT_TRUE(survives(
-        "nothing", [](simhost::Host&) { faults::startCounting(0, false); },
-        [&](simhost::Host&) { total = faults::stopCounting(); }));
+        "nothing", [](simhost::Host&) { startFailing(0, false); },
+        [&](simhost::Host&) { total = stopFailing(); }));
     for (std::uint64_t n = GetParam(); n <= total; n += kShares) {
         ASSERT_TRUE(survives(
-            "allocations from " + std::to_string(n), [&](simhost::Host&) { faults::startCounting(n, true); },
-            [](simhost::Host&) { static_cast<void>(faults::stopCounting()); }));
+            "allocations from " + std::to_string(n), [&](simhost::Host&) { startFailing(n, true); },
+            [](simhost::Host&) { static_cast<void>(stopFailing()); }));
     }
 }
 

@@ -3,8 +3,8 @@
 #include <cstring>
 
 #include "host/pixel_formats.h"
-#include "tests/faults/module_allocations.h"
 #include "tests/integration/plugin_clip_test.h"
+#include "tests/support/allocation_meter/allocation_meter.h"
 
 namespace {
 
@@ -17,14 +17,14 @@ class PlaybackAllocations : public ClipTest {
         const void* address = nullptr;
         static_assert(sizeof(address) == sizeof(entry));
         std::memcpy(&address, &entry, sizeof(address));
-        faults::watchModule(address);
+        orvantis::test::countOnlyModuleOf(address);
     }
     /// Allocations of the plug-in while frame and sound `index` are delivered.
     static std::uint64_t play(const simhost::Clip& clip, std::uint32_t index) {
-        faults::startCounting(0, false);
+        orvantis::test::startCounting();
         const simhost::FrameAnswer frame = clip.getFrame(index, kYuy2);
         const simhost::AudioAnswer sound = clip.importAudio(-1, clips::kSamplesPerFrame, 2);
-        const std::uint64_t allocations = faults::stopCounting();
+        const std::uint64_t allocations = orvantis::test::counted().calls;
         EXPECT_TRUE(frame.frame);
         EXPECT_EQ(sound.result, host::imNoErr);
         return allocations;

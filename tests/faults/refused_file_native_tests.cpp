@@ -3,16 +3,16 @@
 #include <memory>
 #include <vector>
 
-#include "tests/faults/module_allocations.h"
 #include "tests/integration/plugin_clip_test.h"
+#include "tests/support/allocation_meter/allocation_meter.h"
 
 namespace {
 
 class RefusedFiles : public ClipTest {
  protected:
     /// Bytes that each of many refused clips keeps until it is closed.
-    std::int64_t bytesOfEach(const std::string& path) {
-        constexpr std::int64_t kClips = 20;
+    std::size_t bytesOfEach(const std::string& path) {
+        constexpr std::size_t kClips = 20;
         std::vector<std::unique_ptr<simhost::Clip>> clips;
         clips.reserve(kClips + 1);
         const auto openOne = [&] {
@@ -21,16 +21,16 @@ class RefusedFiles : public ClipTest {
         };
         openOne();
         host().clearTrace();
-        const std::int64_t before = faults::liveBytes();
-        for (std::int64_t i = 0; i < kClips; ++i) openOne();
+        orvantis::test::startCounting();
+        for (std::size_t i = 0; i < kClips; ++i) openOne();
         host().clearTrace();
-        const std::int64_t kept = faults::liveBytes() - before;
+        const std::size_t kept = orvantis::test::counted().current;
         for (const auto& clip : clips) EXPECT_EQ(clip->close(), host::imNoErr);
         return kept / kClips;
     }
 };
 
-constexpr std::int64_t kMostBytes = 16 * 1024;  // a window on a file has four times as many
+constexpr std::size_t kMostBytes = 16 * 1024;  // a window on a file has four times as many
 
 TEST_F(RefusedFiles, OfAForeignCodecKeepNoWindows) {
     startAndInit();

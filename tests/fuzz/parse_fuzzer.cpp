@@ -9,7 +9,8 @@
 #include "avi/frame_chunk.h"
 #include "host/result_codes.h"
 #include "tests/fuzz/fuzz_target.h"
-#include "tests/fuzz/memory_meter.h"
+#include "tests/fuzz/memory_bound.h"
+#include "tests/support/allocation_meter/allocation_meter.h"
 #include "tests/support/memory_file.h"
 
 namespace {
@@ -147,9 +148,9 @@ void checkCost(MemoryFile& file) {
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     MemoryFile file(std::span<const std::uint8_t>(data, size));
     AviReader reader;
-    fuzz::startMeter();
+    orvantis::test::startCounting();
     const bool usable = reader.parse(file, false);
-    FUZZ_CHECK(fuzz::peakBytes() <= fuzz::memoryBound(size));
+    FUZZ_CHECK(orvantis::test::counted().peak <= fuzz::memoryBound(size));
     checkCost(file);
     FUZZ_CHECK(usable || !reader.errors.empty());
 

@@ -15,7 +15,8 @@
 #include "simhost/plugin.h"
 #include "simhost/session.h"
 #include "tests/fuzz/fuzz_target.h"
-#include "tests/fuzz/memory_meter.h"
+#include "tests/fuzz/memory_bound.h"
+#include "tests/support/allocation_meter/allocation_meter.h"
 #include "tests/support/environment.h"
 #include "tests/support/file_hooks.h"
 
@@ -121,9 +122,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     options.framesPerFormat = 2;
     options.mostFormats = 3;
     options.audioFrames = 64;
-    fuzz::startMeter();
+    orvantis::test::startCounting();
     const auto summary = simhost::runSession(world.host->importer(), options);
-    FUZZ_CHECK(fuzz::peakBytes() <= fuzz::memoryBound(size));
+    FUZZ_CHECK(orvantis::test::counted().peak <= fuzz::memoryBound(size));
 
     for (const simhost::SessionStep& step : summary.steps) {
         if (isDocumented(step)) continue;

@@ -12,7 +12,8 @@
 #include "host/result_codes.h"
 #include "simhost/host.h"
 #include "tests/fuzz/fuzz_target.h"
-#include "tests/fuzz/memory_meter.h"
+#include "tests/fuzz/memory_bound.h"
+#include "tests/support/allocation_meter/allocation_meter.h"
 #include "tests/support/environment.h"
 #include "tests/support/memory_file.h"
 #include "video/format_tables.h"
@@ -140,10 +141,10 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     layOut(stream, list, chunks);
 
     fuzz::Numbers asked(places.data(), places.size());
-    fuzz::startMeter();
+    orvantis::test::startCounting();
     video(world, stream, asked.take<std::int64_t>());
     sound(world, stream, file, asked);
-    FUZZ_CHECK(fuzz::peakBytes() <= fuzz::memoryBound(size));
+    FUZZ_CHECK(orvantis::test::counted().peak <= fuzz::memoryBound(size));
     FUZZ_CHECK(world.host.isClean());
     return 0;
 }

@@ -2,47 +2,18 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <cstdlib>
-#include <new>
-
 #include "standin/library.h"
+#include "tests/support/allocation_meter/allocation_meter.h"
 #include "tests/testbed/standin/reference_decoder.h"
 #include "tests/testbed/standin/standin_test_support.h"
-
-namespace {
-
-std::atomic<long> g_allocations = 0;
-
-void* allocate(std::size_t size) {
-    ++g_allocations;
-    void* memory = std::malloc(size == 0 ? 1 : size);
-    if (memory == nullptr) {
-        throw std::bad_alloc();
-    }
-    return memory;
-}
-
-}  // namespace
-
-// The whole test program counts; the array forms and the sized forms end up here by themselves.
-void* operator new(std::size_t size) {
-    return allocate(size);
-}
-void operator delete(void* memory) noexcept {
-    std::free(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept {
-    std::free(memory);
-}
 
 namespace orvantis::standin::test {
 namespace {
 
 TEST(StandinSteadyState, TheCounterCounts) {
-    const long before = g_allocations;
+    orvantis::test::startCounting();
     const std::vector<int> some(100);
-    EXPECT_GE(g_allocations, before + 1);
+    EXPECT_GE(orvantis::test::counted().calls, 1U);
 }
 
 class DecodingEveryType : public testing::TestWithParam<TestType> {};
@@ -62,12 +33,12 @@ TEST_P(DecodingEveryType, AllocatesNothingInAnyLayout) {
         }
         const std::size_t rowBytes = referenceRowBytes(layout, 33);
         const OutputRows rows(rowBytes, 7, static_cast<std::int32_t>(rowBytes));
-        const long before = g_allocations;
+        orvantis::test::startCounting();
         for (int frame = 0; frame < 3; ++frame) {
             decoded +=
                 open.library.decompress(open.handle, payload.data(), payload.size(), &rows.buffer()) == 0;
         }
-        EXPECT_EQ(g_allocations, before) << "layout " << layout;
+        EXPECT_EQ(orvantis::test::counted().calls, 0U) << "layout " << layout;
         EXPECT_EQ(open.library.decompressEnd(open.handle), 0);
     }
     EXPECT_GE(decoded, 7 * 3);

@@ -5,9 +5,9 @@
 
 #include <vector>
 
-#include "allocation_count.h"
 #include "diag/log.h"
 #include "import_fixture.h"
+#include "tests/support/allocation_meter/allocation_meter.h"
 
 namespace orvantis {
 namespace {
@@ -25,12 +25,12 @@ void expectNoAllocations(const WaveBytes& wave) {
     fixture.file.seeks.reserve(10'000);
     fixture.file.reads.reserve(10'000);
 
-    const std::uint64_t before = allocationCount();
+    test::startCounting();
     for (int i = 0; i < 300; ++i) {
         ASSERT_EQ(fixture.importFrames(i % 4 == 0 ? i : -1, static_cast<std::uint32_t>(300 - i % 7), buffers),
                   0);
     }
-    EXPECT_EQ(allocationCount() - before, 0u) << wave.bits;
+    EXPECT_EQ(test::counted().calls, 0u) << wave.bits;
 }
 
 TEST(AudioImportCost, SteadyReadsAllocateNothing) {
@@ -42,9 +42,9 @@ TEST(AudioImportCost, SteadyReadsAllocateNothing) {
 }
 
 TEST(AudioImportCost, TheCounterCounts) {
-    const std::uint64_t before = allocationCount();
+    test::startCounting();
     const std::vector<int> one(10);
-    EXPECT_EQ(allocationCount() - before, 1u);
+    EXPECT_EQ(test::counted().calls, 1u);
     EXPECT_EQ(one.size(), 10u);
 }
 

@@ -11,10 +11,10 @@
 #include "avi/frame_chunk.h"
 #include "diag/log.h"
 #include "host/result_codes.h"
+#include "tests/support/allocation_meter/allocation_meter.h"
 #include "tests/support/memory_file.h"
 #include "tests/unit/avi/avi_test_support.h"
 #include "tests/unit/avi/captured_log.h"
-#include "tests/unit/avi/counted_memory.h"
 #include "tests/unit/avi/plain_parser.h"
 #include "tests/unit/avi/same_lists.h"
 

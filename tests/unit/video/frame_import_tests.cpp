@@ -14,11 +14,11 @@
 #include "diag/log.h"
 #include "host/pixel_formats.h"
 #include "host/result_codes.h"
+#include "tests/support/allocation_meter/allocation_meter.h"
 #include "tests/support/captured_log.h"
 #include "tests/support/chunk_lists.h"
 #include "tests/support/fake_codec/fake_codec.h"
 #include "tests/support/memory_file.h"
-#include "tests/unit/video/allocation_counter.h"
 #include "tests/unit/video/fake_host.h"
 #include "video/video_info.h"
 
@@ -595,7 +595,7 @@ TEST_F(FrameImport, ThousandFramesInAlternatingFormatsEndAndBeginOnEveryChange) 
 
 // The switch cannot be turned off again, so this one needs a process in which no test captured the log.
 TEST_F(FrameImport, SteadyPlaybackAllocatesNothingWhileTheLogIsOff) {
-    if (!test::AllocationCounter::isAvailable()) GTEST_SKIP() << "this build cannot count allocations";
+    if (!test::canCountAllocations()) GTEST_SKIP() << "this build cannot count allocations";
     if (logEnabled()) GTEST_SKIP() << "the log is on already";
     library.setRecording(false);
     ask(9 * kFrameTicks, kBgra);
@@ -603,15 +603,15 @@ TEST_F(FrameImport, SteadyPlaybackAllocatesNothingWhileTheLogIsOff) {
     host.take(request.frame.release());
     const host::imFrameFormat wanted{0, 0, kBgra};
     bool allDecoded = true;
-    std::size_t allocations = 0;
+    std::uint64_t allocations = 0;
     {
-        const test::AllocationCounter counter;
+        test::startCounting();
         for (int i = 0; i < 100; ++i) {
             request.assign(i % kFrames * kFrameTicks, &wanted, 1, host.ppixSuite());
             allDecoded = allDecoded && run() == host::imNoErr;
             host.take(request.frame.release());
         }
-        allocations = counter.count();
+        allocations = test::counted().calls;
     }
     EXPECT_TRUE(allDecoded);
     EXPECT_EQ(allocations, 0U);
@@ -621,10 +621,10 @@ TEST_F(FrameImport, SteadyPlaybackAllocatesNothingWhileTheLogIsOff) {
 
 // Through another library's code, since a compiler may leave out an allocation that it sees whole.
 TEST(AllocationCounterItself, CountsAllocations) {
-    if (!test::AllocationCounter::isAvailable()) GTEST_SKIP() << "this build cannot count allocations";
-    const test::AllocationCounter counter;
+    if (!test::canCountAllocations()) GTEST_SKIP() << "this build cannot count allocations";
+    test::startCounting();
     const std::string text = formatString("%0100d", 1);
-    EXPECT_GE(counter.count(), 1U);
+    EXPECT_GE(test::counted().calls, 1U);
     EXPECT_EQ(text.size(), 100U);
 }
 

@@ -48,28 +48,23 @@ function(orvantis_add_fixture)
     orvantis_quick_fixture(${arg_NAME} ${arg_COMMAND})
 endfunction()
 
-# orvantis_add_test(NAME name SOURCES ... [ALONE source...] [LIBRARIES ...] [LABELS ...] [LOADS target...] [DATA file...] [TIMEOUT seconds]
+# orvantis_add_test(NAME name SOURCES ... [LIBRARIES ...] [LABELS ...] [LOADS target...] [DATA file...] [TIMEOUT seconds]
 #                   [FIXTURES name] [PARTS number] [APART filter] [QUICK_FILTER filter] [NOT_QUICK])
 # A GoogleTest program and the CTest test <name> that runs it; with PARTS that many, <name>.1 and so on, which share its
 # tests and may run side by side. All in one process, since its start is most of the time that a test takes under Wine.
 # Tests that the GoogleTest filter APART names need a process of their own each; they are CTest tests
-# <name>.<Suite>.<Test>. LOADS names targets that the tests start or load, DATA files that they read. With ORVANTIS_QUICK the files
-# of a program are compiled several at a time, except those of SOURCES that ALONE names too. For the target `quick`
+# <name>.<Suite>.<Test>. LOADS names targets that the tests start or load, DATA files that they read. For the target `quick`
 # QUICK_FILTER chooses from what takes long, and NOT_QUICK leaves out what no edit of the plug-in can break.
 function(orvantis_add_test)
     cmake_parse_arguments(arg "NOT_QUICK" "NAME;TIMEOUT;FIXTURES;PARTS;APART;QUICK_FILTER"
-        "SOURCES;ALONE;LIBRARIES;LABELS;LOADS;DATA" ${ARGN})
+        "SOURCES;LIBRARIES;LABELS;LOADS;DATA" ${ARGN})
     add_executable(${arg_NAME} ${arg_SOURCES})
     target_link_libraries(${arg_NAME} PRIVATE
         orvantis_options ${arg_LIBRARIES} orvantis_test_main GTest::gtest GTest::gmock)
     target_compile_options(${arg_NAME} PRIVATE ${test_options})
     target_precompile_headers(${arg_NAME} REUSE_FROM orvantis_test_headers)
-    # One program's files in one go, but for those whose names are the same as another file's.
     if(ORVANTIS_QUICK)
-        orvantis_unity_build(${arg_NAME})
-        if(arg_ALONE)
-            set_source_files_properties(${arg_ALONE} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
-        endif()
+        orvantis_quick_compile(${arg_NAME} ${arg_SOURCES})
     endif()
     foreach(library IN LISTS arg_LIBRARIES)
         if(TARGET ${library})

@@ -85,10 +85,12 @@ constexpr const char* asyncErrorName(std::uint32_t code) noexcept {
 ORVANTIS_HOST_RESULT(imNoErr);
 ORVANTIS_HOST_RESULT(imBadFile);
 ORVANTIS_HOST_RESULT(imUnsupported);
+ORVANTIS_HOST_RESULT(imMemErr);
 ORVANTIS_HOST_RESULT(imOtherErr);
 ORVANTIS_HOST_RESULT(imBadCompression);
 ORVANTIS_HOST_RESULT(imIterateStreams);
 ORVANTIS_HOST_RESULT(imBadStreamIndex);
+ORVANTIS_HOST_RESULT(imDiskErr);
 ORVANTIS_HOST_RESULT(imFrameNotFound);
 ORVANTIS_HOST_RESULT(imFileReadFailed);
 ORVANTIS_HOST_RESULT(imDecompressionError);

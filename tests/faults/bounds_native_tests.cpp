@@ -12,10 +12,10 @@
 
 #include "avi/avi_reader.h"
 #include "avi/frame_chunk.h"
-#include "tests/faults/hostile_shapes.h"
 #include "tests/support/allocation_meter/allocation_meter.h"
 #include "tests/support/memory_file.h"
 #include "tests/support/temp_folder.h"
+#include "tests/unit/avi/hostile_shapes.h"
 
 namespace {
 

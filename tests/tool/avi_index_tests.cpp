@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "avi/chunk_list_builder.h"
 #include "tests/support/avi_builder/avi_builder.h"
 #include "tests/support/memory_file.h"
 #include "tests/support/temp_folder.h"
@@ -100,10 +101,10 @@ TEST(AviIndexBases, AFileThatWasCutOffHasARightIndex) {
 TEST(AviIndexBases, AFewHeadersAreEnough) {
     AviBuilder avi = builder(2000);
     orvantis::test::MemoryFile file{std::span<const std::uint8_t>(avi.build())};
-    std::vector<orvantis::IndexEntry> entries;
-    for (const auto& chunk : avi.placementsOf(0)) entries.push_back({chunk.offset, chunk.size, 0, 0, true});
+    orvantis::ChunkListBuilder entries;
+    for (const auto& chunk : avi.placementsOf(0)) entries.add(chunk.offset, 0, chunk.size, true);
     (void)file.open("clip", fileio::kOpenRead);
-    EXPECT_EQ(probeIndex(file, entries, avi.moviOffset()).base, IndexBase::kRight);
+    EXPECT_EQ(probeIndex(file, entries.finish(), avi.moviOffset()).base, IndexBase::kRight);
     EXPECT_LE(file.counts().reads, kMostLookedAt);
 }
 

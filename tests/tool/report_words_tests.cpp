@@ -8,7 +8,7 @@
 #include <string>
 
 #include "host/result_codes.h"
-#include "tests/unit/tool/log_text.h"
+#include "tests/tool/log_text.h"
 #include "tool/report/report_page.h"
 
 namespace simhost::tool {

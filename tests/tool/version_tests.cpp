@@ -1,8 +1,8 @@
 // Which versions had to do with an answer.
 #include <filesystem>
 
+#include "tests/tool/small_pe.h"
 #include "tests/tool/tool_run.h"
-#include "tests/unit/tool/small_pe.h"
 
 namespace {
 

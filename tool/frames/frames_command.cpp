@@ -92,7 +92,8 @@ class FrameWriter {
         blank.width = width;
         blank.height = height;
         blank.samples.assign(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 3, 0);
-        m_sheet.add(blank, std::to_string(lost.index) + "  " + time(lost.index) + "lost: " + resultText(lost.result));
+        m_sheet.add(
+            blank, std::to_string(lost.index) + "  " + time(lost.index) + "lost: " + resultText(lost.result));
     }
 
     void finish() {

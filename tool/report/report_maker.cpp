@@ -259,8 +259,8 @@ Report reportOnFile(const std::string& pathUtf8) {
                 {"Streams", std::to_string(out.avi.streams.size())},
                 {"Data of the streams", bytesText(static_cast<double>(data))}};
     out.made = {{"Report made", dateText(std::chrono::duration_cast<std::chrono::seconds>(
-                                        std::chrono::system_clock::now().time_since_epoch())
-                                        .count())}};
+                                             std::chrono::system_clock::now().time_since_epoch())
+                                             .count())}};
     return out;
 }
 

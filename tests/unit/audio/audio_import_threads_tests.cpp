@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "audio/audio_info.h"
+#include "avi/chunk_list_builder.h"
 #include "import_fixture.h"
 #include "tests/support/latch.h"
 #include "tests/support/memory_file.h"
@@ -28,10 +29,9 @@ class AudioImportThreads : public testing::Test {
         stream.header.fccType = kStreamTypeAudio;
         stream.header.dwLength = kFrames;
         stream.format = waveBytes({.tag = kTagFloat, .channels = 1, .bits = 32});
-        std::uint64_t start = 0;
+        ChunkListBuilder list;
         for (std::uint32_t n = 0; n < kFrames; n += 100) {
-            stream.legacyEntries.push_back({file.bytes().size(), 400, 0, start, true});
-            start += 400;
+            list.add(file.bytes().size(), 0, 400, true);
             for (std::uint32_t i = n; i < n + 100; ++i) {
                 const auto sample = static_cast<float>(i);
                 std::byte bytes[4];
@@ -39,6 +39,7 @@ class AudioImportThreads : public testing::Test {
                 file.bytes().insert(file.bytes().end(), bytes, bytes + 4);
             }
         }
+        stream.legacyEntries = list.finish();
     }
     std::vector<float> read(std::int64_t position) {
         std::vector<float> samples(kStep, kUntouched);

@@ -12,8 +12,8 @@
 
 #include "avi/avi_index.h"
 #include "avi/riff_walk.h"
-#include "tests/faults/hostile_shapes.h"
 #include "tests/unit/avi/avi_test_support.h"
+#include "tests/unit/avi/hostile_shapes.h"
 #include "tests/unit/avi/same_lists.h"
 #include "tests/unit/avi/whole_index.h"
 

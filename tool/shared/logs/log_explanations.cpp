@@ -224,8 +224,8 @@ constexpr ResultExplanation kResults[] = {
     {"*", host::kUnhandledException, "the plug-in failed in a way that it did not expect"},
 };
 
-/// To refuse one of these is a failure. Not so the layout of a track without one, which the host then takes as
-/// mono.
+/// To refuse one of these is a failure. Not so the layout of a track without one, which the host then takes
+/// as mono.
 bool isAnswered(std::string_view selector) noexcept {
     return std::ranges::any_of(host::kSelectors, [&](const host::Selector& row) {
         return row.answered && row.code != host::imGetAudioChannelLayout && selector == row.name;

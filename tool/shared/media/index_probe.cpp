@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <span>
 #include <vector>
 
 namespace simhost::tool {
@@ -49,11 +50,11 @@ Found look(fileio::File& file, std::span<const IndexEntry> entries, std::int64_t
     return out;
 }
 
-std::vector<IndexEntry> spread(std::span<const IndexEntry> entries) {
+std::vector<IndexEntry> spread(const orvantis::ChunkList& entries) {
     std::vector<IndexEntry> out;
     const std::size_t wanted = std::min(entries.size(), kMostLookedAt);
     for (std::size_t i = 0; i < wanted; ++i) {
-        const IndexEntry& entry = entries[i * entries.size() / wanted];
+        const IndexEntry entry = entries[i * entries.size() / wanted];
         if (entry.size > 0) {
             out.push_back(entry);
         }
@@ -63,7 +64,7 @@ std::vector<IndexEntry> spread(std::span<const IndexEntry> entries) {
 
 }  // namespace
 
-IndexProbe probeIndex(fileio::File& file, std::span<const IndexEntry> entries,
+IndexProbe probeIndex(fileio::File& file, const orvantis::ChunkList& entries,
                       std::optional<std::uint64_t> moviOffset) {
     const std::vector<IndexEntry> some = spread(entries);
     const Found asItStands = look(file, some, 0);

@@ -4,8 +4,8 @@
 
 #include <cstdint>
 #include <optional>
-#include <span>
 
+#include "avi/chunk_list.h"
 #include "avi/index_entry.h"
 #include "fileio/file.h"
 
@@ -31,7 +31,7 @@ struct IndexProbe {
 
 /// Reads the headers of at most kMostLookedAt chunks, spread over `entries`. `moviOffset` is that of the list
 /// which idx1 counts from; nothing for indexes of the other kind, which have no choice.
-IndexProbe probeIndex(fileio::File& file, std::span<const orvantis::IndexEntry> entries,
+IndexProbe probeIndex(fileio::File& file, const orvantis::ChunkList& entries,
                       std::optional<std::uint64_t> moviOffset);
 
 inline constexpr std::size_t kMostLookedAt = 64;

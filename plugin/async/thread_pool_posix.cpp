@@ -4,8 +4,8 @@
 
 #include <condition_variable>
 #include <cstddef>
+#include <exception>
 #include <mutex>
-#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -50,15 +50,14 @@ class Pool {
 
  private:
     void end() {
-        std::vector<std::thread> threads;
         {
             const std::lock_guard lock(m_mutex);
             m_ending = true;
-            threads.swap(m_threads);
-            m_threads.reserve(ThreadPool::kMaxThreads);
             m_wake.notify_all();
         }
-        for (std::thread& thread : threads) thread.join();
+        // No thread comes any more, so the list stands still.
+        for (std::thread& thread : m_threads) thread.join();
+        m_threads.clear();
     }
 
     void startThread() {
@@ -72,14 +71,14 @@ class Pool {
     }
 
     void callThread() noexcept {
-        if (m_idle > 0 || m_starting > 0 || m_threads.size() == ThreadPool::kMaxThreads) {
+        if (m_ending || m_idle > 0 || m_starting > 0 || m_threads.size() == ThreadPool::kMaxThreads) {
             m_wake.notify_one();
             return;
         }
         try {
             startThread();
-        } catch (const std::system_error&) {
-            // Those that there are have to do.
+        } catch (const std::exception&) {
+            // Neither a thread nor memory for one is to be had. Those that there are have to do.
         }
     }
 

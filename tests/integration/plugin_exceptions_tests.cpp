@@ -204,6 +204,7 @@ Application: <host>
 [imInit] (0)
 Acquiring suite: r: 0, v: 3, n: 'Premiere Error Suite', ptr: <address>
 Acquiring suite: r: -2147483648, v: 2, n: 'Premiere Image Processing Suite', ptr: <null>
+Acquiring suite: r: -2147483648, v: 2, n: 'Premiere Image Processing Suite', ptr: <null>
 FATAL: Unhandled exception during [imInit] (0): Could not acquire suite: 'Premiere Image Processing Suite', ver: 2
 )");
 }

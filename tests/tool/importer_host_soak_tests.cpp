@@ -88,7 +88,7 @@ TEST_F(ImporterHostSoak, LostMemoryIsExitCode5) {
 #ifndef _WIN32
 TEST_F(ImporterHostSoak, SixtyFourLostBytesAFrameAreExitCode5) {
     EXPECT_EQ(run({"soak", in("clip.avi"), "--minutes", "0.05", "--interval", "0.1", "--samples", "60",
-                   "--json", in("soak.json"), "--lose", "frame"}),
+                   "--json", "--out", in("soak.json"), "--lose", "frame"}),
               kBrokenRule);
     const auto result = json("soak.json");
     EXPECT_EQ(result["heapBytes"]["grows"], true);

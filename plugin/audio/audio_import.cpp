@@ -9,6 +9,7 @@
 #include "audio/audio_info.h"
 #include "audio/channel_layout.h"
 #include "audio/deinterleave.h"
+#include "avi/audio_chunk.h"
 #include "diag/log.h"
 #include "host/audio_codes.h"
 #include "host/result_codes.h"
@@ -22,22 +23,25 @@ using IntegerConverter = host::prSuiteError (*)(const void* source, float** dest
 
 /// One seek and one read, with the file's position to itself. Returns how many bytes came; a failure is
 /// logged.
-std::uint64_t readChunk(const AudioOwner& owner, std::int64_t filePos, std::byte* buffer, std::uint64_t n) {
+std::uint64_t readPart(const AudioOwner& owner, const AudioChunkPart& part, std::byte* buffer) {
     fileio::File& file = *owner.file;
     const std::lock_guard lock(*owner.filePosition);
-    if (!file.seek(filePos)) {
-        if (logEnabled()) {
-            logMessage("importAudio: seek error: %lld, pos: %lld", static_cast<long long>(filePos),
-                       static_cast<long long>(file.tell()));
-        }
-        return 0;
+    const AudioChunkRead read = readAudioChunk(file, part, buffer);
+    switch (read.outcome) {
+        case AudioChunkRead::Outcome::read:
+            break;
+        case AudioChunkRead::Outcome::seekRefused:
+            if (logEnabled()) {
+                logMessage("importAudio: seek error: %lld, pos: %lld",
+                           static_cast<long long>(part.filePosition), static_cast<long long>(file.tell()));
+            }
+            break;
+        case AudioChunkRead::Outcome::cutShort:
+            logMessage("importAudio: read error: %lld, read: %lld", static_cast<long long>(part.bytes),
+                       static_cast<long long>(read.bytes));
+            break;
     }
-    const std::uint64_t got = file.read(buffer, n);
-    if (got < n) {
-        logMessage("importAudio: read error: %lld, read: %lld", static_cast<long long>(n),
-                   static_cast<long long>(got));
-    }
-    return got;
+    return read.bytes;
 }
 
 /// Reads up to `sizeBytes` bytes of the stream from its byte `startBytes` on, chunk by chunk. Returns how
@@ -53,22 +57,19 @@ std::uint64_t readStream(const AudioOwner& owner, const AviStream& stream, std::
     std::uint64_t done = 0;
     std::uint64_t offsetInChunk = startBytes - (*chunk).start;
     while (chunk != end && done < sizeBytes) {
-        const IndexEntry entry = *chunk;
         const std::uint64_t streamPos = startBytes + done;
-        const std::uint64_t n = std::min(entry.size - offsetInChunk, sizeBytes - done);
-        // An index may name any position; one beyond the signed range turns negative, which the file refuses.
-        const auto filePos = static_cast<std::int64_t>(entry.offset + offsetInChunk);
+        const AudioChunkPart part = audioChunkPart(*chunk, offsetInChunk, sizeBytes - done);
         if (logging) {
             logMessage("reading : %lld, %lld, %lld", static_cast<long long>(streamPos),
-                       static_cast<long long>(filePos), static_cast<long long>(n));
+                       static_cast<long long>(part.filePosition), static_cast<long long>(part.bytes));
         }
-        if (n != 0) {
-            const std::uint64_t got = readChunk(owner, filePos, buffer + done, n);
+        if (part.bytes != 0) {
+            const std::uint64_t got = readPart(owner, part, buffer + done);
             done += got;
-            if (got < n) break;
+            if (got < part.bytes) break;
         }
         // A damaged index can hold millions of empty chunks in a row. They are gone through for the log only.
-        if (n == 0 && !logging) {
+        if (part.bytes == 0 && !logging) {
             chunk = stream.findByPosition(startBytes + done);
         } else {
             ++chunk;

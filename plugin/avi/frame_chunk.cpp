@@ -4,7 +4,6 @@
 #include <exception>
 #include <stdexcept>
 
-#include "diag/log.h"
 #include "fileio/error.h"
 
 namespace orvantis {
@@ -19,18 +18,32 @@ void checkClaim(fileio::File& file, const ChunkPlace& chunk) {
     if (left < chunk.size) throw fileio::ReadError(chunk.size, left);
 }
 
+// Why a read failed. Without memory for the whole text that is what there is to say, in few enough characters
+// to need none.
+std::string reasonOf(const std::exception& error) noexcept {
+    try {
+        return error.what();
+    } catch (const std::exception&) {
+        return "out of memory";
+    }
+}
+
 }  // namespace
 
-std::int32_t readFrameChunk(fileio::File& file, const AviStream& stream, std::uint64_t frameNumber,
-                            std::int64_t frameCount, FrameChunk& chunk) {
+FrameChunkRead readFrameChunk(fileio::File& file, const AviStream& stream, std::uint64_t frameNumber,
+                              std::int64_t frameCount, FrameChunk& chunk) {
+    using Outcome = FrameChunkRead::Outcome;
     const ChunkList& list = stream.entries();
     if (frameNumber >= list.size()) throw std::out_of_range("readFrameChunk");
+    FrameChunkRead result;
     ChunkPlace place = list.placeOf(static_cast<std::size_t>(frameNumber));
     if (place.size == 0) {
         const std::int64_t nearest = stream.nearestWithData(frameNumber, frameCount);
-        if (nearest < 0) return host::imFrameNotFound;
-        logMessage("Empty frame: %u, frame read: %u", static_cast<unsigned>(frameNumber),
-                   static_cast<unsigned>(nearest));
+        if (nearest < 0) {
+            result.outcome = Outcome::noneWithData;
+            return result;
+        }
+        result.substitute = static_cast<std::uint64_t>(nearest);
         place = list.placeOf(static_cast<std::size_t>(nearest));
     }
     try {
@@ -38,11 +51,11 @@ std::int32_t readFrameChunk(fileio::File& file, const AviStream& stream, std::ui
         if (place.size > chunk.buffer.capacity()) checkClaim(file, place);
         file.readExact(chunk.buffer.ensure(place.size), place.size);
         chunk.bytes = place.size;
-        return host::imNoErr;
     } catch (const std::exception& error) {
-        logMessage("Failed to read frame from AVI: %s", error.what());
-        return host::imFileReadFailed;
+        result.outcome = Outcome::failed;
+        result.failure = reasonOf(error);
     }
+    return result;
 }
 
 }  // namespace orvantis

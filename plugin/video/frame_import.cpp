@@ -136,7 +136,23 @@ std::int32_t prepareFrame(const VideoInfo& video, FrameRequest& request) {
 }
 
 std::int32_t readFrame(const VideoInfo& video, fileio::File& file, FrameRequest& request) {
-    return readFrameChunk(file, video.stream(), request.frameIndex, video.numFrames(), request.chunk);
+    using Outcome = FrameChunkRead::Outcome;
+    const FrameChunkRead read =
+        readFrameChunk(file, video.stream(), request.frameIndex, video.numFrames(), request.chunk);
+    if (read.substitute) {
+        logMessage("Empty frame: %u, frame read: %u", static_cast<unsigned>(request.frameIndex),
+                   static_cast<unsigned>(*read.substitute));
+    }
+    switch (read.outcome) {
+        case Outcome::read:
+            return host::imNoErr;
+        case Outcome::noneWithData:
+            return host::imFrameNotFound;
+        case Outcome::failed:
+            break;
+    }
+    logMessage("Failed to read frame from AVI: %s", read.failure.c_str());
+    return host::imFileReadFailed;
 }
 
 std::int32_t decodeFrame(const VideoInfo& video, ImporterSuites& suites, FrameRequest& request) {

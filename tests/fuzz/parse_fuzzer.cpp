@@ -7,7 +7,6 @@
 
 #include "avi/avi_reader.h"
 #include "avi/frame_chunk.h"
-#include "host/result_codes.h"
 #include "tests/fuzz/fuzz_target.h"
 #include "tests/fuzz/memory_bound.h"
 #include "tests/support/allocation_meter/allocation_meter.h"
@@ -119,12 +118,14 @@ void checkFrames(MemoryFile& file, const AviStream& stream) {
     const std::size_t step = std::max<std::size_t>(entries / 16, 1);
     orvantis::FrameChunk chunk;
     for (std::size_t i = 0; i < entries; i += step) {
-        const std::int32_t result =
+        using Outcome = orvantis::FrameChunkRead::Outcome;
+        const orvantis::FrameChunkRead result =
             orvantis::readFrameChunk(file, stream, i, static_cast<std::int64_t>(entries), chunk);
-        FUZZ_CHECK(result == host::imNoErr || result == host::imFrameNotFound ||
-                   result == host::imFileReadFailed);
+        FUZZ_CHECK(result.substitute.has_value() ==
+                   (stream.entries()[i].size == 0 && result.outcome != Outcome::noneWithData));
+        FUZZ_CHECK(result.failure.empty() == (result.outcome != Outcome::failed));
         FUZZ_CHECK(chunk.buffer.capacity() <= file.bytes().size());
-        if (result == host::imNoErr && stream.entries()[i].size != 0) {
+        if (result.outcome == Outcome::read && stream.entries()[i].size != 0) {
             FUZZ_CHECK(chunk.bytes == stream.entries()[i].size);
             FUZZ_CHECK(std::memcmp(chunk.buffer.data(), file.bytes().data() + stream.entries()[i].offset,
                                    chunk.bytes) == 0);

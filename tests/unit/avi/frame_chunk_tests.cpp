@@ -1,16 +1,18 @@
-// Reading one frame's bytes: which chunk serves it, how the buffer grows, what each failure answers and logs.
+// Reading one frame's bytes: which chunk serves it, how the buffer grows, what is told of each failure.
 #include "avi/frame_chunk.h"
 
 #include <gtest/gtest.h>
 
+#include <memory>
+#include <new>
+#include <optional>
 #include <stdexcept>
+#include <string>
 
-#include "host/result_codes.h"
 #include "tests/support/chunk_lists.h"
 #include "tests/support/failing_file.h"
 #include "tests/support/memory_file.h"
 #include "tests/unit/avi/avi_test_support.h"
-#include "tests/unit/avi/captured_log.h"
 
 namespace orvantis {
 namespace {
@@ -18,7 +20,8 @@ namespace {
 using test::AviBuilder;
 using test::Bytes;
 using test::MemoryFile;
-using Lines = std::vector<std::string>;
+using Outcome = FrameChunkRead::Outcome;
+using Substitute = std::optional<std::uint64_t>;
 
 // A video stream with frames of these sizes; frame i is filled with i + 1.
 AviBuilder framesOf(const std::vector<std::uint32_t>& sizes) {
@@ -36,10 +39,12 @@ class FrameChunkTest : public ::testing::Test {
         m_file = std::make_unique<MemoryFile>(framesOf(sizes).build());
         ASSERT_TRUE(m_reader.parse(*m_file, false));
         m_file->resetCounts();
-        (void)test::takeLogLines();
     }
-    std::int32_t read(std::uint64_t frame) {
-        return readFrameChunk(*m_file, *m_reader.streams.at(0), frame, m_frameCount, m_chunk);
+    /// The rest of the answer is in m_last.
+    Outcome read(std::uint64_t frame) { return read(*m_file, frame); }
+    Outcome read(fileio::File& file, std::uint64_t frame) {
+        m_last = readFrameChunk(file, *m_reader.streams.at(0), frame, m_frameCount, m_chunk);
+        return m_last.outcome;
     }
     Bytes bytesRead() const {
         const auto* const first = reinterpret_cast<const std::uint8_t*>(m_chunk.buffer.data());
@@ -50,52 +55,52 @@ class FrameChunkTest : public ::testing::Test {
     std::unique_ptr<MemoryFile> m_file;
     AviReader m_reader;
     FrameChunk m_chunk;
+    FrameChunkRead m_last;
     std::int64_t m_frameCount = 0;
 };
 
 TEST_F(FrameChunkTest, ReadsTheFramesOwnChunk) {
     open({10, 200, 30});
-    EXPECT_EQ(read(1), host::imNoErr);
-    EXPECT_EQ(bytesRead(), Bytes(200, 2));
-    EXPECT_EQ(read(0), host::imNoErr);
-    EXPECT_EQ(bytesRead(), Bytes(10, 1));
-    EXPECT_EQ(read(2), host::imNoErr);
-    EXPECT_EQ(bytesRead(), Bytes(30, 3));
-    EXPECT_EQ(test::takeLogLines(), Lines{});
+    const Bytes expected[] = {Bytes(10, 1), Bytes(200, 2), Bytes(30, 3)};
+    for (const std::uint64_t frame : {1U, 0U, 2U}) {
+        EXPECT_EQ(read(frame), Outcome::read) << frame;
+        EXPECT_EQ(bytesRead(), expected[frame]) << frame;
+        EXPECT_EQ(m_last.substitute, std::nullopt) << frame;
+    }
 }
 
-TEST_F(FrameChunkTest, EmptyChunkIsServedByTheNearestEarlierOneAndLogged) {
+TEST_F(FrameChunkTest, EmptyChunkIsServedByTheNearestEarlierOne) {
     open({10, 11, 12, 13, 14, 0, 0});
-    EXPECT_EQ(read(5), host::imNoErr);
+    EXPECT_EQ(read(5), Outcome::read);
     EXPECT_EQ(bytesRead(), Bytes(14, 5));
-    EXPECT_EQ(test::takeLogLines(), Lines{"Empty frame: 5, frame read: 4"});
-    EXPECT_EQ(read(6), host::imNoErr);
+    EXPECT_EQ(m_last.substitute, Substitute(4));
+    EXPECT_EQ(read(6), Outcome::read);
     EXPECT_EQ(bytesRead(), Bytes(14, 5));
-    EXPECT_EQ(test::takeLogLines(), Lines{"Empty frame: 6, frame read: 4"});
+    EXPECT_EQ(m_last.substitute, Substitute(4));
 }
 
 TEST_F(FrameChunkTest, EmptyChunksAtTheStartAreServedByTheFirstWithData) {
     open({0, 0, 12, 13});
-    EXPECT_EQ(read(0), host::imNoErr);
+    EXPECT_EQ(read(0), Outcome::read);
     EXPECT_EQ(bytesRead(), Bytes(12, 3));
-    EXPECT_EQ(test::takeLogLines(), Lines{"Empty frame: 0, frame read: 2"});
-    EXPECT_EQ(read(1), host::imNoErr);
-    EXPECT_EQ(test::takeLogLines(), Lines{"Empty frame: 1, frame read: 2"});
+    EXPECT_EQ(m_last.substitute, Substitute(2));
+    EXPECT_EQ(read(1), Outcome::read);
+    EXPECT_EQ(m_last.substitute, Substitute(2));
 }
 
 TEST_F(FrameChunkTest, SearchForwardEndsAtTheFrameCount) {
     open({0, 0, 12, 13});
     m_frameCount = 2;
-    EXPECT_EQ(read(0), host::imFrameNotFound);
-    EXPECT_EQ(test::takeLogLines(), Lines{});
+    EXPECT_EQ(read(0), Outcome::noneWithData);
+    EXPECT_EQ(m_last.substitute, std::nullopt);
     m_frameCount = 3;
-    EXPECT_EQ(read(0), host::imNoErr);
+    EXPECT_EQ(read(0), Outcome::read);
 }
 
 TEST_F(FrameChunkTest, StreamOfEmptyChunksHasNoFrame) {
     open({0, 0, 0});
-    for (std::uint64_t i = 0; i < 3; ++i) EXPECT_EQ(read(i), host::imFrameNotFound) << i;
-    EXPECT_EQ(test::takeLogLines(), Lines{});
+    for (std::uint64_t i = 0; i < 3; ++i) EXPECT_EQ(read(i), Outcome::noneWithData) << i;
+    EXPECT_EQ(m_last.substitute, std::nullopt);
     EXPECT_EQ(m_file->counts().reads, 0U);
 }
 
@@ -108,10 +113,10 @@ TEST_F(FrameChunkTest, FrameNumberBehindTheListThrows) {
 
 TEST_F(FrameChunkTest, SteadyStateIsOneSeekAndOneReadAndNoNewBuffer) {
     open({1000, 900, 1000, 0});
-    ASSERT_EQ(read(0), host::imNoErr);
+    ASSERT_EQ(read(0), Outcome::read);
     const std::byte* const buffer = m_chunk.buffer.data();
     m_file->resetCounts();
-    for (std::uint64_t i = 0; i < 4; ++i) ASSERT_EQ(read(i), host::imNoErr);
+    for (std::uint64_t i = 0; i < 4; ++i) ASSERT_EQ(read(i), Outcome::read);
     EXPECT_EQ(m_file->counts().seeks, 4U);
     EXPECT_EQ(m_file->counts().reads, 4U);
     EXPECT_EQ(m_file->counts().sizes, 0U);
@@ -123,24 +128,22 @@ TEST_F(FrameChunkTest, ChunkCutByTheEndOfTheFileFailsWithTheBytesLeft) {
     open({500, 100});
     const std::uint64_t offset = list().at(0).offset;
     m_file->bytes().resize(offset + 120);
-    EXPECT_EQ(read(0), host::imFileReadFailed);
-    EXPECT_EQ(test::takeLogLines(), Lines{"Failed to read frame from AVI: Read error: size: 500, read: 120"});
+    EXPECT_EQ(read(0), Outcome::failed);
+    EXPECT_EQ(m_last.failure, "Read error: size: 500, read: 120");
     EXPECT_EQ(m_chunk.buffer.capacity(), 0U);
     // The same text when the buffer is large enough already and the read itself comes up short.
     m_chunk.buffer.ensure(1000);
-    EXPECT_EQ(read(0), host::imFileReadFailed);
-    EXPECT_EQ(test::takeLogLines(), Lines{"Failed to read frame from AVI: Read error: size: 500, read: 120"});
+    EXPECT_EQ(read(0), Outcome::failed);
+    EXPECT_EQ(m_last.failure, "Read error: size: 500, read: 120");
 }
 
 TEST_F(FrameChunkTest, ClaimThatTheFileCannotBackDoesNotGrowTheBuffer) {
     open({500, 100});
     test::resizeChunk(list(), 1, 0x7FFFFFFF);
     const std::uint64_t left = m_file->bytes().size() - list().at(1).offset;
-    ASSERT_EQ(read(0), host::imNoErr);
-    EXPECT_EQ(read(1), host::imFileReadFailed);
-    EXPECT_EQ(
-        test::takeLogLines(),
-        Lines{"Failed to read frame from AVI: Read error: size: 2147483647, read: " + std::to_string(left)});
+    ASSERT_EQ(read(0), Outcome::read);
+    EXPECT_EQ(read(1), Outcome::failed);
+    EXPECT_EQ(m_last.failure, "Read error: size: 2147483647, read: " + std::to_string(left));
     EXPECT_EQ(m_chunk.buffer.capacity(), 500U);
     EXPECT_EQ(m_chunk.bytes, 500U) << "a failed read leaves the count of the last good one";
 }
@@ -148,25 +151,50 @@ TEST_F(FrameChunkTest, ClaimThatTheFileCannotBackDoesNotGrowTheBuffer) {
 TEST_F(FrameChunkTest, ChunkBehindTheEndOfTheFileHasNoBytesLeft) {
     open({500, 100});
     test::moveChunk(list(), 0, m_file->bytes().size() + 1000);
-    EXPECT_EQ(read(0), host::imFileReadFailed);
-    EXPECT_EQ(test::takeLogLines(), Lines{"Failed to read frame from AVI: Read error: size: 500, read: 0"});
+    EXPECT_EQ(read(0), Outcome::failed);
+    EXPECT_EQ(m_last.failure, "Read error: size: 500, read: 0");
 }
 
 TEST_F(FrameChunkTest, PositionThatIsRefusedIsASeekError) {
     open({500, 100});
     test::moveChunk(list(), 0, 0xFFFF'FFFF'FFFF'FFF0);
-    EXPECT_EQ(read(0), host::imFileReadFailed);
-    EXPECT_EQ(test::takeLogLines(), Lines{"Failed to read frame from AVI: Seek error: offset: -16"});
+    EXPECT_EQ(read(0), Outcome::failed);
+    EXPECT_EQ(m_last.failure, "Seek error: offset: -16");
 }
 
 TEST_F(FrameChunkTest, AnyExceptionOfTheFileIsAFailedRead) {
     open({500, 100});
     test::FailingFile faulty(*m_file);
     faulty.plan(test::FileFault::throwRuntime, 1, test::FileOperation::read);
-    EXPECT_EQ(readFrameChunk(faulty, *m_reader.streams.at(0), 0, 2, m_chunk), host::imFileReadFailed);
-    EXPECT_EQ(test::takeLogLines(), Lines{"Failed to read frame from AVI: injected fault"});
+    EXPECT_EQ(read(faulty, 0), Outcome::failed);
+    EXPECT_EQ(m_last.failure, "injected fault");
     // The next attempt is a new one.
-    EXPECT_EQ(readFrameChunk(faulty, *m_reader.streams.at(0), 0, 2, m_chunk), host::imNoErr);
+    EXPECT_EQ(read(faulty, 0), Outcome::read);
+}
+
+TEST_F(FrameChunkTest, ReadFrameHasNothingToTell) {
+    open({10, 0});
+    ASSERT_EQ(read(1), Outcome::read);
+    ASSERT_EQ(m_last.substitute, Substitute(0));
+    ASSERT_EQ(read(0), Outcome::read);
+    EXPECT_EQ(m_last.substitute, std::nullopt) << "frame 0 has a chunk of its own";
+    EXPECT_EQ(m_last.failure, "");
+}
+
+TEST_F(FrameChunkTest, SubstituteThatCannotBeReadIsNamedAllTheSame) {
+    open({500, 0});
+    m_file->bytes().resize(list().at(0).offset + 120);
+    EXPECT_EQ(read(1), Outcome::failed);
+    EXPECT_EQ(m_last.substitute, Substitute(0));
+    EXPECT_EQ(m_last.failure, "Read error: size: 500, read: 120");
+}
+
+TEST_F(FrameChunkTest, NoMemoryIsAFailedRead) {
+    open({500, 100});
+    test::FailingFile faulty(*m_file);
+    faulty.plan(test::FileFault::throwBadAlloc, 1, test::FileOperation::seek);
+    EXPECT_EQ(read(faulty, 0), Outcome::failed);
+    EXPECT_EQ(m_last.failure, std::bad_alloc().what());
 }
 
 TEST_F(FrameChunkTest, ReadsThroughTheOpenDmlListWhenThatIsInForce) {
@@ -177,11 +205,11 @@ TEST_F(FrameChunkTest, ReadsThroughTheOpenDmlListWhenThatIsInForce) {
     for (std::size_t i = 0; i < 3; ++i) bytes[avi.idx1Offset() + 8 + 16 * i] = 'x';
     m_file = std::make_unique<MemoryFile>(bytes);
     ASSERT_TRUE(m_reader.parse(*m_file, false));
-    EXPECT_EQ(read(2), host::imNoErr);
+    EXPECT_EQ(read(2), Outcome::read);
     EXPECT_EQ(bytesRead(), Bytes(30, 3));
-    EXPECT_EQ(read(1), host::imNoErr);
+    EXPECT_EQ(read(1), Outcome::read);
     EXPECT_EQ(bytesRead(), Bytes(10, 1));
-    EXPECT_EQ(test::takeLogLines(), Lines{"Empty frame: 1, frame read: 0"});
+    EXPECT_EQ(m_last.substitute, Substitute(0));
 }
 
 // The neighbours of a million empty frames are found without going through the list for each.
@@ -197,8 +225,9 @@ TEST_F(FrameChunkTest, MillionEmptyFramesAreServedAtOnce) {
     // limit.
     constexpr std::uint64_t kRequests = 500'000;
     for (std::uint64_t i = 0; i < kRequests; ++i) {
-        ASSERT_EQ(readFrameChunk(file, *stream, kFrames - 1 - i, kFrames, m_chunk), host::imNoErr);
-        (void)test::takeLogLines();
+        const FrameChunkRead result = readFrameChunk(file, *stream, kFrames - 1 - i, kFrames, m_chunk);
+        ASSERT_EQ(result.outcome, Outcome::read);
+        ASSERT_EQ(result.substitute, Substitute(0));
     }
     EXPECT_EQ(file.counts().reads, kRequests);
 }

@@ -240,7 +240,9 @@ TEST_F(FrameImport, ReadOfAStreamWithoutDataFindsNoFrame) {
     open();
     ask(kFrameTicks, kBgra);
     prepareFrame(*video, request);
+    CapturedLog log;
     EXPECT_EQ(readFrame(*video, file, request), host::imFrameNotFound);
+    EXPECT_EQ(log.lines(), Lines{});
 }
 
 TEST_F(FrameImport, EmptyFrameIsServedFromTheOneBefore) {
@@ -254,11 +256,33 @@ TEST_F(FrameImport, EmptyFrameIsServedFromTheOneBefore) {
     EXPECT_NE(std::ranges::find(lines, "Empty frame: 5, frame read: 4"), lines.end());
 }
 
+TEST_F(FrameImport, ReadFrameIsNotLogged) {
+    ask(9 * kFrameTicks, kBgra);
+    prepareFrame(*video, request);
+    CapturedLog log;
+    EXPECT_EQ(readFrame(*video, file, request), host::imNoErr);
+    EXPECT_EQ(log.lines(), Lines{});
+}
+
 TEST_F(FrameImport, TruncatedFileFailsTheRead) {
     file.bytes().resize(file.bytes().size() - 1);
     ask(9 * kFrameTicks, kBgra);
     prepareFrame(*video, request);
+    CapturedLog log;
     EXPECT_EQ(readFrame(*video, file, request), host::imFileReadFailed);
+    EXPECT_EQ(log.lines(), Lines{"Failed to read frame from AVI: Read error: size: 10, read: 9"});
+}
+
+TEST_F(FrameImport, FailedReadOfASubstituteLogsBothInOrder) {
+    file.bytes().resize(file.bytes().size() - 11);  // frame 9, and the last byte of frame 8
+    test::resizeChunk(stream.legacyEntries, 9, 0);
+    open();
+    ask(9 * kFrameTicks, kBgra);
+    prepareFrame(*video, request);
+    CapturedLog log;
+    EXPECT_EQ(readFrame(*video, file, request), host::imFileReadFailed);
+    EXPECT_EQ(log.lines(), (Lines{"Empty frame: 9, frame read: 8",
+                                  "Failed to read frame from AVI: Read error: size: 9, read: 8"}));
 }
 
 // Decode.

@@ -1,11 +1,10 @@
-// What the host's Properties window says about an audio stream.
+#include "audio/audio_description.h"
 
 #include <cstring>
 
-#include "audio/audio_info.h"
 #include "audio/channel_layout.h"
 #include "audio/sample_type.h"
-#include "diag/log.h"
+#include "diag/format.h"
 
 namespace orvantis {
 
@@ -32,32 +31,27 @@ std::string labelList(const WaveFormatExtensible& format) {
 
 }  // namespace
 
-std::string AudioInfo::description() const {
-    if (!m_valid) {
-        return "    Not usable: " +
-               (m_rejection.empty() ? std::string("no audio stream was analysed") : m_rejection);
-    }
-
-    const std::uint32_t channels = m_format.nChannels;
-    const std::uint32_t rate = m_format.nSamplesPerSec;
-    std::string text = formatString("    Sample type: %s\n", audioSampleTypeName(m_sampleType));
+std::string audioDescription(const WaveFormatExtensible& format, std::uint32_t sampleType,
+                             std::uint64_t sampleFrames) {
+    const std::uint32_t channels = format.nChannels;
+    const std::uint32_t rate = format.nSamplesPerSec;
+    std::string text = formatString("    Sample type: %s\n", audioSampleTypeName(sampleType));
     text += formatString("    Channels: %u\n", channels);
     text += formatString("    Sample rate: %u Hz\n", rate);
-    text +=
-        formatString("    Sample frames: %llu\n", static_cast<unsigned long long>(m_numAudioSampleFrames));
+    text += formatString("    Sample frames: %llu\n", static_cast<unsigned long long>(sampleFrames));
     if (rate != 0) {
-        const double seconds = static_cast<double>(m_numAudioSampleFrames) / static_cast<double>(rate);
+        const double seconds = static_cast<double>(sampleFrames) / static_cast<double>(rate);
         text += formatString("    Duration: %.3f s\n", seconds);
     } else {
         text += "    Duration: unknown\n";
     }
-    if (m_format.wFormatTag == kWaveFormatExtensible) {
-        const std::uint32_t mask = m_format.dwChannelMask;
+    if (format.wFormatTag == kWaveFormatExtensible) {
+        const std::uint32_t mask = format.dwChannelMask;
         text += formatString("    Channel mask: 0x%x\n", mask);
     } else {
         text += "    Channel mask: none\n";
     }
-    text += "    Channel labels: " + labelList(m_format);
+    text += "    Channel labels: " + labelList(format);
     return text;
 }
 

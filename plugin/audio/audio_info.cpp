@@ -1,9 +1,14 @@
 #include "audio/audio_info.h"
 
 #include <algorithm>
+#include <cstring>
+#include <new>
 
+#include "audio/audio_description.h"
+#include "audio/audio_import.h"
 #include "audio/channel_layout.h"
 #include "audio/sample_type.h"
+#include "diag/format.h"
 #include "diag/log.h"
 #include "host/audio_codes.h"
 #include "host/result_codes.h"
@@ -89,6 +94,82 @@ void AudioInfo::fillFileInfo(host::imFileInfoRec8& record) const {
         record.audInfo.sampleType = host::kPrAudioSampleType_Other;
         record.audDuration = 0;
     }
+}
+
+std::int32_t AudioInfo::importAudio(const host::imImportAudioRec7& record) {
+    // The host knows the dummy as empty, so its buffers stay as they are.
+    if (!m_valid) return host::imNoErr;
+
+    const std::int64_t position = record.position;
+    const std::uint32_t size = record.size;
+    float** const buffers = record.buffer;
+    const std::uint32_t blockAlign = m_format.nBlockAlign;
+
+    const Loan<fileio::ReadBuffer> buffer(m_readBuffer);
+    // The host may name any position: sums and products go round in unsigned 64 bits instead of overflowing.
+    // The position moves on at once, so that a read which comes meanwhile goes on behind this one.
+    std::int64_t formerPosition = m_audioPosition.load(std::memory_order_relaxed);
+    std::int64_t startPos = 0;
+    std::int64_t endPos = 0;
+    do {
+        startPos = position >= 0 ? position : formerPosition;
+        endPos = static_cast<std::int64_t>(static_cast<std::uint64_t>(startPos) + size);
+    } while (!m_audioPosition.compare_exchange_weak(formerPosition, endPos, std::memory_order_relaxed));
+    const std::uint64_t startPosBytes =
+        static_cast<std::uint64_t>(blockAlign) * static_cast<std::uint64_t>(startPos);
+    // Deliberately 32 bits wide: a request of 4 GiB and more wraps, and only the rest is read.
+    const std::uint32_t sizeBytes = blockAlign * size;
+    if (logEnabled()) {
+        logMessage("importAudioRec7P->position: %lld", static_cast<long long>(position));
+        logMessage("m_audioPosition           : %lld", static_cast<long long>(formerPosition));
+        logMessage("startPos                  : %lld", static_cast<long long>(startPos));
+        logMessage("importAudioRec7P->size    : %u", size);
+        logMessage("endPos                    : %lld", static_cast<long long>(endPos));
+        logMessage("m_numAudioSampleFrames    : %lld", static_cast<long long>(m_numAudioSampleFrames));
+        logMessage("startPosBytes             : %lld", static_cast<long long>(startPosBytes));
+        logMessage("sizeBytes                 : %lld", static_cast<long long>(sizeBytes));
+    }
+
+    std::byte* bytes = nullptr;
+    try {
+        // One byte at least: the host's converter gets an address for no sample frames too.
+        bytes = buffer->ensure(std::max(sizeBytes, 1u));
+    } catch (const std::bad_alloc&) {
+        // Nothing was read: sequential reads go on where they were, unless another one has moved them.
+        std::int64_t expected = endPos;
+        m_audioPosition.compare_exchange_strong(expected, formerPosition, std::memory_order_relaxed);
+        throw;
+    }
+    const std::uint64_t done = readAudioBytes(m_owner, *m_stream, startPosBytes, bytes, sizeBytes);
+    const std::uint64_t fill = sizeBytes - done;
+    logMessage("fill    : %lld", static_cast<long long>(fill));
+    if (fill != 0) std::memset(bytes + done, 0, fill);
+    const AudioSamples samples{{bytes, sizeBytes}, m_sampleType, m_format.nChannels, blockAlign};
+    return deliverAudio(samples, *m_owner.suites, buffers, size);
+}
+
+std::int32_t AudioInfo::getChannelLayout(host::imGetAudioChannelLayoutRec& record) const {
+    if (!m_valid) return host::imUnsupported;
+
+    // Channels without a label keep what the host preset.
+    const ChannelLabels known = channelLabelsOf(m_format);
+    for (std::size_t i = 0; i < known.count; ++i) record.outChannelLabels[i] = known.labels[i];
+
+    if (logEnabled()) {
+        logMessage("Audio channel layout (%d channels):", static_cast<int>(m_format.nChannels));
+        const std::uint32_t channels = labelledChannels(m_format);
+        for (std::uint32_t i = 0; i < channels; ++i) {
+            const std::uint32_t label = record.outChannelLabels[i];
+            logMessage("    %d: %s", static_cast<int>(i), channelLabelName(label));
+        }
+    }
+    return host::imNoErr;
+}
+
+std::string AudioInfo::description() const {
+    if (m_valid) return audioDescription(m_format, m_sampleType, m_numAudioSampleFrames);
+    return "    Not usable: " +
+           (m_rejection.empty() ? std::string("no audio stream was analysed") : m_rejection);
 }
 
 }  // namespace orvantis

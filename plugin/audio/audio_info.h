@@ -4,26 +4,17 @@
 
 #include <atomic>
 #include <cstdint>
-#include <mutex>
 #include <span>
 #include <string>
 
+#include "audio/audio_owner.h"
 #include "audio/wave_format.h"
 #include "avi/avi_stream.h"
 #include "diag/spare.h"
-#include "fileio/file.h"
 #include "fileio/read_buffer.h"
 #include "host/records.h"
-#include "suites/importer_suites.h"
 
 namespace orvantis {
-
-/// What an AudioInfo may use of the importer that owns it: its open file and its host suites. All outlive it.
-struct AudioOwner {
-    fileio::File* file;
-    std::mutex* filePosition;  ///< held from a seek to the end of the read that relies on it
-    LazyImporterSuites* suites;
-};
 
 class AudioInfo {
  public:
@@ -55,8 +46,6 @@ class AudioInfo {
     /// Fills m_format and m_sampleType from the bytes of the stream format. Empty when accepted, else why
     /// not.
     std::string analyse(std::span<const std::uint8_t> format);
-    /// The bytes of one read as float samples in the host's buffers. imNoErr or imDecompressionError.
-    std::int32_t deliver(std::byte* bytes, std::uint32_t sizeBytes, float** buffers, std::uint32_t size);
 
     AudioOwner m_owner;
     bool m_valid = false;

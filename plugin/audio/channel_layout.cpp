@@ -2,18 +2,11 @@
 
 #include <algorithm>
 
-#include "audio/audio_info.h"
-#include "diag/log.h"
 #include "host/audio_codes.h"
-#include "host/result_codes.h"
 
 namespace orvantis {
 
 namespace {
-
-std::uint32_t labelledChannels(const WaveFormatExtensible& format) noexcept {
-    return std::min<std::uint32_t>(format.nChannels, kMaxAudioChannels);
-}
 
 std::uint32_t speakerMask(const WaveFormatExtensible& format) noexcept {
     if (format.wFormatTag == kWaveFormatExtensible) return format.dwChannelMask;
@@ -24,6 +17,10 @@ std::uint32_t speakerMask(const WaveFormatExtensible& format) noexcept {
 }
 
 }  // namespace
+
+std::uint32_t labelledChannels(const WaveFormatExtensible& format) noexcept {
+    return std::min<std::uint32_t>(format.nChannels, kMaxAudioChannels);
+}
 
 const char* channelLabelName(std::uint32_t label) noexcept {
     switch (label) {
@@ -149,24 +146,6 @@ ChannelLabels channelLabelsOf(const WaveFormatExtensible& format) noexcept {
         if ((mask & speakerBit) != 0) result.labels[result.count++] = channelLabelFromSpeakerBit(speakerBit);
     }
     return result;
-}
-
-std::int32_t AudioInfo::getChannelLayout(host::imGetAudioChannelLayoutRec& record) const {
-    if (!m_valid) return host::imUnsupported;
-
-    // Channels without a label keep what the host preset.
-    const ChannelLabels known = channelLabelsOf(m_format);
-    for (std::size_t i = 0; i < known.count; ++i) record.outChannelLabels[i] = known.labels[i];
-
-    if (logEnabled()) {
-        logMessage("Audio channel layout (%d channels):", static_cast<int>(m_format.nChannels));
-        const std::uint32_t channels = labelledChannels(m_format);
-        for (std::uint32_t i = 0; i < channels; ++i) {
-            const std::uint32_t label = record.outChannelLabels[i];
-            logMessage("    %d: %s", static_cast<int>(i), channelLabelName(label));
-        }
-    }
-    return host::imNoErr;
 }
 
 }  // namespace orvantis

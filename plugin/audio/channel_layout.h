@@ -12,6 +12,9 @@ namespace orvantis {
 /// As many channels as the host's record has labels for, and as a stream may have.
 inline constexpr std::uint32_t kMaxAudioChannels = 32;
 
+/// How many channels of a stream can have a label.
+std::uint32_t labelledChannels(const WaveFormatExtensible& format) noexcept;
+
 /// The host's name of a kPrAudioChannelLabel_ value, "Unknown_Channel_Label" for any other. For the log.
 /// Static.
 const char* channelLabelName(std::uint32_t label) noexcept;

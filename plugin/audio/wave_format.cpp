@@ -4,7 +4,7 @@
 #include <bit>
 #include <cstring>
 
-#include "diag/log.h"
+#include "diag/format.h"
 
 namespace orvantis {
 

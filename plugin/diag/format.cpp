@@ -1,10 +1,8 @@
-// printf into strings, and four-character codes as text. Pure functions, any thread.
+#include "diag/format.h"
 
 #include <cctype>
 #include <cstdarg>
 #include <cstdio>
-
-#include "diag/log.h"
 
 namespace orvantis {
 

@@ -31,14 +31,6 @@ void readLogSwitch();
 /// no memory is lost, without a word to the caller: destructors log. Any thread.
 ORVANTIS_COLD void logMessage(const char* format, ...) noexcept ORVANTIS_PRINTF(1, 2);
 
-/// printf into a new string; empty when the format is in error. Any thread.
-std::string formatString(const char* format, ...) ORVANTIS_PRINTF(1, 2);
-
-/// A four-character code as text, lowest byte first, or highest byte first when `reversed` (file type and
-/// sub-type codes hold their first character in the highest byte). Unprintable bytes are written as "[%u]".
-/// At most 20 characters.
-std::string fourccToString(std::uint32_t code, bool reversed = false);
-
 /// Writes "Log closed", closes the file and forgets the log. A later logMessage would open a new one.
 void closeLog() noexcept;
 

@@ -3,6 +3,7 @@
 
 #include <exception>
 
+#include "diag/format.h"
 #include "diag/log.h"
 #include "entry/dispatcher.h"
 #include "entry/error_suite.h"

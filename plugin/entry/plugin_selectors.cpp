@@ -7,12 +7,14 @@
 #include <stdexcept>
 #include <string_view>
 
+#include "diag/format.h"
 #include "diag/log.h"
 #include "diag/text.h"
 #include "entry/error_suite.h"
 #include "host/four_char_codes.h"
 #include "host/result_codes.h"
 #include "suites/suite_ref.h"
+#include "video/format_dump.h"
 #include "video/format_tables.h"
 
 namespace orvantis {

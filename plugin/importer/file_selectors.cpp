@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "diag/format.h"
 #include "diag/log.h"
 #include "host/four_char_codes.h"
 #include "host/pixel_formats.h"

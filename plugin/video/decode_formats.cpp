@@ -1,10 +1,7 @@
-// Which host formats one video can be decoded into. Asked once per opened file, on the thread that describes
-// it; the session that asks is separate from the one that later decodes. Never logs, builds no text for a
-// refused format.
+#include "video/decode_formats.h"
+
 #include <algorithm>
 #include <iterator>
-
-#include "video/format_tables.h"
 
 namespace orvantis {
 

@@ -1,8 +1,8 @@
-// The diagnostic listing at every imInit, on the host's thread: what the host says of its formats, what the
-// codec library says of its types, and both tables. It asks host and library also while the log is off, so
-// that switching the log on changes nothing that the host could notice. Stores nothing.
+#include "video/format_dump.h"
+
 #include <exception>
 
+#include "diag/format.h"
 #include "diag/log.h"
 #include "diag/text.h"
 #include "host/pixel_formats.h"
@@ -75,6 +75,8 @@ void dumpFormatInfos() {
 }  // namespace
 
 void dumpFormatTables(const host::SPBasicSuite* basicSuite) noexcept {
+    // Host and library are asked also while the log is off, so that switching it on changes nothing that the
+    // host could notice.
     try {
         {
             TypedSuiteRef<host::ImageProcessingSuite> suite(basicSuite, host::kImageProcessingSuiteName,

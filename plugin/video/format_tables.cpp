@@ -11,7 +11,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "diag/log.h"
+#include "diag/format.h"
 #include "diag/never_destroyed.h"
 #include "host/four_char_codes.h"
 #include "host/pixel_formats.h"

@@ -43,10 +43,6 @@ struct FormatInfo {
 /// the image processing suite is refused; what was in force before stays. Host thread of imInit; a second
 /// build comes into force as a whole, while other threads may be reading.
 void buildFormatTables(const host::SPBasicSuite* basicSuite);
-/// Writes the diagnostic listing of host formats, library types and both tables to the log; stores nothing.
-/// A refused image processing suite, a failing codec library and a lack of memory end the listing, and that
-/// is all.
-void dumpFormatTables(const host::SPBasicSuite* basicSuite) noexcept;
 
 std::span<const SubTypeInfo> SubTypeInfos() noexcept;  // NOLINT(readability-identifier-naming)
 std::span<const FormatInfo> FormatInfos() noexcept;    // NOLINT(readability-identifier-naming)
@@ -63,13 +59,5 @@ class UnknownCodedType : public std::runtime_error {
 const SubTypeInfo& GetSubTypeInfo_by_orvTypeComp(std::uint32_t type);
 /// The first row with this format. Throws std::runtime_error, naming it, when there is none.
 const FormatInfo& GetFormatInfo_by_pixelFormat(std::uint32_t pixelFormat);
-
-/// What the codec library is asked to produce for a row.
-OrvantisFrameFormat outputFormatOf(const FormatInfo& info) noexcept;
-
-/// The rows into which a video with this format data can be decoded, in table order, narrowed to the
-/// sub-type's preferred formats when any of those is accepted. Opens a codec session of its own. Throws
-/// OrvantisError, and UnknownCodedType when the library now tells a type that no row has.
-std::vector<FormatInfo> buildDecodeFormats(FormatData format);
 
 }  // namespace orvantis

@@ -8,10 +8,12 @@
 
 #include "avi/frame_chunk.h"
 #include "diag/compiler.h"
+#include "diag/format.h"
 #include "diag/log.h"
 #include "host/pixel_formats.h"
 #include "host/result_codes.h"
 #include "host/suites.h"
+#include "video/decode_formats.h"
 #include "video/format_tables.h"
 #include "video/orvantis_error.h"
 

@@ -3,7 +3,7 @@
 // thread at a time. A result is never ignored but in the destructor, where nobody is left to hear of it.
 #include "video/orvantis_codec.h"
 
-#include "diag/log.h"
+#include "diag/format.h"
 #include "video/orvantis_error.h"
 
 namespace orvantis {

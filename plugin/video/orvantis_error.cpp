@@ -2,7 +2,7 @@
 // thread; never opens a session: the library's error texts are there without one.
 #include "video/orvantis_error.h"
 
-#include "diag/log.h"
+#include "diag/format.h"
 #include "video/orvantis_common64.h"
 
 namespace orvantis {

@@ -5,10 +5,12 @@
 
 #include <stdexcept>
 
+#include "diag/format.h"
 #include "diag/log.h"
 #include "diag/text.h"
 #include "host/record_values.h"
 #include "host/result_codes.h"
+#include "video/decode_formats.h"
 #include "video/orvantis_error.h"
 
 namespace orvantis {

@@ -9,6 +9,7 @@
 
 #include <string>
 
+#include "diag/format.h"
 #include "diag/log.h"
 #include "tests/support/log_redirection.h"
 #include "tests/support/temp_folder.h"

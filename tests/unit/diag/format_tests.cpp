@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string>
 
-#include "diag/log.h"
+#include "diag/format.h"
 
 namespace {
 

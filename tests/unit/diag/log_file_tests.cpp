@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "diag/diagnostic_log.h"
+#include "diag/format.h"
 #include "diag/log.h"
 #include "tests/support/log_capture.h"
 #include "tests/unit/diag/log_test_support.h"

@@ -12,6 +12,7 @@
 #include <thread>
 #include <vector>
 
+#include "diag/format.h"
 #include "diag/log.h"
 #include "tests/support/latch.h"
 #include "tests/support/log_capture.h"

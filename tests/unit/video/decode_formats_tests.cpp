@@ -7,10 +7,11 @@
 #include <string>
 #include <vector>
 
-#include "diag/log.h"
+#include "diag/format.h"
 #include "tests/support/fake_codec/fake_codec.h"
 #include "tests/support/format_lists.h"
 #include "tests/unit/video/fake_host.h"
+#include "video/decode_formats.h"
 #include "video/format_tables.h"
 #include "video/orvantis_error.h"
 

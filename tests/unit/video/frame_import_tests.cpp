@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "diag/format.h"
 #include "diag/log.h"
 #include "host/pixel_formats.h"
 #include "host/result_codes.h"

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "diag/log.h"
+#include "diag/format.h"
 #include "host/result_codes.h"
 #include "tests/support/captured_log.h"
 #include "tests/support/chunk_lists.h"

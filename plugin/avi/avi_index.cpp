@@ -4,8 +4,7 @@
 #include <array>
 #include <cstring>
 #include <exception>
-
-#include "avi/error_text.h"
+#include <string>
 
 namespace orvantis {
 
@@ -81,7 +80,7 @@ bool readLegacyIndex(IndexInput& input, const RiffChunk& idx1, std::uint64_t bas
 
 }  // namespace
 
-OpenDmlIndexReader::OpenDmlIndexReader(IndexInput& input, std::string& errors)
+OpenDmlIndexReader::OpenDmlIndexReader(IndexInput& input, Problems& errors)
     : m_input(input),
       m_errors(errors),
       m_chunksLeft(input.fileSize() / kIndexChunkBytes + kSpareIndexChunks),
@@ -91,7 +90,7 @@ OpenDmlIndexReader::OpenDmlIndexReader(IndexInput& input, std::string& errors)
 
 void OpenDmlIndexReader::record(const AviStream& stream, std::uint64_t position, std::uint32_t size,
                                 const char* message) noexcept {
-    if (!hasRoomFor(m_errors, 1)) return;  // hostile files have problems by the million
+    if (!m_errors.hasRoom()) return;  // hostile files have problems by the million
     try {
         std::string line = "readIndex: stream[";
         line += std::to_string(stream.index);
@@ -102,7 +101,7 @@ void OpenDmlIndexReader::record(const AviStream& stream, std::uint64_t position,
         line += ": ";
         line += message;
         line += '\n';
-        appendBounded(m_errors, line);
+        m_errors.add({ProblemPlace::Part::streamList, stream.index}, line);
     } catch (const std::exception&) {
         return;  // out of memory
     }

@@ -5,13 +5,13 @@
 #include <cstdint>
 #include <memory>
 #include <span>
-#include <string>
 #include <vector>
 
 #include "avi/avi_stream.h"
 #include "avi/avi_structs.h"
 #include "avi/chunk_list_builder.h"
 #include "avi/index_input.h"
+#include "avi/problems.h"
 #include "avi/riff_chunk.h"
 
 namespace orvantis {
@@ -23,8 +23,8 @@ class OpenDmlIndexReader {
     /// Super indexes inside super indexes; real files have one level.
     static constexpr std::size_t kMaxSuperIndexDepth = 8;
 
-    /// Problems become lines of `errors`. Both references are kept.
-    OpenDmlIndexReader(IndexInput& input, std::string& errors);
+    /// Problems go to `errors`. Both references are kept.
+    OpenDmlIndexReader(IndexInput& input, Problems& errors);
 
     /// Reads the index data (behind the chunk header) at `position` into the stream's superIndex,
     /// standardIndexes and openDmlEntries, together with the indexes that a super index names. True when
@@ -42,7 +42,7 @@ class OpenDmlIndexReader {
                 const char* message) noexcept;
 
     IndexInput& m_input;
-    std::string& m_errors;
+    Problems& m_errors;
     std::uint64_t m_chunksLeft;
     std::uint64_t m_bytesLeft;
     std::vector<std::uint64_t> m_chain;  ///< positions of the super indexes being read, outermost first

@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "avi/avi_index.h"
-#include "avi/error_text.h"
+#include "avi/problems.h"
 
 namespace orvantis {
 
@@ -35,8 +35,13 @@ std::size_t countChunks(const std::vector<RiffChunk>& list) noexcept {
     return count;
 }
 
-std::string streamLine(std::uint64_t ordinal, const char* problem) {
-    return "stream[" + std::to_string(ordinal) + "]: " + problem + "\n";
+constexpr ProblemPlace kInStructure{ProblemPlace::Part::structure};
+constexpr ProblemPlace kInHeaders{ProblemPlace::Part::headers};
+constexpr ProblemPlace kAtTheEnd{ProblemPlace::Part::end};
+
+void addStreamProblem(Problems& problems, std::uint64_t ordinal, const char* problem) {
+    problems.add({ProblemPlace::Part::streamList, ordinal},
+                 "stream[" + std::to_string(ordinal) + "]: " + problem + "\n");
 }
 
 }  // namespace
@@ -61,10 +66,11 @@ bool AviReader::parse(fileio::File& source, bool headerOnly) {
     } catch (const std::exception&) {
         // Out of memory for the structure itself, or a file that breaks its promise not to throw.
         usable = false;
-        appendBounded(errors, kCorrupt);
+        errors.add(kAtTheEnd, kCorrupt);
     }
     m_indexesPending = usable;
     if (!usable) dropIndexes();
+    errors.putInOrder();
     if (usable && !headerOnly) readIndexes();
     return usable;
 }
@@ -78,20 +84,20 @@ bool AviReader::parseHeaders(bool headerOnly) {
     std::uint32_t first[3];
     if (!m_input.readSmall(start, first, sizeof(first)) || first[0] != riffCode("RIFF") ||
         first[2] != riffCode("AVI ")) {
-        appendBounded(errors, "file doesn't look like AVI (first 12 bytes is not 'RIFF'....'AVI ')");
+        errors.add(kInHeaders, "file doesn't look like AVI (first 12 bytes is not 'RIFF'....'AVI ')");
         return false;
     }
     // What lies behind movi is far away in the file and nothing but indexes: a file that is refused for what
     // its headers say is not asked for it.
     if (!walkUpTo(m_input, start, fileSize, kDescendTypes, kStopKeys, riffCode("movi"), chunks,
                   m_restOfWalk)) {
-        appendBounded(errors, kCorrupt);
+        errors.add(kInStructure, kCorrupt);
     }
     if (!headerOnly) finishWalk();
-    // The rest may be damaged, which is told ahead of any other reason to refuse the file.
+    // The rest may be damaged, which is told too.
     const auto fail = [&](const char* problem) {
         finishWalk();
-        appendBounded(errors, problem);
+        errors.add(kInHeaders, problem);
         return false;
     };
     if (chunks.empty()) return fail("riff structure is empty\n");
@@ -122,15 +128,9 @@ void AviReader::finishWalk() noexcept {
     if (!m_restOfWalk) return;
     const RestOfWalk rest = *m_restOfWalk;
     m_restOfWalk.reset();
-    if (walkRest(m_input, rest, kDescendTypes, kStopKeys, chunks.front().children) || !rest.sound) return;
-    // Where a walk in one go would have put it.
-    if (!hasRoomFor(errors, kCorrupt.size())) return;
-    try {
-        errors.insert(0, kCorrupt);
-        for (PendingIndex& pending : m_pendingIndexes) pending.textPosition += kCorrupt.size();
-    } catch (const std::exception&) {
-        return;  // out of memory: the problem is not noted
-    }
+    const bool sound = walkRest(m_input, rest, kDescendTypes, kStopKeys, chunks.front().children);
+    // Damage of the first part is noted already.
+    if (!sound && rest.sound) errors.add(kInStructure, kCorrupt);
 }
 
 void AviReader::addStream(const RiffChunk& strl, std::uint64_t ordinal) {
@@ -146,12 +146,12 @@ void AviReader::addStream(const RiffChunk& strl, std::uint64_t ordinal) {
         // Out of memory: what was noted for the stream must not outlive it.
         m_pendingIndexes.resize(pendingBefore, PendingIndex{});
     }
-    appendBounded(errors, streamLine(ordinal, "strh data read error"));
+    addStreamProblem(errors, ordinal, "strh data read error");
 }
 
 bool AviReader::parseStreamList(const RiffChunk& strl, AviStream& stream) {
     const auto fail = [&](const char* problem) {
-        appendBounded(errors, streamLine(stream.index, problem));
+        addStreamProblem(errors, stream.index, problem);
         return false;
     };
     const RiffChunk* strh = findChunk(strl.children, riffCode("strh"));
@@ -173,8 +173,7 @@ bool AviReader::parseStreamList(const RiffChunk& strl, AviStream& stream) {
     if (!readChunkData(*strf, stream.format.data(), formatSize)) return fail("strf data read error");
 
     if (const RiffChunk* indx = findChunk(strl.children, riffCode("indx"))) {
-        m_pendingIndexes.push_back(
-            PendingIndex{&stream, indx->dataPosition(), indx->dataSize(), errors.size()});
+        m_pendingIndexes.push_back(PendingIndex{&stream, indx->dataPosition(), indx->dataSize()});
     }
     return true;
 }
@@ -206,9 +205,10 @@ void AviReader::readIndexes() {
     IndexInput input(m_input);
     readOpenDmlIndexes(input);
     if (idx1 && idx1->dataSize() % sizeof(AviOldIndexEntry) != 0) {
-        appendBounded(errors, "idx1 size is not a multiple of index entry size\n");
+        errors.add(kAtTheEnd, "idx1 size is not a multiple of index entry size\n");
     }
     buildChunkLists(input, idx1 ? &*idx1 : nullptr, movi ? &*movi : nullptr, streams);
+    errors.putInOrder();
     dropIndexes();
 }
 
@@ -221,25 +221,15 @@ void AviReader::dropIndexes() noexcept {
 
 void AviReader::readOpenDmlIndexes(IndexInput& input) {
     if (m_pendingIndexes.empty()) return;
-    // A full parse meets each index between the stream lists, so its problems go between theirs.
-    const std::string streamProblems = std::move(errors);
-    errors.clear();
-    std::size_t taken = 0;
-    const auto takeUpTo = [&](std::size_t end) {
-        appendBounded(errors, std::string_view(streamProblems).substr(taken, end - taken));
-        taken = end;
-    };
     try {
         OpenDmlIndexReader indexes(input, errors);
         for (const PendingIndex& pending : m_pendingIndexes) {
-            takeUpTo(pending.textPosition);
             pending.stream->hasOpenDmlIndex =
                 indexes.readOpenDmlIndex(pending.position, pending.size, *pending.stream);
         }
     } catch (const std::exception&) {
-        // Out of memory before the first read: every stream goes by idx1.
+        return;  // out of memory before the first read: every stream goes by idx1
     }
-    takeUpTo(streamProblems.size());
 }
 
 std::vector<std::size_t> AviReader::streamsOfType(std::uint32_t type) const {

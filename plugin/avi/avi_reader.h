@@ -16,6 +16,7 @@
 #include "avi/avi_structs.h"
 #include "avi/file_window.h"
 #include "avi/index_input.h"
+#include "avi/problems.h"
 #include "avi/riff_chunk.h"
 #include "avi/riff_walk.h"
 #include "fileio/file.h"
@@ -31,7 +32,7 @@ class AviReader {
     /// readIndexes() can follow when the chunk lists are wanted after all; without, it is part of this call.
     /// False when the file is no usable AVI; errorText() then says why. `file` is not owned and must stay
     /// open until readIndexes() is done. Its position afterwards is undefined.
-    bool parse(fileio::File& file, bool headerOnly);
+    [[nodiscard]] bool parse(fileio::File& file, bool headerOnly);
     /// The second half of a full parse: OpenDML indexes, idx1, and the chunk lists of every stream. Problems
     /// go to errorText(), in the order of a full parse; a stream without a usable index has an empty list.
     /// Runs once per successful parse; a further call does nothing.
@@ -40,19 +41,19 @@ class AviReader {
     /// for what its headers say.
     void dropIndexes() noexcept;
 
-    const std::string& errorText() const noexcept { return errors; }
+    const std::string& errorText() const noexcept { return errors.text(); }
     /// Positions in `streams`, in order, of the streams with this fccType (kStreamTypeVideo,
     /// kStreamTypeAudio).
     std::vector<std::size_t> streamsOfType(std::uint32_t type) const;
     /// Reads the first `count` data bytes of `chunk`. False when the chunk has fewer, or they cannot be read;
     /// `dest` may then hold a part of them. Before the first parse there is nothing to read; behind one, as
     /// long as its file is there.
-    bool readChunkData(const RiffChunk& chunk, void* dest, std::size_t count) noexcept;
+    [[nodiscard]] bool readChunkData(const RiffChunk& chunk, void* dest, std::size_t count) noexcept;
 
     fileio::File* file = nullptr;  ///< not owned
     std::vector<RiffChunk>
-        chunks;          ///< top level of the chunk tree; given up before the indexes are read if it is huge
-    std::string errors;  ///< one line per problem
+        chunks;       ///< top level of the chunk tree; given up before the indexes are read if it is huge
+    Problems errors;  ///< one line per problem; in the order of a full parse between calls
     AviMainHeader mainHeader{};
     AviExtHeader extHeader{};
     std::vector<std::unique_ptr<AviStream>> streams;
@@ -63,7 +64,6 @@ class AviReader {
         AviStream* stream;
         std::uint64_t position;
         std::uint32_t size;
-        std::size_t textPosition;  // where in the error text its problems belong
     };
 
     void reset() noexcept;

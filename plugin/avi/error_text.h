@@ -1,5 +1,4 @@
-// The text that collects the problems of one parse. It is bounded, because a hostile file can have a problem
-// every few bytes, and adding to it never fails: a problem that cannot be noted is dropped.
+// The text that collects the problems of one parse: bounded, and adding to it never fails.
 #pragma once
 
 #include <cstddef>

@@ -29,15 +29,16 @@ class OpenDmlIndexReader {
     /// Reads the index data (behind the chunk header) at `position` into the stream's superIndex,
     /// standardIndexes and openDmlEntries, together with the indexes that a super index names. True when
     /// everything was understood and read. Never throws; what does not fit into memory was not read.
-    bool readOpenDmlIndex(std::uint64_t position, std::uint32_t size, AviStream& stream) noexcept;
+    [[nodiscard]] bool readOpenDmlIndex(std::uint64_t position, std::uint32_t size,
+                                        AviStream& stream) noexcept;
 
  private:
-    bool readIndex(std::uint64_t position, std::uint32_t size, AviStream& stream) noexcept;
-    bool mayRead(std::uint64_t position, std::uint32_t size);
-    bool readEntries(std::uint64_t position, std::uint32_t size, AviStdIndexHeader& header,
-                     std::uint32_t& count, AviStream& stream);
-    bool readNamedIndexes(std::size_t first, std::uint32_t count, std::uint64_t superPosition,
-                          AviStream& stream);
+    [[nodiscard]] bool readIndex(std::uint64_t position, std::uint32_t size, AviStream& stream) noexcept;
+    [[nodiscard]] bool mayRead(std::uint64_t position, std::uint32_t size);
+    [[nodiscard]] bool readEntries(std::uint64_t position, std::uint32_t size, AviStdIndexHeader& header,
+                                   std::uint32_t& count, AviStream& stream);
+    [[nodiscard]] bool readNamedIndexes(std::size_t first, std::uint32_t count, std::uint64_t superPosition,
+                                        AviStream& stream);
     void record(const AviStream& stream, std::uint64_t position, std::uint32_t size,
                 const char* message) noexcept;
 

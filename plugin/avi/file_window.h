@@ -31,11 +31,11 @@ class FileWindow {
     /// read. Where a window cannot be filled, because of a bad sector behind a header, exactly these bytes
     /// are asked for. Fails too when there were more misses than any way forward through the file can need:
     /// only lists that lie over one another send the reader to and fro so often.
-    bool readSmall(std::uint64_t position, void* destination, std::size_t count) noexcept;
+    [[nodiscard]] bool readSmall(std::uint64_t position, void* destination, std::size_t count) noexcept;
 
     /// Reads exactly `count` bytes straight to `destination`, with one seek and one read; or without any,
     /// when a window has them already. Fails at once, without reading, when the file is too short.
-    bool readBulk(std::uint64_t position, void* destination, std::uint64_t count) noexcept;
+    [[nodiscard]] bool readBulk(std::uint64_t position, void* destination, std::uint64_t count) noexcept;
 
  private:
     struct Window {

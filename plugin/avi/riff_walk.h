@@ -24,9 +24,9 @@ inline constexpr std::uint64_t kMaxChunks = 4'194'304;
 /// forward, too deep nesting, or more chunks than the file has room for (lists may claim to overlap). What
 /// was found so far stays in `list`; a damaged inner list does not end the walk of its parent. Never throws;
 /// running out of memory is damage.
-bool walk(FileWindow& input, std::uint64_t position, std::uint64_t bytes,
-          std::span<const std::uint32_t> descendTypes, std::span<const std::uint32_t> stopKeys,
-          std::vector<RiffChunk>& list) noexcept;
+[[nodiscard]] bool walk(FileWindow& input, std::uint64_t position, std::uint64_t bytes,
+                        std::span<const std::uint32_t> descendTypes, std::span<const std::uint32_t> stopKeys,
+                        std::vector<RiffChunk>& list) noexcept;
 
 /// What is left of a walk that was interrupted.
 struct RestOfWalk {
@@ -39,13 +39,15 @@ struct RestOfWalk {
 /// The same walk as far as the first list of type `pauseType` among the children of the first form, that list
 /// included. `rest` is then what walkRest() goes on with; it stays empty when the walk ended before, which it
 /// also does behind the first form. The result is that of the part walked.
-bool walkUpTo(FileWindow& input, std::uint64_t position, std::uint64_t bytes,
-              std::span<const std::uint32_t> descendTypes, std::span<const std::uint32_t> stopKeys,
-              std::uint32_t pauseType, std::vector<RiffChunk>& list,
-              std::optional<RestOfWalk>& rest) noexcept;
+[[nodiscard]] bool walkUpTo(FileWindow& input, std::uint64_t position, std::uint64_t bytes,
+                            std::span<const std::uint32_t> descendTypes,
+                            std::span<const std::uint32_t> stopKeys, std::uint32_t pauseType,
+                            std::vector<RiffChunk>& list, std::optional<RestOfWalk>& rest) noexcept;
 
 /// Walks the rest and appends it to the children of the first form. The result is that of the whole walk.
-bool walkRest(FileWindow& input, const RestOfWalk& rest, std::span<const std::uint32_t> descendTypes,
-              std::span<const std::uint32_t> stopKeys, std::vector<RiffChunk>& children) noexcept;
+[[nodiscard]] bool walkRest(FileWindow& input, const RestOfWalk& rest,
+                            std::span<const std::uint32_t> descendTypes,
+                            std::span<const std::uint32_t> stopKeys,
+                            std::vector<RiffChunk>& children) noexcept;
 
 }  // namespace orvantis

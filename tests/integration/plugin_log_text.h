@@ -2,7 +2,6 @@
 // letter.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -10,11 +9,11 @@
 
 #include "tests/support/log_capture.h"
 
-/// Reads the log file piece by piece. The log must be switched on and written to one file.
+/// What LogCapture::takeBytes gives, as text. The log must be switched on and written to one file.
 class LogText {
  public:
     /// `capture` must outlive this. Paths in `folderUtf8` are shown as "<folder>/name".
-    LogText(const orvantis::test::LogCapture& capture, std::string folderUtf8)
+    LogText(orvantis::test::LogCapture& capture, std::string folderUtf8)
         : m_capture(&capture), m_folder(std::move(folderUtf8)) {}
 
     /// The lines since the last call of a function of this object, as they compare with a raw string:
@@ -35,9 +34,8 @@ class LogText {
     };
     std::vector<Line> take();
 
-    const orvantis::test::LogCapture* m_capture;
+    orvantis::test::LogCapture* m_capture;
     std::string m_folder;
-    std::size_t m_taken = 0;
 };
 
 /// One line with its addresses masked as LogText does it.

@@ -53,4 +53,16 @@ std::vector<std::string> CapturedLog::linesWithoutSuites() {
     return result;
 }
 
+std::vector<std::string> CapturedLog::take() {
+    std::vector<std::string> result = lines();
+    m_lines.clear();
+    return result;
+}
+
+std::vector<std::string> CapturedLog::takeWithoutSuites() {
+    std::vector<std::string> result = linesWithoutSuites();
+    m_lines.clear();
+    return result;
+}
+
 }  // namespace orvantis::test

@@ -16,8 +16,12 @@ class CapturedLog {
 
     /// The lines since construction or the last clear(), without time and thread.
     std::vector<std::string> lines();
-    /// Those of them that are not about suites, for tests of which suites are a side issue.
+    /// Those of them that are not about suites, for tests of which suites are a side issue: they belong to
+    /// another folder, and the first use of a suite brings them.
     std::vector<std::string> linesWithoutSuites();
+    /// lines() and clear() in one.
+    std::vector<std::string> take();
+    std::vector<std::string> takeWithoutSuites();
     void clear();
 
  private:

@@ -3,6 +3,7 @@
 #include "tests/support/log_capture.h"
 
 #include <algorithm>
+#include <fstream>
 #include <iterator>
 #include <optional>
 #include <stdexcept>
@@ -55,6 +56,14 @@ std::set<fs::path> logFilesIn(const fs::path& folder) {
     return files;
 }
 
+// Empty when there is none.
+fs::path onlyOneOf(const std::vector<fs::path>& files) {
+    if (files.size() > 1) {
+        throw std::runtime_error(std::to_string(files.size()) + " log files instead of one");
+    }
+    return files.empty() ? fs::path() : files.front();
+}
+
 }  // namespace
 
 LogCapture::LogCapture(Switch initial)
@@ -74,18 +83,29 @@ std::vector<fs::path> LogCapture::files() const {
 }
 
 std::vector<std::string> LogCapture::lines() const {
-    const std::vector<fs::path> all = files();
-    if (all.size() > 1) {
-        throw std::runtime_error(std::to_string(all.size()) + " log files instead of one");
-    }
-    return all.empty() ? std::vector<std::string>() : logLines(readFile(all.front()));
+    const fs::path file = onlyOneOf(files());
+    return file.empty() ? std::vector<std::string>() : logLines(readFile(file));
 }
 
 std::vector<std::string> LogCapture::takeLines() {
-    std::vector<std::string> all = lines();
-    all.erase(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(std::min(m_taken, all.size())));
-    m_taken += all.size();
-    return all;
+    return logLines(takeBytes());
+}
+
+std::string LogCapture::takeBytes() {
+    const fs::path path = onlyOneOf(files());
+    if (path.empty()) {
+        return {};
+    }
+    std::ifstream file(path, std::ios::binary);
+    file.seekg(static_cast<std::streamoff>(m_read));
+    std::string bytes(std::istreambuf_iterator<char>(file), {});
+    m_read += bytes.size();
+    bytes.insert(0, m_begun);
+    const std::size_t lastEnd = bytes.rfind("\r\n");
+    const std::size_t whole = lastEnd == std::string::npos ? 0 : lastEnd + 2;
+    m_begun = bytes.substr(whole);
+    bytes.resize(whole);
+    return bytes;
 }
 
 std::vector<std::string> logLines(std::string_view bytes) {

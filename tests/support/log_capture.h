@@ -36,15 +36,21 @@ class LogCapture {
     /// std::runtime_error when there are several files or a line does not end in CR LF.
     std::vector<std::string> lines() const;
 
-    /// The lines that came since the last call of this function.
+    /// The lines that came since the last call of this function or takeBytes(). A line that is being written
+    /// while this looks comes whole with a later call.
     std::vector<std::string> takeLines();
+
+    /// The same as the bytes of whole lines, headers and line ends as they are. Reads no byte of the file
+    /// twice. Throws std::runtime_error when there are several files.
+    std::string takeBytes();
 
  private:
     TempFolder m_folder;
     LogRedirection m_redirection;
     std::filesystem::path m_profile;
     std::set<std::filesystem::path> m_strangers;  ///< files that were there before
-    std::size_t m_taken = 0;
+    std::uintmax_t m_read = 0;                    ///< bytes of the file
+    std::string m_begun;                          ///< those of them behind the last line end
 };
 
 /// The lines of a log file's bytes without their CR LF, headers masked. Throws std::runtime_error when the

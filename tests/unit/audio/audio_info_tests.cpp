@@ -6,13 +6,14 @@
 #include <vector>
 
 #include "host_record.h"
-#include "log_lines.h"
+#include "tests/support/captured_log.h"
 #include "wave_bytes.h"
 
 namespace orvantis {
 namespace {
 
 using namespace audio_test;
+using Lines = std::vector<std::string>;
 
 using FileInfoRecord = HostRecord<host::imFileInfoRec8>;
 
@@ -43,7 +44,7 @@ class AudioInfoTest : public testing::Test {
         m_log.clear();
         EXPECT_EQ(info.init(stream), 2);
         EXPECT_FALSE(info.valid());
-        EXPECT_EQ(m_log.take(), Lines{text});
+        EXPECT_EQ(m_log.takeWithoutSuites(), Lines{text});
         EXPECT_EQ(info.description(), "    Not usable: " + text);
     }
     void expectRejected(const WaveBytes& wave, const std::string& text) {
@@ -55,27 +56,27 @@ class AudioInfoTest : public testing::Test {
         m_log.clear();
         EXPECT_EQ(info.init(stream), 0);
         EXPECT_TRUE(info.valid());
-        EXPECT_EQ(m_log.take(), Lines{});
+        EXPECT_EQ(m_log.takeWithoutSuites(), Lines{});
         FileInfoRecord record;
         info.fillFileInfo(*record);
         EXPECT_EQ(record.bytes(),
                   expectedRecord(wave.channels, static_cast<float>(wave.rate), sampleType, 1000));
     }
 
-    LogLines m_log;
+    test::CapturedLog m_log;
     LazyImporterSuites suites{nullptr};
     AudioInfo info{AudioOwner{nullptr, nullptr, &suites}};
 };
 
 TEST(AudioInfoLifetime, IsLogged) {
-    LogLines log;
+    test::CapturedLog log;
     LazyImporterSuites suites(nullptr);
     {
         const AudioInfo info({nullptr, nullptr, &suites});
-        EXPECT_EQ(log.take(), Lines{"AudioInfo::AudioInfo()"});
+        EXPECT_EQ(log.takeWithoutSuites(), Lines{"AudioInfo::AudioInfo()"});
         EXPECT_FALSE(info.valid());
     }
-    EXPECT_EQ(log.take(), Lines{"AudioInfo::~AudioInfo()"});
+    EXPECT_EQ(log.takeWithoutSuites(), Lines{"AudioInfo::~AudioInfo()"});
 }
 
 TEST_F(AudioInfoTest, IntegerFormatsAreAcceptedWithTheirCode) {
@@ -111,14 +112,15 @@ TEST_F(AudioInfoTest, AFormatOf16BytesIsEnoughAndItsMaskIsZero) {
 
     FileInfoRecord record;
     info.fillFileInfo(*record);
-    EXPECT_EQ(m_log.take(), (Lines{"Audio info:",                                                //
-                                   "    wFormatTag:      1",                                     //
-                                   "    format guid:     00000001-0000-0010-8000-00aa00389b71",  //
-                                   "    nChannels:       2",                                     //
-                                   "    nSamplesPerSec:  48000",                                 //
-                                   "    wBitsPerSample:  16",                                    //
-                                   "    dwChannelMask:   0x0",                                   //
-                                   "    numSampleFrames: 48000"}));
+    EXPECT_EQ(m_log.takeWithoutSuites(),
+              (Lines{"Audio info:",                                                //
+                     "    wFormatTag:      1",                                     //
+                     "    format guid:     00000001-0000-0010-8000-00aa00389b71",  //
+                     "    nChannels:       2",                                     //
+                     "    nSamplesPerSec:  48000",                                 //
+                     "    wBitsPerSample:  16",                                    //
+                     "    dwChannelMask:   0x0",                                   //
+                     "    numSampleFrames: 48000"}));
     EXPECT_EQ(record.bytes(), expectedRecord(2, 48000.0f, 3, 48000));
 }
 
@@ -134,14 +136,15 @@ TEST_F(AudioInfoTest, AnExtensibleFormatIsLoggedWithItsGuidAndMask) {
     m_log.clear();
     FileInfoRecord record;
     info.fillFileInfo(*record);
-    EXPECT_EQ(m_log.take(), (Lines{"Audio info:",                                                //
-                                   "    wFormatTag:      65534",                                 //
-                                   "    format guid:     00000003-0000-0010-8000-00aa00389b71",  //
-                                   "    nChannels:       6",                                     //
-                                   "    nSamplesPerSec:  96000",                                 //
-                                   "    wBitsPerSample:  32",                                    //
-                                   "    dwChannelMask:   0x8000060f",                            //
-                                   "    numSampleFrames: 12"}));
+    EXPECT_EQ(m_log.takeWithoutSuites(),
+              (Lines{"Audio info:",                                                //
+                     "    wFormatTag:      65534",                                 //
+                     "    format guid:     00000003-0000-0010-8000-00aa00389b71",  //
+                     "    nChannels:       6",                                     //
+                     "    nSamplesPerSec:  96000",                                 //
+                     "    wBitsPerSample:  32",                                    //
+                     "    dwChannelMask:   0x8000060f",                            //
+                     "    numSampleFrames: 12"}));
 }
 
 TEST_F(AudioInfoTest, AFormatBelow16BytesIsTooSmall) {
@@ -161,15 +164,16 @@ TEST_F(AudioInfoTest, ATooSmallFormatIsDescribedAsTheSmallestDummy) {
     m_log.clear();
     FileInfoRecord record;
     info.fillFileInfo(*record);
-    EXPECT_EQ(m_log.take(), (Lines{"Audio is INVALID! Dummy:",                                   //
-                                   "Audio info:",                                                //
-                                   "    wFormatTag:      0",                                     //
-                                   "    format guid:     00000000-0000-0010-8000-00aa00389b71",  //
-                                   "    nChannels:       0",                                     //
-                                   "    nSamplesPerSec:  0",                                     //
-                                   "    wBitsPerSample:  0",                                     //
-                                   "    dwChannelMask:   0x0",                                   //
-                                   "    numSampleFrames: 5000"}));
+    EXPECT_EQ(m_log.takeWithoutSuites(),
+              (Lines{"Audio is INVALID! Dummy:",                                   //
+                     "Audio info:",                                                //
+                     "    wFormatTag:      0",                                     //
+                     "    format guid:     00000000-0000-0010-8000-00aa00389b71",  //
+                     "    nChannels:       0",                                     //
+                     "    nSamplesPerSec:  0",                                     //
+                     "    wBitsPerSample:  0",                                     //
+                     "    dwChannelMask:   0x0",                                   //
+                     "    numSampleFrames: 5000"}));
     EXPECT_EQ(record.bytes(), expectedRecord(1, 1000.0f, 14, 0));
 }
 
@@ -269,7 +273,7 @@ TEST_F(AudioInfoTest, LengthIsTheHeadersWithAllItsBits) {
     FileInfoRecord record;
     info.fillFileInfo(*record);
     EXPECT_EQ(record.bytes(), expectedRecord(2, 48000.0f, 3, 4294967295));
-    EXPECT_EQ(m_log.take().back(), "    numSampleFrames: -1");
+    EXPECT_EQ(m_log.takeWithoutSuites().back(), "    numSampleFrames: -1");
 }
 
 TEST_F(AudioInfoTest, RateOfAUsableStreamIsNotClamped) {
@@ -282,15 +286,16 @@ TEST_F(AudioInfoTest, DummyHasAtLeastOneChannelAnd1000Hertz) {
     FileInfoRecord record;
     info.fillFileInfo(*record);
     EXPECT_EQ(record.bytes(), expectedRecord(1, 1000.0f, 14, 0));
-    EXPECT_EQ(m_log.take(), (Lines{"Audio is INVALID! Dummy:",                                   //
-                                   "Audio info:",                                                //
-                                   "    wFormatTag:      1",                                     //
-                                   "    format guid:     00000001-0000-0010-8000-00aa00389b71",  //
-                                   "    nChannels:       0",                                     //
-                                   "    nSamplesPerSec:  500",                                   //
-                                   "    wBitsPerSample:  12",                                    //
-                                   "    dwChannelMask:   0x0",                                   //
-                                   "    numSampleFrames: 77"}));
+    EXPECT_EQ(m_log.takeWithoutSuites(),
+              (Lines{"Audio is INVALID! Dummy:",                                   //
+                     "Audio info:",                                                //
+                     "    wFormatTag:      1",                                     //
+                     "    format guid:     00000001-0000-0010-8000-00aa00389b71",  //
+                     "    nChannels:       0",                                     //
+                     "    nSamplesPerSec:  500",                                   //
+                     "    wBitsPerSample:  12",                                    //
+                     "    dwChannelMask:   0x0",                                   //
+                     "    numSampleFrames: 77"}));
 }
 
 TEST_F(AudioInfoTest, DummyHasAtMost32ChannelsAnd192000Hertz) {
@@ -315,16 +320,17 @@ TEST_F(AudioInfoTest, WithoutAnAnalysisTheDummyIsDescribed) {
     FileInfoRecord record;
     info.fillFileInfo(*record);
     EXPECT_EQ(record.bytes(), expectedRecord(1, 1000.0f, 14, 0));
-    EXPECT_EQ(m_log.take(), (Lines{"AudioInfo::AudioInfo()",                                     //
-                                   "Audio is INVALID! Dummy:",                                   //
-                                   "Audio info:",                                                //
-                                   "    wFormatTag:      0",                                     //
-                                   "    format guid:     00000000-0000-0010-8000-00aa00389b71",  //
-                                   "    nChannels:       0",                                     //
-                                   "    nSamplesPerSec:  0",                                     //
-                                   "    wBitsPerSample:  0",                                     //
-                                   "    dwChannelMask:   0x0",                                   //
-                                   "    numSampleFrames: 0"}));
+    EXPECT_EQ(m_log.takeWithoutSuites(),
+              (Lines{"AudioInfo::AudioInfo()",                                     //
+                     "Audio is INVALID! Dummy:",                                   //
+                     "Audio info:",                                                //
+                     "    wFormatTag:      0",                                     //
+                     "    format guid:     00000000-0000-0010-8000-00aa00389b71",  //
+                     "    nChannels:       0",                                     //
+                     "    nSamplesPerSec:  0",                                     //
+                     "    wBitsPerSample:  0",                                     //
+                     "    dwChannelMask:   0x0",                                   //
+                     "    numSampleFrames: 0"}));
 }
 
 TEST_F(AudioInfoTest, AnotherAnalysisStartsAfresh) {

@@ -57,6 +57,7 @@ class FrameChunkTest : public ::testing::Test {
     FrameChunk m_chunk;
     FrameChunkRead m_last;
     std::int64_t m_frameCount = 0;
+    std::optional<test::CapturedLog> m_log;  // since open()
 };
 
 TEST_F(FrameChunkTest, ReadsTheFramesOwnChunk) {
@@ -198,6 +199,7 @@ TEST_F(FrameChunkTest, NoMemoryIsAFailedRead) {
 }
 
 TEST_F(FrameChunkTest, ReadsThroughTheOpenDmlListWhenThatIsInForce) {
+    m_log.emplace();
     AviBuilder avi = framesOf({10, 0, 30});
     m_frameCount = 3;
     Bytes bytes = avi.openDml(test::OpenDml::superIndex).build();

@@ -53,4 +53,30 @@ TEST(LogCaptureFiles, SeveralFilesAreRefusedAndNewLinesComeOnce) {
     EXPECT_THROW(log.lines(), std::runtime_error);
 }
 
+// Another thread may be writing while a test reads.
+TEST(LogCaptureFiles, ALineThatIsBeingWrittenComesWholeWithALaterCall) {
+    LogCapture log;
+    std::filesystem::create_directories(log.logFolder());
+    const std::filesystem::path file = log.logFolder() / "a.log";
+    writeFile(file, "1\r\n2");
+    EXPECT_EQ(log.takeLines(), Lines{"1"});
+    EXPECT_EQ(log.takeLines(), Lines{});
+    writeFile(file, "1\r\n23\r");
+    EXPECT_EQ(log.takeLines(), Lines{});
+    writeFile(file, "1\r\n23\r\n4\r\n");
+    EXPECT_EQ(log.takeLines(), (Lines{"23", "4"}));
+}
+
+// The cost of a look must not grow with the log: what was taken may even be gone.
+TEST(LogCaptureFiles, WhatWasTakenIsNotReadAgain) {
+    LogCapture log;
+    std::filesystem::create_directories(log.logFolder());
+    const std::filesystem::path file = log.logFolder() / "a.log";
+    writeFile(file, "1\r\n");
+    EXPECT_EQ(log.takeLines(), Lines{"1"});
+    writeFile(file, "\n!\r2\r\n");  // no log would hold these three bytes
+    EXPECT_EQ(log.takeLines(), Lines{"2"});
+    EXPECT_EQ(log.takeBytes(), "");
+}
+
 }  // namespace

@@ -9,6 +9,7 @@
 #   ./test.sh packaging    the installer and the archive: made, installed, upgraded, removed, built twice to the same bytes
 #   ./test.sh clang        the Windows build by the second compiler, under Wine
 #   ./test.sh quick        while you edit: natively, without sanitizers, the tests that see what changed since the last time
+#   ./test.sh golden       no test: writes the texts of tests/golden anew, for you to read in `git diff` before you keep them
 #
 # Everything takes about 9 minutes on 2 cores once the packages are there, packaging 2 minutes more.
 set -eu
@@ -18,7 +19,7 @@ cd "$(dirname "$script")"
 help_or_go_on "$@"
 what="${1:-all}"
 case "$what" in
-    all | windows | asan | tsan | packaging | clang | quick) ;;
+    all | windows | asan | tsan | packaging | clang | quick | golden) ;;
     *) wrong_usage "test.sh: unknown argument: $what" ;;
 esac
 jobs="$(nproc)"
@@ -40,6 +41,15 @@ if [ "$what" = quick ]; then
     echo "quick: $ran of $(find build/linux-quick/quick -name '*.log' | wc -l) test programs had to run, $verdict," \
         "$(($(date +%s) - begun)) s"
     exit "$failed"
+fi
+
+if [ "$what" = golden ]; then
+    ORVANTIS_EXTRA_PACKAGES="" scripts/install-packages.sh
+    [ -e build/linux-quick/build.ninja ] || cmake --preset linux-quick >/dev/null
+    cmake --build --preset linux-quick -j "$jobs" --target log_tests -- --quiet
+    ORVANTIS_WRITE_GOLDEN=1 build/linux-quick/bin/log_tests --gtest_brief=1
+    git --no-pager diff --stat -- tests/golden
+    exit 0
 fi
 
 # The browser shows the tool's report page; without it that test is skipped. npm fetches what checks the page for

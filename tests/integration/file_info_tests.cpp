@@ -161,12 +161,7 @@ TEST_F(FileInfo, ReplacesTheAnalysesEachTime) {
     ASSERT_EQ(clip.importAudio(0, 100, 2).result, host::imNoErr);
     static_cast<void>(log().news());
     ASSERT_EQ(clip.getInfo(0).result, host::imNoErr);
-    EXPECT_TRUE(log().news().starts_with(R"(
-----------------------
-[imGetInfo8] (37)
-m_filePathUtf8: '<folder>/clip.avi'
-m_streamIndex:  0
-fileInfoRec8P->streamIdx: 0
+    EXPECT_TRUE(log().newsBehind("fileInfoRec8P->streamIdx: 0").starts_with(R"(
 VideoInfo::~VideoInfo()
 AudioInfo::~AudioInfo()
 VideoInfo::VideoInfo()
@@ -257,12 +252,7 @@ TEST_F(FileInfo, AnIndexBehindTheOnlySoundStreamLeavesADummy) {
     std::vector<Field> fields = always(false, true);
     addAudio(fields, 1, 1000.0F, 14, 0);
     EXPECT_TRUE(wroteExactly(answer, fields));
-    EXPECT_EQ(log().news(), R"(
-----------------------
-[imGetInfo8] (37)
-m_filePathUtf8: '<folder>/clip.avi'
-m_streamIndex:  0
-fileInfoRec8P->streamIdx: 1
+    EXPECT_EQ(log().newsBehind("fileInfoRec8P->streamIdx: 1"), R"(
 AudioInfo::AudioInfo()
 Avi invalid audio stream index: 1
 Acquiring suite: r: 0, v: 1, n: 'Premiere PPix Creator Suite', ptr: <address>
@@ -323,12 +313,7 @@ TEST_F(FileInfo, AFileWithoutVideoIsRefusedEvenWhenItHasSound) {
     const auto answer = clip.getInfo(0);
     EXPECT_EQ(answer.result, host::imBadFile);
     EXPECT_TRUE(wroteExactly(answer, {}));
-    EXPECT_EQ(log().news(), R"(
-----------------------
-[imGetInfo8] (37)
-m_filePathUtf8: '<folder>/clip.avi'
-m_streamIndex:  0
-fileInfoRec8P->streamIdx: 0
+    EXPECT_EQ(log().newsBehind("fileInfoRec8P->streamIdx: 0"), R"(
 Avi has no video stream
     [imBadFile] (2)
 )");

@@ -1,5 +1,7 @@
 #include "tests/integration/plugin_log_text.h"
 
+#include <algorithm>
+#include <stdexcept>
 #include <utility>
 
 namespace {
@@ -95,6 +97,16 @@ std::vector<std::string> LogText::newLines() {
 
 std::string LogText::news() {
     return joined(newLines());
+}
+
+std::string LogText::newsBehind(std::string_view line) {
+    std::vector<std::string> lines = newLines();
+    const auto found = std::find(lines.begin(), lines.end(), line);
+    if (found == lines.end()) {
+        throw std::runtime_error("no line \"" + std::string(line) + "\" in the log:" + joined(lines));
+    }
+    lines.erase(lines.begin(), found + 1);
+    return joined(lines);
 }
 
 std::vector<std::string> LogText::newsByThread() {

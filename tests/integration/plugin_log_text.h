@@ -22,9 +22,12 @@ class LogText {
     /// it, so that the blank can be seen and no editor takes it away. The path behind "Application: " is
     /// shown as <host>.
     std::string news();
-    /// The same, one text for each thread that wrote, in the order of its first line.
+    /// What news() says behind the first line that is `line`, for tests whose subject comes there. Throws
+    /// std::runtime_error when no line is.
+    std::string newsBehind(std::string_view line);
+    /// news(), one text for each thread that wrote, in the order of its first line.
     std::vector<std::string> newsByThread();
-    /// The same as single lines.
+    /// news() as single lines.
     std::vector<std::string> newLines();
 
  private:

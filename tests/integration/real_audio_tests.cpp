@@ -12,6 +12,7 @@
 #include "host/audio_codes.h"
 #include "host/pixel_formats.h"
 #include "host/result_codes.h"
+#include "tests/integration/plugin_log_text.h"
 #include "tests/integration/plugin_test.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/temp_folder.h"
@@ -294,31 +295,31 @@ TEST_F(RealAudio, ConvertersAreCalledOncePerRequest) {
 }
 
 TEST_F(RealAudio, OneRequestsWholeLog) {
-    orvantis::test::LogCapture log;
+    orvantis::test::LogCapture capture;
+    LogText log(capture, "");
     startAndInit();
     simhost::Clip clip(importer(), clipPath("mencoder"));
     ASSERT_EQ(clip.getInfo(0).result, host::imNoErr);
-    static_cast<void>(log.takeLines());
+    static_cast<void>(log.news());
     // 800 of the 1000 frames lie behind the end of the stream's 57600.
     ASSERT_EQ(clip.importAudio(57400, 1000, 2).result, host::imNoErr);
-    std::vector<std::string> lines = log.takeLines();
-    std::erase_if(lines,
-                  [](const std::string& line) { return line.find("] reading : ") != std::string::npos; });
+    std::vector<std::string> lines = log.newLines();
+    std::erase_if(lines, [](const std::string& line) { return line.starts_with("reading : "); });
+    ASSERT_EQ(lines.size(), 14U);
+    EXPECT_EQ(lines[0], "----------------------");
+    EXPECT_EQ(lines[1], "[imImportAudio7] (25)");
+    lines.erase(lines.begin(), lines.begin() + 4);  // those and the file's two
     const std::vector<std::string> expected = {
-        "[T] [#] ----------------------",
-        "[T] [#] [imImportAudio7] (25)",
-        "[T] [#] m_filePathUtf8: '" + clipPath("mencoder") + "'",
-        "[T] [#] m_streamIndex:  0",
-        "[T] [#] importAudioRec7P->position: 57400",
-        "[T] [#] m_audioPosition           : 0",
-        "[T] [#] startPos                  : 57400",
-        "[T] [#] importAudioRec7P->size    : 1000",
-        "[T] [#] endPos                    : 58400",
-        "[T] [#] m_numAudioSampleFrames    : 57600",
-        "[T] [#] startPosBytes             : 229600",
-        "[T] [#] sizeBytes                 : 4000",
-        "[T] [#] fill    : 3200",
-        "[T] [#]     [imNoErr] (0)",
+        "importAudioRec7P->position: 57400",
+        "m_audioPosition           : 0",
+        "startPos                  : 57400",
+        "importAudioRec7P->size    : 1000",
+        "endPos                    : 58400",
+        "m_numAudioSampleFrames    : 57600",
+        "startPosBytes             : 229600",
+        "sizeBytes                 : 4000",
+        "fill    : 3200",
+        "    [imNoErr] (0)",
     };
     EXPECT_EQ(lines, expected);
 }

@@ -254,12 +254,7 @@ TEST_F(Suites, TheTimeSuiteIsMissedInTheMiddleOfTheDescription) {
     static_cast<void>(log().news());
     refuse("Premiere Time Suite");
     EXPECT_EQ(clip.getInfo(0).result, 99);
-    EXPECT_EQ(log().news(), R"(
-----------------------
-[imGetInfo8] (37)
-m_filePathUtf8: '<folder>/clip.avi'
-m_streamIndex:  0
-fileInfoRec8P->streamIdx: 0
+    EXPECT_EQ(log().newsBehind("fileInfoRec8P->streamIdx: 0"), R"(
 VideoInfo::VideoInfo()
 Acquiring suite: r: 0, v: 1, n: 'Premiere PPix Creator Suite', ptr: <address>
 Acquiring suite: r: 0, v: 6, n: 'Premiere PPix Cache Suite', ptr: <address>

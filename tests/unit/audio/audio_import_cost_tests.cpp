@@ -16,7 +16,7 @@ using namespace audio_test;
 
 void expectNoAllocations(const WaveBytes& wave) {
     ImportFixture fixture;
-    fixture.audioHost.keepCalls = false;
+    fixture.audioHost.keepsConverterCalls = false;
     fixture.layOut({6400, 128, 0, 6400, 1280, 64000});
     ASSERT_EQ(fixture.analyse(wave, 1000), 0);
     HostBuffers buffers(wave.channels, 300);

@@ -39,7 +39,7 @@ std::uint32_t modelSample(const std::vector<std::uint8_t>& data, std::uint64_t p
 void importRandomRanges(const WaveBytes& wave, unsigned seed) {
     std::mt19937 random(seed);
     ImportFixture fixture;
-    fixture.audioHost.keepCalls = false;
+    fixture.audioHost.keepsConverterCalls = false;
     fixture.layOut(randomChunks(random));
     ASSERT_EQ(fixture.analyse(wave), 0);
     std::vector<std::uint8_t> data(fixture.stream.totalBytes());

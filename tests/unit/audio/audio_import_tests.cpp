@@ -269,9 +269,9 @@ TEST_F(AudioImportTest, ARequestForNoFramesGoesTheWholeWay) {
     EXPECT_EQ(importFrames(20, 0, buffers), 0);
     EXPECT_EQ(m_log.takeWithoutSuites(),
               readLog({"20", "0", "20", "0", "20", "1000", "80", "0"}, {"fill    : 0"}));
-    ASSERT_EQ(audioHost.calls.size(), 1u) << "the host converts nothing, but is asked";
-    EXPECT_EQ(audioHost.calls[0].frames, 0u);
-    EXPECT_EQ(audioHost.calls[0].channels, 2u);
+    ASSERT_EQ(audioHost.converterCalls.size(), 1u) << "the host converts nothing, but is asked";
+    EXPECT_EQ(audioHost.converterCalls[0].frames, 0u);
+    EXPECT_EQ(audioHost.converterCalls[0].channels, 2u);
     EXPECT_TRUE(file.reads.empty());
     EXPECT_TRUE(buffers.untouched());
     expectFrames(-1, 10, 20, 10);  // the position has moved there
@@ -280,7 +280,7 @@ TEST_F(AudioImportTest, ARequestForNoFramesGoesTheWholeWay) {
 TEST_F(AudioImportTest, ARequestForNoFramesNeedsTheSuiteLikeAnyOther) {
     layOut({4000});
     ASSERT_EQ(analyse({}, 1000), 0);
-    audioHost.refuseAudioSuite = true;
+    audioHost.refusedSuites = {"Premiere Audio Suite"};
     HostBuffers buffers(2, 4);
     EXPECT_THROW(importFrames(0, 0, buffers), std::runtime_error);
 }
@@ -291,8 +291,8 @@ TEST_F(AudioImportTest, ARequestForNoFramesWithoutSomeBufferIsConvertedToo) {
     HostBuffers buffers(2, 4);
     buffers.pointers[0] = nullptr;
     EXPECT_EQ(importFrames(0, 0, buffers), 0);
-    ASSERT_EQ(audioHost.calls.size(), 1u);
-    EXPECT_EQ(audioHost.calls[0].frames, 0u);
+    ASSERT_EQ(audioHost.converterCalls.size(), 1u);
+    EXPECT_EQ(audioHost.converterCalls[0].frames, 0u);
     EXPECT_TRUE(buffers.untouched());
 }
 
@@ -493,7 +493,7 @@ TEST_F(AudioImportTest, ARequestOfExactly4GiBReadsNothing) {
     EXPECT_EQ(m_log.takeWithoutSuites(),
               readLog({"0", "0", "0", "1073741824", "1073741824", "1000", "0", "0"}, {"fill    : 0"}));
     EXPECT_TRUE(file.seeks.empty());
-    EXPECT_TRUE(audioHost.calls.empty());
+    EXPECT_TRUE(audioHost.converterCalls.empty());
 }
 
 // 44739243 frames of 96 bytes are 4 GiB and 32 bytes: read, but no whole frame.
@@ -505,7 +505,7 @@ TEST_F(AudioImportTest, ARestSmallerThanAFrameConvertsNothing) {
     EXPECT_EQ(importFrames(0, 44'739'243, none.data()), 0);
     EXPECT_EQ(m_log.takeWithoutSuites(), readLog({"0", "0", "0", "44739243", "44739243", "10", "0", "32"},
                                                  {"reading : 0, 108, 32", "fill    : 0"}));
-    EXPECT_TRUE(audioHost.calls.empty());
+    EXPECT_TRUE(audioHost.converterCalls.empty());
 }
 
 TEST_F(AudioImportTest, TheConverterIsGivenOnlyTheFramesThatTheBufferHolds) {
@@ -516,10 +516,11 @@ TEST_F(AudioImportTest, TheConverterIsGivenOnlyTheFramesThatTheBufferHolds) {
     std::vector<float*> pointers(32, nullptr);
     pointers[0] = samples.data();
     EXPECT_EQ(importFrames(2, kFrames, pointers.data()), 0);
-    ASSERT_EQ(audioHost.calls.size(), 1u);
-    EXPECT_EQ(audioHost.calls[0].bits, 32u);
-    EXPECT_EQ(audioHost.calls[0].frames, 3u);
-    for (std::uint32_t i = 0; i < 384; ++i) ASSERT_EQ(audioHost.calls[0].source[i], streamByte(256 + i)) << i;
+    ASSERT_EQ(audioHost.converterCalls.size(), 1u);
+    EXPECT_EQ(audioHost.converterCalls[0].bits, 32u);
+    EXPECT_EQ(audioHost.converterCalls[0].frames, 3u);
+    for (std::uint32_t i = 0; i < 384; ++i)
+        ASSERT_EQ(audioHost.converterCalls[0].source[i], streamByte(256 + i)) << i;
     for (std::uint32_t f = 0; f < 3; ++f) {
         std::uint8_t bytes[4];
         for (unsigned i = 0; i < 4; ++i) bytes[i] = streamByte(256 + f * 128 + i);
@@ -566,7 +567,7 @@ TEST_F(AudioImportTest, FloatOfOtherThan32BitsIsReadButNotDelivered) {
     EXPECT_TRUE(buffers.untouched());
     EXPECT_EQ(m_log.takeWithoutSuites(), readLog({"50", "0", "50", "100", "150", "1000", "200", "400"},
                                                  {"reading : 200, 308, 400", "fill    : 0"}));
-    EXPECT_EQ(audioHost.audioSuiteRequests, 0);
+    EXPECT_EQ(audioHost.requestsFor("Premiere Audio Suite"), 0);
     // The position moved all the same.
     EXPECT_EQ(importFrames(-1, 100, buffers), 36);
     EXPECT_EQ(m_log.takeWithoutSuites()[2], "startPos                  : 150");
@@ -584,7 +585,7 @@ TEST_F(AudioImportTest, AStreamWithoutChannelsReadsNothing) {
     EXPECT_EQ(m_log.takeWithoutSuites(),
               readLog({"7", "0", "7", "100", "107", "1000", "0", "0"}, {"fill    : 0"}));
     EXPECT_TRUE(file.seeks.empty());
-    EXPECT_TRUE(audioHost.calls.empty());
+    EXPECT_TRUE(audioHost.converterCalls.empty());
     EXPECT_EQ(importFrames(-1, 100, nullptr), 0);
     EXPECT_EQ(m_log.takeWithoutSuites()[2], "startPos                  : 107");
 }
@@ -617,14 +618,14 @@ TEST_F(AudioImportTest, EachIntegerTypeGoesToItsConverter) {
         const auto frames = static_cast<std::uint32_t>(one.samples.size());
         ASSERT_EQ(analyse({.channels = 1, .bits = one.bits}, frames), 0);
         HostBuffers buffers(1, frames);
-        audioHost.calls.clear();
+        audioHost.converterCalls.clear();
         EXPECT_EQ(importFrames(0, frames, buffers), 0);
-        ASSERT_EQ(audioHost.calls.size(), 1u);
-        EXPECT_EQ(audioHost.calls[0].bits, one.bits);
-        EXPECT_EQ(audioHost.calls[0].channels, 1u);
-        EXPECT_EQ(audioHost.calls[0].frames, frames);
-        EXPECT_EQ(audioHost.calls[0].destination, buffers.pointers.data());
-        EXPECT_EQ(audioHost.calls[0].source, one.seen);
+        ASSERT_EQ(audioHost.converterCalls.size(), 1u);
+        EXPECT_EQ(audioHost.converterCalls[0].bits, one.bits);
+        EXPECT_EQ(audioHost.converterCalls[0].channels, 1u);
+        EXPECT_EQ(audioHost.converterCalls[0].frames, frames);
+        EXPECT_EQ(audioHost.converterCalls[0].destination, buffers.pointers.data());
+        EXPECT_EQ(audioHost.converterCalls[0].source, one.seen);
         for (std::uint32_t f = 0; f < frames; ++f) EXPECT_EQ(buffers.at(0, f), one.samples[f]) << f;
         EXPECT_TRUE(buffers.guardsHold());
     }
@@ -637,9 +638,10 @@ TEST_F(AudioImportTest, EveryUnsigned8BitValueBecomesSigned) {
     ASSERT_EQ(analyse({.channels = 1, .bits = 8}, 256), 0);
     HostBuffers buffers(1, 256);
     EXPECT_EQ(importFrames(0, 256, buffers), 0);
-    ASSERT_EQ(audioHost.calls.size(), 1u);
+    ASSERT_EQ(audioHost.converterCalls.size(), 1u);
     for (int i = 0; i < 256; ++i) {
-        EXPECT_EQ(static_cast<std::int8_t>(audioHost.calls[0].source[static_cast<std::size_t>(i)]), i - 128);
+        EXPECT_EQ(static_cast<std::int8_t>(audioHost.converterCalls[0].source[static_cast<std::size_t>(i)]),
+                  i - 128);
     }
 }
 
@@ -649,8 +651,9 @@ TEST_F(AudioImportTest, TheTailOf8BitSamplesReachesTheConverterAsMinus128) {
     ASSERT_EQ(analyse({.channels = 1, .bits = 8}, 3), 0);
     HostBuffers buffers(1, 6);
     EXPECT_EQ(importFrames(1, 6, buffers), 0);
-    ASSERT_EQ(audioHost.calls.size(), 1u);
-    EXPECT_EQ(audioHost.calls[0].source, (std::vector<std::uint8_t>{0x01, 0xFF, 0x80, 0x80, 0x80, 0x80}));
+    ASSERT_EQ(audioHost.converterCalls.size(), 1u);
+    EXPECT_EQ(audioHost.converterCalls[0].source,
+              (std::vector<std::uint8_t>{0x01, 0xFF, 0x80, 0x80, 0x80, 0x80}));
 }
 
 TEST_F(AudioImportTest, TheConverterGetsTheHostsChannelsInOrder) {
@@ -658,8 +661,8 @@ TEST_F(AudioImportTest, TheConverterGetsTheHostsChannelsInOrder) {
     ASSERT_EQ(analyse({.channels = 6, .bits = 24}, 50), 0);
     HostBuffers buffers(6, 50);
     EXPECT_EQ(importFrames(0, 50, buffers), 0);
-    ASSERT_EQ(audioHost.calls.size(), 1u);
-    EXPECT_EQ(audioHost.calls[0].channels, 6u);
+    ASSERT_EQ(audioHost.converterCalls.size(), 1u);
+    EXPECT_EQ(audioHost.converterCalls[0].channels, 6u);
     for (std::uint32_t c = 0; c < 6; ++c) {
         for (std::uint32_t f = 0; f < 50; ++f) {
             const std::uint64_t at = (f * 6 + c) * 3;
@@ -672,14 +675,14 @@ TEST_F(AudioImportTest, TheConverterGetsTheHostsChannelsInOrder) {
 TEST_F(AudioImportTest, TheResultOfTheConverterIsNotLookedAt) {
     layOut({400});
     ASSERT_EQ(analyse({}, 100), 0);
-    audioHost.result = -1;
+    audioHost.converterResult = -1;
     expectFrames(0, 100, 0, 100);
 }
 
 TEST_F(AudioImportTest, ARefusedSuiteIsAnErrorOfIntegerStreams) {
     layOut({400});
     ASSERT_EQ(analyse({.channels = 1}, 200), 0);
-    audioHost.refuseAudioSuite = true;
+    audioHost.refusedSuites = {"Premiere Audio Suite"};
     HostBuffers buffers(1, 10);
     try {
         importFrames(20, 10, buffers);
@@ -689,17 +692,17 @@ TEST_F(AudioImportTest, ARefusedSuiteIsAnErrorOfIntegerStreams) {
     }
     EXPECT_TRUE(buffers.untouched());
     // The host is asked again each time, and by then the position has moved.
-    audioHost.refuseAudioSuite = false;
+    audioHost.refusedSuites.clear();
     expectFrames(-1, 10, 30, 10);
 }
 
 TEST_F(AudioImportTest, FloatStreamsNeedNoSuite) {
     layOut({400});
-    audioHost.refuseAudioSuite = true;
+    audioHost.refusedSuites = {"Premiere Audio Suite"};
     ASSERT_EQ(analyse({.tag = kTagFloat, .channels = 1, .bits = 32}, 100), 0);
     HostBuffers buffers(1, 100);
     EXPECT_EQ(importFrames(0, 100, buffers), 0);
-    EXPECT_EQ(audioHost.audioSuiteRequests, 0);
+    EXPECT_EQ(audioHost.requestsFor("Premiere Audio Suite"), 0);
     EXPECT_FALSE(buffers.untouched());
 }
 
@@ -745,7 +748,7 @@ TEST_F(AudioImportTest, WithoutABufferArrayTheStreamIsReadAndNothingWritten) {
         EXPECT_EQ(importFrames(10, 100, nullptr), 0);
         EXPECT_EQ(m_log.takeWithoutSuites(), readLog({"10", "0", "10", "100", "110", "1000", "40", "400"},
                                                      {"reading : 40, 148, 400", "fill    : 0"}));
-        EXPECT_TRUE(audioHost.calls.empty());
+        EXPECT_TRUE(audioHost.converterCalls.empty());
     }
 }
 

@@ -13,11 +13,13 @@
 
 #include "audio/audio_info.h"
 #include "avi/chunk_list_builder.h"
-#include "fake_audio_host.h"
 #include "recording_file.h"
+#include "tests/support/fake_host/fake_host.h"
 #include "wave_bytes.h"
 
 namespace orvantis::audio_test {
+
+using test::convertedSample;
 
 /// What the host's buffers hold before a read: a value that no stream of these tests delivers.
 inline constexpr float kUntouched = -12345.0f;
@@ -126,7 +128,7 @@ class ImportFixture {
         return convertedSample(bytes, 16);
     }
 
-    FakeAudioHost audioHost;
+    test::FakeHost audioHost;
     RecordingFile file;
     AviStream stream{1};
     LazyImporterSuites suites{audioHost.basicSuite()};

@@ -9,8 +9,8 @@
 
 #include "diag/format.h"
 #include "tests/support/fake_codec/fake_codec.h"
+#include "tests/support/fake_host/fake_host.h"
 #include "tests/support/format_lists.h"
-#include "tests/unit/video/fake_host.h"
 #include "video/decode_formats.h"
 #include "video/format_tables.h"
 #include "video/orvantis_error.h"

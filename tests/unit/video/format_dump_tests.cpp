@@ -9,8 +9,8 @@
 #include "diag/log.h"
 #include "tests/support/captured_log.h"
 #include "tests/support/fake_codec/fake_codec.h"
+#include "tests/support/fake_host/fake_host.h"
 #include "tests/support/format_lists.h"
-#include "tests/unit/video/fake_host.h"
 #include "video/format_dump.h"
 #include "video/format_tables.h"
 

@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "tests/unit/video/fake_host.h"
+#include "tests/support/fake_host/fake_host.h"
 #include "video/format_tables.h"
 
 namespace orvantis {

@@ -19,8 +19,8 @@
 #include "tests/support/captured_log.h"
 #include "tests/support/chunk_lists.h"
 #include "tests/support/fake_codec/fake_codec.h"
+#include "tests/support/fake_host/fake_host.h"
 #include "tests/support/memory_file.h"
-#include "tests/unit/video/fake_host.h"
 #include "video/video_info.h"
 
 namespace orvantis {

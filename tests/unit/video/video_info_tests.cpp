@@ -13,8 +13,8 @@
 #include "tests/support/captured_log.h"
 #include "tests/support/chunk_lists.h"
 #include "tests/support/fake_codec/fake_codec.h"
+#include "tests/support/fake_host/fake_host.h"
 #include "tests/support/format_lists.h"
-#include "tests/unit/video/fake_host.h"
 #include "video/orvantis_error.h"
 
 namespace orvantis {

@@ -1,13 +1,15 @@
-// The host's side of the suites that the video code uses, as function tables of the test program: answers
-// what a test tells it to, counts what it hands out, and fails the test when a suite or a frame does not come
-// back. One object at a time, one thread at a time.
+// The host's side of the suites that the plug-in uses, as function tables of the test program: answers what a
+// test tells it to, counts what it hands out, and fails the test when a suite or a frame does not come back.
+// One object at a time, since the host's functions carry no context, and one thread at a time.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/std_parms.h"
@@ -31,6 +33,8 @@ class FakeHost {
     std::set<std::string> refusedSuites;  ///< names that are answered with failure
     std::vector<std::string>
         suiteCalls;  ///< "+ name version", "- name version", "! name version" when refused
+    /// How often a suite was asked for, refusals included.
+    std::ptrdiff_t requestsFor(std::string_view suite) const;
 
     // Image processing: one answer and result for each question, in the order of the table's functions.
     enum Question { kCompressed, kAlpha, kTopLeft };
@@ -49,6 +53,18 @@ class FakeHost {
     std::int64_t ticksPerSecond = 254016000000;
     std::int32_t ticksResult = 0;    ///< with any other result nothing is written...
     bool writesTicksAnyway = false;  ///< ...unless this is set
+
+    // Audio. The converters give convertedSample() of what they are given.
+    struct ConverterCall {
+        unsigned bits;
+        float** destination;
+        std::uint32_t channels;
+        std::uint32_t frames;
+        std::vector<std::uint8_t> source;  ///< frames * channels * bits / 8 bytes
+    };
+    std::vector<ConverterCall> converterCalls;
+    bool keepsConverterCalls = true;  ///< off where a test counts allocations
+    std::int32_t converterResult = 0;
 
     // Frames.
     std::int32_t createResult = 0;
@@ -91,6 +107,9 @@ class FakeHost {
     static host::prSuiteError dispose(host::PPixHand frame);
     static host::prSuiteError getPixels(host::PPixHand frame, std::int32_t access, char** pixels);
     static host::prSuiteError getRowBytes(host::PPixHand frame, std::int32_t* rowBytes);
+    template <unsigned bits>
+    static host::prSuiteError convert(const void* source, float** destination, std::uint32_t channels,
+                                      std::uint32_t frames);
     static host::prSuiteError getTicksPerSecond(host::PrTime* ticks);
 
     host::SPBasicSuite m_basicSuite{};
@@ -103,5 +122,8 @@ class FakeHost {
     std::vector<std::string> m_acquired;
     std::vector<std::unique_ptr<Frame>> m_frames;  ///< a frame given back is handed out again
 };
+
+/// What the fake host makes of one signed sample of `bits` bits: v / 2^(bits - 1).
+float convertedSample(const std::uint8_t* sample, unsigned bits);
 
 }  // namespace orvantis::test

@@ -1,9 +1,11 @@
-#include "tests/unit/video/fake_host.h"
+#include "tests/support/fake_host/fake_host.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
+#include <cstring>
 
 #include "host/pixel_formats.h"
 
@@ -21,6 +23,32 @@ bool isTopLeftInTheField(std::uint32_t pixelFormat) {
 }
 
 }  // namespace
+
+float convertedSample(const std::uint8_t* sample, unsigned bits) {
+    // The sample's bytes become the highest ones of a signed word.
+    const std::size_t sampleBytes = bits / 8;
+    std::int32_t value = 0;
+    std::memcpy(reinterpret_cast<std::uint8_t*>(&value) + (4 - sampleBytes), sample, sampleBytes);
+    return static_cast<float>(std::ldexp(static_cast<double>(value), -31));
+}
+
+template <unsigned bits>
+host::prSuiteError FakeHost::convert(const void* source, float** destination, std::uint32_t channels,
+                                     std::uint32_t frames) {
+    constexpr std::size_t kSampleBytes = bits / 8;
+    const auto* const bytes = static_cast<const std::uint8_t*>(source);
+    for (std::uint32_t f = 0; f < frames; ++f) {
+        for (std::uint32_t c = 0; c < channels; ++c) {
+            const std::size_t sample = std::size_t{f} * channels + c;
+            destination[c][f] = convertedSample(bytes + sample * kSampleBytes, bits);
+        }
+    }
+    if (currentHost->keepsConverterCalls) {
+        const std::size_t count = std::size_t{frames} * channels * kSampleBytes;
+        currentHost->converterCalls.push_back({bits, destination, channels, frames, {bytes, bytes + count}});
+    }
+    return currentHost->converterResult;
+}
 
 FakeHost::FakeHost() {
     EXPECT_EQ(currentHost, nullptr) << "a second fake host";
@@ -44,6 +72,7 @@ FakeHost::FakeHost() {
     m_imageProcessingSuite.FormatIsOriginTopLeft = [](std::uint32_t format, std::int32_t* place) {
         return ask(kTopLeft, format, place);
     };
+    m_audioSuite = {nullptr, nullptr, nullptr, nullptr, convert<8>, convert<16>, convert<24>, convert<32>};
     pixelAccesses.reserve(4096);
 }
 
@@ -103,6 +132,12 @@ host::prSuiteError FakeHost::ask(Question question, std::uint32_t pixelFormat, s
     const std::int32_t result = currentHost->questionResults[question];
     if (result == 0) *place = currentHost->answer(question, pixelFormat) ? 1 : 0;
     return result;
+}
+
+std::ptrdiff_t FakeHost::requestsFor(std::string_view suite) const {
+    return std::ranges::count_if(suiteCalls, [&](std::string_view call) {
+        return call[0] != '-' && call.substr(2).starts_with(suite);
+    });
 }
 
 host::prSuiteError FakeHost::getTicksPerSecond(host::PrTime* ticks) {

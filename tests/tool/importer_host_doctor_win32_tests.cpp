@@ -9,8 +9,8 @@
 #include "tests/integration/plugin_clips.h"
 #include "tests/integration/plugin_path.h"
 #include "tests/support/environment.h"
-#include "tests/tool/importer_host_tool.h"
 #include "tests/tool/small_pe.h"
+#include "tests/tool/tool_run.h"
 #include "tool/shared/base/tool_error.h"
 
 namespace {
@@ -25,7 +25,7 @@ using simhost::tool::smallPe;
 using testing::HasSubstr;
 using testing::Not;
 
-class ImporterHostDoctor : public ImporterHostTool {
+class ImporterHostDoctor : public ToolTest {
  protected:
     ImporterHostDoctor() {
         std::filesystem::create_directories(folder / "plug-ins" / "Orvantis");

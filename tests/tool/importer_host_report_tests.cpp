@@ -6,7 +6,7 @@
 
 #include "tests/integration/plugin_clips.h"
 #include "tests/support/environment.h"
-#include "tests/tool/importer_host_tool.h"
+#include "tests/tool/tool_run.h"
 #include "tool/shared/base/tool_error.h"
 
 namespace {
@@ -26,15 +26,7 @@ std::size_t count(const std::string& text, const std::string& part) {
     return out;
 }
 
-// Sound that the plug-in cannot use: the format's code is that of AC-3.
-orvantis::test::StreamPlan compressedSound() {
-    auto plan = orvantis::test::pcmStream(2, 8000, 16);
-    plan.format[0] = 0x00;
-    plan.format[1] = 0x20;
-    return plan;
-}
-
-class ImporterHostReport : public ImporterHostTool {
+class ImporterHostReport : public ToolTest {
  protected:
     // The log goes to the user's profile; on Windows that is the real one, which a test leaves alone.
     int report(const std::string& clip) const {

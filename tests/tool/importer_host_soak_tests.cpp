@@ -8,8 +8,7 @@
 #include <vector>
 
 #include "tests/integration/plugin_clips.h"
-#include "tests/support/child_process.h"
-#include "tests/support/temp_folder.h"
+#include "tests/tool/tool_run.h"
 #include "tool/shared/base/tool_error.h"
 
 namespace simhost::tool {
@@ -18,24 +17,16 @@ namespace {
 using orvantis::test::readFile;
 using orvantis::test::utf8Path;
 
-class ImporterHostSoak : public ::testing::Test {
+class ImporterHostSoak : public ToolTest {
  protected:
     ImporterHostSoak() {
-        const auto bytes = clips::builder().build();
-        orvantis::test::writeFile(
-            folder / "clip.avi", std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
-        orvantis::test::writeFile(folder / "text.avi", "no AVI at all");
+        soundClip();
+        write("text.avi", "no AVI at all");
     }
 
-    static int run(const std::vector<std::string>& arguments) {
-        return orvantis::test::ChildProcess(ORVANTIS_BUILT_TOOL, arguments).wait();
-    }
-    std::string in(std::string_view name) const { return utf8Path(folder / name); }
     nlohmann::json json(std::string_view name) const {
         return nlohmann::json::parse(readFile(folder / name));
     }
-
-    orvantis::test::TempFolder folder;
 };
 
 TEST_F(ImporterHostSoak, AShortRunEndsBalancedAndTellsSo) {

@@ -9,9 +9,8 @@
 
 #include "tests/integration/plugin_clips.h"
 #include "tests/integration/plugin_path.h"
-#include "tests/support/child_process.h"
 #include "tests/support/environment.h"
-#include "tests/support/temp_folder.h"
+#include "tests/tool/tool_run.h"
 #include "tool/shared/base/tool_error.h"
 #include "tool/shared/media/wav.h"
 
@@ -21,21 +20,12 @@ namespace {
 using orvantis::test::readFile;
 using orvantis::test::utf8Path;
 
-class ImporterHost : public ::testing::Test {
+class ImporterHost : public ToolTest {
  protected:
-    ImporterHost() {
-        const auto bytes = clips::builder().build();
-        orvantis::test::writeFile(
-            clip, std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
-    }
+    ImporterHost() { write(u8"cl\u00EFp \u2603.avi", clips::builder().build()); }
 
-    static int run(const std::vector<std::string>& arguments) {
-        return orvantis::test::ChildProcess(ORVANTIS_BUILT_TOOL, arguments).wait();
-    }
-    std::string in(std::u8string_view name) const { return utf8Path(folder / name); }
     std::string clipPath() const { return utf8Path(clip); }
 
-    orvantis::test::TempFolder folder;
     const std::filesystem::path clip = folder / std::u8string_view(u8"cl\u00EFp \u2603.avi");
 };
 

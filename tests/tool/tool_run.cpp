@@ -36,6 +36,17 @@ std::string ToolTest::write(std::string_view name, const std::vector<std::uint8_
     return write(name, std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
 }
 
+std::string ToolTest::write(std::u8string_view name, const std::vector<std::uint8_t>& bytes) const {
+    std::filesystem::create_directories((folder / name).parent_path());
+    orvantis::test::writeFile(folder / name,
+                              std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
+    return in(name);
+}
+
+int ToolTest::run(const std::vector<std::string>& arguments) {
+    return orvantis::test::ChildProcess(ORVANTIS_BUILT_TOOL, arguments).wait();
+}
+
 std::string ToolTest::write(std::string_view name, std::string_view text) const {
     std::filesystem::create_directories((folder / name).parent_path());
     orvantis::test::writeFile(folder / name, text);

@@ -32,8 +32,12 @@ class ToolTest : public ::testing::Test {
     std::string in(std::string_view name) const { return orvantis::test::utf8Path(folder / name); }
     /// Gives the path.
     std::string write(std::string_view name, const std::vector<std::uint8_t>& bytes) const;
+    std::string write(std::u8string_view name, const std::vector<std::uint8_t>& bytes) const;
     std::string write(std::string_view name, std::string_view text) const;
     std::string read(std::string_view name) const { return orvantis::test::readFile(folder / name); }
+    std::string read(std::u8string_view name) const { return orvantis::test::readFile(folder / name); }
+    /// Gives the exit code; what the tool says is left to the test's own streams.
+    static int run(const std::vector<std::string>& arguments);
     /// A clip that plays, with pictures and sound.
     std::string soundClip(std::string_view name = "clip.avi") const {
         return write(name, clips::builder().build());

@@ -57,7 +57,6 @@ class FrameChunkTest : public ::testing::Test {
     FrameChunk m_chunk;
     FrameChunkRead m_last;
     std::int64_t m_frameCount = 0;
-    std::optional<test::CapturedLog> m_log;  // since open()
 };
 
 TEST_F(FrameChunkTest, ReadsTheFramesOwnChunk) {

@@ -65,7 +65,6 @@ std::vector<Piece> piecesOfLargeClip() {
 }
 
 void expectAllFrames(fileio::File& file) {
-    test::CapturedLog log;
     AviReader reader;
     ASSERT_TRUE(file.seek(0));
     ASSERT_TRUE(reader.parse(file, false));

@@ -12,13 +12,13 @@
 #include "tool/commands.h"
 #include "tool/shared/base/failure.h"
 #include "tool/shared/base/file_facts.h"
-#include "tool/shared/base/hosted_run.h"
 #include "tool/shared/base/interruption.h"
 #include "tool/shared/base/json_text.h"
 #include "tool/shared/base/nearest_name.h"
 #include "tool/shared/base/tool_error.h"
 #include "tool/shared/base/tool_platform.h"
-#include "tool/shared/base/versions.h"
+#include "tool/shared/run/hosted_run.h"
+#include "tool/shared/run/versions.h"
 
 namespace simhost::tool {
 namespace {

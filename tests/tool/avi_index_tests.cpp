@@ -10,7 +10,7 @@
 #include "tests/support/avi_builder/avi_builder.h"
 #include "tests/support/memory_file.h"
 #include "tests/support/temp_folder.h"
-#include "tool/shared/media/avi_facts.h"
+#include "tool/shared/media/avi_findings.h"
 
 namespace simhost::tool {
 namespace {

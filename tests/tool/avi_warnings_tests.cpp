@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "tool/shared/media/avi_facts.h"
+#include "tool/shared/media/avi_findings.h"
 
 namespace simhost::tool {
 namespace {

@@ -10,7 +10,7 @@
 #include <string>
 
 #include "tests/support/environment.h"
-#include "tool/shared/base/doctor_platform.h"
+#include "tool/shared/run/doctor_platform.h"
 
 namespace simhost::tool {
 namespace {

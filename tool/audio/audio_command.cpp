@@ -10,18 +10,19 @@
 #include <vector>
 
 #include "tool/commands.h"
-#include "tool/shared/base/hosted_run.h"
 #include "tool/shared/base/json_text.h"
 #include "tool/shared/base/number_text.h"
 #include "tool/shared/base/output_file.h"
 #include "tool/shared/base/tool_error.h"
-#include "tool/shared/media/clip_errors.h"
 #include "tool/shared/media/media_facts.h"
 #include "tool/shared/media/sound_reading.h"
 #include "tool/shared/media/sound_tracks.h"
 #include "tool/shared/media/wav.h"
 #include "tool/shared/pictures/png.h"
 #include "tool/shared/pictures/waveform.h"
+#include "tool/shared/run/clip_errors.h"
+#include "tool/shared/run/hosted_run.h"
+#include "tool/shared/run/result_names.h"
 
 namespace simhost::tool {
 namespace {

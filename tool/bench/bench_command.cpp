@@ -14,12 +14,12 @@
 #include "tool/bench/bench_clip.h"
 #include "tool/bench/bench_workloads.h"
 #include "tool/commands.h"
-#include "tool/shared/base/hosted_run.h"
 #include "tool/shared/base/interruption.h"
 #include "tool/shared/base/json_text.h"
 #include "tool/shared/base/output_file.h"
 #include "tool/shared/base/tool_platform.h"
-#include "tool/shared/media/clip_errors.h"
+#include "tool/shared/run/clip_errors.h"
+#include "tool/shared/run/hosted_run.h"
 
 namespace simhost::tool {
 namespace {

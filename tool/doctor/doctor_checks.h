@@ -9,7 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "tool/shared/base/plugin_files.h"
+#include "tool/shared/run/doctor_platform.h"
+#include "tool/shared/run/plugin_files.h"
 
 namespace simhost::tool {
 
@@ -51,7 +52,6 @@ struct CodecSearch {
 };
 std::vector<Check> checkCodec(const CodecSearch& search);
 
-enum class LogSetting { kOff, kOn, kUnknown };
 Check checkLogSwitch(LogSetting setting);
 
 /// How many checks are bad.

@@ -6,9 +6,10 @@
 #include <optional>
 
 #include "tool/shared/base/tool_error.h"
-#include "tool/shared/media/avi_facts.h"
+#include "tool/shared/media/avi_findings.h"
 #include "tool/shared/media/media_facts.h"
 #include "tool/shared/media/sound_tracks.h"
+#include "tool/shared/run/result_names.h"
 
 namespace simhost::tool {
 namespace {

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "tool/doctor/doctor_checks.h"
-#include "tool/shared/base/hosted_run.h"
+#include "tool/shared/run/hosted_run.h"
 
 namespace simhost::tool {
 

@@ -11,17 +11,17 @@
 #include "tool/doctor/doctor_checks.h"
 #include "tool/doctor/doctor_clip.h"
 #include "tool/doctor/doctor_search.h"
-#include "tool/shared/base/doctor_platform.h"
-#include "tool/shared/base/hosted_run.h"
 #include "tool/shared/base/interruption.h"
 #include "tool/shared/base/number_text.h"
 #include "tool/shared/base/output_file.h"
 #include "tool/shared/base/terminal.h"
 #include "tool/shared/base/tool_error.h"
 #include "tool/shared/base/tool_platform.h"
-#include "tool/shared/base/versions.h"
 #include "tool/shared/logs/log_files.h"
-#include "tool/shared/media/clip_errors.h"
+#include "tool/shared/run/clip_errors.h"
+#include "tool/shared/run/doctor_platform.h"
+#include "tool/shared/run/hosted_run.h"
+#include "tool/shared/run/versions.h"
 
 namespace simhost::tool {
 namespace {

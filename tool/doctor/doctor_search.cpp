@@ -6,8 +6,8 @@
 #include <iterator>
 #include <system_error>
 
-#include "tool/shared/base/doctor_platform.h"
 #include "tool/shared/base/output_file.h"
+#include "tool/shared/run/doctor_platform.h"
 
 namespace simhost::tool {
 namespace {

@@ -8,19 +8,20 @@
 #include <vector>
 
 #include "tool/commands.h"
-#include "tool/shared/base/hosted_run.h"
 #include "tool/shared/base/json_text.h"
 #include "tool/shared/base/number_text.h"
 #include "tool/shared/base/output_file.h"
 #include "tool/shared/base/progress.h"
 #include "tool/shared/base/tool_error.h"
-#include "tool/shared/media/clip_errors.h"
 #include "tool/shared/media/frame_range.h"
 #include "tool/shared/media/media_facts.h"
 #include "tool/shared/media/pixel_format_choice.h"
 #include "tool/shared/pictures/contact_sheet.h"
 #include "tool/shared/pictures/picture.h"
 #include "tool/shared/pictures/png.h"
+#include "tool/shared/run/clip_errors.h"
+#include "tool/shared/run/hosted_run.h"
+#include "tool/shared/run/result_names.h"
 
 namespace simhost::tool {
 namespace {

@@ -13,17 +13,17 @@
 #include "tool/commands.h"
 #include "tool/shared/base/failure.h"
 #include "tool/shared/base/file_facts.h"
-#include "tool/shared/base/hosted_run.h"
 #include "tool/shared/base/interruption.h"
 #include "tool/shared/base/json_text.h"
 #include "tool/shared/base/number_text.h"
 #include "tool/shared/base/output_file.h"
 #include "tool/shared/base/tool_error.h"
-#include "tool/shared/base/versions.h"
-#include "tool/shared/media/clip_errors.h"
 #include "tool/shared/media/media_facts.h"
 #include "tool/shared/media/sound_tracks.h"
 #include "tool/shared/media/wav.h"
+#include "tool/shared/run/clip_errors.h"
+#include "tool/shared/run/hosted_run.h"
+#include "tool/shared/run/versions.h"
 
 namespace simhost::tool {
 namespace {

@@ -13,15 +13,15 @@
 #include "tool/commands.h"
 #include "tool/report/report_maker.h"
 #include "tool/shared/base/failure.h"
-#include "tool/shared/base/hosted_run.h"
 #include "tool/shared/base/interruption.h"
 #include "tool/shared/base/json_text.h"
 #include "tool/shared/base/output_file.h"
 #include "tool/shared/base/progress.h"
 #include "tool/shared/base/tool_error.h"
 #include "tool/shared/base/tool_platform.h"
-#include "tool/shared/base/versions.h"
-#include "tool/shared/media/clip_errors.h"
+#include "tool/shared/run/clip_errors.h"
+#include "tool/shared/run/hosted_run.h"
+#include "tool/shared/run/versions.h"
 
 namespace simhost::tool {
 namespace {

@@ -19,6 +19,7 @@
 #include "tool/shared/base/tool_error.h"
 #include "tool/shared/base/tool_platform.h"
 #include "tool/shared/logs/log_files.h"
+#include "tool/shared/media/avi_findings.h"
 #include "tool/shared/media/media_facts.h"
 #include "tool/shared/media/sound_reading.h"
 #include "tool/shared/pictures/png.h"

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "tool/report/report_page.h"
-#include "tool/shared/base/hosted_run.h"
 #include "tool/shared/base/progress.h"
+#include "tool/shared/run/hosted_run.h"
 
 namespace simhost::tool {
 

@@ -14,15 +14,15 @@
 #include <vector>
 
 #include "tool/commands.h"
-#include "tool/shared/base/hosted_run.h"
 #include "tool/shared/base/interruption.h"
 #include "tool/shared/base/json_text.h"
 #include "tool/shared/base/number_text.h"
 #include "tool/shared/base/output_file.h"
-#include "tool/shared/base/soak_usage.h"
+#include "tool/shared/base/process_usage.h"
 #include "tool/shared/base/temporary_path.h"
 #include "tool/shared/base/tool_error.h"
-#include "tool/shared/media/clip_errors.h"
+#include "tool/shared/run/clip_errors.h"
+#include "tool/shared/run/hosted_run.h"
 #include "tool/soak/soak_codec_account.h"
 #include "tool/soak/soak_plot.h"
 #include "tool/soak/soak_run.h"

@@ -12,8 +12,9 @@
 #include "simhost/async_clip.h"
 #include "simhost/clip.h"
 #include "simhost/session.h"
-#include "tool/shared/base/hosted_run.h"
 #include "tool/shared/media/media_facts.h"
+#include "tool/shared/run/hosted_run.h"
+#include "tool/shared/run/result_names.h"
 
 namespace simhost::tool {
 namespace {

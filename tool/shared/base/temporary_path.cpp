@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "tool/shared/base/output_file.h"
-#include "tool/shared/base/soak_usage.h"
+#include "tool/shared/base/process_usage.h"
 #include "tool/shared/base/tool_error.h"
 
 namespace simhost::tool {

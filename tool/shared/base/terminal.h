@@ -1,5 +1,5 @@
 // The terminal that the tool's output goes to, if it does. Implemented by terminal_win32.cpp and, for native
-// builds, by a twin among the tests. Main thread only.
+// builds, by a twin beside it. Main thread only.
 #pragma once
 
 namespace simhost::tool {

@@ -1,5 +1,5 @@
 // What the tool needs of the operating system. Implemented by tool_platform_win32.cpp and, for native builds,
-// by a twin among the tests. Main thread only.
+// by a twin beside it. Main thread only.
 #pragma once
 
 #include <cstdint>

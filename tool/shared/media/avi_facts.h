@@ -56,12 +56,4 @@ struct AviFacts {
 /// Nothing when the file cannot be opened.
 std::optional<AviFacts> readAviFacts(const std::string& pathUtf8);
 
-/// What is unusual about a file and what it leads to, in sentences for the user.
-struct AviFinding {
-    bool bad = false;    ///< pictures or sound cannot be had
-    std::string text;    ///<
-    std::string advice;  ///< what to do; empty when nothing is to be done
-};
-std::vector<AviFinding> aviFindings(const AviFacts& facts);
-
 }  // namespace simhost::tool

@@ -1,9 +1,9 @@
-// The sentences about what is unusual in an AVI file.
+#include "tool/shared/media/avi_findings.h"
+
 #include <algorithm>
 #include <cmath>
 
 #include "tool/shared/base/number_text.h"
-#include "tool/shared/media/avi_facts.h"
 
 namespace simhost::tool {
 namespace {

@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "simhost/clip.h"
-#include "tool/shared/base/hosted_run.h"
 
 namespace simhost::tool {
 

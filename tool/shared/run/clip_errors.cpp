@@ -1,4 +1,4 @@
-#include "tool/shared/media/clip_errors.h"
+#include "tool/shared/run/clip_errors.h"
 
 #include <algorithm>
 #include <cctype>
@@ -6,9 +6,9 @@
 #include <system_error>
 
 #include "tool/shared/base/file_facts.h"
-#include "tool/shared/base/hosted_run.h"
 #include "tool/shared/base/output_file.h"
 #include "tool/shared/media/avi_facts.h"
+#include "tool/shared/run/result_names.h"
 
 namespace simhost::tool {
 namespace {

@@ -1,4 +1,4 @@
-#include "tool/shared/base/hosted_run.h"
+#include "tool/shared/run/hosted_run.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -8,11 +8,12 @@
 
 #include "tool/shared/base/failure.h"
 #include "tool/shared/base/output_file.h"
-#include "tool/shared/base/plugin_files.h"
 #include "tool/shared/base/tool_error.h"
 #include "tool/shared/base/tool_platform.h"
 #include "tool/shared/logs/log_files.h"
-#include "tool/shared/media/clip_errors.h"
+#include "tool/shared/run/clip_errors.h"
+#include "tool/shared/run/plugin_files.h"
+#include "tool/shared/run/result_names.h"
 
 namespace simhost::tool {
 namespace {

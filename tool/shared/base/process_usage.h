@@ -1,5 +1,5 @@
-// What this process holds of the operating system. Implemented by soak_usage_win32.cpp and, for native
-// builds, by a twin among the tests.
+// What this process holds of the operating system. Implemented by process_usage_win32.cpp and, for native
+// builds, by a twin beside it.
 #pragma once
 
 #include <cstdint>

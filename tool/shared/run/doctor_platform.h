@@ -1,13 +1,14 @@
 // What the doctor asks the operating system. Implemented by doctor_platform_win32.cpp and, for native builds,
-// by a twin among the tests. Main thread only. All paths are UTF-8.
+// by a twin beside it. Main thread only. All paths are UTF-8.
 #pragma once
 
 #include <string>
 #include <vector>
 
-#include "tool/doctor/doctor_checks.h"
-
 namespace simhost::tool {
+
+/// Whether the plug-in writes its log.
+enum class LogSetting { kOff, kOn, kUnknown };
 
 /// The plug-in folders that installed hosts have registered, without repetitions.
 std::vector<std::string> registeredPluginFolders();

@@ -85,7 +85,4 @@ std::string pluginFile(const GlobalOptions& options);
 /// The folder that is searched first for the codec library; empty for none.
 std::string codecFolder(const GlobalOptions& options);
 
-/// "imBadFile (2)".
-std::string resultText(std::int32_t result);
-
 }  // namespace simhost::tool

@@ -1,8 +1,6 @@
-#include <cstdint>
-#include <string>
+#include "tool/shared/run/result_names.h"
 
 #include "host/result_codes.h"
-#include "tool/shared/base/hosted_run.h"
 
 namespace simhost::tool {
 

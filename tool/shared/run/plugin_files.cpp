@@ -1,4 +1,4 @@
-#include "tool/shared/base/plugin_files.h"
+#include "tool/shared/run/plugin_files.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -7,10 +7,10 @@
 #include <system_error>
 #include <vector>
 
-#include "tool/shared/base/doctor_platform.h"
 #include "tool/shared/base/file_facts.h"
 #include "tool/shared/base/output_file.h"
 #include "tool/shared/base/tool_platform.h"
+#include "tool/shared/run/doctor_platform.h"
 
 namespace simhost::tool {
 

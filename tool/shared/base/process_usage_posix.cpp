@@ -1,5 +1,5 @@
-// The native twin of tool/shared/base/soak_usage_win32.cpp: descriptors instead of handles.
-#include "tool/shared/base/soak_usage.h"
+// The native twin of tool/shared/base/process_usage_win32.cpp: descriptors instead of handles.
+#include "tool/shared/base/process_usage.h"
 
 #include <fcntl.h>
 #include <malloc.h>

@@ -7,7 +7,7 @@
 #include <array>
 
 #include "simhost/text.h"
-#include "tool/shared/base/soak_usage.h"
+#include "tool/shared/base/process_usage.h"
 
 namespace simhost::tool {
 namespace {

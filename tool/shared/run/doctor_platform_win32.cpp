@@ -7,7 +7,7 @@
 #include <cstdint>
 
 #include "simhost/text.h"
-#include "tool/shared/base/doctor_platform.h"
+#include "tool/shared/run/doctor_platform.h"
 
 namespace simhost::tool {
 namespace {

@@ -1,10 +1,10 @@
-#include "tool/shared/base/versions.h"
+#include "tool/shared/run/versions.h"
 
 #include <nlohmann/json.hpp>
 
-#include "tool/shared/base/hosted_run.h"
-#include "tool/shared/base/plugin_files.h"
 #include "tool/shared/base/tool_platform.h"
+#include "tool/shared/run/hosted_run.h"
+#include "tool/shared/run/plugin_files.h"
 
 namespace simhost::tool {
 

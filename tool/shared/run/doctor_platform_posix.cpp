@@ -1,7 +1,7 @@
 // The doctor's operating system for native builds, in the place of
-// tool/shared/base/doctor_platform_win32.cpp. No host is installed here; the loader's path is the variable of
+// tool/shared/run/doctor_platform_win32.cpp. No host is installed here; the loader's path is the variable of
 // this system.
-#include "tool/shared/base/doctor_platform.h"
+#include "tool/shared/run/doctor_platform.h"
 
 #include <algorithm>
 #include <cstdlib>

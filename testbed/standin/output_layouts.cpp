@@ -38,7 +38,8 @@ constexpr const char* kLayoutNames[] = {
 };
 // clang-format on
 
-static_assert(std::size(kLayoutNames) == kLastOutputLayout);
+static_assert(std::size(kLayoutNames) == kLastOutputLayout,
+              "CONTRIBUTING.md, \"How do I add ...\", a host pixel format: its last paragraph");
 
 }  // namespace
 

@@ -16,7 +16,8 @@ constexpr std::array kNames{
     "orvantis_decompress",   "orvantis_decompress_end",   "orvantis_get_string",
     "orvantis_get_param",    "orvantis_compress_query",
 };
-static_assert(kNames.size() == kFunctionCount);
+static_assert(kNames.size() == kFunctionCount,
+              "CONTRIBUTING.md, \"How do I add ...\", a function of the codec library");
 
 constexpr std::int32_t kBadCall = -1000;  // answered to a caller that broke the contract
 

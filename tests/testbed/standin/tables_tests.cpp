@@ -19,7 +19,8 @@ namespace orvantis::standin::test {
 namespace {
 
 TEST(CodedTypes, AreTheListedOnesWithTheirTagsAndShapes) {
-    ASSERT_EQ(codedTypes().size(), allTypes().size());
+    ASSERT_EQ(codedTypes().size(), allTypes().size())
+        << "CONTRIBUTING.md, \"How do I add ...\", a coded type";
     std::uint32_t previous = 0;
     for (const CodedType& row : codedTypes()) {
         EXPECT_GT(row.code, previous);

@@ -91,7 +91,8 @@ Names asyncErrors() {
 }
 
 void expectTable(const char* (*function)(std::uint32_t) noexcept, const Names& names, std::size_t count) {
-    ASSERT_EQ(names.size(), count) << "the table has more rows than the list";
+    ASSERT_EQ(names.size(), count)
+        << "the table has more rows than the list: CONTRIBUTING.md, \"How do I add ...\"";
     std::vector<std::uint32_t> codes;
     for (std::uint32_t code = 0; code <= 500; ++code) {
         codes.push_back(code);

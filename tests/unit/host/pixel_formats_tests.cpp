@@ -32,7 +32,8 @@ bool contains(const std::string& text, const char* part) {
 }
 
 TEST(PixelFormats, ReadAsTheirTextInMemoryInTheListsOrder) {
-    ASSERT_EQ(std::size(kPixelFormats), hostFormats().size());
+    ASSERT_EQ(std::size(kPixelFormats), hostFormats().size())
+        << "CONTRIBUTING.md, \"How do I add ...\", a host pixel format";
     for (std::size_t i = 0; i < hostFormats().size(); ++i) {
         EXPECT_EQ(inMemory(kPixelFormats[i].code), hostFormats()[i].code);
         EXPECT_STREQ(kPixelFormats[i].name, hostFormats()[i].name);

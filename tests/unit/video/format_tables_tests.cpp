@@ -39,7 +39,8 @@ const std::vector<formatlists::CodedType>& kSubTypes = formatlists::codedTypes()
 const std::span<const formatlists::DeliveredFormat> kFormats = formatlists::deliveredFormats();
 
 TEST(SubTypeInfos, AreTheRowsOfTheListInOrder) {
-    ASSERT_EQ(SubTypeInfos().size(), kSubTypes.size());
+    ASSERT_EQ(SubTypeInfos().size(), kSubTypes.size())
+        << "CONTRIBUTING.md, \"How do I add ...\", a coded type";
     for (std::size_t i = 0; i < kSubTypes.size(); ++i) {
         const SubTypeInfo& row = SubTypeInfos()[i];
         const formatlists::CodedType& expected = kSubTypes[i];
@@ -79,7 +80,8 @@ TEST(SubTypeInfos, PreferOnlyFormatsOfTheFormatTable) {
 }
 
 TEST(FormatInfos, AreTheRowsOfTheListInOrder) {
-    ASSERT_EQ(FormatInfos().size(), kFormats.size());
+    ASSERT_EQ(FormatInfos().size(), kFormats.size())
+        << "CONTRIBUTING.md, \"How do I add ...\", a host pixel format";
     for (std::size_t i = 0; i < kFormats.size(); ++i) {
         const FormatInfo& row = FormatInfos()[i];
         const formatlists::DeliveredFormat& expected = kFormats[i];

@@ -95,6 +95,23 @@ TEST(ContactSheetTest, NoSheetIsTooWideForProgramsThatShowIt) {
     EXPECT_LE(sheet.render(40).width, kMostPictureWidth);
 }
 
+TEST(ContactSheetTest, ATallPictureStaysSmall) {
+    ContactSheet sheet(10);
+    sheet.add(plain(1, 20000, 3, 8, {9, 9, 9}), "");
+    sheet.add(plain(40, 400, 3, 8, {9, 9, 9}), "");
+    EXPECT_EQ(sheet.render(2).height, 8 + 20 + kTextHeight + 8);
+    EXPECT_EQ(at(sheet.render(2), 8, 8 + 19), (std::vector<std::uint16_t>{9, 9, 9}));
+}
+
+TEST(ContactSheetTest, LargeFramesAreFewOnASheet) {
+    EXPECT_EQ(ContactSheet::mostFrames(1, 16, 16), ContactSheet::kMostCells);
+    EXPECT_EQ(ContactSheet::mostFrames(1, 1920, 1080), 48U);
+    EXPECT_EQ(ContactSheet::mostFrames(4, 1920, 1080), 12U) << "each in four formats";
+    EXPECT_EQ(ContactSheet::mostFrames(1, 7680, 4320), 3U);
+    EXPECT_EQ(ContactSheet::mostFrames(1, 2'000'000'000, 2'000'000'000), 1U);
+    EXPECT_EQ(ContactSheet::mostFrames(1000, 0, 0), 1U);
+}
+
 TEST(ContactSheetTest, FramesAreSpreadFromTheFirstToTheLast) {
     std::vector<std::uint32_t> frames(1'000'000);
     for (std::uint32_t i = 0; i < frames.size(); ++i) frames[i] = 2 * i;
@@ -149,6 +166,22 @@ TEST(WaveformTest, ColumnsSpanWhatTheirSamplesSpan) {
     EXPECT_EQ(height(50), 60);
     EXPECT_EQ(height(51), 30) << "joined to the last sample before";
     EXPECT_EQ(height(52), 1);
+}
+
+TEST(WaveformTest, WhatIsLeftOutIsNotDrawn) {
+    Waveform waveform(1, 1000, 10);
+    const std::vector<float> up(5, 1.0F);
+    const std::vector<float> down(5, -1.0F);
+    waveform.add(0, up);
+    waveform.skipTo(0, 500);
+    waveform.add(0, down);
+    const Picture out = waveform.render({});
+    const std::vector<std::uint16_t> wave = {120, 200, 255};
+    EXPECT_EQ(at(out, 6, 6), wave);
+    EXPECT_EQ(at(out, 6 + 5, 6 + 119), wave);
+    EXPECT_NE(at(out, 6 + 5, 6), wave) << "it does not join the samples ahead of the gap";
+    EXPECT_NE(at(out, 6 + 1, 6), wave);
+    EXPECT_NE(at(out, 6 + 4, 6 + 119), wave);
 }
 
 TEST(WaveformTest, SamplesBeyondFullScaleAreMarked) {

@@ -61,6 +61,11 @@ void interleave(const AudioAnswer& answer, std::vector<std::uint8_t>& out) {
     }
 }
 
+std::string samplingText(const SoundSampling& sampling) {
+    return std::to_string(sampling.blocks) + " stretches of " + std::to_string(sampling.taken) +
+           " sample frames";
+}
+
 Json deliver(const HostedRun& hosted, const AudioOptions& options, const Clip& clip,
              const host::imFileInfoRec8& info) {
     const auto shape = soundShape(info);
@@ -90,16 +95,32 @@ Json deliver(const HostedRun& hosted, const AudioOptions& options, const Clip& c
     if (!options.waveform.empty()) {
         waveform.emplace(channels, shape->length);
     }
-    std::vector<std::uint8_t> bytes;
-    const auto failure = readSound(clip, *shape, hosted.progress(), [&](const AudioAnswer& answer) {
-        if (wav) {
-            interleave(answer, bytes);
-            wav->write(bytes);
-        }
+    std::uint64_t readFrames = 0;
+    const auto draw = [&](const AudioAnswer& answer) {
+        readFrames += answer.channels.front().size();
         for (std::uint32_t channel = 0; waveform && channel < channels; ++channel) {
             waveform->add(channel, answer.channels[channel]);
         }
-    });
+    };
+    // A picture of hours has no room for all of them, and is not worth the wait.
+    const auto sampling =
+        waveform && !wav ? soundSampling(*shape, waveform->columns()) : std::optional<SoundSampling>();
+    std::vector<std::uint8_t> bytes;
+    const auto failure =
+        sampling ? sampleSound(clip, *shape, *sampling, hosted.progress(),
+                               [&](std::uint64_t position, const AudioAnswer& answer) {
+                                   for (std::uint32_t channel = 0; channel < channels; ++channel) {
+                                       waveform->skipTo(channel, position);
+                                   }
+                                   draw(answer);
+                               })
+                 : readSound(clip, *shape, hosted.progress(), [&](const AudioAnswer& answer) {
+                       if (wav) {
+                           interleave(answer, bytes);
+                           wav->write(bytes);
+                       }
+                       draw(answer);
+                   });
     if (failure) {
         throw ToolError(kFailed, "sample frame " + std::to_string(failure->position) + ": " +
                                      resultText(failure->result));
@@ -108,13 +129,14 @@ Json deliver(const HostedRun& hosted, const AudioOptions& options, const Clip& c
         wav->finish();
     }
     if (waveform) {
-        writeFile(options.waveform,
-                  encodePng(waveform->render(
-                      names, {pathToUtf8(pathFromUtf8(options.file).filename()), shape->seconds()})));
+        const std::string name = pathToUtf8(pathFromUtf8(options.file).filename());
+        const std::string note = sampling ? "sampled: " + samplingText(*sampling) + ", " : "";
+        writeFile(options.waveform, encodePng(waveform->render(names, {note + name, shape->seconds()})));
     }
     return {{"file", options.file},
             {"soundTrack", options.track},
             {"sampleFrames", shape->length},
+            {"sampleFramesRead", readFrames},
             {"channels", channels},
             {"sampleRate", rate},
             {"channelLabels", labels.empty() ? Json() : Json(names)},
@@ -131,7 +153,13 @@ void print(const AudioOptions& options, const Json& told) {
             told["sampleRate"].get<std::uint32_t>(), options.wav.c_str());
     }
     if (!options.waveform.empty()) {
-        std::printf("waveform in %s\n", options.waveform.c_str());
+        const auto all = told["sampleFrames"].get<std::uint64_t>();
+        const auto read = told["sampleFramesRead"].get<std::uint64_t>();
+        std::printf("waveform in %s%s\n", options.waveform.c_str(),
+                    read == all ? ""
+                                : (", sampled: " + std::to_string(read) + " of " + std::to_string(all) +
+                                   " sample frames were read")
+                                      .c_str());
     }
 }
 

@@ -57,7 +57,9 @@ class FrameWriter {
         m_stem = pathToUtf8(pathFromUtf8(options.file).stem());
     }
 
-    void write(const Frame& frame, std::uint32_t index) {
+    /// `onSheet`: also there, if there is a sheet.
+    void write(const Frame& frame, std::uint32_t index, bool onSheet) {
+        onSheet = onSheet && !m_options.sheet.empty();
         char number[16];
         (void)std::snprintf(number, sizeof number, "%06u", index);
         const std::string name = shortFormatName(frame.pixelFormat());
@@ -68,10 +70,10 @@ class FrameWriter {
         }
         const bool shown = canShow(frame.pixelFormat());
         const bool png = !m_options.folder.empty() && !m_options.raw;
-        if (!shown && (png || !m_options.sheet.empty())) {
+        if (!shown && (png || onSheet)) {
             throw ToolError(kUsage, name + " can only be written with --raw, not shown");
         }
-        if (!png && m_options.sheet.empty()) {
+        if (!png && !onSheet) {
             return;
         }
         const Picture picture = toPicture(frame);
@@ -79,8 +81,9 @@ class FrameWriter {
             writeFile(path + ".png", encodePng(picture));
             ++m_files;
         }
-        if (!m_options.sheet.empty()) {
+        if (onSheet) {
             m_sheet.add(picture, std::to_string(index) + "  " + time(index) + name);
+            ++m_onSheet;
         }
     }
 
@@ -90,9 +93,11 @@ class FrameWriter {
             return;
         }
         Picture blank;
-        blank.width = width;
-        blank.height = height;
-        blank.samples.assign(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 3, 0);
+        blank.width = std::clamp(width, 1, kCellWidth);
+        blank.height = static_cast<std::int32_t>(std::clamp<std::int64_t>(
+            std::int64_t{height} * blank.width / std::max(width, 1), 1, 2 * kCellWidth));
+        blank.samples.assign(
+            static_cast<std::size_t>(blank.width) * static_cast<std::size_t>(blank.height) * 3, 0);
         m_sheet.add(
             blank, std::to_string(lost.index) + "  " + time(lost.index) + "lost: " + resultText(lost.result));
     }
@@ -103,7 +108,14 @@ class FrameWriter {
         }
     }
 
+    /// When the sheet does not show all frames.
+    void tellSpread(std::size_t shown, std::size_t all) {
+        m_sheet.setTitle(pathToUtf8(pathFromUtf8(m_options.file).filename()) + ", " + std::to_string(shown) +
+                         " of " + std::to_string(all) + " frames, evenly spread");
+    }
+
     std::size_t files() const noexcept { return m_files; }
+    std::size_t onSheet() const noexcept { return m_onSheet; }
 
  private:
     static constexpr std::int32_t kCellWidth = 240;
@@ -117,17 +129,29 @@ class FrameWriter {
     double m_framesPerSecond;
     std::string m_stem;
     std::size_t m_files = 0;
+    std::size_t m_onSheet = 0;
     ContactSheet m_sheet;
 };
 
-Json toJson(const FramesOptions& options, std::size_t delivered, std::size_t files,
-            const std::vector<LostFrame>& lost, const std::string& note) {
-    Json out = {{"file", options.file}, {"delivered", delivered}, {"files", files}};
+// What became of the frames that were asked for.
+struct Delivery {
+    std::size_t delivered = 0;
+    std::size_t files = 0;
+    std::size_t onSheet = 0;
+    bool spread = false;  ///< the sheet shows some of them only
+    std::vector<LostFrame> lost;
+};
+
+Json toJson(const FramesOptions& options, const Delivery& done, const std::string& note) {
+    Json out = {{"file", options.file},
+                {"delivered", done.delivered},
+                {"files", done.files},
+                {"onSheet", done.onSheet}};
     out["folder"] = options.folder.empty() ? Json() : Json(options.folder);
     out["sheet"] = options.sheet.empty() ? Json() : Json(options.sheet);
     out["note"] = note;
     out["lost"] = Json::array();
-    for (const LostFrame& frame : lost) {
+    for (const LostFrame& frame : done.lost) {
         out["lost"].push_back({{"frame", frame.index},
                                {"format", pixelFormatName(frame.format)},
                                {"result", frame.result},
@@ -136,18 +160,18 @@ Json toJson(const FramesOptions& options, std::size_t delivered, std::size_t fil
     return out;
 }
 
-void printCounts(const FramesOptions& options, std::size_t delivered, std::size_t files,
-                 const std::vector<LostFrame>& lost) {
+void printCounts(const FramesOptions& options, const Delivery& done) {
     if (!options.sheet.empty()) {
-        std::printf("%s on %s\n", counted(delivered, "frame", "frames").c_str(), options.sheet.c_str());
+        std::printf("%s on %s%s\n", counted(done.onSheet, "frame", "frames").c_str(), options.sheet.c_str(),
+                    done.spread ? ", evenly spread over the range" : "");
     }
     if (!options.folder.empty()) {
-        std::printf("%s in %s\n", counted(files, "file", "files").c_str(), options.folder.c_str());
+        std::printf("%s in %s\n", counted(done.files, "file", "files").c_str(), options.folder.c_str());
     }
-    if (!lost.empty()) {
-        const LostFrame& first = lost.front();
-        std::printf("%zu of %s could not be delivered, the first is frame %u: %s\n", lost.size(),
-                    counted(delivered + lost.size(), "frame", "frames").c_str(), first.index,
+    if (!done.lost.empty()) {
+        const LostFrame& first = done.lost.front();
+        std::printf("%zu of %s could not be delivered, the first is frame %u: %s\n", done.lost.size(),
+                    counted(done.delivered + done.lost.size(), "frame", "frames").c_str(), first.index,
                     resultText(first.result).c_str());
     }
 }
@@ -166,27 +190,37 @@ int deliver(const HostedRun& hosted, const FramesOptions& options, const FrameRa
         (void)std::fprintf(stderr, "importer_host: %s\n", note.c_str());
     }
     const auto formats = chosenFormats(options.formats, clip->pixelFormats().formats);
+    const auto shown =
+        spreadFrames(frames, ContactSheet::mostFrames(formats.size(), info.record.vidInfo.imageWidth,
+                                                      info.record.vidInfo.imageHeight));
+    const std::size_t asked = frames.size();
     if (options.folder.empty()) {
-        frames = spreadFrames(frames, std::max<std::size_t>(ContactSheet::kMostCells / formats.size(), 1));
+        frames = shown;
     }
     // With several formats a row of the sheet is a format.
     constexpr std::size_t kMostColumns = 12;
-    const std::size_t columns = formats.size() > 1 ? std::min(frames.size(), kMostColumns) : 0;
+    const std::size_t columns = formats.size() > 1 ? std::min(shown.size(), kMostColumns) : 0;
     FrameWriter writer(options, columns, framesPerSecond(info.record));
-    std::vector<LostFrame> lost;
-    std::size_t delivered = 0;
+    Delivery done;
+    done.spread = !options.sheet.empty() && shown.size() < asked;
+    if (done.spread) {
+        writer.tellSpread(shown.size(), asked);
+    }
     {
         Progress progress(hosted.progress(), "frames", std::uint64_t{frames.size()} * formats.size());
         for (const std::uint32_t format : formats) {
             for (const std::uint32_t index : frames) {
                 const FrameAnswer answer = clip->getFrame(index, format);
+                const bool onSheet = std::binary_search(shown.begin(), shown.end(), index);
                 if (answer.frame) {
-                    writer.write(*answer.frame, index);
-                    ++delivered;
+                    writer.write(*answer.frame, index, onSheet);
+                    ++done.delivered;
                 } else if (options.goesOn()) {
-                    lost.push_back({index, format, answer.result});
-                    writer.writeLost(lost.back(), info.record.vidInfo.imageWidth,
-                                     info.record.vidInfo.imageHeight);
+                    done.lost.push_back({index, format, answer.result});
+                    if (onSheet) {
+                        writer.writeLost(done.lost.back(), info.record.vidInfo.imageWidth,
+                                         info.record.vidInfo.imageHeight);
+                    }
                 } else {
                     throw ToolError(kFailed,
                                     "frame " + std::to_string(index) + " in " + pixelFormatName(format) +
@@ -198,12 +232,14 @@ int deliver(const HostedRun& hosted, const FramesOptions& options, const FrameRa
         }
     }
     writer.finish();
+    done.files = writer.files();
+    done.onSheet = writer.onSheet();
     if (json) {
-        writeAnswer("", jsonText(toJson(options, delivered, writer.files(), lost, note)));
+        writeAnswer("", jsonText(toJson(options, done, note)));
     } else {
-        printCounts(options, delivered, writer.files(), lost);
+        printCounts(options, done);
     }
-    return lost.empty() ? kSuccess : kFailed;
+    return done.lost.empty() ? kSuccess : kFailed;
 }
 
 int runFrames(const GlobalOptions& global, const FramesOptions& options) {

@@ -18,16 +18,22 @@ void SampleRanges::add(std::span<const float> samples) {
         const auto column = static_cast<std::size_t>(at * static_cast<double>(m_columns.size()));
         SampleRange& range = m_columns[std::min(column, m_columns.size() - 1)];
         if (!range.any) {
-            range.low = range.high = m_at > 0 ? m_previous : sample;
+            range.low = range.high = m_joins ? m_previous : sample;
             range.any = true;
         }
         range.low = std::min(range.low, sample);
         range.high = std::max(range.high, sample);
         m_previous = sample;
+        m_joins = true;
         m_peak = std::max(m_peak, std::fabs(sample));
         m_beyond += std::fabs(sample) > 1.0F ? 1U : 0U;
         ++m_at;
     }
+}
+
+void SampleRanges::skipTo(std::uint64_t position) noexcept {
+    m_at = position;
+    m_joins = false;
 }
 
 }  // namespace simhost::tool

@@ -23,6 +23,8 @@ class SampleRanges {
     /// The next samples, in order; what is behind the end does not count. What is no number counts as 0. A
     /// column begins with the last sample of the one before, so that what is drawn of them joins.
     void add(std::span<const float> samples);
+    /// The next samples are those from `position` on; what lies between is not known, and nothing joins.
+    void skipTo(std::uint64_t position) noexcept;
 
     std::span<const SampleRange> columns() const noexcept { return m_columns; }
     /// The largest size of a sample.
@@ -34,6 +36,7 @@ class SampleRanges {
     std::uint64_t m_samples;
     std::vector<SampleRange> m_columns;
     std::uint64_t m_at = 0;
+    bool m_joins = false;  // m_previous is the sample before
     float m_previous = 0.0F;
     float m_peak = 0.0F;
     std::uint64_t m_beyond = 0;

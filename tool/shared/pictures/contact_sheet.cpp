@@ -114,8 +114,15 @@ std::vector<std::uint32_t> spreadFrames(const std::vector<std::uint32_t>& frames
     return out;
 }
 
+std::size_t ContactSheet::mostFrames(std::size_t formats, std::int32_t width, std::int32_t height) noexcept {
+    const std::uint64_t pixels = std::uint64_t{static_cast<std::uint32_t>(std::max(width, 1))} *
+                                 static_cast<std::uint32_t>(std::max(height, 1));
+    const std::uint64_t cells = std::min<std::uint64_t>(kMostCells, kMostPixels / pixels);
+    return std::max<std::size_t>(static_cast<std::size_t>(cells) / std::max<std::size_t>(formats, 1), 1);
+}
+
 void ContactSheet::add(const Picture& picture, std::string label) {
-    m_cells.push_back({overGround(thumbnail(picture, m_cellWidth)), std::move(label)});
+    m_cells.push_back({overGround(thumbnail(picture, m_cellWidth, 2 * m_cellWidth)), std::move(label)});
 }
 
 Picture ContactSheet::render(std::size_t columns) const {

@@ -39,11 +39,16 @@ void average(const Picture& from, std::int32_t x0, std::int32_t x1, std::int32_t
 
 }  // namespace
 
-Picture thumbnail(const Picture& picture, std::int32_t width) {
+Picture thumbnail(const Picture& picture, std::int32_t width, std::int32_t height) {
     Picture out;
+    if (picture.height > height) {
+        width =
+            std::min(width, static_cast<std::int32_t>(std::int64_t{picture.width} * height / picture.height));
+    }
     out.width = std::max(std::min(width, picture.width), 1);
     out.height = static_cast<std::int32_t>(std::max<std::int64_t>(
         (std::int64_t{picture.height} * out.width + picture.width / 2) / std::max(picture.width, 1), 1));
+    out.height = std::min(out.height, std::max(height, 1));
     out.channels = picture.channels;
     out.bits = 8;
     out.samples.resize(static_cast<std::size_t>(out.width) * static_cast<std::size_t>(out.height) *

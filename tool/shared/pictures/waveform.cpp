@@ -57,6 +57,10 @@ void Waveform::add(std::uint32_t channel, std::span<const float> samples) {
     m_channels[channel].add(samples);
 }
 
+void Waveform::skipTo(std::uint32_t channel, std::uint64_t position) noexcept {
+    m_channels[channel].skipTo(position);
+}
+
 Picture Waveform::render(std::span<const std::string> labels, const WaveformText& text) const {
     const bool framed = !text.title.empty();
     const std::int32_t left = kGap + (framed ? kScaleWidth : 0);

@@ -25,6 +25,9 @@ class Waveform {
 
     /// The next samples of a channel, in order.
     void add(std::uint32_t channel, std::span<const float> samples);
+    /// The next samples of a channel are those from `position` on; what lies between is not drawn.
+    void skipTo(std::uint32_t channel, std::uint64_t position) noexcept;
+    std::uint32_t columns() const noexcept { return static_cast<std::uint32_t>(m_width); }
     /// 8 bits RGB. Full scale fills a strip; what goes beyond is cut and marked red. `labels` may be shorter
     /// than the list of channels.
     Picture render(std::span<const std::string> labels, const WaveformText& text = {}) const;

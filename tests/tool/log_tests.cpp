@@ -52,4 +52,16 @@ TEST_F(ToolLog, EqualFailuresAreToldOnce) {
     EXPECT_EQ(groups[0]["firstLine"], 4);
 }
 
+TEST_F(ToolLog, FailuresThatDifferInAnAddressAreEqual) {
+    std::string text = line("Log opened");
+    for (const char* address : {"0x10", "0x20"}) {
+        text +=
+            call("[imGetSourceVideo] (47)", "Decompress failed: decompress({" + std::string(address) + ",9})",
+                 "[imBadCompression] (8)");
+    }
+    const std::string log = write("a.log", text + line("Log closed"));
+    EXPECT_THAT(runTool({"log", "--failures", log}).out,
+                HasSubstr("Decompress failed: decompress({0x10,9}) (2 times)"));
+}
+
 }  // namespace

@@ -108,7 +108,7 @@ TEST(ReportPages, TellTheFailuresOfTheLogAheadOfIt) {
     EXPECT_THAT(
         page, HasSubstr("log of this run, 1 call with failures</h2><ul class=\"notes\"><li class=\"bad\">"));
     EXPECT_THAT(page, HasSubstr("<li class=\"bad\">Avi has no video stream<br>"));
-    EXPECT_THAT(page, HasSubstr("<li class=\"bad\">imGetInfo8 → imBadFile (2)<br>"));
+    EXPECT_THAT(page, HasSubstr("<li class=\"bad\">imGetInfo8: imBadFile (2)<br>"));
     EXPECT_THAT(page, HasSubstr("<span class=\"bad\">Avi has no video stream</span>"));
 }
 

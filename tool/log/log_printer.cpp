@@ -203,7 +203,7 @@ std::string LogPrinter::text(const LogSummary& summary) const {
 // What the log says many times is told once.
 std::string LogPrinter::groupText(const LogSummary& summary) const {
     std::string out = summary.groups.empty() ? "" : "failures, equal ones together:\n";
-    for (const auto& [first, count] : summary.groups) {
+    for (const auto& [first, count, kind] : summary.groups) {
         out += "  " + paint(kRed, indented(printable(first.what), "  ")) +
                (count > 1 ? " (" + std::to_string(count) + " times)" : "") + ", line " +
                std::to_string(first.line) + "\n" +
@@ -248,7 +248,7 @@ std::string LogPrinter::json(const LogItem& item) const {
 
 std::string LogPrinter::json(const LogSummary& summary) {
     Json groups = Json::array();
-    for (const auto& [failure, count] : summary.groups) {
+    for (const auto& [failure, count, kind] : summary.groups) {
         groups.push_back({{"what", failure.what},
                           {"explanation", failure.explanation},
                           {"count", count},

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <string>
-#include <vector>
 
 #include "tool/shared/base/html_text.h"
+#include "tool/shared/base/number_text.h"
 
 namespace simhost::tool {
 namespace {
@@ -14,39 +14,20 @@ constexpr std::size_t kMostLines = 3000;
 // Different failures told ahead of the log.
 constexpr std::size_t kMostFailures = 12;
 
-// Without the addresses in it, which are others each time.
-std::string withoutAddresses(const std::string& text) {
-    std::string out;
-    for (std::size_t at = 0; at < text.size();) {
-        if (text.compare(at, 2, "0x") != 0) {
-            out += text[at++];
-            continue;
-        }
-        out += "0x";
-        at = text.find_first_not_of("0123456789abcdefABCDEF", at + 2);
-        at = std::min(at, text.size());
-    }
-    return out;
-}
-
 class LogText {
  public:
     void add(const LogItem& item) {
+        m_summary.add(item);
         if (const auto* line = std::get_if<ReadLine>(&item)) {
             addLine(*line, "");
             return;
         }
         const auto& call = std::get<LoggedCall>(item);
-        m_failures += call.failed ? 1U : 0U;
         const std::string answer = call.resultName.empty()
                                        ? "no answer"
                                        : call.resultName + " (" + std::to_string(call.result) + ")";
         // A call may succeed all the same: the line below that failed has its own mark.
-        const bool refused = call.end != LoggedCall::End::kAnswered ||
-                             resultSeverity(call.name, call.result) == Severity::kFailure;
-        if (refused) {
-            addFailure(call.name + " → " + answer, call.explanation);
-        }
+        const bool refused = isRefused(call);
         put(call.failed, "<b>" + htmlEscaped(call.stamp + " " + call.name) + "</b> → " +
                              marked(refused ? "bad" : "", htmlEscaped(answer)) + meaning(call.explanation));
         for (const ReadLine& line : call.lines) {
@@ -60,9 +41,9 @@ class LogText {
         if (m_text.empty()) {
             return {};
         }
-        const std::string failures = m_failures == 0   ? "no failures"
-                                     : m_failures == 1 ? "1 call with failures"
-                                                       : std::to_string(m_failures) + " calls with failures";
+        const std::string failures = m_summary.failedCalls == 0
+                                         ? "no failures"
+                                         : counted(m_summary.failedCalls, "call", "calls") + " with failures";
         return "<section><h2>Diagnostic log of this run, " + failures + "</h2>" + failureList() +
                "<details><summary>The whole log</summary><pre tabindex=\"0\" role=\"region\" "
                "aria-label=\"The whole log\">" +
@@ -80,32 +61,27 @@ class LogText {
         return text.empty() ? "" : "  <i>" + htmlEscaped(text) + "</i>";
     }
     // What the log says many times is told once.
-    void addFailure(const std::string& text, const std::string& explanation) {
-        const std::string kind = withoutAddresses(text);
-        const auto same = [&kind](const Failure& f) { return f.kind == kind; };
-        if (const auto known = std::find_if(m_list.begin(), m_list.end(), same); known != m_list.end()) {
-            ++known->count;
-        } else if (m_list.size() < kMostFailures) {
-            m_list.push_back({kind, text, explanation, 1});
-        }
-    }
     std::string failureList() const {
-        if (m_list.empty()) {
+        const auto& groups = m_summary.groups;
+        if (groups.empty()) {
             return {};
         }
         std::string out = "<ul class=\"notes\">";
-        for (const Failure& failure : m_list) {
-            out += "<li class=\"bad\">" + htmlEscaped(failure.text) +
-                   (failure.count > 1 ? " (" + std::to_string(failure.count) + " times)" : "") +
-                   (failure.explanation.empty() ? "" : "<br>" + htmlEscaped(failure.explanation)) + "</li>";
+        const std::size_t told = std::min(groups.size(), kMostFailures);
+        for (std::size_t i = 0; i < told; ++i) {
+            const auto& [first, count, kind] = groups[i];
+            out += "<li class=\"bad\">" + htmlEscaped(first.what) +
+                   (count > 1 ? " (" + std::to_string(count) + " times)" : "") +
+                   (first.explanation.empty() ? "" : "<br>" + htmlEscaped(first.explanation)) + "</li>";
+        }
+        if (groups.size() > told) {
+            out += "<li>Failures of " + std::to_string(groups.size() - told) +
+                   (m_summary.ungrouped > 0 ? " and more" : "") + " further kinds are in the log below.</li>";
         }
         return out + "</ul>";
     }
     void addLine(const ReadLine& line, const char* indent) {
         const bool bad = line.severity == Severity::kFailure;
-        if (bad) {
-            addFailure(line.entry.text, line.explanation);
-        }
         const bool note = line.severity == Severity::kNote;
         put(bad || note, indent +
                              marked(bad    ? "bad"
@@ -123,18 +99,10 @@ class LogText {
         m_text += html + "\n";
     }
 
-    struct Failure {
-        std::string kind;
-        std::string text;
-        std::string explanation;
-        std::size_t count;
-    };
-
     std::string m_text;
-    std::vector<Failure> m_list;
+    LogSummary m_summary;
     std::size_t m_lines = 0;
     std::size_t m_leftOut = 0;
-    std::size_t m_failures = 0;
 };
 
 }  // namespace

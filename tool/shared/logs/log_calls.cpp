@@ -53,6 +53,21 @@ std::string_view fileOf(std::string_view text) {
     return {};
 }
 
+// Without the addresses in it, which are others each time.
+std::string withoutAddresses(const std::string& text) {
+    std::string out;
+    for (std::size_t at = 0; at < text.size();) {
+        if (text.compare(at, 2, "0x") != 0) {
+            out += text[at++];
+            continue;
+        }
+        out += "0x";
+        at = text.find_first_not_of("0123456789abcdefABCDEF", at + 2);
+        at = std::min(at, text.size());
+    }
+    return out;
+}
+
 void addLine(LoggedCall& call, LogEntry entry) {
     ReadLine line = readLine(std::move(entry));
     const bool failure = line.severity == Severity::kFailure;
@@ -276,12 +291,13 @@ void LogSummary::fail(std::uint64_t line, const std::string& stamp, std::string 
 
 void LogSummary::group(std::uint64_t line, const std::string& stamp, const std::string& what,
                        const std::string& explanation) {
-    const auto known = std::find_if(groups.begin(), groups.end(),
-                                    [&what](const FailureGroup& g) { return g.first.what == what; });
+    const std::string kind = withoutAddresses(what);
+    const auto known =
+        std::find_if(groups.begin(), groups.end(), [&kind](const FailureGroup& g) { return g.kind == kind; });
     if (known != groups.end()) {
         ++known->count;
     } else if (groups.size() < kMostGroups) {
-        groups.push_back({{line, stamp, what, explanation}, 1});
+        groups.push_back({{line, stamp, what, explanation}, 1, kind});
     } else {
         ++ungrouped;
     }

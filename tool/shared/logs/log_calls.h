@@ -87,10 +87,11 @@ class LogSummary {
         std::string what;         ///< the line, or the call with its answer
         std::string explanation;  ///<
     };
-    /// Failures of one wording.
+    /// Failures of one wording, whatever addresses stand in it.
     struct FailureGroup {
         Failure first;
         std::uint64_t count = 0;
+        std::string kind;  ///< the wording without them
     };
     /// More wordings than this are counted only.
     static constexpr std::size_t kMostGroups = 100;

@@ -33,5 +33,13 @@ TEST(Overlap, NothingPlayedIsNoDivision) {
     EXPECT_EQ(PlayTiming{}.perFrame(1.0), 0.0);
 }
 
+TEST(Overlap, SlowerPlayIsToldInBothRates) {
+    EXPECT_EQ(slowerText({1.0, 1.0, 100}, {1.25, 1.0, 100}),
+              "asynchronous play was slower: 80.0 frames/s against 100.0; with more of the host's own work "
+              "(--work-us) or larger frames there is more to hide\n");
+    EXPECT_EQ(slowerText({1.0, 1.0, 100}, {1.01, 1.0, 100}), "") << "no more than measuring can blur";
+    EXPECT_EQ(slowerText({1.0, 1.0, 100}, {0.5, 0.2, 100}), "");
+}
+
 }  // namespace
 }  // namespace simhost::tool

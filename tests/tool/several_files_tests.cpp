@@ -1,6 +1,7 @@
 // Several clips and folders of clips in one run.
 #include <filesystem>
 
+#include "tests/support/environment.h"
 #include "tests/tool/tool_run.h"
 
 namespace {
@@ -51,6 +52,21 @@ TEST_F(ToolSeveralFiles, WithoutAPlaceAReportLiesBesideItsClip) {
     ASSERT_EQ(runTool({"report", in("clips"), "--no-log"}).code, kSuccess);
     EXPECT_TRUE(std::filesystem::exists(folder / "clips" / "b.avi.html"));
     EXPECT_TRUE(std::filesystem::exists(folder / "clips" / "below" / "a.AVI.html"));
+}
+
+TEST_F(ToolSeveralFiles, WhereNothingCanBeWrittenAReportGoesToTheTemporaryFolder) {
+    std::filesystem::create_directories(folder / "temporary");
+    const orvantis::test::ScopedEnvironment posix("TMPDIR", in("temporary"));
+    const orvantis::test::ScopedEnvironment windows("TMP", in("temporary"));
+    const std::string clip = soundClip();
+    // Permissions would not keep an administrator from writing.
+    std::filesystem::create_directories(folder / "clip.avi.html");
+    const ToolRun result = runTool({"report", clip, "--no-log"});
+    EXPECT_EQ(result.code, kSuccess) << result.err;
+    EXPECT_THAT(result.out, HasSubstr("importer_host reports"));
+    EXPECT_THAT(namesIn(folder / "temporary" / "importer_host reports"),
+                testing::ElementsAre("clip.avi.html"));
+    EXPECT_THAT(namesIn(folder / "clip.avi.html"), testing::IsEmpty());
 }
 
 TEST_F(ToolSeveralFiles, TheDoctorNamesTheClipOfEachFinding) {

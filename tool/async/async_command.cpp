@@ -196,13 +196,7 @@ void printAll(std::FILE* text, const AsyncOptions& options, const Player& player
         "overlap: of %.2f ms for reading and decoding a frame %.0f %% are hidden; the host's own work is "
         "long enough for %.0f %%\n",
         synchronous.perFrame(synchronous.waiting) * 1000.0, overlap.hidden * 100.0, overlap.possible * 100.0);
-    if (asynchronousIsSlower(synchronous, asynchronous)) {
-        (void)std::fprintf(
-            text,
-            "asynchronous play was slower: %.1f frames/s against %.1f; with more of the host's "
-            "own work (--work-us) or larger frames there is more to hide\n",
-            asynchronous.perSecond(), synchronous.perSecond());
-    }
+    (void)std::fputs(slowerText(synchronous, asynchronous).c_str(), text);
     if (player.differing.empty()) {
         (void)std::fprintf(text, "all frames are identical\n");
     } else {

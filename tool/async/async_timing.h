@@ -4,6 +4,9 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <string>
+
+#include "tool/shared/base/number_text.h"
 
 namespace simhost::tool {
 
@@ -40,6 +43,15 @@ inline Overlap overlapOf(const PlayTiming& synchronous, const PlayTiming& asynch
 inline bool asynchronousIsSlower(const PlayTiming& synchronous, const PlayTiming& asynchronous) noexcept {
     constexpr double kBlur = 1.02;
     return synchronous.total > 0.0 && asynchronous.total > synchronous.total * kBlur;
+}
+
+/// The sentence that says so; empty when it is not.
+inline std::string slowerText(const PlayTiming& synchronous, const PlayTiming& asynchronous) {
+    return asynchronousIsSlower(synchronous, asynchronous)
+               ? "asynchronous play was slower: " + decimalText(asynchronous.perSecond(), 1) +
+                     " frames/s against " + decimalText(synchronous.perSecond(), 1) +
+                     "; with more of the host's own work (--work-us) or larger frames there is more to hide\n"
+               : std::string();
 }
 
 }  // namespace simhost::tool

@@ -198,7 +198,6 @@ TEST_F(FrameChunkTest, NoMemoryIsAFailedRead) {
 }
 
 TEST_F(FrameChunkTest, ReadsThroughTheOpenDmlListWhenThatIsInForce) {
-    m_log.emplace();
     AviBuilder avi = framesOf({10, 0, 30});
     m_frameCount = 3;
     Bytes bytes = avi.openDml(test::OpenDml::superIndex).build();

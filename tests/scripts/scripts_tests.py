@@ -119,6 +119,68 @@ case "$*" in *--assume-no*) echo "Need to get 3,141 kB of archives."; exit 1 ;; 
         self.assertIn("install -y -qq --no-install-recommends nsis", self.called())
 
 
+class WineRun(Folder):
+    """The wrapper that starts Windows programs, with a Wine in which the first BROKEN systems start no program."""
+
+    def setUp(self):
+        super().setUp()
+        text = (SOURCE / "cmake/wine-run.in").read_text()
+        for name, path in (("SOURCE", self.root), ("BINARY", self.root / "build/windows-mingw")):
+            text = text.replace(f"@CMAKE_{name}_DIR@", str(path))
+        self.program("wine-run", text, self.root / "build/windows-mingw")
+        self.program("wineserver", RECORD + """
+case "$1" in
+    -k0) [ -e "$WINEPREFIX/server" ] ;;
+    -p600) mkdir -p "$WINEPREFIX"; touch "$WINEPREFIX/server" ;;
+    -k) rm -f "$WINEPREFIX/server" ;;
+esac
+""")
+        self.program("wineboot", RECORD + 'touch "$WINEPREFIX/made"\n')
+        self.program("wine", RECORD + """
+[ "$1" = cmd ] || exit 0
+[ "$(grep -c "^wineboot" "$CALLS")" -gt "${BROKEN:-0}" ] && exit 0
+echo "wine: could not load kernel32.dll"
+exit 53
+""")
+        self.prefix = self.root / "build/wineprefix"
+
+    def start(self, *arguments, **environment):
+        return self.run_script("build/windows-mingw/wine-run", *(arguments or ("a.exe",)), **environment)
+
+    def test_makes_its_system_once(self):
+        for _ in range(2):
+            self.assertEqual(self.start("a.exe", "one").returncode, 0)
+        self.assertEqual(self.called().splitlines(), [
+            "wineserver -p600", "wineboot -i", "wine cmd /c exit 0", "wine a.exe one", "wineserver -k0", "wine a.exe one"])
+
+    def test_a_system_that_starts_no_program_is_made_again(self):
+        run = self.start(BROKEN="2")
+        self.assertEqual(run.returncode, 0, run.stderr)
+        self.assertEqual(self.called().count("wineboot -i"), 3)
+        self.assertTrue(self.called().endswith("wine a.exe\n"))
+
+    def test_a_system_left_half_made_is_made_again(self):
+        self.prefix.mkdir(parents=True)
+        (self.prefix / "server").touch()
+        (self.prefix / "half").touch()
+        self.assertEqual(self.start(BROKEN="1").returncode, 0)
+        self.assertFalse((self.prefix / "half").exists())
+
+    def test_says_what_wine_said_when_no_system_can_be_made(self):
+        run = self.start(BROKEN="9")
+        self.assertEqual(run.returncode, 125)
+        self.assertIn(f"no program starts under Wine in {self.prefix}", run.stderr)
+        self.assertIn("wine: could not load kernel32.dll", run.stderr)
+        self.assertNotIn("a.exe", self.called())
+
+    def test_a_system_of_the_users_choice_is_never_removed(self):
+        mine = self.root / "mine"
+        mine.mkdir()
+        (mine / "precious").touch()
+        self.assertEqual(self.start(WINEPREFIX=str(mine), BROKEN="9").returncode, 125)
+        self.assertTrue((mine / "precious").exists())
+
+
 class Demo(Folder):
     def setUp(self):
         super().setUp()

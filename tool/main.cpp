@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <exception>
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
@@ -12,6 +13,7 @@
 #include "tool/commands.h"
 #include "tool/shared/base/failure.h"
 #include "tool/shared/base/file_facts.h"
+#include "tool/shared/base/help_formatter.h"
 #include "tool/shared/base/interruption.h"
 #include "tool/shared/base/json_text.h"
 #include "tool/shared/base/nearest_name.h"
@@ -26,14 +28,17 @@ namespace {
 using Words = std::vector<std::string>;
 
 std::string footer() {
-    std::string out =
+    std::string out = wrapped(
         "\"importer_host help COMMAND\" tells more about a command. Clips alone, as when they are dropped on "
-        "the\nprogram, get a report each, which is opened.\n\n"
+        "the program, get a "
+        "report each, which is opened.\n\n"
         "Exit codes: 0 success; 1 the plug-in refused the file or a request, or doctor found a fault; 2 "
-        "wrong\n"
-        "arguments; 3 the plug-in could not be loaded; 4 a file could not be written; 5 the plug-in leaked,\n"
-        "broke a rule of the host, or gave different frames on its two paths; 130 ended by Ctrl-C.\n\n"
-        "Host profiles:\n";
+        "wrong arguments; 3 the "
+        "plug-in could not be loaded; 4 a file could not be written; 5 the plug-in leaked, broke a rule of "
+        "the host, or gave "
+        "different frames on its two paths; 130 ended by Ctrl-C.\n\n"
+        "Host profiles:\n",
+        kHelpColumns);
     for (const HostProfile& profile : builtinProfiles()) {
         out += "  " + profile.name + std::string(20 - profile.name.size(), ' ') + profile.description + "\n";
     }
@@ -124,7 +129,8 @@ int run(Words words, GlobalOptions& global) {
     CLI::App app(
         "Opens clips through an importer plug-in as its host does, and shows what the host would see.");
     app.name("importer_host");
-    app.allow_windows_style_options(false);  // "/clips/a.avi" is a path under Wine, not an option
+    app.formatter(std::make_shared<HelpFormatter>());  // its commands inherit it
+    app.allow_windows_style_options(false);            // "/clips/a.avi" is a path under Wine, not an option
     app.footer(footer());
     bool version = false;
     app.add_flag("--version", version,

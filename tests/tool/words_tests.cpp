@@ -1,4 +1,6 @@
 // Commands and options as users type them.
+#include <sstream>
+
 #include "tests/tool/tool_run.h"
 
 namespace {
@@ -28,6 +30,20 @@ TEST_F(ToolWords, HelpIsACommand) {
     EXPECT_EQ(one.code, kSuccess);
     EXPECT_EQ(one.out, runTool({"frames", "--help"}).out);
     EXPECT_THAT(one.out, HasSubstr("--sheet"));
+}
+
+TEST_F(ToolWords, NoLineOfHelpIsWiderThanATerminal) {
+    std::string commands = runTool({"zebra"}).err;
+    commands.erase(0, commands.find("the commands are ") + std::string("the commands are ").size());
+    commands.erase(commands.find('\n'));
+    std::istringstream names("--help, " + commands);
+    std::size_t count = 0;
+    for (std::string name; std::getline(names >> std::ws, name, ','); ++count) {
+        std::istringstream help(runTool({"help", name}).out);
+        for (std::string line; std::getline(help, line);)
+            EXPECT_LE(line.size(), 100U) << name << ": " << line;
+    }
+    EXPECT_GE(count, 10U) << commands;
 }
 
 TEST_F(ToolWords, HelpHasTheOptionsOfUseAndNoOthers) {

@@ -64,11 +64,13 @@ IntegerConverter integerConverter(const host::AudioSuite& suite, std::uint32_t s
     }
 }
 
-/// Calls the host's converter, for no frames too. Its result says nothing that the importer could act on. The
-/// converter writes every channel, so one that the host gave no buffer for is given a small one of ours, and
-/// the samples go block by block.
-void convertIntegers(IntegerConverter convert, const std::byte* source, float** buffers,
-                     std::uint32_t channels, std::uint32_t blockAlign, std::uint32_t frames) {
+/// Calls the host's converter for the first `frames` of the samples, for no frames too. Its result says
+/// nothing that the importer could act on. The converter writes every channel, so one that the host gave no
+/// buffer for is given a small one of ours, and the samples go block by block.
+void convertIntegers(IntegerConverter convert, const AudioSamples& samples, float** buffers,
+                     std::uint32_t frames) {
+    const std::byte* const source = samples.bytes.data();
+    const std::uint32_t channels = samples.channels;
     if (std::find(buffers, buffers + channels, nullptr) == buffers + channels) {
         convert(source, buffers, channels, frames);
         return;
@@ -82,7 +84,7 @@ void convertIntegers(IntegerConverter convert, const std::byte* source, float** 
         for (std::uint32_t c = 0; c < channels; ++c) {
             destination[c] = buffers[c] != nullptr ? buffers[c] + first : unwanted.data();
         }
-        convert(source + first * blockAlign, destination.data(), channels, count);
+        convert(source + first * samples.blockAlign, destination.data(), channels, count);
         first += kBlockFrames;
     } while (first < frames);
 }
@@ -141,7 +143,7 @@ std::int32_t deliverAudio(const AudioSamples& samples, LazyImporterSuites& suite
             // A request for no frames is converted like any other; only one that wrapped to none is not.
             if (buffers != nullptr && (framesRead != 0 || size == 0)) {
                 const IntegerConverter convert = integerConverter(suites.get().audio.get(), samples.type);
-                convertIntegers(convert, bytes, buffers, channels, blockAlign, framesRead);
+                convertIntegers(convert, samples, buffers, framesRead);
             }
             break;
         case host::kPrAudioSampleType_32BitFloat:

@@ -23,18 +23,18 @@ class AudioInfo {
     AudioInfo(const AudioInfo&) = delete;
     AudioInfo& operator=(const AudioInfo&) = delete;
 
-    /// Analyses the stream's format: imNoErr when accepted, imBadFile (the reason logged) when rejected.
-    /// `stream` is referenced, not owned.
+    /// Analyses the stream's format: imNoErr when accepted, imBadFile (the reason logged) when rejected,
+    /// which valid() keeps. `stream` is referenced, not owned.
     std::int32_t init(const AviStream& stream);
     /// Logs the format and writes the four audio fields of the host's record (never its has-audio flag).
     void fillFileInfo(host::imFileInfoRec8& record) const;
     /// Delivers sample frames, silence where nothing can be read. imNoErr or imDecompressionError. Any
     /// thread; of sequential reads that meet, each gets sample frames of its own.
-    std::int32_t importAudio(const host::imImportAudioRec7& record);
+    [[nodiscard]] std::int32_t importAudio(const host::imImportAudioRec7& record);
     /// Gives up the memory that reads keep for the next one.
     void releaseBuffers() noexcept { m_readBuffer.drop(); }
     /// Writes the loudspeaker labels: imNoErr, or imUnsupported for an unusable stream.
-    std::int32_t getChannelLayout(host::imGetAudioChannelLayoutRec& record) const;
+    [[nodiscard]] std::int32_t getChannelLayout(host::imGetAudioChannelLayoutRec& record) const;
 
     bool valid() const noexcept { return m_valid; }
     const WaveFormatExtensible& format() const noexcept { return m_format; }

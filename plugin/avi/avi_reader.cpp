@@ -16,6 +16,7 @@ namespace {
 constexpr std::array kDescendTypes = {riffCode("AVI "), riffCode("hdrl"), riffCode("strl"), riffCode("odml")};
 // The walk ends behind the first form: data of OpenDML's further forms is reached through the index.
 constexpr std::array kStopKeys = {riffCode("AVI ")};
+constexpr WalkRules kWalkRules{kDescendTypes, kStopKeys};
 
 // A stream list with its strh and strf takes 84 bytes. More lists than this lie over one another.
 constexpr std::uint64_t kStreamListBytes = 64;
@@ -89,10 +90,9 @@ bool AviReader::parseHeaders(bool headerOnly) {
     }
     // What lies behind movi is far away in the file and nothing but indexes: a file that is refused for what
     // its headers say is not asked for it.
-    if (!walkUpTo(m_input, start, fileSize, kDescendTypes, kStopKeys, riffCode("movi"), chunks,
-                  m_restOfWalk)) {
-        errors.add(kInStructure, kCorrupt);
-    }
+    const StartOfWalk walked = walkUpTo(m_input, {start, fileSize}, kWalkRules, riffCode("movi"), chunks);
+    m_restOfWalk = walked.rest;
+    if (!walked.sound) errors.add(kInStructure, kCorrupt);
     if (!headerOnly) finishWalk();
     // The rest may be damaged, which is told too.
     const auto fail = [&](const char* problem) {
@@ -128,7 +128,7 @@ void AviReader::finishWalk() noexcept {
     if (!m_restOfWalk) return;
     const RestOfWalk rest = *m_restOfWalk;
     m_restOfWalk.reset();
-    const bool sound = walkRest(m_input, rest, kDescendTypes, kStopKeys, chunks.front().children);
+    const bool sound = walkRest(m_input, rest, kWalkRules, chunks.front().children);
     // Damage of the first part is noted already.
     if (!sound && rest.sound) errors.add(kInStructure, kCorrupt);
 }

@@ -25,9 +25,8 @@ bool contains(std::span<const std::uint32_t> codes, std::uint32_t code) noexcept
 
 class Walker {
  public:
-    Walker(FileWindow& input, std::span<const std::uint32_t> descendTypes,
-           std::span<const std::uint32_t> stopKeys, std::uint64_t chunksLeft)
-        : m_input(input), m_descendTypes(descendTypes), m_stopKeys(stopKeys), m_chunksLeft(chunksLeft) {}
+    Walker(FileWindow& input, const WalkRules& rules, std::uint64_t chunksLeft)
+        : m_input(input), m_rules(rules), m_chunksLeft(chunksLeft) {}
 
     /// The walk pauses behind the first list of this type in a form, and tells where in `rest`.
     void pauseAt(std::uint32_t type, std::optional<RestOfWalk>& rest) noexcept {
@@ -36,22 +35,24 @@ class Walker {
     }
 
     // `depth` counts the lists that this level lies in.
-    bool walkLevel(std::vector<RiffChunk>& list, std::uint64_t position, std::uint64_t bytes,
-                   int depth) noexcept {
+    bool walkLevel(std::vector<RiffChunk>& list, ByteRange range, int depth) noexcept {
+        auto [position, bytes] = range;
         bool sound = true;
         std::uint64_t consumed = 0;
         while (consumed < bytes) {
             RiffChunk* chunk = readHeader(list, position);
             if (chunk == nullptr) return false;
-            if (chunk->isList() && (m_descendTypes.empty() || contains(m_descendTypes, chunk->type))) {
+            if (chunk->isList() &&
+                (m_rules.descendTypes.empty() || contains(m_rules.descendTypes, chunk->type))) {
                 if (depth >= kMaxListDepth) {
                     sound = false;
-                } else if (!walkLevel(chunk->children, chunk->dataPosition(), chunk->dataSize(), depth + 1)) {
+                } else if (!walkLevel(chunk->children, {chunk->dataPosition(), chunk->dataSize()},
+                                      depth + 1)) {
                     sound = false;
                     if (m_exhausted) return false;
                 }
             }
-            if (contains(m_stopKeys, chunk->isList() ? chunk->type : chunk->id)) return sound;
+            if (contains(m_rules.stopKeys, chunk->isList() ? chunk->type : chunk->id)) return sound;
 
             // The format's arithmetic is 32 bits wide, so the largest sizes wrap. Where they wrap to nothing
             // the walk would stand still.
@@ -60,7 +61,8 @@ class Walker {
             position += paddedLength;
             consumed += paddedLength;
             if (m_rest != nullptr && depth == kFormDepth && chunk->isListOf(m_pauseType)) {
-                m_rest->emplace(RestOfWalk{position, bytes - std::min(bytes, consumed), m_chunksLeft, sound});
+                m_rest->emplace(
+                    RestOfWalk{{position, bytes - std::min(bytes, consumed)}, m_chunksLeft, sound});
                 return sound;
             }
         }
@@ -94,8 +96,7 @@ class Walker {
     }
 
     FileWindow& m_input;
-    std::span<const std::uint32_t> m_descendTypes;
-    std::span<const std::uint32_t> m_stopKeys;
+    WalkRules m_rules;
     std::uint64_t m_chunksLeft;
     std::uint32_t m_pauseType = 0;
     std::optional<RestOfWalk>* m_rest = nullptr;  // null: no pause
@@ -104,26 +105,23 @@ class Walker {
 
 }  // namespace
 
-bool walk(FileWindow& input, std::uint64_t position, std::uint64_t bytes,
-          std::span<const std::uint32_t> descendTypes, std::span<const std::uint32_t> stopKeys,
-          std::vector<RiffChunk>& list) noexcept {
-    return Walker(input, descendTypes, stopKeys, mostChunks(input)).walkLevel(list, position, bytes, 0);
+bool walk(FileWindow& input, ByteRange range, const WalkRules& rules, std::vector<RiffChunk>& list) noexcept {
+    return Walker(input, rules, mostChunks(input)).walkLevel(list, range, 0);
 }
 
-bool walkUpTo(FileWindow& input, std::uint64_t position, std::uint64_t bytes,
-              std::span<const std::uint32_t> descendTypes, std::span<const std::uint32_t> stopKeys,
-              std::uint32_t pauseType, std::vector<RiffChunk>& list,
-              std::optional<RestOfWalk>& rest) noexcept {
-    rest.reset();
-    Walker walker(input, descendTypes, stopKeys, mostChunks(input));
-    walker.pauseAt(pauseType, rest);
-    return walker.walkLevel(list, position, bytes, 0);
+StartOfWalk walkUpTo(FileWindow& input, ByteRange range, const WalkRules& rules, std::uint32_t pauseType,
+                     std::vector<RiffChunk>& list) noexcept {
+    StartOfWalk start{};
+    Walker walker(input, rules, mostChunks(input));
+    walker.pauseAt(pauseType, start.rest);
+    start.sound = walker.walkLevel(list, range, 0);
+    return start;
 }
 
-bool walkRest(FileWindow& input, const RestOfWalk& rest, std::span<const std::uint32_t> descendTypes,
-              std::span<const std::uint32_t> stopKeys, std::vector<RiffChunk>& children) noexcept {
-    Walker walker(input, descendTypes, stopKeys, rest.chunksLeft);
-    return walker.walkLevel(children, rest.position, rest.bytes, kFormDepth) && rest.sound;
+bool walkRest(FileWindow& input, const RestOfWalk& rest, const WalkRules& rules,
+              std::vector<RiffChunk>& children) noexcept {
+    Walker walker(input, rules, rest.chunksLeft);
+    return walker.walkLevel(children, rest.range, kFormDepth) && rest.sound;
 }
 
 }  // namespace orvantis

@@ -16,38 +16,48 @@ inline constexpr int kMaxListDepth = 64;
 /// No walk collects more chunks than this, whatever the file's size.
 inline constexpr std::uint64_t kMaxChunks = 4'194'304;
 
-/// Walks the chunks that lie in `bytes` bytes from `position` on and appends them to `list`. Lists whose type
-/// is in `descendTypes` (any list, when that is empty) are walked too. A level ends behind the first chunk
-/// whose key (the type of a list, else the id) is in `stopKeys`.
+/// A run of bytes of the file.
+struct ByteRange {
+    std::uint64_t position;
+    std::uint64_t bytes;
+};
+
+/// Which lists a walk goes into and where a level ends.
+struct WalkRules {
+    std::span<const std::uint32_t>
+        descendTypes;  ///< lists of these types are walked too; when empty, any list
+    std::span<const std::uint32_t>
+        stopKeys;  ///< a level ends behind the first chunk of such a key (a list's type, else the id)
+};
+
+/// Walks the chunks that lie in `range` and appends them to `list`.
 ///
 /// False when the structure is damaged: a header that cannot be read, a chunk that would not move the walk
 /// forward, too deep nesting, or more chunks than the file has room for (lists may claim to overlap). What
 /// was found so far stays in `list`; a damaged inner list does not end the walk of its parent. Never throws;
 /// running out of memory is damage.
-[[nodiscard]] bool walk(FileWindow& input, std::uint64_t position, std::uint64_t bytes,
-                        std::span<const std::uint32_t> descendTypes, std::span<const std::uint32_t> stopKeys,
+[[nodiscard]] bool walk(FileWindow& input, ByteRange range, const WalkRules& rules,
                         std::vector<RiffChunk>& list) noexcept;
 
 /// What is left of a walk that was interrupted.
 struct RestOfWalk {
-    std::uint64_t position;    ///< of the next chunk header of the first form
-    std::uint64_t bytes;       ///< of that form from there on
+    ByteRange range;           ///< of the first form, from its next chunk header on
     std::uint64_t chunksLeft;  ///< how many more chunks may be collected
     bool sound;                ///< the result so far
 };
 
+struct StartOfWalk {
+    bool sound;                      ///< the result of the part walked
+    std::optional<RestOfWalk> rest;  ///< what walkRest() goes on with; empty when the walk has ended
+};
+
 /// The same walk as far as the first list of type `pauseType` among the children of the first form, that list
-/// included. `rest` is then what walkRest() goes on with; it stays empty when the walk ended before, which it
-/// also does behind the first form. The result is that of the part walked.
-[[nodiscard]] bool walkUpTo(FileWindow& input, std::uint64_t position, std::uint64_t bytes,
-                            std::span<const std::uint32_t> descendTypes,
-                            std::span<const std::uint32_t> stopKeys, std::uint32_t pauseType,
-                            std::vector<RiffChunk>& list, std::optional<RestOfWalk>& rest) noexcept;
+/// included. It may end before, and does so behind the first form at the latest.
+[[nodiscard]] StartOfWalk walkUpTo(FileWindow& input, ByteRange range, const WalkRules& rules,
+                                   std::uint32_t pauseType, std::vector<RiffChunk>& list) noexcept;
 
 /// Walks the rest and appends it to the children of the first form. The result is that of the whole walk.
-[[nodiscard]] bool walkRest(FileWindow& input, const RestOfWalk& rest,
-                            std::span<const std::uint32_t> descendTypes,
-                            std::span<const std::uint32_t> stopKeys,
+[[nodiscard]] bool walkRest(FileWindow& input, const RestOfWalk& rest, const WalkRules& rules,
                             std::vector<RiffChunk>& children) noexcept;
 
 }  // namespace orvantis

@@ -22,23 +22,23 @@ class File {
     virtual ~File() = default;
 
     /// Opens `utf8Path` (NUL-terminated) with OpenMode flags; an open file is closed first. False on failure.
-    virtual bool open(const char* utf8Path, int mode) = 0;
+    [[nodiscard]] virtual bool open(const char* utf8Path, int mode) = 0;
     /// Harmless on a closed file.
     virtual void close() = 0;
     /// Length in bytes.
-    virtual std::int64_t size() = 0;
+    [[nodiscard]] virtual std::int64_t size() = 0;
     /// Current position; 0 if it cannot be told.
-    virtual std::int64_t tell() = 0;
+    [[nodiscard]] virtual std::int64_t tell() = 0;
     /// Absolute position from the start. Past the end succeeds; reading there gives 0 bytes.
-    virtual bool seek(std::int64_t offset) = 0;
+    [[nodiscard]] virtual bool seek(std::int64_t offset) = 0;
     /// Bytes really read; `count` is truncated to 32 bits. A short count means end of file or a failure.
-    virtual std::uint64_t read(void* buffer, std::uint64_t count) = 0;
+    [[nodiscard]] virtual std::uint64_t read(void* buffer, std::uint64_t count) = 0;
     /// Bytes really written; `count` is truncated to 32 bits.
-    virtual std::uint64_t write(const void* buffer, std::uint64_t count) = 0;
+    [[nodiscard]] virtual std::uint64_t write(const void* buffer, std::uint64_t count) = 0;
     virtual std::uint64_t alignment();  ///< 4096
     virtual std::uint64_t blockSize();  ///< 4096
     /// Writes at `offset` and goes back to where the position was. Bytes written; 0 when the seek is refused.
-    virtual std::uint64_t writeAt(const void* buffer, std::uint64_t count, std::int64_t offset);
+    [[nodiscard]] virtual std::uint64_t writeAt(const void* buffer, std::uint64_t count, std::int64_t offset);
 
     /// Reads exactly `count` bytes or throws ReadError.
     void readExact(void* buffer, std::uint64_t count);

@@ -28,7 +28,7 @@ class VideoInfo {
     /// What the stream is and how it can be decoded; needs no index, so that a foreign file is refused
     /// without one. imNoErr, imBadFile or imOtherErr, the reason logged. `stream` is referenced, not owned,
     /// and outlives the object. Once per object.
-    std::int32_t analyseFormat(const AviStream& stream);
+    [[nodiscard]] std::int32_t analyseFormat(const AviStream& stream);
     /// Frame count and frame rate, from the stream's chunk list and header. After analyseFormat and
     /// readIndexes().
     void analyseTiming();

@@ -81,7 +81,7 @@ std::string fileDifference(const Bytes& bytes) {
     constexpr std::array kDescend = {riffCode("AVI "), riffCode("hdrl"), riffCode("strl"), riffCode("odml")};
     constexpr std::array kStop = {riffCode("AVI ")};
     std::vector<RiffChunk> tree;
-    (void)walk(input, 0, bytes.size(), kDescend, kStop, tree);
+    (void)walk(input, {0, bytes.size()}, {kDescend, kStop}, tree);
     std::vector<WholeStream> streams(reader.streams.size());
     std::string problems;
     test::WholeIndexReader indexes(input, problems);

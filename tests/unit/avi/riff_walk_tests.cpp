@@ -31,7 +31,7 @@ Walked walkAll(const Bytes& bytes, std::span<const std::uint32_t> descendTypes =
     FileWindow window;
     window.attach(file, size);
     Walked result;
-    result.sound = walk(window, 0, size, descendTypes, stopKeys, result.chunks);
+    result.sound = walk(window, {0, size}, {descendTypes, stopKeys}, result.chunks);
     result.reads = file.counts().reads;
     return result;
 }

@@ -35,5 +35,6 @@ Command addReportCommand(CLI::App& app);
 Command addDoctorCommand(CLI::App& app);
 Command addSoakCommand(CLI::App& app);
 Command addBenchCommand(CLI::App& app);
+Command addVerifyCommand(CLI::App& app);
 
 }  // namespace simhost::tool

@@ -146,4 +146,34 @@ TEST_F(ToolInterruption, WorkThatComesToItsNextStepCleansUp) {
     EXPECT_FALSE(std::filesystem::exists(folder / "sheet.png"));
 }
 
+TEST_F(ToolInterruption, VerifyGoesOnWhereItWas) {
+    const std::string name = "interruption-verify-" + std::to_string(::getpid());
+    const std::string clip = soundClip();
+    Gate::remove(name);
+    Gate gate(name);
+    {
+        const ScopedEnvironment gated("ORVANTIS_STANDIN_GATE", name);
+        RunningTool tool({"verify", clip, "--jobs", "1", "--beside", "--resume", in("state")});
+        for (int frame = 0; frame < 2; ++frame) {
+            ASSERT_TRUE(gate.waitForArrival());
+            gate.release(1);
+        }
+        ASSERT_TRUE(gate.waitForArrival());
+        tool.interrupt();
+        ASSERT_TRUE(tool.waitFor("ending"));
+        gate.release(100);
+        EXPECT_EQ(tool.wait(), kInterrupted);
+    }
+    Gate::remove(name);
+    EXPECT_FALSE(std::filesystem::exists(folder / "clip.avi.framemd5")) << "half a list is none";
+    const std::string kept = read("state");
+    EXPECT_THAT(kept, testing::HasSubstr("\n0 0 1 128 ")) << "the first frame";
+    EXPECT_THAT(kept, testing::HasSubstr("\n0 1 1 128 ")) << "the second";
+    const ToolRun rest = runTool({"verify", clip, "--beside", "--resume", in("state")});
+    EXPECT_EQ(rest.code, simhost::tool::kSuccess) << rest.err;
+    EXPECT_THAT(rest.out, testing::HasSubstr(" of an earlier run\n"));
+    EXPECT_FALSE(std::filesystem::exists(folder / "state"));
+    EXPECT_EQ(runTool({"verify", clip, "--beside", "--compare"}).code, simhost::tool::kSuccess);
+}
+
 }  // namespace

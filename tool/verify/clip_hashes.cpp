@@ -5,6 +5,7 @@
 #include <map>
 #include <numeric>
 
+#include "simhost/pixel_layout.h"
 #include "tool/shared/base/tool_error.h"
 
 namespace simhost::tool {
@@ -31,11 +32,15 @@ const TrackHashes* trackOf(const ClipHashes& clip, std::int32_t number) {
 
 std::uint64_t frameBytes(const ClipHashes& clip) {
     const FrameLayout& layout = clip.layout;
-    if (layout.asDelivered || clip.width <= 0 || clip.height <= 0) {
-        return 0;  // not known before a frame is there
+    if (clip.width <= 0 || clip.height <= 0) {
+        return 0;
     }
     const auto w = static_cast<std::uint64_t>(clip.width);
     const auto h = static_cast<std::uint64_t>(clip.height);
+    if (layout.asDelivered) {
+        return static_cast<std::uint64_t>(minimalRowBytes(*findPixelLayout(layout.delivered), clip.width)) *
+               h;
+    }
     const std::uint64_t chroma = ((w + (1U << layout.shiftX) - 1) >> layout.shiftX) *
                                  ((h + (1U << layout.shiftY) - 1) >> layout.shiftY);
     const std::uint64_t samples = layout.planes == 1 ? w * h
@@ -246,10 +251,13 @@ std::vector<std::int32_t> matchStreams(const FrameMd5File& list, const std::stri
             continue;
         }
         if (sound == nullptr && size != 0 && line->size != size) {
-            refuseLayout(listName,
-                         "its frames have " + std::to_string(line->size) + " bytes, those of the clip have " +
-                             std::to_string(size) + " (" + clip.layout.name + ")",
-                         "make the list with \"-c:v rawvideo -pix_fmt " + clip.layout.name + "\"");
+            refuseLayout(
+                listName,
+                "its frames have " + std::to_string(line->size) + " bytes, those of the clip have " +
+                    std::to_string(size) + " (" + clip.layout.name + ")",
+                clip.layout.asDelivered
+                    ? "no layout of the host holds such pictures whole: only lists of importer_host fit"
+                    : "make the list with \"-c:v rawvideo -pix_fmt " + clip.layout.name + "\"");
         }
         if (sound != nullptr && !stream.codec.empty() && stream.codec != sampleKindName(sound->kind)) {
             refuseLayout(listName,

@@ -1,6 +1,7 @@
 #include "tool/verify/verify_state.h"
 
 #include <charconv>
+#include <chrono>
 #include <filesystem>
 #include <optional>
 #include <sstream>
@@ -146,6 +147,11 @@ void VerifyState::keep(const ClipHashes& clip, HashDone done) {
     m_file << done.track << ' ' << (track == nullptr ? done.place : track->blocks[done.place].first) << ' '
            << (track == nullptr ? 1 : track->blocks[done.place].count) << ' ' << hash.size << ' '
            << hexText(hash.hash) << '\n';
+    // A run may be killed at any time.
+    if (const auto now = std::chrono::steady_clock::now(); now >= m_nextFlush) {
+        m_nextFlush = now + std::chrono::seconds(1);
+        flush();
+    }
 }
 
 void VerifyState::flush() {

@@ -2,6 +2,7 @@
 // was. The file grows while the run goes, and is removed by its end. Main thread only.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <fstream>
 #include <map>
@@ -32,6 +33,7 @@ class VerifyState {
     std::string m_path;
     std::map<std::string, std::vector<std::string>> m_known;  // clip's line, lines of its hashes
     std::ofstream m_file;
+    std::chrono::steady_clock::time_point m_nextFlush;
 };
 
 }  // namespace simhost::tool

@@ -1,0 +1,46 @@
+// clang-format off
+#include <windows.h>
+#include <winioctl.h>
+// clang-format on
+#include <io.h>
+
+#include <system_error>
+
+#include "simhost/text.h"
+#include "tool/excerpt/sparse_platform.h"
+
+namespace simhost::tool {
+namespace {
+
+std::wstring widePath(const std::string& utf8) {
+    const std::u16string text = toUtf16(utf8);
+    return {text.begin(), text.end()};
+}
+
+}  // namespace
+
+void allowHoles(std::FILE* file) noexcept {
+    // Where the file system refuses, the holes are noughts on the disk.
+    DWORD returned = 0;
+    (void)DeviceIoControl(reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(file))), FSCTL_SET_SPARSE, nullptr,
+                          0, nullptr, 0, &returned, nullptr);
+}
+
+bool seekTo(std::FILE* file, std::uint64_t position) noexcept {
+    return _fseeki64(file, static_cast<long long>(position), SEEK_SET) == 0;
+}
+
+std::string renameToNew(const std::string& from, const std::string& to) {
+    // Without MOVEFILE_REPLACE_EXISTING it fails when there is something of that name.
+    return MoveFileExW(widePath(from).c_str(), widePath(to).c_str(), 0) != FALSE
+               ? std::string()
+               : std::system_category().message(static_cast<int>(GetLastError()));
+}
+
+std::uint64_t bytesOnDisk(const std::string& path) {
+    DWORD high = 0;
+    const DWORD low = GetCompressedFileSizeW(widePath(path).c_str(), &high);
+    return low == INVALID_FILE_SIZE && GetLastError() != NO_ERROR ? 0 : std::uint64_t{high} << 32 | low;
+}
+
+}  // namespace simhost::tool

@@ -36,6 +36,7 @@ Command addDoctorCommand(CLI::App& app);
 Command addSoakCommand(CLI::App& app);
 Command addBenchCommand(CLI::App& app);
 Command addVerifyCommand(CLI::App& app);
+Command addCollectCommand(CLI::App& app);
 Command addExcerptCommand(CLI::App& app);
 
 }  // namespace simhost::tool

@@ -138,8 +138,8 @@ int run(Words words, GlobalOptions& global) {
     addCommonOptions(app, {}, global);
     const Command commands[] = {addInfoCommand(app),   addFramesCommand(app),  addAudioCommand(app),
                                 addAsyncCommand(app),  addReportCommand(app),  addDoctorCommand(app),
-                                addVerifyCommand(app), addExcerptCommand(app), addLogCommand(app),
-                                addSoakCommand(app),   addBenchCommand(app)};
+                                addVerifyCommand(app), addCollectCommand(app), addExcerptCommand(app),
+                                addLogCommand(app),    addSoakCommand(app),    addBenchCommand(app)};
     Words names;
     for (const Command& command : commands) {
         addCommonOptions(*command.parser, command.uses, global);

@@ -2,16 +2,9 @@
 
 #include <array>
 #include <cstdlib>
-#include <limits>
-#include <memory>
-#include <stdexcept>
 #include <string_view>
 
-// Only the deflate compressor is used: the library writes no 16-bit files.
-#define STB_IMAGE_WRITE_IMPLEMENTATION
-#define STB_IMAGE_WRITE_STATIC
-#define STBI_WRITE_NO_STDIO
-#include <stb/stb_image_write.h>
+#include "tool/shared/base/deflate.h"
 
 namespace simhost::tool {
 namespace {
@@ -24,31 +17,12 @@ void append32(Bytes& out, std::uint32_t value) {
     }
 }
 
-std::uint32_t crc32(const std::uint8_t* bytes, std::size_t size) {
-    static const std::array<std::uint32_t, 256> kTable = [] {
-        std::array<std::uint32_t, 256> table{};
-        for (std::uint32_t i = 0; i < table.size(); ++i) {
-            std::uint32_t value = i;
-            for (int bit = 0; bit < 8; ++bit) {
-                value = (value >> 1) ^ ((value & 1) != 0 ? 0xEDB88320u : 0u);
-            }
-            table[i] = value;
-        }
-        return table;
-    }();
-    std::uint32_t crc = 0xFFFFFFFFu;
-    for (std::size_t i = 0; i < size; ++i) {
-        crc = (crc >> 8) ^ kTable[(crc ^ bytes[i]) & 0xFF];
-    }
-    return ~crc;
-}
-
 void appendChunk(Bytes& out, std::string_view type, const std::uint8_t* data, std::size_t size) {
     append32(out, static_cast<std::uint32_t>(size));
     const std::size_t start = out.size();
     out.insert(out.end(), type.begin(), type.end());
     out.insert(out.end(), data, data + size);
-    append32(out, crc32(out.data() + start, out.size() - start));
+    append32(out, crc32({out.data() + start, out.size() - start}));
 }
 
 // The rows as PNG stores them: samples with the high byte first, each row behind the number of its filter.
@@ -94,24 +68,10 @@ Bytes filteredRows(const Picture& picture) {
     return out;
 }
 
-struct Free {
-    void operator()(unsigned char* memory) const noexcept { std::free(memory); }
-};
-
 }  // namespace
 
 Bytes encodePng(const Picture& picture) {
-    Bytes rows = filteredRows(picture);
-    if (rows.size() > static_cast<std::size_t>(std::numeric_limits<int>::max()) / 2) {
-        throw std::runtime_error("the picture is too large for a PNG file");
-    }
-    constexpr int kCompressionLevel = 5;
-    int compressedBytes = 0;
-    const std::unique_ptr<unsigned char, Free> compressed(
-        stbi_zlib_compress(rows.data(), static_cast<int>(rows.size()), &compressedBytes, kCompressionLevel));
-    if (!compressed) {
-        throw std::runtime_error("no memory to compress a picture");
-    }
+    const Bytes compressed = zlibStream(filteredRows(picture));
     Bytes out = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
     Bytes header;
     append32(header, static_cast<std::uint32_t>(picture.width));
@@ -120,7 +80,7 @@ Bytes encodePng(const Picture& picture) {
     header.push_back(picture.channels == 4 ? 6 : 2);  // colour type: RGB with alpha, or RGB
     header.insert(header.end(), {0, 0, 0});           // deflate, the five filters, not interlaced
     appendChunk(out, "IHDR", header.data(), header.size());
-    appendChunk(out, "IDAT", compressed.get(), static_cast<std::size_t>(compressedBytes));
+    appendChunk(out, "IDAT", compressed.data(), compressed.size());
     appendChunk(out, "IEND", nullptr, 0);
     return out;
 }

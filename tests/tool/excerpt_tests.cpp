@@ -137,12 +137,17 @@ class ToolExcerpt : public ToolTest {
 
 #if defined(ORVANTIS_CLIPS_DIR)
 
-TEST_F(ToolExcerpt, ClipsOfOtherProgramsGiveTheSameAnswers) {
-    expectSameAnswers(ORVANTIS_CLIPS_DIR);
-}
-
-TEST_F(ToolExcerpt, NothingOfTheChunksOfOtherProgramsIsLeft) {
-    takeExcerpts(ORVANTIS_CLIPS_DIR);
+TEST_F(ToolExcerpt, ClipsOfOtherProgramsGiveTheSameAnswersAndLeaveNothing) {
+    // Of the clips that differ by their rate alone one will do, and a large one only makes the test slow.
+    fs::create_directories(folder / "clips");
+    for (const auto& each : fs::directory_iterator(ORVANTIS_CLIPS_DIR)) {
+        const std::string name = each.path().filename().string();
+        const bool chosen = !name.starts_with("rate_") || name == "rate_30000_1001.avi";
+        if (each.path().extension() == ".avi" && chosen && fs::file_size(each.path()) < 500'000) {
+            fs::copy_file(each.path(), folder / "clips" / name);
+        }
+    }
+    expectSameAnswers(folder / "clips");
     std::uint64_t looked = 0;
     for (const std::string& name : namesIn(folder / "excerpts")) {
         fileio::WinFile file;
@@ -151,8 +156,7 @@ TEST_F(ToolExcerpt, NothingOfTheChunksOfOtherProgramsIsLeft) {
         ASSERT_TRUE(reader.parse(file, false)) << name;
         for (const auto& stream : reader.streams) {
             for (const orvantis::IndexEntry& entry : stream->entries()) {
-                // The beginning of a large one is enough: holes are read slowly.
-                std::vector<char> bytes(std::min<std::size_t>(entry.size, 4096));
+                std::vector<char> bytes(entry.size);
                 ASSERT_TRUE(file.seek(static_cast<std::int64_t>(entry.offset)));
                 ASSERT_EQ(file.read(bytes.data(), bytes.size()), bytes.size());
                 ASSERT_EQ(std::ranges::count(bytes, '\0'), std::ssize(bytes)) << name;

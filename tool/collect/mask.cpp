@@ -136,8 +136,8 @@ Letter utf16At(std::string_view text, std::size_t at) {
 
 using Reader = Letter (*)(std::string_view, std::size_t);
 
-// The forms in which a letter may stand in text of one encoding.
-constexpr std::array<Reader, 4> kUtf8 = {utf8At, percentAt, jsonAt, entityAt};
+// The forms in which a letter may stand in text of one encoding. Escapes first, which begin with letters.
+constexpr std::array<Reader, 4> kUtf8 = {percentAt, jsonAt, entityAt, utf8At};
 constexpr std::array<Reader, 1> kUtf16Little = {utf16At<false>};
 constexpr std::array<Reader, 1> kUtf16Big = {utf16At<true>};
 

@@ -4,10 +4,12 @@
 // clang-format on
 #include <io.h>
 
-#include <system_error>
+#include <cerrno>
+#include <string>
 
 #include "simhost/text.h"
 #include "tool/excerpt/sparse_platform.h"
+#include "tool/shared/base/file_facts.h"
 
 namespace simhost::tool {
 namespace {
@@ -32,9 +34,12 @@ bool seekTo(std::FILE* file, std::uint64_t position) noexcept {
 
 std::string renameToNew(const std::string& from, const std::string& to) {
     // Without MOVEFILE_REPLACE_EXISTING it fails when there is something of that name.
-    return MoveFileExW(widePath(from).c_str(), widePath(to).c_str(), 0) != FALSE
-               ? std::string()
-               : std::system_category().message(static_cast<int>(GetLastError()));
+    if (MoveFileExW(widePath(from).c_str(), widePath(to).c_str(), 0) != FALSE) {
+        return {};
+    }
+    const DWORD error = GetLastError();
+    return error == ERROR_ALREADY_EXISTS || error == ERROR_FILE_EXISTS ? systemReason(EEXIST)
+                                                                       : "error " + std::to_string(error);
 }
 
 std::uint64_t bytesOnDisk(const std::string& path) {

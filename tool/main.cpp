@@ -32,7 +32,7 @@ std::string footer() {
         "\"importer_host help COMMAND\" tells more about a command. Clips alone, as when they are dropped on "
         "the program, get a "
         "report each, which is opened.\n\n"
-        "Exit codes: 0 success; 1 the plug-in refused the file or a request, or doctor found a fault; 2 "
+        "Exit codes: 0 success; 1 the plug-in refused the file or a request, or doctor or verify found a fault; 2 "
         "wrong arguments; 3 the "
         "plug-in could not be loaded; 4 a file could not be written; 5 the plug-in leaked, broke a rule of "
         "the host, or gave "

@@ -20,6 +20,15 @@ TEST(NumberText, DatesAreThoseOfTheCalendar) {
     EXPECT_EQ(dateText(-1), "1969-12-31 23:59:59 UTC");
 }
 
+TEST(NumberText, TheTimeLeftGoesByThePaceSoFar) {
+    EXPECT_EQ(timeLeftText(0.9, 50, 100), "");
+    EXPECT_EQ(timeLeftText(10, 0, 100), "");
+    EXPECT_EQ(timeLeftText(10, 25, 100), ", 0:30 left");
+    EXPECT_EQ(timeLeftText(100, 1, 100), ", 165:00 left");
+    EXPECT_EQ(timeLeftText(10, 100, 100), ", 0:00 left");
+    EXPECT_EQ(timeLeftText(1000, 1, 1'000'000), "");
+}
+
 TEST(AsyncTiming, SlowerIsToldBeyondWhatMeasuringBlurs) {
     const PlayTiming synchronous{1.0, 0.5, 10};
     EXPECT_TRUE(asynchronousIsSlower(synchronous, {1.2, 0.7, 10}));

@@ -1,5 +1,6 @@
 #include "tool/shared/base/number_text.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstddef>
@@ -38,6 +39,22 @@ std::string timeText(double seconds) {
     char text[48];
     (void)std::snprintf(text, sizeof text, "%02lld:%02lld:%02lld.%03lld", milliseconds / 3'600'000,
                         milliseconds / 60'000 % 60, milliseconds / 1000 % 60, milliseconds % 1000);
+    return text;
+}
+
+std::string timeLeftText(double secondsSpent, std::uint64_t done, std::uint64_t total) {
+    constexpr double kMostSeconds = 99 * 3600.0;
+    if (secondsSpent < 1 || done == 0) {
+        return {};
+    }
+    const double left =
+        secondsSpent * static_cast<double>(total - std::min(done, total)) / static_cast<double>(done);
+    if (left > kMostSeconds) {
+        return {};
+    }
+    const auto whole = static_cast<unsigned>(std::lround(left));
+    char text[32];
+    (void)std::snprintf(text, sizeof text, ", %u:%02u left", whole / 60, whole % 60);
     return text;
 }
 

@@ -5,11 +5,13 @@
 #include <utility>
 
 #include "tool/shared/base/interruption.h"
+#include "tool/shared/base/number_text.h"
 
 namespace simhost::tool {
 namespace {
 
 constexpr std::uint64_t kBarWidth = 40;
+constexpr std::size_t kLeftWidth = 24;
 
 }  // namespace
 
@@ -22,7 +24,8 @@ Progress::Progress(bool enabled, std::string what, std::uint64_t total)
 
 Progress::~Progress() {
     if (m_enabled) {
-        (void)std::fprintf(stderr, "\r%*s\r", static_cast<int>(kBarWidth + m_what.size() + 30), "");
+        (void)std::fprintf(stderr, "\r%*s\r", static_cast<int>(kBarWidth + m_what.size() + 30 + kLeftWidth),
+                           "");
     }
 }
 
@@ -39,8 +42,12 @@ void Progress::draw() const {
     const std::uint64_t filled = kBarWidth * m_done / m_total;
     std::string bar(kBarWidth, '.');
     std::fill_n(bar.begin(), filled, '#');
-    (void)std::fprintf(stderr, "\r%s [%s] %llu/%llu", m_what.c_str(), bar.c_str(),
-                       static_cast<unsigned long long>(m_done), static_cast<unsigned long long>(m_total));
+    (void)std::fprintf(
+        stderr, "\r%s [%s] %llu/%llu%-15s", m_what.c_str(), bar.c_str(),
+        static_cast<unsigned long long>(m_done), static_cast<unsigned long long>(m_total),
+        timeLeftText(std::chrono::duration<double>(std::chrono::steady_clock::now() - m_started).count(),
+                     m_done, m_total)
+            .c_str());
     (void)std::fflush(stderr);
 }
 

@@ -1,4 +1,5 @@
-// A progress bar on the error stream, redrawn at most ten times a second. Main thread only.
+// A progress bar on the error stream with the time left, redrawn at most ten times a second. Main thread
+// only.
 #pragma once
 
 #include <chrono>
@@ -25,6 +26,7 @@ class Progress {
     std::string m_what;
     std::uint64_t m_total;
     std::uint64_t m_done = 0;
+    std::chrono::steady_clock::time_point m_started = std::chrono::steady_clock::now();
     std::chrono::steady_clock::time_point m_nextDraw;
 };
 

@@ -30,6 +30,7 @@ Command addInfoCommand(CLI::App& app);
 Command addFramesCommand(CLI::App& app);
 Command addAudioCommand(CLI::App& app);
 Command addAsyncCommand(CLI::App& app);
+Command addRescueCommand(CLI::App& app);
 Command addLogCommand(CLI::App& app);
 Command addReportCommand(CLI::App& app);
 Command addDoctorCommand(CLI::App& app);

@@ -136,10 +136,11 @@ int run(Words words, GlobalOptions& global) {
     app.add_flag("--version", version,
                  "The versions of tool, plug-in, codec library and system, and the host profile");
     addCommonOptions(app, {}, global);
-    const Command commands[] = {addInfoCommand(app),   addFramesCommand(app),  addAudioCommand(app),
-                                addAsyncCommand(app),  addReportCommand(app),  addDoctorCommand(app),
-                                addVerifyCommand(app), addCollectCommand(app), addExcerptCommand(app),
-                                addLogCommand(app),    addSoakCommand(app),    addBenchCommand(app)};
+    const Command commands[] = {addInfoCommand(app),    addFramesCommand(app),  addAudioCommand(app),
+                                addAsyncCommand(app),   addReportCommand(app),  addDoctorCommand(app),
+                                addRescueCommand(app),  addVerifyCommand(app),  addCollectCommand(app),
+                                addExcerptCommand(app), addLogCommand(app),     addSoakCommand(app),
+                                addBenchCommand(app)};
     Words names;
     for (const Command& command : commands) {
         addCommonOptions(*command.parser, command.uses, global);

@@ -138,6 +138,31 @@ TEST(AviIndexGaps, ChunksThatNoIndexMentionsAreOne) {
     EXPECT_EQ(factsOf(bytes).gapCount, 0U);
 }
 
+TEST(AviUnindexed, ChunksBehindAnIndexAreCounted) {
+    AviBuilder avi = builder(8);
+    EXPECT_EQ(factsOf(avi.build()).unindexedChunks, 0U);
+    EXPECT_EQ(factsOf(avi.chunksPerRecList(3).build()).unindexedChunks, 0U);
+    avi.chunksPerRecList(0);
+    // idx1 knows the first form only.
+    EXPECT_EQ(factsOf(avi.chunksPerForm(6).build()).unindexedChunks, avi.placements().size() - 6);
+    EXPECT_EQ(factsOf(avi.openDml(OpenDml::superIndex).build()).unindexedChunks, 0U);
+}
+
+TEST(AviUnindexed, ChunksBetweenIndexedOnesAreCounted) {
+    AviBuilder avi = builder(8);
+    Bytes bytes = avi.build();
+    bytes[avi.idx1Offset() + 8 + 4 * std::size_t{16} + 1] = '3';  // now of a stream that there is not
+    EXPECT_EQ(factsOf(bytes).unindexedChunks, 1U);
+}
+
+TEST(AviUnindexed, WithoutAnIndexAllThatIsWholeIsCounted) {
+    AviBuilder avi = builder(8);
+    Bytes bytes = avi.idx1(false).build();
+    EXPECT_EQ(factsOf(bytes).unindexedChunks, avi.placements().size());
+    bytes.resize(static_cast<std::size_t>(avi.placements()[5].offset) + 1);
+    EXPECT_EQ(factsOf(bytes).unindexedChunks, 5U);
+}
+
 TEST(AviSoundLengths, TheHeaderCountsForSound) {
     AviBuilder avi;
     auto sound = orvantis::test::pcmStream(2, 8000, 16);

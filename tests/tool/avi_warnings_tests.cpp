@@ -113,7 +113,7 @@ TEST(AviWarnings, WrongIndexesAreToldInWordsAndWithWhatToDo) {
         ASSERT_EQ(findings.size(), 1U);
         EXPECT_TRUE(findings[0].bad);
         EXPECT_THAT(findings[0].text, HasSubstr(words));
-        EXPECT_THAT(findings[0].advice, HasSubstr("Re-mux the file"));
+        EXPECT_THAT(findings[0].advice, HasSubstr("importer_host rescue OLD.avi --out NEW.avi"));
     }
 }
 
@@ -153,6 +153,20 @@ TEST(AviWarnings, EmptyFramesAndLostChunksAreCounted) {
         aviWarnings(facts),
         ElementsAre(HasSubstr("7 of 100 frames hold no data (at most 3 in a row)"),
                     HasSubstr("2 of 100 chunks lie behind the end"), HasSubstr("leave out a stretch of")));
+}
+
+TEST(AviWarnings, ChunksThatNoIndexNamesAreARescuesWork) {
+    AviFacts facts = sound();
+    facts.unindexedChunks = 3;
+    const auto findings = aviFindings(facts);
+    ASSERT_EQ(findings.size(), 1U);
+    EXPECT_FALSE(findings[0].bad);
+    EXPECT_EQ(findings[0].text,
+              "The indexes leave out 3 chunks or more that the file holds: they are not played.");
+    EXPECT_EQ(findings[0].advice,
+              "Make a file that can be played with \"importer_host rescue OLD.avi --out NEW.avi\"; \"rescue "
+              "OLD.avi\" alone "
+              "says first what it would bring back.");
 }
 
 TEST(AviWarnings, RatesOfZeroAreNoDivision) {

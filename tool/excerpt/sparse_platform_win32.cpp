@@ -7,19 +7,11 @@
 #include <cerrno>
 #include <string>
 
-#include "simhost/text.h"
 #include "tool/excerpt/sparse_platform.h"
 #include "tool/shared/base/file_facts.h"
+#include "tool/shared/base/wide_text_win32.h"
 
 namespace simhost::tool {
-namespace {
-
-std::wstring widePath(const std::string& utf8) {
-    const std::u16string text = toUtf16(utf8);
-    return {text.begin(), text.end()};
-}
-
-}  // namespace
 
 void allowHoles(std::FILE* file) noexcept {
     // Where the file system refuses, the holes are noughts on the disk.
@@ -34,7 +26,7 @@ bool seekTo(std::FILE* file, std::uint64_t position) noexcept {
 
 std::string renameToNew(const std::string& from, const std::string& to) {
     // Without MOVEFILE_REPLACE_EXISTING it fails when there is something of that name.
-    if (MoveFileExW(widePath(from).c_str(), widePath(to).c_str(), 0) != FALSE) {
+    if (MoveFileExW(wideText(from).c_str(), wideText(to).c_str(), 0) != FALSE) {
         return {};
     }
     const DWORD error = GetLastError();
@@ -44,7 +36,7 @@ std::string renameToNew(const std::string& from, const std::string& to) {
 
 std::uint64_t bytesOnDisk(const std::string& path) {
     DWORD high = 0;
-    const DWORD low = GetCompressedFileSizeW(widePath(path).c_str(), &high);
+    const DWORD low = GetCompressedFileSizeW(wideText(path).c_str(), &high);
     return low == INVALID_FILE_SIZE && GetLastError() != NO_ERROR ? 0 : std::uint64_t{high} << 32 | low;
 }
 

@@ -93,6 +93,24 @@ void checkOutput(const std::string& pathUtf8) {
     }
 }
 
+void requireFreeClip(const std::string& pathUtf8) {
+    const auto refuse = [&pathUtf8](const std::string& reason, const std::string& advice) {
+        throw ToolError(kNoOutput, "'" + pathUtf8 + "' is not written: " + reason, advice);
+    };
+    if (!isAviName(pathUtf8)) {
+        refuse("it has not the name of a clip", "name a file that ends with .avi");
+    }
+    const FileFacts facts = fileFacts(pathUtf8);
+    if (facts.kind != FileKind::kMissing) {
+        refuse(facts.kind == FileKind::kUnknown ? facts.reason : "there is something of that name",
+               "name a file that is not there yet");
+    }
+    const std::string folder = pathToUtf8(pathFromUtf8(pathUtf8).parent_path());
+    if (!folder.empty() && fileFacts(folder).kind != FileKind::kFolder) {
+        refuse("there is no folder '" + folder + "'", "make the folder first");
+    }
+}
+
 OutputFile::OutputFile(const std::string& pathUtf8) : m_path(pathUtf8) {
     const FileFacts facts = checkedTarget(m_path);
     // A link stays one: what it leads to is replaced.

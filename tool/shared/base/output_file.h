@@ -30,6 +30,10 @@ void protectInput(const std::string& pathUtf8);
 /// has no place; an empty path is none and passes.
 void checkOutput(const std::string& pathUtf8);
 
+/// Throws unless a new clip may be made at this path: its name ends with ".avi", its folder is there, and
+/// nothing else is.
+void requireFreeClip(const std::string& pathUtf8);
+
 /// A binary file that is complete only after finish(); without that nothing is left of it.
 class OutputFile {
  public:

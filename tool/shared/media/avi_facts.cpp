@@ -7,6 +7,7 @@
 #include "avi/avi_reader.h"
 #include "fileio/win_file.h"
 #include "simhost/text.h"
+#include "tool/shared/media/unindexed_chunks.h"
 
 namespace simhost::tool {
 namespace {
@@ -161,6 +162,9 @@ std::optional<AviFacts> readAviFacts(const std::string& pathUtf8) {
             out.frameSizes.push_back(entry.size);
         }
     }
+    constexpr std::uint64_t kListHeader = 12;
+    out.unindexedChunks = countUnindexedChunks(
+        file, chunks, movi ? std::optional(*movi + kListHeader) : std::nullopt, reader.streams.size());
     out.gaps = findGaps(file, std::move(chunks));
     out.gapCount = out.gaps.size();
     out.gaps.resize(std::min(out.gaps.size(), AviFacts::kMostGaps));

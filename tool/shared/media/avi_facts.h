@@ -51,6 +51,7 @@ struct AviFacts {
     std::vector<std::uint32_t> frameSizes;  ///< of the first video stream
     std::vector<Gap> gaps;                  ///< in the order of the file, the first kMostGaps
     std::uint64_t gapCount = 0;
+    std::uint64_t unindexedChunks = 0;  ///< at least so many that no index names; a rescue brings them back
 };
 
 /// Nothing when the file cannot be opened.

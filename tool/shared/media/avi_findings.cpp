@@ -14,6 +14,12 @@ constexpr const char* kRemux =
     "Re-mux the file, e.g. with \"ffmpeg -i OLD.avi -map 0 -c copy NEW.avi\", or ask the maker of the "
     "program "
     "that wrote it.";
+constexpr const char* kRescue =
+    "Make a file that can be played with \"importer_host rescue OLD.avi --out NEW.avi\"; \"rescue OLD.avi\" "
+    "alone says first "
+    "what it would bring back.";
+constexpr const char* kLook =
+    "\"importer_host rescue FILE\" says whether something of it can be brought back.";
 constexpr double kSameLength = 0.1;  // seconds
 
 std::string secondsText(double value) {
@@ -35,7 +41,8 @@ class Findings {
         if (!m_facts.usable) {
             std::string problem = m_facts.problems;
             problem.erase(problem.find_last_not_of('\n') + 1);
-            return {{true, "The file is no AVI file that can be used: " + problem, ""}};
+            return {{true, "The file is no AVI file that can be used: " + problem,
+                     m_facts.fileSize == 0 ? "" : kLook}};
         }
         const bool noIndex = std::none_of(m_facts.streams.begin(), m_facts.streams.end(),
                                           [](const auto& s) { return s.index != IndexKind::kNone; });
@@ -43,7 +50,7 @@ class Findings {
             bad("The file has no usable index, so nothing of it can be shown or heard. Recordings that were "
                 "cut "
                 "off, or not written to a file directly, are like this.",
-                kRemux);
+                kRescue);
         }
         for (std::size_t i = 0; i < m_facts.streams.size(); ++i) {
             const StreamFacts& stream = m_facts.streams[i];
@@ -59,11 +66,12 @@ class Findings {
                     addLengthFinding(stream, name);
                 } else if (!noIndex) {
                     add(stream.kind == Kind::kVideo,
-                        name + " has no usable index, so nothing of it can be played.", kRemux);
+                        name + " has no usable index, so nothing of it can be played.", kRescue);
                 }
             }
         }
         addLengthsOfAll();
+        addUnindexed();
         addGaps();
         if (!m_facts.problems.empty()) {
             std::string problems = m_facts.problems;
@@ -99,21 +107,22 @@ class Findings {
                         "it, "
                         "and not from the list of the data (movi), as it should." +
                         led,
-                    kRemux);
+                    kRescue);
                 break;
             case IndexBase::kOther:
                 bad(name + ": its index (idx1) counts from a place a few bytes beside the right one." + led,
-                    kRemux);
+                    kRescue);
                 break;
             case IndexBase::kNowhere:
                 bad(name + ": its index does not lead to the stream's chunks; index or data are damaged." +
                         led,
-                    kRemux);
+                    kRescue);
                 break;
         }
         if (stream.chunksPastEnd > 0) {
             warn(name + ": " + std::to_string(stream.chunksPastEnd) + " of " + std::to_string(stream.chunks) +
-                 " chunks lie behind the end of the file: it was cut off, and they cannot be read.");
+                     " chunks lie behind the end of the file: it was cut off, and they cannot be read.",
+                 kRescue);
         }
         if (pictures && stream.emptyChunks > 0) {
             warn(std::to_string(stream.emptyChunks) + " of " + std::to_string(stream.chunks) +
@@ -168,6 +177,16 @@ class Findings {
                      secondsText(sound) + "; where one is shorter, there is " +
                      (sound < pictures ? "silence." : "no picture."));
             }
+        }
+    }
+
+    void addUnindexed() {
+        const bool anyIndex = std::any_of(m_facts.streams.begin(), m_facts.streams.end(),
+                                          [](const auto& s) { return s.index != IndexKind::kNone; });
+        if (m_facts.unindexedChunks > 0 && anyIndex) {
+            warn("The indexes leave out " + counted(m_facts.unindexedChunks, "chunk", "chunks") +
+                     " or more that the file holds: they are not played.",
+                 kRescue);
         }
     }
 

@@ -95,7 +95,9 @@ ToolError refusedClip(const std::string& path, std::int32_t result) {
                 quoted +
                     " is an AVI file without usable headers: its recording was never finished, or its "
                     "beginning is damaged",
-                "let the program that wrote it finish or repair it, or copy it anew", "no-headers"};
+                "\"importer_host rescue FILE\" says whether something of it can be brought back; else copy "
+                "it anew",
+                "no-headers"};
     }
     const auto video = std::find_if(facts->streams.begin(), facts->streams.end(),
                                     [](const auto& s) { return s.kind == StreamFacts::Kind::kVideo; });

@@ -1,0 +1,75 @@
+// Clips of every structure that the builder makes, cut everywhere.
+#include <gtest/gtest.h>
+
+#include "tests/rescue/cut_check.h"
+#include "tests/support/avi_builder/avi_builder.h"
+
+namespace simhost::tool {
+namespace {
+
+using orvantis::test::AviBuilder;
+using orvantis::test::OpenDml;
+
+// Pictures with empty ones among them, sound of an odd size, and bytes that look like chunks inside the data.
+AviBuilder cutBuilder() {
+    AviBuilder avi;
+    avi.addStream(orvantis::test::videoStream("O8Y2", 16, 4, 25, 1))
+        .addStream(orvantis::test::pcmStream(1, 8000, 8));
+    for (std::uint8_t i = 0; i < 12; ++i) {
+        TestBytes picture(200, static_cast<std::uint8_t>(i + 1));
+        const std::uint8_t fake[] = {'0', '0', 'd', 'c', 8,   0,   0,   0,   1, 2, 3, 4,
+                                     5,   6,   7,   8,   '0', '0', 'd', 'c', 4, 0, 0, 0};
+        std::copy(std::begin(fake), std::end(fake), picture.begin() + 40);
+        avi.addChunk(0, i % 4 == 3 ? TestBytes() : picture, i % 5 == 0).addFilledChunk(1, 101U + i, 7);
+    }
+    return avi;
+}
+
+struct Structure {
+    const char* name;
+    void (*make)(AviBuilder& avi);
+};
+const Structure kStructures[] = {
+    {"idx1", [](AviBuilder&) {}},
+    {"no index", [](AviBuilder& avi) { avi.idx1(false); }},
+    {"absolute idx1", [](AviBuilder& avi) { avi.absoluteIdx1Offsets(true); }},
+    {"super index", [](AviBuilder& avi) { avi.openDml(OpenDml::superIndex); }},
+    {"standard index", [](AviBuilder& avi) { avi.openDml(OpenDml::standardIndex); }},
+    {"several forms",
+     [](AviBuilder& avi) { avi.openDml(OpenDml::superIndex).chunksPerForm(7).indexNumberFirst(true); }},
+    {"rec lists", [](AviBuilder& avi) { avi.chunksPerRecList(3).junk(100); }},
+};
+
+TEST(RescueCuts, EveryByteOfEveryStructure) {
+    for (const Structure& structure : kStructures) {
+        AviBuilder avi = cutBuilder();
+        structure.make(avi);
+        TestBytes whole = avi.build();
+        std::vector<ChunkFact> truth;
+        for (const auto& chunk : avi.placements())
+            truth.push_back({static_cast<unsigned>(chunk.stream), chunk.offset, chunk.size});
+        MemoryStorage file(whole);
+        for (std::uint64_t size = 0; size <= whole.size(); ++size) {
+            ASSERT_EQ(wrongInScan(file, truth, size), "") << structure.name << " cut at " << size;
+        }
+        EXPECT_EQ(file.writes, 0);
+    }
+}
+
+TEST(RescueCuts, EveryRescueAtEveryStructuralPoint) {
+    for (const Structure& structure : kStructures) {
+        AviBuilder avi = cutBuilder();
+        structure.make(avi);
+        TestBytes whole = avi.build();
+        std::vector<ChunkFact> truth;
+        for (const auto& chunk : avi.placements())
+            truth.push_back({static_cast<unsigned>(chunk.stream), chunk.offset, chunk.size});
+        MemoryStorage file(whole);
+        for (const std::uint64_t size : structuralPoints(file)) {
+            ASSERT_EQ(wrongInRescue(whole, truth, size), "") << structure.name << " cut at " << size;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace simhost::tool

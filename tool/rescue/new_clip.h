@@ -1,0 +1,74 @@
+// Writes what a search has found as a new OpenDML file: the old headers with their counts and lengths put
+// right, every whole chunk in the order of the file, a standard index for each stream in each RIFF form, a
+// super index for each stream, and idx1 for the first form.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "tool/rescue/clip_scan.h"
+#include "tool/rescue/index_bytes.h"
+#include "tool/rescue/storage.h"
+
+namespace simhost::tool {
+
+/// The old headers with what a rescue has to change; every other byte is as it was.
+struct NewHeaders {
+    FileBytes bytes;                   ///< the whole list 'hdrl'
+    std::vector<std::size_t> superAt;  ///< for each stream, where the data of its super index lies
+    std::vector<std::uint64_t> superBytes;
+};
+
+/// What the new headers say of a stream.
+struct StreamTotals {
+    std::uint64_t length = 0;  ///< dwLength
+    std::size_t indexes = 0;   ///< entries of its super index
+};
+
+/// The super indexes are zeros yet.
+NewHeaders rebuildHeaders(const ClipHeaders& old, const std::vector<StreamTotals>& streams,
+                          std::uint64_t firstFormFrames, std::uint64_t allFrames);
+
+/// A chunk that the disk cannot read; what() is the system's reason.
+class UnreadableChunk : public std::runtime_error {
+ public:
+    UnreadableChunk(std::size_t number, const std::string& reason)
+        : std::runtime_error(reason), m_number(number) {}
+
+    std::size_t number() const noexcept { return m_number; }
+
+ private:
+    std::size_t m_number;
+};
+
+/// Called with the bytes written so far; may throw to end it.
+using WriteStep = std::function<void(std::uint64_t)>;
+
+struct NewClipLayout;
+/// Where everything will be in the new file. `formBytes` is what a RIFF form may hold.
+NewClipLayout layOutNewClip(const ClipScan& scan, std::uint64_t formBytes = std::uint64_t{1} << 30);
+/// Writes `target` from its beginning to its end. Throws UnreadableChunk; the target is of no use then.
+void writeNewClip(Storage& source, const ClipScan& scan, const NewClipLayout& layout, Storage& target,
+                  const WriteStep& step = {});
+
+struct NewClipLayout {
+    struct Form {
+        std::size_t first = 0;  ///< of its chunks
+        std::size_t last = 0;
+        std::uint64_t at = 0;      ///< of "RIFF"
+        std::uint64_t moviAt = 0;  ///< of its list
+        std::uint64_t moviEnd = 0;
+        std::uint64_t end = 0;
+        std::vector<StandardIndexPlan> indexes;
+    };
+
+    FileBytes headers;        ///< everything of the list 'hdrl'
+    Extent between;           ///< of the old file: what lies between headers and data
+    std::vector<Form> forms;  ///< at least one
+    std::uint64_t size = 0;
+};
+
+}  // namespace simhost::tool

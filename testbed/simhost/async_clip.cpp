@@ -14,7 +14,7 @@ AsyncClip::AsyncClip(const Clip& clip) : m_importer(&clip.importer()) {
     record.outAsyncPrivateData = nullptr;
     GuardedRecord guarded(record);
     const std::int32_t result = m_importer->call(host::imCreateAsyncImporter, guarded.address(), nullptr);
-    m_importer->checkGuards(guarded.guardsIntact(), host::imCreateAsyncImporter);
+    m_importer->checkBounds(guarded, "imCreateAsyncImporter");
     m_creation = {result, record, guarded.value()};
     if (result != host::imNoErr) {
         return;
@@ -22,7 +22,9 @@ AsyncClip::AsyncClip(const Clip& clip) : m_importer(&clip.importer()) {
     m_entry = m_creation.record.outAsyncEntry;
     m_privateData = m_creation.record.outAsyncPrivateData;
     if (m_entry == nullptr || m_privateData == nullptr) {
-        m_importer->host().addViolation("imCreateAsyncImporter succeeded without an asynchronous importer");
+        m_importer->host().addViolation({Rule::kAsyncImporter, "imCreateAsyncImporter", "null with result 0",
+                                         "imAsyncImporterCreationRec",
+                                         m_entry == nullptr ? "outAsyncEntry" : "outAsyncPrivateData"});
         m_entry = nullptr;
     }
 }
@@ -46,7 +48,7 @@ std::int32_t AsyncClip::request(std::int32_t selector, host::PrTime time,
     record.inSourceRec = frameRequest(*m_importer, m_privateData, time, formats);
     GuardedRecord guarded(record, recordSizes(m_importer->host().profile().interfaceVersion).asyncRequest);
     const std::int32_t result = call(selector, guarded.address());
-    m_importer->checkGuards(guarded.guardsIntact(), selector);
+    m_importer->checkBounds(guarded, host::asyncSelectorName(static_cast<std::uint32_t>(selector)));
     return result;
 }
 
@@ -60,7 +62,7 @@ std::int32_t AsyncClip::cancel(host::PrTime time, std::span<const host::imFrameF
 
 FrameAnswer AsyncClip::getFrame(host::PrTime time, std::span<const host::imFrameFormat> formats) const {
     const auto record = frameRequest(*m_importer, m_privateData, time, formats);
-    return requestFrame(*m_importer, record,
+    return requestFrame(*m_importer, record, "aiGetFrame",
                         [this](void* address) { return call(host::aiGetFrame, address); });
 }
 

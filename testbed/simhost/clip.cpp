@@ -77,15 +77,21 @@ Answer<host::imFileOpenRec8> Clip::open(void* privateData) {
     auto answer = m_importer->callWithRecord(host::imOpenFile8, &fileRef, record);
     if (answer.result == host::imNoErr) {
         if (answer.record.privatedata == nullptr) {
-            host().addViolation("imOpenFile8 succeeded without private data");
+            host().addViolation({Rule::kFilesPrivateData, "imOpenFile8", "null with result 0",
+                                 "imFileOpenRec8", "privatedata"});
         }
         if (fileRef != byValue(answer.record.fileinfo.fileref)) {
-            host().addViolation("imOpenFile8 gave two different file references");
+            host().addViolation({Rule::kFilesOneReference, "imOpenFile8",
+                                 std::to_string(byValue(answer.record.fileinfo.fileref)) +
+                                     " in the record, " + std::to_string(fileRef) + " at the first parameter",
+                                 "imFileOpenRec8", "fileinfo.fileref"});
         }
         m_fileRef = fileRef;
         m_privateData = answer.record.privatedata;
     } else if (answer.record.privatedata != privateData) {
-        host().addViolation("imOpenFile8 failed but changed the private data");
+        host().addViolation({Rule::kFilesRefusal, "imOpenFile8",
+                             "changed with result " + std::to_string(answer.result), "imFileOpenRec8",
+                             "privatedata"});
     }
     return answer;
 }
@@ -101,7 +107,7 @@ Answer<host::imFileInfoRec8> Clip::getInfo(std::int32_t streamIndex) {
     record.streamIdx = streamIndex;
     auto answer = m_importer->callWithRecord(host::imGetInfo8, guardedAccess.address(), record,
                                              recordSizes(host().profile().interfaceVersion).fileInfo);
-    m_importer->checkGuards(guardedAccess.guardsIntact(), host::imGetInfo8);
+    m_importer->checkBounds(guardedAccess, "imGetInfo8");
     if (answer.record.hasVideo == 1) {
         m_rate = answer.record.vidScale;
         m_frameDuration = answer.record.vidSampleSize;
@@ -128,7 +134,7 @@ AnalysisText Clip::analysis(std::int32_t bufferSize, bool withBuffer, std::uint8
     record.buffersize = bufferSize;
     record.buffer = withBuffer ? reinterpret_cast<char*>(buffer.data()) : nullptr;
     out.answer = m_importer->callWithRecord(host::imAnalysis, reinterpret_cast<void*>(m_fileRef), record);
-    m_importer->checkGuards(buffer.guardsIntact(), host::imAnalysis);
+    m_importer->checkBuffer(buffer, "imAnalysis", "imAnalysisRec");
     out.result = out.answer.result;
     out.buffer.assign(buffer.data(), buffer.data() + buffer.size());
     const auto end = std::find(out.buffer.begin(), out.buffer.end(), std::uint8_t{0});
@@ -163,7 +169,7 @@ DataRates Clip::dataRates(std::int32_t bufferSize) const {
     record.buffer = reinterpret_cast<host::imDataSample*>(buffer.data());
     const auto answer =
         m_importer->callWithRecord(host::imDataRateAnalysis, reinterpret_cast<void*>(m_fileRef), record);
-    m_importer->checkGuards(buffer.guardsIntact(), host::imDataRateAnalysis);
+    m_importer->checkBuffer(buffer, "imDataRateAnalysis", "imDataRateAnalysisRec");
     out.bufferSize = bufferSize;
     out.result = answer.result;
     out.baseRate = answer.record.baserate;
@@ -180,7 +186,7 @@ Answer<host::imIndPixelFormatRec> Clip::pixelFormat(std::uint32_t index) const {
     GuardedRecord guarded(record);
     const std::int32_t result =
         m_importer->callWithNumber(host::imGetIndPixelFormat, index, guarded.address());
-    m_importer->checkGuards(guarded.guardsIntact(), host::imGetIndPixelFormat);
+    m_importer->checkBounds(guarded, "imGetIndPixelFormat");
     return {result, record, guarded.value()};
 }
 
@@ -199,7 +205,7 @@ PixelFormats Clip::pixelFormats() const {
 
 FrameAnswer Clip::getSourceVideo(host::PrTime time, std::span<const host::imFrameFormat> formats) const {
     const auto record = frameRequest(*m_importer, m_privateData, time, formats);
-    return requestFrame(*m_importer, record, [this](void* address) {
+    return requestFrame(*m_importer, record, "imGetSourceVideo", [this](void* address) {
         return m_importer->call(host::imGetSourceVideo, reinterpret_cast<void*>(m_fileRef), address);
     });
 }
@@ -231,8 +237,9 @@ AudioAnswer Clip::importAudio(std::int64_t position, std::uint32_t size, std::ui
     out.result = out.answer.result;
     for (std::vector<float>& channel : out.channels) {
         if (std::any_of(channel.begin() + size, channel.end(), [](float f) { return f != kAudioGuard; })) {
-            host().addViolation("imImportAudio7 wrote behind a buffer of " + std::to_string(size) +
-                                " floats");
+            host().addViolation({Rule::kSoundBounds, "imImportAudio7",
+                                 "floats written behind the " + std::to_string(size) + " of a channel",
+                                 "imImportAudioRec7", "buffer"});
         }
         channel.resize(size);
     }
@@ -249,7 +256,9 @@ Answer<host::imGetAudioChannelLayoutRec> Clip::channelLayout(std::uint8_t fill) 
 std::int32_t Clip::letGo(std::int32_t selector) {
     const std::int32_t result = m_importer->call(selector, &m_fileRef, m_privateData);
     if (m_fileRef != host::kInvalidFileRef) {
-        host().addViolation("selector " + std::to_string(selector) + " did not set the file reference to -1");
+        host().addViolation({Rule::kFilesReferenceCleared,
+                             host::selectorName(static_cast<std::uint32_t>(selector)),
+                             std::to_string(m_fileRef), "", "file reference"});
         m_fileRef = host::kInvalidFileRef;
     }
     return result;

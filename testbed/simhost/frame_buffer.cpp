@@ -102,15 +102,15 @@ void FrameBuffer::poison() {
     }
 }
 
-std::string FrameBuffer::damage() const {
-    std::string out;
-    describe(out, "before the buffer", inspect(m_base - kGuardBytes, kGuardBytes));
+FrameDamage FrameBuffer::damage() const {
+    FrameDamage out;
+    describe(out.outside, "before the buffer", inspect(m_base - kGuardBytes, kGuardBytes));
     const auto padding = static_cast<std::size_t>(m_stride - m_rowPixels);
-    for (std::int32_t line = 0; line < m_height && out.size() < 1000; ++line) {
-        describe(out, "behind the pixels of line " + std::to_string(line),
+    for (std::int32_t line = 0; line < m_height && out.padding.size() < 1000; ++line) {
+        describe(out.padding, "behind the pixels of line " + std::to_string(line),
                  inspect(rowStart(line) + m_rowPixels, padding));
     }
-    describe(out, "behind the buffer", inspect(rowStart(m_height), kGuardBytes));
+    describe(out.outside, "behind the buffer", inspect(rowStart(m_height), kGuardBytes));
     return out;
 }
 

@@ -15,6 +15,12 @@
 
 namespace simhost {
 
+/// Bytes that were written where no pixel is: how many and where; empty: none.
+struct FrameDamage {
+    std::string outside;  ///< before and behind the memory of the frame
+    std::string padding;  ///< behind the pixels of its rows
+};
+
 class FrameBuffer {
  public:
     static constexpr std::uint8_t kPixelPoison = 0xCD;
@@ -32,8 +38,8 @@ class FrameBuffer {
     /// anything.
     void poison();
 
-    /// Empty when nothing outside the pixels was written, else how many bytes where.
-    std::string damage() const;
+    /// What was written outside the pixels since poison().
+    FrameDamage damage() const;
 
     host::PPixHand handle() noexcept { return &m_contents; }
     const PixelLayout& layout() const noexcept { return *m_layout; }

@@ -17,7 +17,7 @@ host::imSourceVideoRec frameRequest(const Importer& importer, void* privateData,
     return record;
 }
 
-FrameAnswer requestFrame(const Importer& importer, host::imSourceVideoRec record,
+FrameAnswer requestFrame(const Importer& importer, host::imSourceVideoRec record, const char* name,
                          const std::function<std::int32_t(void* record)>& call) {
     Host& host = importer.host();
     host::PPixHand received = nullptr;
@@ -25,20 +25,23 @@ FrameAnswer requestFrame(const Importer& importer, host::imSourceVideoRec record
     GuardedRecord guarded(record, recordSizes(host.profile().interfaceVersion).sourceVideo);
     FrameAnswer out;
     out.result = call(guarded.address());
-    importer.checkGuards(guarded.guardsIntact(), host::imGetSourceVideo);
+    importer.checkBounds(guarded, name);
     out.answer = {out.result, record, guarded.value()};
     if (out.result != host::imNoErr) {
         if (received != nullptr) {
-            host.addViolation("a frame was delivered with result " + std::to_string(out.result));
-            (void)host.takeDelivered(received);
+            host.addViolation({Rule::kFramesNoneOnFailure, name,
+                               "a frame with result " + std::to_string(out.result), "imSourceVideoRec",
+                               "outFrame"});
+            (void)host.takeDelivered(received, name);
         }
         return out;
     }
     if (received == nullptr) {
-        host.addViolation("a frame request succeeded without a frame");
+        host.addViolation(
+            {Rule::kFramesOnSuccess, name, "null with result 0", "imSourceVideoRec", "outFrame"});
         return out;
     }
-    if (auto buffer = host.takeDelivered(received)) {
+    if (auto buffer = host.takeDelivered(received, name)) {
         const bool topLeft = buffer->layout().topLeft != host.oppositeOrigins();
         out.frame.emplace(host, std::move(buffer), topLeft);
     }

@@ -15,9 +15,9 @@ namespace simhost {
 host::imSourceVideoRec frameRequest(const Importer& importer, void* privateData, host::PrTime time,
                                     std::span<const host::imFrameFormat> formats);
 
-/// Adds a place for the frame, lets `call` pass the record of `bytes` bytes to the plug-in, and takes the
-/// frame over.
-FrameAnswer requestFrame(const Importer& importer, host::imSourceVideoRec record,
+/// Adds a place for the frame, lets `call` pass the record to the plug-in, and takes the frame over. `name`
+/// is the call's, for reports.
+FrameAnswer requestFrame(const Importer& importer, host::imSourceVideoRec record, const char* name,
                          const std::function<std::int32_t(void* record)>& call);
 
 }  // namespace simhost

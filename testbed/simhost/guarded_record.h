@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string>
 #include <type_traits>
 #include <vector>
 
@@ -24,12 +25,17 @@ class GuardedBytes {
     std::uint8_t* data() noexcept { return m_memory.data() + kGuardBytes; }
     const std::uint8_t* data() const noexcept { return m_memory.data() + kGuardBytes; }
     std::size_t size() const noexcept { return m_size; }
-    /// False when a byte before or behind was written.
-    bool guardsIntact() const noexcept {
-        const auto intact = [](const std::uint8_t* guard) {
-            return std::all_of(guard, guard + kGuardBytes, [](std::uint8_t b) { return b == kGuardByte; });
-        };
-        return intact(m_memory.data()) && intact(data() + m_size);
+    /// Where the first byte before or behind was written; empty when none was.
+    std::string damage() const {
+        const auto size = static_cast<std::ptrdiff_t>(m_size);
+        const auto guard = static_cast<std::ptrdiff_t>(kGuardBytes);
+        for (std::ptrdiff_t at = -guard; at < size + guard; ++at) {
+            if ((at < 0 || at >= size) && data()[at] != kGuardByte) {
+                return "offset " + std::to_string(at) + " of " + std::to_string(m_size) +
+                       " bytes was written";
+            }
+        }
+        return {};
     }
 
  private:
@@ -49,7 +55,7 @@ class GuardedRecord {
     }
     void* address() noexcept { return m_bytes.data(); }
     std::size_t size() const noexcept { return m_bytes.size(); }
-    bool guardsIntact() const noexcept { return m_bytes.guardsIntact(); }
+    std::string damage() const { return m_bytes.damage(); }
     /// The record as it stands; bytes that this generation has not are those of `initial`.
     Record value() const noexcept {
         Record out = m_initial;

@@ -82,7 +82,7 @@ HostBalance Host::balance() const {
     return out;
 }
 
-std::vector<std::string> Host::violations() const {
+std::vector<Violation> Host::violations() const {
     const std::lock_guard lock(m_mutex);
     return m_violations;
 }
@@ -118,20 +118,20 @@ bool Host::isClean() const {
 
 std::string Host::report() const {
     std::string out = balance().report();
-    for (const std::string& violation : violations()) {
-        out += violation + "\n";
+    for (const Violation& violation : violations()) {
+        out += violation.text() + "\n";
     }
     return out;
 }
 
-void Host::addViolation(std::string text) {
+void Host::addViolation(Violation violation) {
     const std::lock_guard lock(m_mutex);
-    violationLocked(std::move(text));
+    violationLocked(std::move(violation));
 }
 
-void Host::violationLocked(std::string text) {
+void Host::violationLocked(Violation violation) {
     if (m_violations.size() < kMostViolations) {
-        m_violations.push_back(std::move(text));
+        m_violations.push_back(std::move(violation));
     }
 }
 
@@ -192,8 +192,8 @@ std::optional<std::int32_t> Host::beginSuiteCall(Service service, Suite suite, c
         const std::lock_guard lock(m_mutex);
         const auto i = static_cast<std::size_t>(suite);
         if (m_heldSuites[i] == 0) {
-            violationLocked(std::string(serviceName(service)) + " called while '" + hostSuites()[i].name +
-                            "' is not held");
+            violationLocked({Rule::kSuitesHeld, serviceName(service),
+                             std::string("'") + hostSuites()[i].name + "' is not held"});
         }
     }
     return begin(service, detail);
@@ -223,11 +223,11 @@ std::optional<std::uint32_t> Host::blockSize(const void* block) const {
     return found == m_blocks.end() ? std::nullopt : std::optional(found->second.size);
 }
 
-bool Host::freeBlock(void* block) {
+bool Host::freeBlock(void* block, const char* call) {
     const std::lock_guard lock(m_mutex);
     const auto found = m_blocks.find(block);
     if (found == m_blocks.end()) {
-        violationLocked("a memory block was freed that is not live");
+        violationLocked({Rule::kMemoryLive, call, "no live block"});
         return false;
     }
     const std::uint8_t* before = found->second.memory.get();
@@ -236,13 +236,26 @@ bool Host::freeBlock(void* block) {
         return std::all_of(guard, guard + kBlockGuardBytes, [](std::uint8_t b) { return b == kBlockGuard; });
     };
     if (!intact(before) || !intact(behind)) {
-        violationLocked("bytes written outside a memory block of " + std::to_string(found->second.size));
+        violationLocked({Rule::kMemoryBounds, call,
+                         "bytes written outside a block of " + std::to_string(found->second.size)});
     }
     m_blocks.erase(found);
     return true;
 }
 
 // ---- frames ----
+
+bool Host::usableLocked(Frames::const_iterator frame, const char* call) {
+    if (frame == m_frames.end()) {
+        violationLocked({Rule::kFramesLive, call, "no live frame"});
+        return false;
+    }
+    if (frame->second->delivered) {
+        violationLocked({Rule::kFramesOwner, call, "the frame was delivered"});
+        return false;
+    }
+    return true;
+}
 
 std::shared_ptr<FrameBuffer> Host::makeFrame(const PixelLayout& layout, std::int32_t width,
                                              std::int32_t height) {
@@ -272,11 +285,14 @@ std::shared_ptr<FrameBuffer> Host::makeFrame(const PixelLayout& layout, std::int
 
 void Host::retireFrameLocked(std::shared_ptr<FrameBuffer> frame) {
     if (m_options.poisonFrames) {
-        const std::string damage = frame->damage();
-        if (!damage.empty()) {
-            violationLocked(std::string("frame ") + frame->layout().name + " " +
-                            std::to_string(frame->width()) + " x " + std::to_string(frame->height()) + ": " +
-                            damage);
+        const FrameDamage damage = frame->damage();
+        const std::string which = std::string("frame ") + frame->layout().name + " " +
+                                  std::to_string(frame->width()) + " x " + std::to_string(frame->height());
+        if (!damage.outside.empty()) {
+            violationLocked({Rule::kFramesBounds, "", damage.outside, which});
+        }
+        if (!damage.padding.empty()) {
+            violationLocked({Rule::kFramesPadding, "", damage.padding, which});
         }
     }
     if (m_options.recycleFrames && m_spareFrames.size() < kMostSpareFrames) {
@@ -284,15 +300,15 @@ void Host::retireFrameLocked(std::shared_ptr<FrameBuffer> frame) {
     }
 }
 
-std::shared_ptr<FrameBuffer> Host::takeDelivered(host::PPixHand frame) {
+std::shared_ptr<FrameBuffer> Host::takeDelivered(host::PPixHand frame, const char* call) {
     const std::lock_guard lock(m_mutex);
     const auto found = m_frames.find(frame);
     if (found == m_frames.end()) {
-        violationLocked("a frame was delivered that is not live");
+        violationLocked({Rule::kFramesLive, call, "a frame was delivered that is not live"});
         return nullptr;
     }
     if (found->second->delivered) {
-        violationLocked("a frame was delivered twice");
+        violationLocked({Rule::kFramesDeliveredOnce, call, "a frame was delivered twice"});
         return nullptr;
     }
     found->second->delivered = true;

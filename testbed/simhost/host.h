@@ -27,6 +27,7 @@
 #include "simhost/host_profile.h"
 #include "simhost/host_tables.h"
 #include "simhost/service.h"
+#include "simhost/violation.h"
 
 namespace simhost {
 
@@ -82,7 +83,7 @@ class Host {
 
     // --- what the plug-in did ---
     HostBalance balance() const;
-    std::vector<std::string> violations() const;
+    std::vector<Violation> violations() const;  ///< of rules that were broken so far, in order; at most 1000
     std::vector<HostEvent> events() const;
     std::vector<ServiceCall> trace() const;  ///< in order; empty with keepTrace off
     void clearTrace();
@@ -93,7 +94,7 @@ class Host {
     /// What is held and what was broken, one line each; empty when clean.
     std::string report() const;
     /// Notes a broken rule. For the parts of the simulated host that play the host's side.
-    void addViolation(std::string text);
+    void addViolation(Violation violation);
 
     // --- what the host shall do ---
     void addFault(FaultPlan plan);
@@ -111,14 +112,14 @@ class Host {
     // --- the host's own use of what the plug-in gave it ---
     /// Takes a frame that the plug-in has delivered. Null, with a violation, for a handle that is no live
     /// frame.
-    std::shared_ptr<FrameBuffer> takeDelivered(host::PPixHand frame);
+    std::shared_ptr<FrameBuffer> takeDelivered(host::PPixHand frame, const char* call = "imGetSourceVideo");
     /// The host needs a delivered frame no more; checks its guards.
     void releaseDelivered(const std::shared_ptr<FrameBuffer>& frame);
     /// Size of a live block, or nothing.
     std::optional<std::uint32_t> blockSize(const void* block) const;
     /// Frees a block as the host does when the plug-in has handed it over. False, with a violation, for no
     /// live block.
-    bool freeBlock(void* block);
+    bool freeBlock(void* block, const char* call = "disposePtr");
 
  private:
     friend struct HostServices;  // the functions in the tables
@@ -136,7 +137,10 @@ class Host {
     std::optional<std::int32_t> begin(Service service, const char* detail = "");
     // The same for a function of a suite, which must be held.
     std::optional<std::int32_t> beginSuiteCall(Service service, Suite suite, const char* detail = "");
-    void violationLocked(std::string text);
+    void violationLocked(Violation violation);
+    using Frames = std::unordered_map<host::PPixHand, std::shared_ptr<FrameBuffer>>;
+    // False, with a violation, for no frame and for one that was delivered.
+    bool usableLocked(Frames::const_iterator frame, const char* call);
 
     void* newBlock(std::uint32_t size, bool cleared);
     std::shared_ptr<FrameBuffer> makeFrame(const PixelLayout& layout, std::int32_t width,
@@ -156,11 +160,11 @@ class Host {
     std::uint64_t m_injected = 0;
     std::vector<ActiveFault> m_faults;
     std::vector<ServiceCall> m_trace;
-    std::vector<std::string> m_violations;
+    std::vector<Violation> m_violations;
     std::vector<HostEvent> m_events;
     std::array<std::int64_t, kSuiteCount> m_heldSuites{};
     std::unordered_map<const void*, Block> m_blocks;
-    std::unordered_map<host::PPixHand, std::shared_ptr<FrameBuffer>> m_frames;
+    Frames m_frames;
     std::vector<std::shared_ptr<FrameBuffer>> m_spareFrames;
 };
 

@@ -2,17 +2,29 @@
 
 namespace simhost {
 
-std::string HostBalance::report() const {
-    std::string out;
+std::vector<Violation> HostBalance::violations() const {
+    std::vector<Violation> out;
     for (const auto& [suite, count] : suites) {
-        out += "suite '" + suite + "' held " + std::to_string(count) + " times\n";
+        out.push_back(
+            {Rule::kSuitesReturned, "", "'" + suite + "' held " + std::to_string(count) + " times"});
     }
     if (frames != 0) {
-        out += std::to_string(frames) + " frames not disposed of, " + std::to_string(frameBytes) + " bytes\n";
+        out.push_back(
+            {Rule::kFramesReturned, "",
+             std::to_string(frames) + " frames not disposed of, " + std::to_string(frameBytes) + " bytes"});
     }
     if (blocks != 0) {
-        out +=
-            std::to_string(blocks) + " memory blocks not freed, " + std::to_string(blockBytes) + " bytes\n";
+        out.push_back(
+            {Rule::kMemoryReturned, "",
+             std::to_string(blocks) + " memory blocks not freed, " + std::to_string(blockBytes) + " bytes"});
+    }
+    return out;
+}
+
+std::string HostBalance::report() const {
+    std::string out;
+    for (const Violation& violation : violations()) {
+        out += violation.text() + "\n";
     }
     return out;
 }

@@ -6,6 +6,9 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <vector>
+
+#include "simhost/violation.h"
 
 namespace simhost {
 
@@ -19,7 +22,9 @@ struct HostBalance {
 
     /// True when the plug-in holds nothing.
     bool isBalanced() const noexcept { return suites.empty() && frames == 0 && blocks == 0; }
-    /// One line for each thing that is held; empty when balanced.
+    /// What is still held, as the rules that it breaks once imShutdown has returned; empty when balanced.
+    std::vector<Violation> violations() const;
+    /// The same as one line each.
     std::string report() const;
 };
 

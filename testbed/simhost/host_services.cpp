@@ -26,7 +26,7 @@ Host& living(const char* function) {
 }  // namespace
 
 void HostServices::unused(const char* slot) {
-    living(slot).addViolation(std::string("unused function called: ") + slot);
+    living(slot).addViolation({Rule::kSuitesOffered, slot, "called"});
 }
 
 // ---- memory ----
@@ -47,7 +47,7 @@ void HostServices::setPtrSize(void** pointer, std::uint32_t newSize) {
         return;
     }
     if (pointer == nullptr || !host.blockSize(*pointer)) {
-        host.addViolation("setPtrSize of no live block");
+        host.addViolation({Rule::kMemoryLive, "setPtrSize", "no live block"});
         return;
     }
     auto* const old = static_cast<std::uint8_t*>(*pointer);
@@ -55,7 +55,7 @@ void HostServices::setPtrSize(void** pointer, std::uint32_t newSize) {
     if (auto* const made = static_cast<std::uint8_t*>(host.newBlock(newSize, false))) {
         std::copy_n(old, kept, made);
         *pointer = made;
-        (void)host.freeBlock(old);
+        (void)host.freeBlock(old, "setPtrSize");
     }
 }
 
@@ -66,7 +66,7 @@ std::int32_t HostServices::getPtrSize(void* pointer) {
     }
     const auto size = host.blockSize(pointer);
     if (!size) {
-        host.addViolation("getPtrSize of no live block");
+        host.addViolation({Rule::kMemoryLive, "getPtrSize", "no live block"});
     }
     return static_cast<std::int32_t>(size.value_or(0));
 }
@@ -87,7 +87,8 @@ host::SPBasicSuite* HostServices::getSPBasicSuite() {
 host::SPErr HostServices::acquireSuite(const char* name, std::int32_t version, const void** suite) {
     Host& host = living("AcquireSuite");
     if (name == nullptr || suite == nullptr) {
-        host.addViolation("AcquireSuite with a null pointer");
+        host.addViolation(
+            {Rule::kSuitesArguments, "AcquireSuite", "null", "", name == nullptr ? "name" : "suite"});
         return host::kSuiteBadParameters;
     }
     const auto refuse = [&host, suite](std::int32_t result) {
@@ -120,7 +121,7 @@ host::SPErr HostServices::acquireSuite(const char* name, std::int32_t version, c
 host::SPErr HostServices::releaseSuite(const char* name, std::int32_t version) {
     Host& host = living("ReleaseSuite");
     if (name == nullptr) {
-        host.addViolation("ReleaseSuite with a null pointer");
+        host.addViolation({Rule::kSuitesArguments, "ReleaseSuite", "null", "", "name"});
         return host::kSuiteBadParameters;
     }
     // A release that is told to fail has released all the same: nobody tries again.
@@ -128,8 +129,8 @@ host::SPErr HostServices::releaseSuite(const char* name, std::int32_t version) {
     const std::size_t found = findSuite(name, version);
     const std::lock_guard lock(host.m_mutex);
     if (found == kSuiteCount || host.m_heldSuites[found] == 0) {
-        host.violationLocked(std::string("suite '") + name + " " + std::to_string(version) +
-                             "' released but not held");
+        host.violationLocked({Rule::kSuitesReleasedOnce, "ReleaseSuite",
+                              std::string("'") + name + " " + std::to_string(version) + "' is not held"});
         return host::kSuiteFailed;
     }
     --host.m_heldSuites[found];
@@ -146,7 +147,8 @@ host::prSuiteError HostServices::setEventString(std::uint32_t eventType, const c
         return *fault;
     }
     if (title == nullptr || description == nullptr) {
-        host.addViolation("SetEventStringUnicode with a null text");
+        host.addViolation({Rule::kSuitesArguments, "SetEventStringUnicode", "null", "",
+                           title == nullptr ? "title" : "description"});
         return host::kSuiteBadParameters;
     }
     HostEvent event{eventType, toUtf8(title), toUtf8(description)};
@@ -166,11 +168,12 @@ host::prSuiteError HostServices::createPPix(host::PPixHand* frame, std::int32_t 
         return *fault;
     }
     if (frame == nullptr || bounds == nullptr) {
-        host.addViolation("CreatePPix with a null pointer");
+        host.addViolation(
+            {Rule::kSuitesArguments, "CreatePPix", "null", "", frame == nullptr ? "frame" : "bounds"});
         return host::kSuiteBadParameters;
     }
     if (access != host::kBufferAccessWriteOnly && access != host::kBufferAccessReadWrite) {
-        host.addViolation("CreatePPix with buffer access " + std::to_string(access));
+        host.addViolation({Rule::kFramesAccess, "CreatePPix", std::to_string(access), "", "access"});
         return host::kSuiteBadParameters;
     }
     const PixelLayout* layout = findPixelLayout(pixelFormat);
@@ -199,12 +202,7 @@ host::prSuiteError HostServices::disposePPix(host::PPixHand frame) {
     const auto fault = host.beginSuiteCall(Service::kDisposePPix, Suite::kPPix);
     const std::lock_guard lock(host.m_mutex);
     const auto found = host.m_frames.find(frame);
-    if (found == host.m_frames.end()) {
-        host.violationLocked("Dispose of no live frame");
-        return host::kSuiteBadParameters;
-    }
-    if (found->second->delivered) {
-        host.violationLocked("Dispose of a frame that belongs to the host");
+    if (!host.usableLocked(found, "Dispose")) {
         return host::kSuiteBadParameters;
     }
     auto gone = std::move(found->second);
@@ -221,9 +219,15 @@ host::prSuiteError HostServices::getPixels(host::PPixHand frame, std::int32_t ac
     }
     const std::lock_guard lock(host.m_mutex);
     const auto found = host.m_frames.find(frame);
-    if (found == host.m_frames.end() || found->second->delivered || pixels == nullptr ||
-        access < host::kBufferAccessReadOnly || access > host::kBufferAccessReadWrite) {
-        host.violationLocked("GetPixels of no live frame, or with bad arguments");
+    if (!host.usableLocked(found, "GetPixels")) {
+        return host::kSuiteBadParameters;
+    }
+    if (access < host::kBufferAccessReadOnly || access > host::kBufferAccessReadWrite) {
+        host.violationLocked({Rule::kSuitesArguments, "GetPixels", std::to_string(access), "", "access"});
+        return host::kSuiteBadParameters;
+    }
+    if (pixels == nullptr) {
+        host.violationLocked({Rule::kSuitesArguments, "GetPixels", "null", "", "pixels"});
         return host::kSuiteBadParameters;
     }
     *pixels = reinterpret_cast<char*>(found->second->pixels());
@@ -238,8 +242,11 @@ host::prSuiteError HostServices::getRowBytes(host::PPixHand frame, std::int32_t*
     }
     const std::lock_guard lock(host.m_mutex);
     const auto found = host.m_frames.find(frame);
-    if (found == host.m_frames.end() || found->second->delivered || rowBytes == nullptr) {
-        host.violationLocked("GetRowBytes of no live frame, or without a place for the answer");
+    if (!host.usableLocked(found, "GetRowBytes")) {
+        return host::kSuiteBadParameters;
+    }
+    if (rowBytes == nullptr) {
+        host.violationLocked({Rule::kSuitesArguments, "GetRowBytes", "null", "", "rowBytes"});
         return host::kSuiteBadParameters;
     }
     *rowBytes = found->second->rowBytes();
@@ -255,7 +262,7 @@ host::prSuiteError HostServices::getTicksPerSecond(host::PrTime* ticks) {
         return *fault;
     }
     if (ticks == nullptr) {
-        host.addViolation("GetTicksPerSecond without a place for the answer");
+        host.addViolation({Rule::kSuitesArguments, "GetTicksPerSecond", "null", "", "ticks"});
         return host::kSuiteBadParameters;
     }
     *ticks = host.m_ticksPerSecond;
@@ -265,13 +272,13 @@ host::prSuiteError HostServices::getTicksPerSecond(host::PrTime* ticks) {
 namespace {
 
 template <class Question>
-host::prSuiteError answerAbout(Host& host, const std::optional<std::int32_t>& fault,
+host::prSuiteError answerAbout(Host& host, Service service, const std::optional<std::int32_t>& fault,
                                std::uint32_t pixelFormat, std::int32_t* answer, Question question) {
     if (fault) {
         return *fault;
     }
     if (answer == nullptr) {
-        host.addViolation("a question about a pixel format without a place for the answer");
+        host.addViolation({Rule::kSuitesArguments, serviceName(service), "null", "", "answer"});
         return host::kSuiteBadParameters;
     }
     const PixelLayout* layout = findPixelLayout(pixelFormat);
@@ -286,7 +293,7 @@ host::prSuiteError answerAbout(Host& host, const std::optional<std::int32_t>& fa
 
 host::prSuiteError HostServices::formatIsCompressed(std::uint32_t pixelFormat, std::int32_t* answer) {
     Host& host = living("FormatIsCompressed");
-    return answerAbout(host,
+    return answerAbout(host, Service::kFormatIsCompressed,
                        host.beginSuiteCall(Service::kFormatIsCompressed, Suite::kImageProcessing,
                                            pixelFormatName(pixelFormat)),
                        pixelFormat, answer, [](const PixelLayout& layout) { return layout.compressed; });
@@ -295,7 +302,7 @@ host::prSuiteError HostServices::formatIsCompressed(std::uint32_t pixelFormat, s
 host::prSuiteError HostServices::formatHasAlpha(std::uint32_t pixelFormat, std::int32_t* answer) {
     Host& host = living("FormatHasAlpha");
     return answerAbout(
-        host,
+        host, Service::kFormatHasAlpha,
         host.beginSuiteCall(Service::kFormatHasAlpha, Suite::kImageProcessing, pixelFormatName(pixelFormat)),
         pixelFormat, answer, [](const PixelLayout& layout) { return layout.alpha; });
 }
@@ -303,7 +310,7 @@ host::prSuiteError HostServices::formatHasAlpha(std::uint32_t pixelFormat, std::
 host::prSuiteError HostServices::formatIsOriginTopLeft(std::uint32_t pixelFormat, std::int32_t* answer) {
     Host& host = living("FormatIsOriginTopLeft");
     const bool opposite = host.m_oppositeOrigins;
-    return answerAbout(host,
+    return answerAbout(host, Service::kFormatIsOriginTopLeft,
                        host.beginSuiteCall(Service::kFormatIsOriginTopLeft, Suite::kImageProcessing,
                                            pixelFormatName(pixelFormat)),
                        pixelFormat, answer,
@@ -314,9 +321,9 @@ host::prSuiteError HostServices::formatIsOriginTopLeft(std::uint32_t pixelFormat
 
 namespace {
 
-host::prSuiteError convert(Host& host, const std::optional<std::int32_t>& fault, unsigned bytesPerSample,
-                           const void* source, float** destination, std::uint32_t channels,
-                           std::uint32_t frames) {
+host::prSuiteError convert(Host& host, Service service, const std::optional<std::int32_t>& fault,
+                           unsigned bytesPerSample, const void* source, float** destination,
+                           std::uint32_t channels, std::uint32_t frames) {
     if (fault) {
         return *fault;
     }
@@ -325,7 +332,8 @@ host::prSuiteError convert(Host& host, const std::optional<std::int32_t>& fault,
         good = destination[channel] != nullptr;
     }
     if (!good) {
-        host.addViolation("an audio converter was called with a null pointer");
+        host.addViolation({Rule::kSuitesArguments, serviceName(service), "null", "",
+                           source == nullptr ? "source" : "destination"});
         return host::kSuiteBadParameters;
     }
     uninterleaveAndConvert(bytesPerSample, static_cast<const unsigned char*>(source), destination, channels,
@@ -339,8 +347,9 @@ host::prSuiteError convert(Host& host, const std::optional<std::int32_t>& fault,
     host::prSuiteError HostServices::convertFrom##bits##Bit(const void* source, float** destination,        \
                                                             std::uint32_t channels, std::uint32_t frames) { \
         Host& host = living("UninterleaveAndConvertFrom" #bits "BitInteger");                               \
-        return convert(host, host.beginSuiteCall(Service::kConvertFrom##bits##Bit, Suite::kAudio),          \
-                       (bits) / 8, source, destination, channels, frames);                                  \
+        return convert(host, Service::kConvertFrom##bits##Bit,                                              \
+                       host.beginSuiteCall(Service::kConvertFrom##bits##Bit, Suite::kAudio), (bits) / 8,    \
+                       source, destination, channels, frames);                                              \
     }
 
 CONVERTER(8)

@@ -25,9 +25,10 @@ std::int32_t Importer::callWithNumber(std::int32_t selector, std::uint64_t param
     return call(selector, reinterpret_cast<void*>(static_cast<std::uintptr_t>(param1)), param2);
 }
 
-void Importer::checkGuards(bool intact, std::int32_t selector) const {
-    if (!intact) {
-        m_host->addViolation("selector " + std::to_string(selector) + " wrote outside its record");
+void Importer::checkBounds(Rule rule, const std::string& damage, const char* call, const char* record,
+                           const char* field) const {
+    if (!damage.empty()) {
+        m_host->addViolation({rule, call, damage, record, field});
     }
 }
 
@@ -35,7 +36,7 @@ Answer<host::imImportInfoRec> Importer::init() const {
     const auto before = filledRecord<host::imImportInfoRec>(m_fill);
     GuardedRecord guarded(before);
     const std::int32_t result = call(host::imInit, guarded.address(), nullptr);
-    checkGuards(guarded.guardsIntact(), host::imInit);
+    checkBounds(guarded, "imInit");
     return {result, before, guarded.value()};
 }
 
@@ -51,7 +52,7 @@ Answer<host::imIndFormatRec> Importer::getIndFormat(std::uint32_t index) const {
     const auto before = filledRecord<host::imIndFormatRec>(m_fill);
     GuardedRecord guarded(before);
     const std::int32_t result = callWithNumber(host::imGetIndFormat, index, guarded.address());
-    checkGuards(guarded.guardsIntact(), host::imGetIndFormat);
+    checkBounds(guarded, "imGetIndFormat");
     return {result, before, guarded.value()};
 }
 
@@ -64,15 +65,17 @@ SubTypeNames Importer::getSubTypeNames(std::uint32_t fileType) const {
     }
     const auto size = m_host->blockSize(block);
     if (!size) {
-        m_host->addViolation("imGetSubTypeNames delivered an address that is no live block");
+        m_host->addViolation(
+            {Rule::kMemoryHandedOver, "imGetSubTypeNames", "an address that is no live block"});
         return out;
     }
     out.delivered = true;
     out.blockBytes = *size;
     using Row = host::imSubTypeDescriptionRec;
     if (*size % sizeof(Row) != 0) {
-        m_host->addViolation("imGetSubTypeNames delivered " + std::to_string(*size) +
-                             " bytes, no whole rows");
+        m_host->addViolation({Rule::kRecordsSubtypeRows, "imGetSubTypeNames",
+                              std::to_string(*size) + " bytes in rows of " + std::to_string(sizeof(Row)),
+                              "imSubTypeDescriptionRec"});
     }
     for (std::size_t at = 0; at + sizeof(Row) <= *size; at += sizeof(Row)) {
         Row row;
@@ -85,7 +88,7 @@ SubTypeNames Importer::getSubTypeNames(std::uint32_t fileType) const {
         name.nameUtf8 = toUtf8(name.name);
         out.names.push_back(std::move(name));
     }
-    (void)m_host->freeBlock(block);
+    (void)m_host->freeBlock(block, "imGetSubTypeNames");
     return out;
 }
 

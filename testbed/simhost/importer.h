@@ -9,9 +9,11 @@
 #include <vector>
 
 #include "host/records.h"
+#include "host/selectors.h"
 #include "simhost/guarded_record.h"
 #include "simhost/host.h"
 #include "simhost/plugin.h"
+#include "simhost/record_names.h"
 
 namespace simhost {
 
@@ -59,14 +61,24 @@ class Importer {
                                   std::size_t bytes = sizeof(Record)) const {
         GuardedRecord<Record> guarded(record, bytes);
         const std::int32_t result = call(selector, param1, guarded.address());
-        checkGuards(guarded.guardsIntact(), selector);
+        checkBounds(guarded, host::selectorName(static_cast<std::uint32_t>(selector)));
         return {result, record, guarded.value()};
     }
 
-    /// Notes the violation of a selector that wrote outside its record.
-    void checkGuards(bool intact, std::int32_t selector) const;
+    /// Notes the violation of a call that wrote outside its record.
+    template <class Record>
+    void checkBounds(const GuardedRecord<Record>& record, const char* call) const {
+        checkBounds(Rule::kRecordsBounds, record.damage(), call, kRecordName<Record>);
+    }
+    /// The same of one that wrote outside a buffer to which the field of its record leads.
+    void checkBuffer(const GuardedBytes& buffer, const char* call, const char* record) const {
+        checkBounds(Rule::kRecordsBuffers, buffer.damage(), call, record, "buffer");
+    }
 
  private:
+    void checkBounds(Rule rule, const std::string& damage, const char* call, const char* record,
+                     const char* field = "") const;
+
     Host* m_host;
     const Plugin* m_plugin;
     std::uint8_t m_fill = 0;

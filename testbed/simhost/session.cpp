@@ -147,7 +147,8 @@ class Session {
         note("imGetAudioChannelLayout", clip.channelLayout().result);
         const std::int32_t channels = info.audInfo.numChannels;
         if (channels < 0 || channels > kMostChannels) {
-            clip.host().addViolation("an importer announced " + std::to_string(channels) + " audio channels");
+            clip.host().addViolation({Rule::kSoundChannels, "imGetInfo8", std::to_string(channels),
+                                      "imFileInfoRec8", "audInfo.numChannels"});
             return;
         }
         const std::int64_t total = info.audDuration;

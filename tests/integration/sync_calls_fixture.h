@@ -30,7 +30,7 @@ struct RawCalls {
                                std::uint32_t pixelFormat = kBgra) const {
         const std::vector<host::imFrameFormat> formats = anySize(pixelFormat);
         return simhost::requestFrame(
-            importer, simhost::frameRequest(importer, privateData, time, formats),
+            importer, simhost::frameRequest(importer, privateData, time, formats), "imGetSourceVideo",
             [this](void* record) { return importer.call(host::imGetSourceVideo, nullptr, record); });
     }
     std::int32_t sound(void* privateData, std::int64_t position, std::vector<float>& left,

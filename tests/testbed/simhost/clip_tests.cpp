@@ -64,16 +64,19 @@ TEST_F(ClipTest, OpeningWithoutPrivateDataOrWithTwoReferencesIsAViolation) {
         return host::imNoErr;
     };
     const Clip clip(importer, "a");
-    EXPECT_EQ(sim.violations(), (std::vector<std::string>{"imOpenFile8 succeeded without private data",
-                                                          "imOpenFile8 gave two different file references"}));
+    EXPECT_EQ(texts(sim.violations()),
+              (std::vector<std::string>{
+                  "files.private-data: imOpenFile8, imFileOpenRec8.privatedata: null with result 0",
+                  "files.one-reference: imOpenFile8, imFileOpenRec8.fileinfo.fileref: 18446744073709551615 "
+                  "in the record, 1 at the first parameter"}));
 }
 
 TEST_F(ClipTest, AQuietThatKeepsTheReferenceIsAViolation) {
     Clip clip(importer, "a");
     fake.on[host::imQuietFile] = [](auto*, void*, void*) { return host::imNoErr; };
     (void)clip.quiet();
-    EXPECT_EQ(sim.violations(),
-              (std::vector<std::string>{"selector 8 did not set the file reference to -1"}));
+    EXPECT_EQ(texts(sim.violations()),
+              (std::vector<std::string>{"files.reference-cleared: imQuietFile, file reference: 77"}));
 }
 
 TEST_F(ClipTest, StreamsAreWalkedWhileTheAnswerIs18) {
@@ -113,9 +116,12 @@ TEST_F(ClipTest, AFrameWithAFailureOrNoFrameWithSuccessIsAViolation) {
         return host::imOtherErr;
     };
     EXPECT_FALSE(clip.getFrame(0, 0).frame);
-    EXPECT_EQ(sim.violations(), (std::vector<std::string>{"a frame request succeeded without a frame",
-                                                          "a frame was delivered with result 5",
-                                                          "a frame was delivered that is not live"}));
+    EXPECT_EQ(
+        texts(sim.violations()),
+        (std::vector<std::string>{
+            "frames.on-success: imGetSourceVideo, imSourceVideoRec.outFrame: null with result 0",
+            "frames.none-on-failure: imGetSourceVideo, imSourceVideoRec.outFrame: a frame with result 5",
+            "frames.live: imGetSourceVideo: a frame was delivered that is not live"}));
 }
 
 TEST_F(ClipTest, FirstTicksAreExactRoundedUpAndClamped) {
@@ -139,7 +145,7 @@ TEST_F(ClipTest, AudioComesIntoPrefilledBuffers) {
     fake.on[host::imImportAudio7] = [](auto*, void*, void*) { return host::imNoErr; };
     EXPECT_EQ(clip.importAudio(0, 2, 1).channels[0],
               (std::vector<float>{Clip::kAudioPrefill, Clip::kAudioPrefill}));
-    EXPECT_EQ(sim.violations(), std::vector<std::string>{});
+    EXPECT_EQ(texts(sim.violations()), std::vector<std::string>{});
 }
 
 TEST_F(ClipTest, AudioBehindTheBufferIsAViolation) {
@@ -150,8 +156,9 @@ TEST_F(ClipTest, AudioBehindTheBufferIsAViolation) {
     };
     Clip clip(importer, "a");
     (void)clip.importAudio(0, 2, 2);
-    EXPECT_EQ(sim.violations(),
-              (std::vector<std::string>{"imImportAudio7 wrote behind a buffer of 2 floats"}));
+    EXPECT_EQ(texts(sim.violations()),
+              (std::vector<std::string>{"sound.bounds: imImportAudio7, imImportAudioRec7.buffer: floats "
+                                        "written behind the 2 of a channel"}));
 }
 
 TEST_F(ClipTest, AnalysisTextIsReadUpToItsTerminator) {
@@ -170,7 +177,9 @@ TEST_F(ClipTest, AnalysisTextIsReadUpToItsTerminator) {
     EXPECT_EQ(clip.analysis(6, false).result, 0);
     EXPECT_TRUE(sim.violations().empty());
     (void)clip.analysis(3);
-    EXPECT_EQ(sim.violations(), (std::vector<std::string>{"selector 12 wrote outside its record"}));
+    EXPECT_EQ(texts(sim.violations()),
+              (std::vector<std::string>{
+                  "records.buffers: imAnalysis, imAnalysisRec.buffer: offset 3 of 3 bytes was written"}));
 }
 
 TEST_F(ClipTest, DataRatesAreAskedForInTwoCalls) {

@@ -112,10 +112,11 @@ TEST(Frames, AWriteIntoThePaddingIsFoundAtDisposal) {
     const host::PPixHand frame = frames.create(host::PrPixelFormat_BGRA_4444_8u, 4, 3);
     frames.pixels(frame)[frames.rowBytes(frame) + 16 + 2] = 0;
     EXPECT_EQ(frames.ppix->Dispose(frame), 0);
-    EXPECT_EQ(frames.sim.violations(),
-              (std::vector<std::string>{
-                  "frame PrPixelFormat_BGRA_4444_8u 4 x 3: 1 bytes written behind the pixels of "
-                  "line 1, the first 2 bytes in"}));
+    EXPECT_EQ(
+        texts(frames.sim.violations()),
+        (std::vector<std::string>{
+            "frames.padding: frame PrPixelFormat_BGRA_4444_8u 4 x 3: 1 bytes written behind the pixels of "
+            "line 1, the first 2 bytes in"}));
 }
 
 TEST(Frames, WritesBeforeAndBehindTheBufferAreFoundWhenTheHostIsDoneWithIt) {
@@ -125,10 +126,11 @@ TEST(Frames, WritesBeforeAndBehindTheBufferAreFoundWhenTheHostIsDoneWithIt) {
     frames.pixels(frame)[32] = 0;
     frames.pixels(frame)[33] = 0;
     { const Frame delivered(frames.sim, frames.sim.takeDelivered(frame), true); }
-    EXPECT_EQ(frames.sim.violations(),
-              (std::vector<std::string>{
-                  "frame PrPixelFormat_BGRA_4444_8u 4 x 2: 1 bytes written before the buffer, the "
-                  "first 255 bytes in; 2 bytes written behind the buffer, the first 0 bytes in"}));
+    EXPECT_EQ(
+        texts(frames.sim.violations()),
+        (std::vector<std::string>{
+            "frames.bounds: frame PrPixelFormat_BGRA_4444_8u 4 x 2: 1 bytes written before the buffer, the "
+            "first 255 bytes in; 2 bytes written behind the buffer, the first 0 bytes in"}));
 }
 
 TEST(Frames, LeakedFramesAreReported) {
@@ -149,9 +151,10 @@ TEST(Frames, ADeliveredFrameIsTheHostsAndNoLeak) {
     EXPECT_EQ(frames.sim.balance().deliveredFrames, 1u);
     EXPECT_NE(frames.ppix->Dispose(frame), 0);
     EXPECT_EQ(frames.sim.takeDelivered(frame), nullptr);
-    EXPECT_EQ(frames.sim.violations(),
-              (std::vector<std::string>{"Dispose of a frame that belongs to the host",
-                                        "a frame was delivered twice"}));
+    EXPECT_EQ(
+        texts(frames.sim.violations()),
+        (std::vector<std::string>{"frames.owner: Dispose: the frame was delivered",
+                                  "frames.delivered-once: imGetSourceVideo: a frame was delivered twice"}));
     frames.sim.releaseDelivered(buffer);
     EXPECT_EQ(frames.sim.balance().deliveredFrames, 0u);
 }
@@ -162,7 +165,9 @@ TEST(Frames, DisposingTwiceOrOfNothingIsAViolation) {
     EXPECT_EQ(frames.ppix->Dispose(frame), 0);
     EXPECT_NE(frames.ppix->Dispose(frame), 0);
     EXPECT_NE(frames.ppix->Dispose(nullptr), 0);
-    EXPECT_EQ(frames.sim.violations().size(), 2u);
+    EXPECT_EQ(texts(frames.sim.violations()),
+              (std::vector<std::string>{"frames.live: Dispose: no live frame",
+                                        "frames.live: Dispose: no live frame"}));
 }
 
 TEST(Frames, CreationRefusesReadOnlyAccessAndUnknownShapes) {
@@ -181,7 +186,8 @@ TEST(Frames, CreationRefusesReadOnlyAccessAndUnknownShapes) {
     EXPECT_TRUE(frames.sim.violations().empty());
     EXPECT_EQ(frames.creator->CreatePPix(&made, host::kBufferAccessReadOnly, bgra, &good),
               host::kSuiteBadParameters);
-    EXPECT_EQ(frames.sim.violations(), (std::vector<std::string>{"CreatePPix with buffer access 0"}));
+    EXPECT_EQ(texts(frames.sim.violations()),
+              (std::vector<std::string>{"frames.access: CreatePPix, access: 0"}));
     EXPECT_EQ(made, nullptr);
 }
 

@@ -18,7 +18,7 @@ TEST(Memory, ABlockKnowsItsSizeAndStartsPoisoned) {
     auto* block = static_cast<unsigned char*>(memory(sim).newPtr(8772));
     EXPECT_EQ(memory(sim).getPtrSize(block), 8772);
     EXPECT_TRUE(std::all_of(block, block + 8772, [](unsigned char b) { return b == 0xCB; }));
-    EXPECT_EQ(sim.report(), "1 memory blocks not freed, 8772 bytes\n");
+    EXPECT_EQ(sim.report(), "memory.returned: 1 memory blocks not freed, 8772 bytes\n");
     memory(sim).disposePtr(block);
     EXPECT_TRUE(sim.isClean());
 }
@@ -47,7 +47,8 @@ TEST(Memory, WritingBehindABlockIsAViolation) {
     auto* block = static_cast<unsigned char*>(memory(sim).newPtr(10));
     block[10] = 1;
     memory(sim).disposePtr(block);
-    EXPECT_EQ(sim.violations(), (std::vector<std::string>{"bytes written outside a memory block of 10"}));
+    EXPECT_EQ(texts(sim.violations()),
+              (std::vector<std::string>{"memory.bounds: disposePtr: bytes written outside a block of 10"}));
 }
 
 TEST(Memory, FreeingTwiceIsAViolation) {
@@ -55,13 +56,13 @@ TEST(Memory, FreeingTwiceIsAViolation) {
     void* block = memory(sim).newPtr(10);
     memory(sim).disposePtr(block);
     memory(sim).disposePtr(block);
-    EXPECT_EQ(sim.violations(), (std::vector<std::string>{"a memory block was freed that is not live"}));
+    EXPECT_EQ(texts(sim.violations()), (std::vector<std::string>{"memory.live: disposePtr: no live block"}));
 }
 
 TEST(Memory, HandlesAreNoServiceOfThisHost) {
     Host sim;
     EXPECT_EQ(reinterpret_cast<void* (*)()>(reinterpret_cast<void*>(memory(sim).newHandle))(), nullptr);
-    EXPECT_EQ(sim.violations(), (std::vector<std::string>{"unused function called: newHandle"}));
+    EXPECT_EQ(texts(sim.violations()), (std::vector<std::string>{"suites.offered: newHandle: called"}));
 }
 
 }  // namespace

@@ -45,7 +45,9 @@ TEST(HostProfiles, AWriteBehindTheShorterRecordIsAViolation) {
     const Importer importer(sim, fake.plugin);
     Clip clip(importer, "a.avi");
     EXPECT_EQ(clip.getInfo(0).result, 0);
-    EXPECT_EQ(sim.violations(), (std::vector<std::string>{"selector 37 wrote outside its record"}));
+    EXPECT_EQ(texts(sim.violations()),
+              (std::vector<std::string>{
+                  "records.bounds: imGetInfo8, imFileInfoRec8: offset 5373 of 5373 bytes was written"}));
 }
 
 TEST(HostProfiles, TheInterfaceVersionIsTold) {

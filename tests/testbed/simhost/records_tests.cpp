@@ -47,8 +47,10 @@ TEST_F(Records, WritesBeforeAndBehindARecordAreViolations) {
         return host::imNoErr;
     };
     (void)importer.getIndFormat(0);
-    EXPECT_EQ(sim.violations(), (std::vector<std::string>{"selector 14 wrote outside its record",
-                                                          "selector 14 wrote outside its record"}));
+    EXPECT_EQ(texts(sim.violations()),
+              (std::vector<std::string>{
+                  "records.bounds: imGetIndFormat, imIndFormatRec: offset 764 of 764 bytes was written",
+                  "records.bounds: imGetIndFormat, imIndFormatRec: offset -1 of 764 bytes was written"}));
 }
 
 TEST_F(Records, NumbersArePassedZeroExtended) {
@@ -99,9 +101,11 @@ TEST_F(Records, SubTypeBlocksOfOddSizeOrForeignMemoryAreViolations) {
         return host::imNoErr;
     };
     EXPECT_FALSE(importer.getSubTypeNames(0).delivered);
-    EXPECT_EQ(sim.violations(),
-              (std::vector<std::string>{"imGetSubTypeNames delivered 517 bytes, no whole rows",
-                                        "imGetSubTypeNames delivered an address that is no live block"}));
+    EXPECT_EQ(
+        texts(sim.violations()),
+        (std::vector<std::string>{
+            "records.subtype-rows: imGetSubTypeNames, imSubTypeDescriptionRec: 517 bytes in rows of 516",
+            "memory.handed-over: imGetSubTypeNames: an address that is no live block"}));
     EXPECT_TRUE(sim.balance().isBalanced());
 }
 

@@ -56,7 +56,7 @@ TEST(SimulatedSuites, HeldSuitesAreReportedUntilReleasedAsOftenAsAcquired) {
     acquire<host::PPixSuite>(basic, host::kPPixSuiteName, host::kPPixSuiteVersion);
     acquire<host::PPixSuite>(basic, host::kPPixSuiteName, host::kPPixSuiteVersion);
     EXPECT_EQ(sim.balance().suites, (std::map<std::string, std::int64_t>{{"Premiere PPix Suite 1", 2}}));
-    EXPECT_EQ(sim.report(), "suite 'Premiere PPix Suite 1' held 2 times\n");
+    EXPECT_EQ(sim.report(), "suites.returned: 'Premiere PPix Suite 1' held 2 times\n");
     EXPECT_EQ(basic->ReleaseSuite(host::kPPixSuiteName, host::kPPixSuiteVersion), 0);
     EXPECT_FALSE(sim.balance().isBalanced());
     EXPECT_EQ(basic->ReleaseSuite(host::kPPixSuiteName, host::kPPixSuiteVersion), 0);
@@ -69,9 +69,10 @@ TEST(SimulatedSuites, ReleasingWhatIsNotHeldIsAViolation) {
     EXPECT_NE(sim.basicSuite()->ReleaseSuite(host::kPPixSuiteName, host::kPPixSuiteVersion), 0);
     acquire<host::PPixSuite>(sim.basicSuite(), host::kPPixSuiteName, host::kPPixSuiteVersion);
     EXPECT_NE(sim.basicSuite()->ReleaseSuite(host::kPPixSuiteName, 2), 0);
-    EXPECT_EQ(sim.violations(),
-              (std::vector<std::string>{"suite 'Premiere PPix Suite 1' released but not held",
-                                        "suite 'Premiere PPix Suite 2' released but not held"}));
+    EXPECT_EQ(texts(sim.violations()),
+              (std::vector<std::string>{
+                  "suites.released-once: ReleaseSuite: 'Premiere PPix Suite 1' is not held",
+                  "suites.released-once: ReleaseSuite: 'Premiere PPix Suite 2' is not held"}));
 }
 
 TEST(SimulatedSuites, CallingASuiteThatIsNoLongerHeldIsAViolation) {
@@ -84,8 +85,9 @@ TEST(SimulatedSuites, CallingASuiteThatIsNoLongerHeldIsAViolation) {
     EXPECT_TRUE(sim.violations().empty());
     (void)sim.basicSuite()->ReleaseSuite(host::kTimeSuiteName, host::kTimeSuiteVersion);
     (void)time->GetTicksPerSecond(&ticks);
-    EXPECT_EQ(sim.violations(),
-              (std::vector<std::string>{"GetTicksPerSecond called while 'Premiere Time Suite' is not held"}));
+    EXPECT_EQ(
+        texts(sim.violations()),
+        (std::vector<std::string>{"suites.held: GetTicksPerSecond: 'Premiere Time Suite' is not held"}));
 }
 
 TEST(SimulatedSuites, UnusedSlotsAreDistinctAndTellTheirNames) {
@@ -99,10 +101,11 @@ TEST(SimulatedSuites, UnusedSlotsAreDistinctAndTellTheirNames) {
     EXPECT_LT(call(cache->GetFrameFromCacheWithColorProfile2), 0);
     EXPECT_LT(call(ppix->GetBounds), 0);
     EXPECT_LT(call(sim.basicSuite()->IsEqual), 0);
-    EXPECT_EQ(sim.violations(), (std::vector<std::string>{
-                                    "unused function called: AddFrameToCache",
-                                    "unused function called: GetFrameFromCacheWithColorProfile2",
-                                    "unused function called: GetBounds", "unused function called: IsEqual"}));
+    EXPECT_EQ(
+        texts(sim.violations()),
+        (std::vector<std::string>{"suites.offered: AddFrameToCache: called",
+                                  "suites.offered: GetFrameFromCacheWithColorProfile2: called",
+                                  "suites.offered: GetBounds: called", "suites.offered: IsEqual: called"}));
 }
 
 TEST(SimulatedSuites, NoSlotOfAnyTableIsNull) {

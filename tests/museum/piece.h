@@ -1,0 +1,51 @@
+// What the pieces are made of: the sample importer, and one call of the host that a piece answers in its own
+// way. A piece defines answer() and nothing else.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "host/records.h"
+#include "host/result_codes.h"
+#include "host/selectors.h"
+#include "host/std_parms.h"
+#include "sample/clip.h"
+#include "sample/sample_importer.h"
+
+namespace piece {
+
+struct Call {
+    std::int32_t selector;
+    host::imStdParms* parms;
+    void* param1;
+    void* param2;
+
+    bool is(std::int32_t wanted) const { return selector == wanted; }
+    /// What the sample answers.
+    std::int32_t correct() const { return sample::importEntry(selector, parms, param1, param2); }
+    /// The record of a selector that passes it as second parameter, null as it may be.
+    template <class Record>
+    Record* record() const {
+        return static_cast<Record*>(param2);
+    }
+    const host::SPBasicSuite* basic() const { return sample::basicSuite(parms); }
+    const host::MemoryFunctions* memory() const {
+        const host::piSuites* const suites = parms->piSuites;
+        return suites->memFuncs;
+    }
+    /// imGetSourceVideo: the file that is asked, and the frame that the sample has just delivered; null
+    /// without.
+    std::shared_ptr<sample::Clip> clip() const {
+        const auto* const request = record<host::imSourceVideoRec>();
+        return request != nullptr ? sample::findClip(request->inPrivateData) : nullptr;
+    }
+    host::PPixHand frame() const {
+        const auto* const request = record<host::imSourceVideoRec>();
+        return request != nullptr && request->outFrame != nullptr ? *request->outFrame : nullptr;
+    }
+};
+
+/// What xImportEntry of the piece answers.
+std::int32_t answer(const Call& call);
+
+}  // namespace piece

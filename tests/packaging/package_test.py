@@ -31,18 +31,23 @@ def programs():
     }
 
 
+def all_packages():
+    """The zips, and last the installer."""
+    return [settings.PACKAGE, settings.SYMBOLS, *([settings.VALIDATOR] if settings.HAS_TOOL else []), settings.SETUP]
+
+
 class ZipTest(unittest.TestCase):
     def test_holds_exactly_the_release_files(self):
         files = [settings.PLUGIN, *settings.TEXTS] + ([settings.TOOL] if settings.HAS_TOOL else [])
         self.assertEqual(sorted(read_zip(settings.PACKAGE)), sorted(settings.TOP + name for name in files))
 
     def test_folder_holds_exactly_the_packages_and_their_checksums(self):
-        names = [path.name for path in (settings.PACKAGE, settings.SYMBOLS, settings.SETUP)]
+        names = [path.name for path in all_packages()]
         expected = sorted(names + [name + ".sha256" for name in names])
         self.assertEqual(sorted(path.name for path in settings.PACKAGES.iterdir() if path.is_file()), expected)
 
     def test_checksums_are_those_of_the_packages(self):
-        for package in (settings.PACKAGE, settings.SYMBOLS, settings.SETUP):
+        for package in all_packages():
             digest = hashlib.sha256(package.read_bytes()).hexdigest()
             line = package.with_name(package.name + ".sha256").read_text()
             self.assertEqual(line, f"{digest}  {package.name}\n")
@@ -92,7 +97,7 @@ class ZipTest(unittest.TestCase):
 
     def test_every_file_has_the_date_that_packaging_was_given(self):
         expected = time.localtime(int(os.environ["SOURCE_DATE_EPOCH"]) & ~1)[:6]  # zips count in steps of two seconds
-        for package in (settings.PACKAGE, settings.SYMBOLS):
+        for package in all_packages()[:-1]:
             with zipfile.ZipFile(package) as archive:
                 for entry in archive.infolist():
                     self.assertEqual(entry.date_time, expected, entry.filename)
@@ -102,8 +107,50 @@ class ZipTest(unittest.TestCase):
             subprocess.run(
                 [settings.CPACK, "--config", settings.BUILD_DIR / "CPackConfig.cmake", "-B", folder],
                 check=True, cwd=settings.BUILD_DIR, stdout=subprocess.DEVNULL)
-            for package in (settings.PACKAGE, settings.SYMBOLS, settings.SETUP):
+            for package in all_packages():
                 self.assertEqual((pathlib.Path(folder) / package.name).read_bytes(), package.read_bytes(), package.name)
+
+
+class ValidatorTest(unittest.TestCase):
+    """The zip for authors of other importers, who build against it in test_host_test.py."""
+
+    def setUp(self):
+        self.files = {name.removeprefix(settings.VALIDATOR_TOP): data for name, data in read_zip(settings.VALIDATOR).items()
+                      if not name.endswith("/")}
+
+    def test_holds_the_tool_the_package_and_the_texts_and_no_plugin(self):
+        top = sorted({name.split("/")[0] for name in self.files})
+        self.assertEqual(top, ["LICENSE.txt", "README.txt", "THIRD_PARTY_NOTICES.txt", "bin", "include", "lib", "share"])
+        self.assertEqual([name for name in self.files if name.startswith("bin/")], ["bin/importer_host.exe"])
+        for name in ("lib/liborvantis_simhost.a", "lib/cmake/ImporterTestHost/ImporterTestHostConfig.cmake",
+                     "include/importer-test-host/host/records.h", "include/importer-test-host/simhost/session.h",
+                     "share/importer-test-host/sample/sample_importer.cpp", "share/importer-test-host/host-rules.md"):
+            self.assertIn(name, self.files)
+        self.assertEqual([name for name in self.files if name.endswith((".prm", ".dll", ".pyc"))], [])
+
+    def test_headers_are_those_of_the_sources_and_all_that_they_include(self):
+        headers = {name.removeprefix("include/importer-test-host/"): data.decode() for name, data in self.files.items()
+                   if name.endswith(".h") and name.startswith("include/")}
+        self.assertGreater(len(headers), 30)
+        for name, text in headers.items():
+            source = settings.SOURCE_DIR / ("" if name.startswith("host/") else "testbed") / name
+            self.assertEqual(text, source.read_text(), name)
+            for included in re.findall(r'^#include "(.+)"', text, re.MULTILINE):
+                self.assertIn(included, headers, name)
+
+    def test_tool_is_the_one_of_the_other_package(self):
+        self.assertEqual(self.files["bin/importer_host.exe"], programs()[settings.TOOL])
+
+    def test_readme_carries_the_version_and_ends_its_lines_as_windows_does(self):
+        readme = self.files["README.txt"]
+        self.assertEqual(readme.decode().splitlines()[0], f"importer-validator {settings.VERSION}")
+        self.assertEqual(readme.count(b"\n"), readme.count(b"\r\n"))
+        self.assertIsNone(re.search(rb"@\w+@", readme))
+
+    def test_nothing_tells_where_it_was_built(self):
+        for name, data in self.files.items():
+            for folder in (settings.SOURCE_DIR, settings.BUILD_DIR, pathlib.Path.home()):
+                self.assertNotIn(str(folder).encode(), data, f"{folder} in {name}")
 
 
 class VersionTest(unittest.TestCase):
@@ -128,7 +175,7 @@ class VersionTest(unittest.TestCase):
 
     def test_file_names_carry_it(self):
         self.assertEqual(self.version, settings.VERSION)  # the paths in settings.py are made of it, and they exist
-        for package in (settings.PACKAGE, settings.SYMBOLS, settings.SETUP):
+        for package in all_packages():
             self.assertTrue(package.is_file(), package)
 
     def test_readme_carries_it(self):

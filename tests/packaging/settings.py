@@ -20,6 +20,8 @@ VERSION = os.environ["ORVANTIS_VERSION"]
 
 PACKAGE = PACKAGES / f"ImporterOrvantis-{VERSION}-win64.zip"
 SYMBOLS = PACKAGES / f"ImporterOrvantis-{VERSION}-symbols.zip"
+VALIDATOR = PACKAGES / f"importer-validator-{VERSION}-win64.zip"
+VALIDATOR_TOP = f"importer-validator-{VERSION}-win64/"
 SETUP = PACKAGES / f"ImporterOrvantis-{VERSION}-setup.exe"
 TOP = f"ImporterOrvantis-{VERSION}-win64/"
 

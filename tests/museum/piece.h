@@ -23,6 +23,18 @@ struct Call {
     bool is(std::int32_t wanted) const { return selector == wanted; }
     /// What the sample answers.
     std::int32_t correct() const { return sample::importEntry(selector, parms, param1, param2); }
+    /// The same of a sample that has no asynchronous importer, for what is wrong with the synchronous one
+    /// alone.
+    std::int32_t correctWithoutAsync() const {
+        if (is(host::imCreateAsyncImporter)) {
+            return host::imUnsupported;
+        }
+        const std::int32_t result = correct();
+        if (is(host::imGetInfo8) && result == host::imNoErr) {
+            record<host::imFileInfoRec8>()->vidInfo.supportsAsyncIO = 0;
+        }
+        return result;
+    }
     /// The record of a selector that passes it as second parameter, null as it may be.
     template <class Record>
     Record* record() const {
@@ -42,6 +54,13 @@ struct Call {
     host::PPixHand frame() const {
         const auto* const request = record<host::imSourceVideoRec>();
         return request != nullptr && request->outFrame != nullptr ? *request->outFrame : nullptr;
+    }
+    /// imGetSourceVideo: the first pixel of that frame, and the way from row to row.
+    char* pixels(std::int32_t& rowBytes) const {
+        char* first = nullptr;
+        (void)clip()->ppix->GetRowBytes(frame(), &rowBytes);
+        (void)clip()->ppix->GetPixels(frame(), host::kBufferAccessWriteOnly, &first);
+        return first;
     }
 };
 

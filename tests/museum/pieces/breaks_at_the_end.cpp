@@ -1,0 +1,13 @@
+// Shows nothing more after a request behind the end.
+#include "tests/museum/piece.h"
+
+std::int32_t piece::answer(const Call& call) {
+    static bool broken = false;
+    broken = broken && !call.is(host::imOpenFile8);
+    if (call.is(host::imGetSourceVideo) && broken) {
+        return host::imOtherErr;
+    }
+    const std::int32_t result = call.correctWithoutAsync();
+    broken = broken || (call.is(host::imGetSourceVideo) && result == host::imFrameNotFound);
+    return result;
+}

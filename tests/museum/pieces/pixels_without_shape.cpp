@@ -1,0 +1,10 @@
+// Describes pixels of a shape that divides by 0.
+#include "tests/museum/piece.h"
+
+std::int32_t piece::answer(const Call& call) {
+    const std::int32_t result = call.correct();
+    if (call.is(host::imGetInfo8) && result == host::imNoErr) {
+        call.record<host::imFileInfoRec8>()->vidInfo.pixelAspectDen = 0;
+    }
+    return result;
+}

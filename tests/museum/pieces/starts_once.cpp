@@ -1,0 +1,11 @@
+// Refuses a second start while it runs.
+#include "tests/museum/piece.h"
+
+std::int32_t piece::answer(const Call& call) {
+    static bool runs = false;
+    if (call.is(host::imInit) && runs) {
+        return host::imOtherErr;
+    }
+    runs = call.is(host::imInit) || (runs && !call.is(host::imShutdown));
+    return call.correct();
+}

@@ -1,4 +1,4 @@
-// Waits for work that is never begun when it is flushed.
+// Waits for work that was never begun when it is cancelled.
 #include <future>
 
 #include "tests/museum/piece.h"
@@ -6,7 +6,7 @@
 namespace {
 
 std::int32_t asyncAnswer(std::int32_t selector, void* param) {
-    if (selector == host::aiFlush) {
+    if (selector == host::aiCancelAsyncRead) {
         std::promise<void> never;
         never.get_future().wait();
     }

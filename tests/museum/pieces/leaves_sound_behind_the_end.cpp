@@ -2,7 +2,7 @@
 #include "tests/museum/piece.h"
 
 std::int32_t piece::answer(const Call& call) {
-    auto* const record = call.record<host::imImportAudioRec7>();
+    const auto* const record = call.record<host::imImportAudioRec7>();
     const auto clip =
         call.is(host::imImportAudio7) && record != nullptr ? sample::findClip(record->privateData) : nullptr;
     if (clip == nullptr || record->position < 0 ||

@@ -1,0 +1,19 @@
+// Says yes to what its asynchronous entry does not know.
+#include "tests/museum/piece.h"
+
+namespace {
+
+std::int32_t asyncAnswer(std::int32_t selector, void* param) {
+    const std::int32_t result = sample::asyncEntry(selector, param);
+    return result == host::aiUnsupported ? host::aiNoError : result;
+}
+
+}  // namespace
+
+std::int32_t piece::answer(const Call& call) {
+    const std::int32_t result = call.correct();
+    if (call.is(host::imCreateAsyncImporter) && result == host::imNoErr) {
+        static_cast<host::imAsyncImporterCreationRec*>(call.param1)->outAsyncEntry = asyncAnswer;
+    }
+    return result;
+}

@@ -1,0 +1,17 @@
+// Makes one asynchronous importer for a file and no other.
+#include <set>
+
+#include "tests/museum/piece.h"
+
+std::int32_t piece::answer(const Call& call) {
+    static std::set<const void*> made;
+    if (call.is(host::imOpenFile8)) {
+        made.clear();
+    }
+    const auto* const record = static_cast<const host::imAsyncImporterCreationRec*>(call.param1);
+    if (call.is(host::imCreateAsyncImporter) && record != nullptr &&
+        !made.insert(record->inPrivateData).second) {
+        return host::imOtherErr;
+    }
+    return call.correct();
+}

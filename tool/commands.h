@@ -18,6 +18,7 @@ struct CommonOptions {
     bool profile = true;   ///< --profile
     bool log = true;       ///< --log
     bool progress = true;  ///< --progress
+    bool json = true;      ///< --json
 };
 
 struct Command {
@@ -39,5 +40,6 @@ Command addBenchCommand(CLI::App& app);
 Command addVerifyCommand(CLI::App& app);
 Command addCollectCommand(CLI::App& app);
 Command addExcerptCommand(CLI::App& app);
+Command addValidateCommand(CLI::App& app);
 
 }  // namespace simhost::tool

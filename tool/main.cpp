@@ -32,7 +32,8 @@ std::string footer() {
         "\"importer_host help COMMAND\" tells more about a command. Clips alone, as when they are dropped on "
         "the program, get a "
         "report each, which is opened.\n\n"
-        "Exit codes: 0 success; 1 the plug-in refused the file or a request, or doctor or verify found a fault; 2 "
+        "Exit codes: 0 success; 1 the plug-in refused the file or a request, or doctor or verify found a "
+        "fault; 2 "
         "wrong arguments; 3 the "
         "plug-in could not be loaded; 4 a file could not be written; 5 the plug-in leaked, broke a rule of "
         "the host, or gave "
@@ -75,7 +76,9 @@ void addCommonOptions(CLI::App& parser, const CommonOptions& uses, GlobalOptions
             .add_flag("--progress", global.progress, "Show progress even if the error stream is no terminal")
             ->group(kGroup);
     }
-    parser.add_flag("--json", global.json, "Answer with a JSON object, failures too")->group(kGroup);
+    if (uses.json) {
+        parser.add_flag("--json", global.json, "Answer with a JSON object, failures too")->group(kGroup);
+    }
 }
 
 // The first word that is no option and no option's value: where a command stands.
@@ -136,11 +139,11 @@ int run(Words words, GlobalOptions& global) {
     app.add_flag("--version", version,
                  "The versions of tool, plug-in, codec library and system, and the host profile");
     addCommonOptions(app, {}, global);
-    const Command commands[] = {addInfoCommand(app),    addFramesCommand(app),  addAudioCommand(app),
-                                addAsyncCommand(app),   addReportCommand(app),  addDoctorCommand(app),
-                                addRescueCommand(app),  addVerifyCommand(app),  addCollectCommand(app),
-                                addExcerptCommand(app), addLogCommand(app),     addSoakCommand(app),
-                                addBenchCommand(app)};
+    const Command commands[] = {addInfoCommand(app),    addFramesCommand(app), addAudioCommand(app),
+                                addAsyncCommand(app),   addReportCommand(app), addDoctorCommand(app),
+                                addRescueCommand(app),  addVerifyCommand(app), addCollectCommand(app),
+                                addExcerptCommand(app), addLogCommand(app),    addValidateCommand(app),
+                                addSoakCommand(app),    addBenchCommand(app)};
     Words names;
     for (const Command& command : commands) {
         addCommonOptions(*command.parser, command.uses, global);

@@ -95,10 +95,10 @@ std::uint8_t* FrameBuffer::rowStart(std::int32_t line) const noexcept {
     return m_base + m_stride * line;
 }
 
-void FrameBuffer::poison() {
+void FrameBuffer::poison(std::uint8_t pixels) {
     std::memset(m_base - kGuardBytes, kGuardByte, m_total);
     for (std::int32_t line = 0; line < m_height; ++line) {
-        std::memset(rowStart(line), kPixelPoison, static_cast<std::size_t>(m_rowPixels));
+        std::memset(rowStart(line), pixels, static_cast<std::size_t>(m_rowPixels));
     }
 }
 

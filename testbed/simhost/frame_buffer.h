@@ -36,7 +36,7 @@ class FrameBuffer {
 
     /// Fills pixels with poison, padding and guards with the guard byte. Without it a new buffer holds
     /// anything.
-    void poison();
+    void poison(std::uint8_t pixels = kPixelPoison);
 
     /// What was written outside the pixels since poison().
     FrameDamage damage() const;

@@ -270,7 +270,7 @@ std::shared_ptr<FrameBuffer> Host::makeFrame(const PixelLayout& layout, std::int
             m_spareFrames.erase(found);
             spare->delivered = false;
             if (m_options.poisonFrames) {
-                spare->poison();
+                spare->poison(m_options.pixelPoison);
             }
             return spare;
         }
@@ -278,7 +278,7 @@ std::shared_ptr<FrameBuffer> Host::makeFrame(const PixelLayout& layout, std::int
     auto made =
         std::make_shared<FrameBuffer>(layout, width, height, m_profile.rowBytes, m_options.largestFrameBytes);
     if (m_options.poisonFrames) {
-        made->poison();
+        made->poison(m_options.pixelPoison);
     }
     return made;
 }

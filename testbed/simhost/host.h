@@ -34,7 +34,9 @@ namespace simhost {
 /// What the host spends on watching. Benchmarks switch it off, and reuse frame memory as the real host does.
 struct HostOptions {
     bool poisonFrames = true;  ///< fill new frames with poison, check padding and guards at the end
-    bool keepTrace = true;     ///< remember every call
+    /// What the pixels of a new frame hold: two different ones tell whether every pixel is written.
+    std::uint8_t pixelPoison = FrameBuffer::kPixelPoison;
+    bool keepTrace = true;                                   ///< remember every call
     std::int64_t largestFrameBytes = std::int64_t{1} << 31;  ///< larger frames are refused as out of memory
     bool recycleFrames = false;  ///< keep the memory of disposed frames for the next ones of the same shape
 };

@@ -5,9 +5,9 @@
 
 #include "tool/report/report_log.h"
 #include "tool/report/report_plot.h"
-#include "tool/report/report_style.h"
 #include "tool/shared/base/html_text.h"
 #include "tool/shared/base/number_text.h"
+#include "tool/shared/base/page_style.h"
 
 namespace simhost::tool {
 namespace {
@@ -236,9 +236,9 @@ std::string reportPage(const Report& report) {
         "<meta name=\"viewport\" content=\"width=device-width,initial-scale=1\">"
         "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; img-src data:; style-src "
         "'unsafe-inline'\"><title>" +
-        htmlEscaped(report.fileName) + "</title><style>" + kReportStyle +
-        "</style></head><body><main>\n<h1>" + htmlEscaped(report.fileName) + "</h1><p class=\"path\">" +
-        htmlEscaped(report.path) + "</p>\n" + notes(report);
+        htmlEscaped(report.fileName) + "</title><style>" + kPageStyle + "</style></head><body><main>\n<h1>" +
+        htmlEscaped(report.fileName) + "</h1><p class=\"path\">" + htmlEscaped(report.path) + "</p>\n" +
+        notes(report);
     if (!report.file.empty()) {
         out += "<section><h2>File</h2>\n" + factList(report.file) + "</section>\n";
     }

@@ -1,10 +1,10 @@
-// The look of a report: light and dark as the reader's system has it, from telephones to wide screens and
-// paper.
+// The look of the pages that the tool writes: light and dark as the reader's system has it, from telephones
+// to wide screens and paper.
 #pragma once
 
 namespace simhost::tool {
 
-inline constexpr const char* kReportStyle = R"(
+inline constexpr const char* kPageStyle = R"(
 :root{color-scheme:light dark;--bg:#f6f7f9;--card:#fff;--ink:#1b1f24;--soft:#5a6572;--line:#d9dee5;--wave:#2563c9;
 --pale:#b9cdf2;--bad:#b3261e;--badbg:#fdecea;--warn:#7a5200;--warnbg:#fff4d6;--good:#1d6b3a;--goodbg:#e6f4ea;
 --check:#d5d9df}

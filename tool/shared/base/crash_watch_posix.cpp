@@ -1,0 +1,90 @@
+// Crashes of native builds, in the place of tool/shared/base/crash_watch_win32.cpp. The core file, if the
+// user wants one, is the system's.
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <string_view>
+#include <vector>
+
+#include "tool/shared/base/crash_watch.h"
+
+namespace simhost::tool {
+namespace {
+
+std::string g_crashRecord;  // set before any crash, only read by the handler
+
+const char* signalWords(int signal) {
+    switch (signal) {
+        case SIGSEGV:
+            return "access to memory that is not there (SIGSEGV)";
+        case SIGBUS:
+            return "bad access to memory (SIGBUS)";
+        case SIGILL:
+            return "illegal instruction (SIGILL)";
+        case SIGFPE:
+            return "arithmetic fault (SIGFPE)";
+        default:
+            return "the process aborted itself (SIGABRT)";
+    }
+}
+
+const void* instructionOf(const void* context) {
+#if defined(__x86_64__)
+    return reinterpret_cast<const void*>(static_cast<const ucontext_t*>(context)->uc_mcontext.gregs[REG_RIP]);
+#elif defined(__aarch64__)
+    return reinterpret_cast<const void*>(static_cast<const ucontext_t*>(context)->uc_mcontext.pc);
+#else
+    (void)context;
+    return nullptr;
+#endif
+}
+
+// The process is lost: what follows may use what a signal handler may not, in the hope to tell more.
+void tellCrash(int signal, siginfo_t*, void* context) {
+    const CodePlace place = codePlace(instructionOf(context));
+    char text[1024];
+    const int length = std::snprintf(text, sizeof text, "%s\n%s\n0x%llx\n", signalWords(signal),
+                                     place.module.c_str(), place.offset);
+    const int file = ::open(g_crashRecord.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    if (file >= 0) {
+        (void)!::write(file, text, static_cast<std::size_t>(length));
+        (void)::close(file);
+    }
+    (void)std::signal(signal, SIG_DFL);
+    (void)::raise(signal);
+}
+
+}  // namespace
+
+void watchForCrashes(const std::string& recordUtf8, const std::string&) {
+    g_crashRecord = recordUtf8;
+    // A stack that overflowed cannot carry the handler.
+    static std::vector<char> stack(std::size_t{256} * 1024);
+    stack_t other{};
+    other.ss_sp = stack.data();
+    other.ss_size = stack.size();
+    (void)::sigaltstack(&other, nullptr);
+    struct sigaction action {};
+    action.sa_sigaction = tellCrash;
+    action.sa_flags = SA_SIGINFO | SA_ONSTACK | static_cast<int>(SA_RESETHAND);
+    for (const int signal : {SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGABRT}) {
+        (void)::sigaction(signal, &action, nullptr);
+    }
+}
+
+CodePlace codePlace(const void* address) {
+    Dl_info info{};
+    if (address == nullptr || ::dladdr(address, &info) == 0 || info.dli_fname == nullptr) {
+        return {};
+    }
+    const std::string_view path = info.dli_fname;
+    return {std::string(path.substr(path.find_last_of('/') + 1)),
+            reinterpret_cast<std::uintptr_t>(address) - reinterpret_cast<std::uintptr_t>(info.dli_fbase)};
+}
+
+}  // namespace simhost::tool

@@ -1,0 +1,270 @@
+#include "tool/validate/run/supervisor.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <optional>
+#include <set>
+
+#include "tool/shared/base/child_process.h"
+#include "tool/shared/base/interruption.h"
+#include "tool/shared/base/output_file.h"
+#include "tool/shared/base/tool_error.h"
+#include "tool/validate/run/job.h"
+
+namespace simhost::tool::validate {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::milliseconds kLook{10};
+constexpr std::size_t kMostOutput = 4000;
+
+std::string textOf(const std::string& path) {
+    std::ifstream file(pathFromUtf8(path), std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::string endOf(const std::string& text) {
+    if (text.size() <= kMostOutput) {
+        return text;
+    }
+    const std::size_t line = text.find('\n', text.size() - kMostOutput);
+    return line == std::string::npos ? text.substr(text.size() - kMostOutput) : text.substr(line + 1);
+}
+
+std::string lineOf(const std::string& text, std::size_t number) {
+    std::size_t at = 0;
+    for (; number > 0 && at != std::string::npos; --number) {
+        at = text.find('\n', at);
+        at = at == std::string::npos ? at : at + 1;
+    }
+    return at == std::string::npos ? std::string() : text.substr(at, text.find('\n', at) - at);
+}
+
+std::string crashReason(const std::string& record, std::uint32_t exitCode) {
+    if (record.empty()) {
+        return "the process ended with exit code " + std::to_string(exitCode) + " during the check";
+    }
+    const std::string module = lineOf(record, 1);
+    return lineOf(record, 0) + (module.empty() ? "" : " in " + module + " at offset " + lineOf(record, 2));
+}
+
+// One process with some of the checks.
+class Worker {
+ public:
+    Worker(const TrialSetting& setting, const std::vector<PlannedCheck>& plan,
+           std::vector<std::size_t> places, const SupervisorOptions& options, std::size_t number)
+        : m_places(std::move(places)), m_folder(options.folder + "/" + std::to_string(number)) {
+        std::filesystem::create_directories(pathFromUtf8(m_folder + "/work"));
+        Job job;
+        job.setting = setting;
+        job.setting.workFolder = m_folder + "/work";
+        for (const std::size_t place : m_places) {
+            job.checks.push_back(plan[place]);
+        }
+        job.results = m_folder + "/results";
+        job.crash = m_folder + "/crash";
+        job.dump = options.dumps.empty() ? "" : m_folder + "/dump";
+        std::ofstream(pathFromUtf8(m_folder + "/job"), std::ios::binary) << jobText(job);
+        try {
+            m_child = std::make_unique<ChildProcess>(
+                std::vector<std::string>{"validate", "--child", m_folder + "/job"}, m_folder + "/output");
+        } catch (const std::runtime_error& error) {
+            throw ToolError(kFailed, error.what());
+        }
+        m_began = Clock::now();
+    }
+
+    // What has come since the last look; whether the process has ended.
+    std::optional<std::uint32_t> look(std::vector<JobEvent>& events) {
+        const auto code = m_child->waitFor(kLook);
+        std::ifstream file(pathFromUtf8(m_folder + "/results"), std::ios::binary);
+        file.seekg(static_cast<std::streamoff>(m_read));
+        const std::string more{std::istreambuf_iterator<char>(file), {}};
+        m_read += more.size();
+        m_text += more;
+        events = takeEvents(m_text);
+        if (!events.empty()) {
+            m_began = Clock::now();
+        }
+        return code;
+    }
+
+    bool isOver(double timeout) const {
+        return std::chrono::duration<double>(Clock::now() - m_began).count() > timeout;
+    }
+    void kill() { m_child->kill(); }
+
+    std::size_t current() const { return m_places[m_done]; }
+    bool hasCurrent() const { return m_done < m_places.size(); }
+    void next() { ++m_done; }
+    std::vector<std::size_t> rest() const {
+        return {m_places.begin() + static_cast<std::ptrdiff_t>(std::min(m_done, m_places.size())),
+                m_places.end()};
+    }
+    const std::string& folder() const { return m_folder; }
+    std::string phase;
+
+ private:
+    std::vector<std::size_t> m_places;  // in the plan
+    std::string m_folder;
+    std::unique_ptr<ChildProcess> m_child;
+    Clock::time_point m_began;  // of the check that it is at
+    std::size_t m_done = 0;
+    std::size_t m_read = 0;
+    std::string m_text;  // of the results, not yet a whole line
+};
+
+class Supervisor {
+ public:
+    Supervisor(const TrialSetting& setting, const std::vector<PlannedCheck>& plan,
+               const SupervisorOptions& options, const std::function<void(const CheckResult&)>& done)
+        : m_setting(setting), m_plan(plan), m_options(options), m_done(done), m_results(plan.size()) {
+        for (std::size_t i = 0; i < plan.size(); ++i) {
+            m_waiting.push_back(i);
+        }
+    }
+
+    std::vector<CheckResult> run() {
+        while (!m_waiting.empty() || !m_workers.empty()) {
+            throwIfInterrupted();
+            while (!m_waiting.empty() && m_workers.size() < m_options.jobs) {
+                start(takeBatch());
+            }
+            for (std::size_t i = 0; i < m_workers.size();) {
+                if (attend(*m_workers[i])) {
+                    auto rest = m_workers[i]->rest();
+                    removeFolder(m_workers[i]->folder());
+                    m_workers.erase(m_workers.begin() + static_cast<std::ptrdiff_t>(i));
+                    m_waiting.insert(m_waiting.begin(), rest.begin(), rest.end());
+                } else {
+                    ++i;
+                }
+            }
+        }
+        return std::move(m_results);
+    }
+
+ private:
+    // Fewer and fewer at a time, so that all processes end at about the same time.
+    std::vector<std::size_t> takeBatch() {
+        const std::size_t parts = m_options.jobs == 1 ? 1 : 2 * std::size_t{m_options.jobs};
+        const std::size_t count = std::max<std::size_t>((m_waiting.size() + parts - 1) / parts, 1);
+        std::vector<std::size_t> out(m_waiting.begin(),
+                                     m_waiting.begin() + static_cast<std::ptrdiff_t>(count));
+        m_waiting.erase(m_waiting.begin(), m_waiting.begin() + static_cast<std::ptrdiff_t>(count));
+        return out;
+    }
+
+    void start(std::vector<std::size_t> places) {
+        TrialSetting setting = m_setting;
+        setting.lostPhases.assign(m_lostPhases.begin(), m_lostPhases.end());
+        m_workers.push_back(
+            std::make_unique<Worker>(setting, m_plan, std::move(places), m_options, ++m_started));
+    }
+
+    // True once the process has ended.
+    bool attend(Worker& worker) {
+        std::vector<JobEvent> events;
+        std::optional<std::uint32_t> code = worker.look(events);
+        if (code) {
+            // What it wrote between the look at its file and its end.
+            std::vector<JobEvent> last;
+            (void)worker.look(last);
+            events.insert(events.end(), last.begin(), last.end());
+        }
+        for (JobEvent& event : events) {
+            if (event.kind == JobEvent::Kind::kPhase) {
+                worker.phase = event.phase;
+            } else if (event.kind == JobEvent::Kind::kEnd && worker.hasCurrent()) {
+                worker.phase.clear();
+                finish(worker, std::move(event.result));
+            }
+        }
+        if (code) {
+            if (worker.hasCurrent()) {
+                lose(worker, Outcome::kCrashed, crashReason(textOf(worker.folder() + "/crash"), *code));
+            }
+            return true;
+        }
+        if (worker.isOver(m_options.timeout)) {
+            worker.kill();
+            if (worker.hasCurrent()) {
+                lose(worker, Outcome::kTimedOut, "");
+            }
+            return true;
+        }
+        return false;
+    }
+
+    void finish(Worker& worker, CheckResult result) {
+        m_results[worker.current()] = std::move(result);
+        m_done(m_results[worker.current()]);
+        worker.next();
+    }
+
+    // The check that the process was at went with it.
+    void lose(Worker& worker, Outcome outcome, std::string reason) {
+        CheckResult result;
+        result.id = m_plan[worker.current()].id;
+        result.seed = m_plan[worker.current()].seed;
+        result.outcome = outcome;
+        result.reason = std::move(reason);
+        if (outcome == Outcome::kTimedOut) {
+            char text[64];
+            (void)std::snprintf(text, sizeof text, "not over after %g s", m_options.timeout);
+            result.reason = text;
+        } else {
+            result.output = endOf(textOf(worker.folder() + "/output"));
+            result.dump = keepDump(worker.folder() + "/dump", result);
+        }
+        if (!worker.phase.empty()) {
+            result.reason += ", in the " + worker.phase;
+            m_lostPhases.insert(worker.phase);
+        }
+        finish(worker, std::move(result));
+    }
+
+    std::string keepDump(const std::string& made, const CheckResult& result) const {
+        std::error_code error;
+        if (m_options.dumps.empty() || !std::filesystem::exists(pathFromUtf8(made), error)) {
+            return {};
+        }
+        makeFolder(m_options.dumps);
+        const std::string kept =
+            m_options.dumps + "/" + result.id + "-" + std::to_string(result.seed) + ".dmp";
+        std::filesystem::copy_file(pathFromUtf8(made), pathFromUtf8(kept),
+                                   std::filesystem::copy_options::overwrite_existing, error);
+        return error ? std::string() : kept;
+    }
+
+    static void removeFolder(const std::string& folder) {
+        std::error_code error;
+        std::filesystem::remove_all(pathFromUtf8(folder), error);
+    }
+
+    const TrialSetting& m_setting;
+    const std::vector<PlannedCheck>& m_plan;
+    const SupervisorOptions& m_options;
+    const std::function<void(const CheckResult&)>& m_done;
+    std::vector<CheckResult> m_results;
+    std::vector<std::size_t> m_waiting;  // places in the plan
+    std::vector<std::unique_ptr<Worker>> m_workers;
+    std::set<std::string> m_lostPhases;
+    std::size_t m_started = 0;
+};
+
+}  // namespace
+
+std::vector<CheckResult> superviseChecks(const TrialSetting& setting, const std::vector<PlannedCheck>& plan,
+                                         const SupervisorOptions& options,
+                                         const std::function<void(const CheckResult&)>& done) {
+    return Supervisor(setting, plan, options, done).run();
+}
+
+}  // namespace simhost::tool::validate

@@ -9,6 +9,7 @@ namespace simhost::tool {
 namespace {
 
 constexpr std::size_t kMostExports = 65536;
+constexpr std::size_t kMostImports = 4096;
 constexpr std::size_t kMostName = 512;
 constexpr std::uint32_t kVersionType = 16;  // RT_VERSION
 constexpr std::uint32_t kImporterId = 1000;
@@ -31,6 +32,7 @@ class Image {
         out.machine = u16(pe + 4);
         out.isLibrary = (u16(pe + 22) & 0x2000) != 0;
         out.is64Bit = u16(optional) == 0x20B;
+        out.protections = u16(optional + 70);
         const std::uint64_t directories = optional + (out.is64Bit ? 112 : 96);
         const std::uint64_t sections = optional + u16(pe + 20);
         const std::size_t count = u16(pe + 6);
@@ -40,6 +42,11 @@ class Image {
         }
         if (const auto table = offset(u32(directories))) {
             readExports(*table, out);
+        }
+        if (const std::uint32_t address = u32(directories + 8); address != 0) {
+            if (const auto table = offset(address)) {
+                readImports(*table, out);
+            }
         }
         if (const std::uint32_t address = u32(directories + 16); address != 0) {
             if (const auto root = offset(address)) {
@@ -79,6 +86,24 @@ class Image {
         return std::nullopt;
     }
 
+    std::string name(std::uint64_t at) const {
+        if (at >= m_bytes.size()) {
+            return {};
+        }
+        const auto rest = m_bytes.subspan(static_cast<std::size_t>(at));
+        const auto part = rest.first(std::min(rest.size(), kMostName));
+        return {part.begin(), std::find(part.begin(), part.end(), 0)};
+    }
+
+    // A row for each library, of which the fourth word leads to its name; zeros end the table.
+    void readImports(std::uint64_t table, PeFile& out) const {
+        for (std::size_t i = 0; i < kMostImports && u32(table + 20 * i + 12) != 0; ++i) {
+            if (const auto at = offset(u32(table + 20 * i + 12))) {
+                out.imports.push_back(name(*at));
+            }
+        }
+    }
+
     void readExports(std::uint64_t table, PeFile& out) const {
         const std::size_t count = std::min<std::size_t>(u32(table + 24), kMostExports);
         const auto names = offset(u32(table + 32));
@@ -87,9 +112,7 @@ class Image {
             if (!at || *at >= m_bytes.size()) {
                 continue;
             }
-            const auto rest = m_bytes.subspan(static_cast<std::size_t>(*at));
-            const auto part = rest.first(std::min(rest.size(), kMostName));
-            out.exports.emplace_back(part.begin(), std::find(part.begin(), part.end(), 0));
+            out.exports.push_back(name(*at));
         }
     }
 

@@ -15,7 +15,7 @@
 namespace simhost::tool::validate {
 namespace {
 
-using Json = nlohmann::json;
+using ConfigJson = nlohmann::json;
 
 bool names(const std::string& word, const Check& check) {
     return word == check.id || word == checkGroup(check);
@@ -83,28 +83,28 @@ std::vector<PlannedCheck> plannedChecks(const ValidateOptions& options, const st
 
 void applyConfiguration(ValidateOptions& options, const std::string& text, const std::string& folder,
                         const std::vector<std::string>& given) {
-    const std::map<std::string, std::function<void(const Json&)>> known = {
+    const std::map<std::string, std::function<void(const ConfigJson&)>> known = {
         {"clips",
-         [&](const Json& value) {
+         [&](const ConfigJson& value) {
              options.clips.clear();
              for (const std::string clip : value) {
                  options.clips.push_back(clipFromFile(clip, folder));
              }
          }},
-        {"level", [&](const Json& value) { options.level = value.get<int>(); }},
-        {"seed", [&](const Json& value) { options.seed = value.get<std::uint64_t>(); }},
-        {"repeat", [&](const Json& value) { options.repeat = value.get<std::uint32_t>(); }},
-        {"randomise", [&](const Json& value) { options.randomise = value.get<bool>(); }},
-        {"only", [&](const Json& value) { options.only = value.get<std::vector<std::string>>(); }},
-        {"skip", [&](const Json& value) { options.skip = value.get<std::vector<std::string>>(); }},
-        {"jobs", [&](const Json& value) { options.jobs = value.get<std::uint32_t>(); }},
-        {"timeout", [&](const Json& value) { options.timeout = value.get<double>(); }},
+        {"level", [&](const ConfigJson& value) { options.level = value.get<int>(); }},
+        {"seed", [&](const ConfigJson& value) { options.seed = value.get<std::uint64_t>(); }},
+        {"repeat", [&](const ConfigJson& value) { options.repeat = value.get<std::uint32_t>(); }},
+        {"randomise", [&](const ConfigJson& value) { options.randomise = value.get<bool>(); }},
+        {"only", [&](const ConfigJson& value) { options.only = value.get<std::vector<std::string>>(); }},
+        {"skip", [&](const ConfigJson& value) { options.skip = value.get<std::vector<std::string>>(); }},
+        {"jobs", [&](const ConfigJson& value) { options.jobs = value.get<std::uint32_t>(); }},
+        {"timeout", [&](const ConfigJson& value) { options.timeout = value.get<double>(); }},
     };
     const auto wrong = [](const std::string& what) -> ToolError {
         return {kUsage, "the configuration file " + what,
                 "\"importer_host validate --help\" tells what it may say", "bad-configuration"};
     };
-    const Json parsed = Json::parse(text, nullptr, false, true);
+    const ConfigJson parsed = ConfigJson::parse(text, nullptr, false, true);
     if (!parsed.is_object()) {
         throw wrong("is no JSON object");
     }
@@ -118,7 +118,7 @@ void applyConfiguration(ValidateOptions& options, const std::string& text, const
         }
         try {
             found->second(value);
-        } catch (const Json::exception&) {
+        } catch (const ConfigJson::exception&) {
             throw wrong("has a wrong value for '" + name + "'");
         }
     }

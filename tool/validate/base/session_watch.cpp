@@ -1,0 +1,126 @@
+#include "tool/validate/base/session_watch.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+
+#include "host/result_codes.h"
+#include "simhost/session.h"
+
+namespace simhost::tool::validate {
+namespace {
+
+constexpr std::uint32_t kMostAnnounced = 100;
+constexpr const char* kWatchedProfiles[] = {"default", "older", "negative-rows"};
+
+std::vector<Violation> allViolations(Stage& stage) {
+    std::vector<Violation> out = stage.host().violations();
+    const std::vector<Violation> held = stage.host().balance().violations();
+    out.insert(out.end(), held.begin(), held.end());
+    return out;
+}
+
+std::array<std::uint64_t, kServiceCount> g_usualCalls{};
+
+}  // namespace
+
+std::vector<host::imIndFormatRec> announcedFormats(const Importer& importer) {
+    std::vector<host::imIndFormatRec> out;
+    for (std::uint32_t index = 0; index < kMostAnnounced; ++index) {
+        const auto answer = importer.getIndFormat(index);
+        if (answer.result != host::imNoErr) {
+            break;
+        }
+        out.push_back(answer.record);
+    }
+    return out;
+}
+
+namespace {
+
+void playClips(const Trial& trial, const Importer& importer,
+               const std::function<void(const std::string& clip)>& behindEach) {
+    (void)importer.getSupports8();
+    for (const host::imIndFormatRec& format : announcedFormats(importer)) {
+        (void)importer.getSubTypeNames(static_cast<std::uint32_t>(byValue(format.filetype)));
+    }
+    behindEach("");
+    SessionOptions options;
+    options.initAndShutdown = false;
+    options.framesPerFormat = 2;
+    options.mostFormats = 4;
+    for (const ClipFile& clip : trial.setting().clips) {
+        options.pathUtf8 = clip.path;
+        (void)runSession(importer, options);
+        behindEach(clip.path);
+    }
+}
+
+void watchProfile(Trial& trial, const HostProfile& profile, std::vector<SeenViolation>& out) {
+    Stage stage(trial, profile);
+    std::vector<std::string> clipOf;  // of each violation so far
+    playClips(trial, stage.importer(),
+              [&](const std::string& clip) { clipOf.resize(stage.host().violations().size(), clip); });
+    stage.end();
+    const std::vector<Violation> all = allViolations(stage);
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        out.push_back({all[i], i < clipOf.size() ? clipOf[i] : std::string(), profile.name});
+    }
+    if (profile.name == kWatchedProfiles[0]) {
+        for (std::size_t i = 0; i < kServiceCount; ++i) {
+            g_usualCalls[i] = stage.host().calls(static_cast<Service>(i));
+        }
+    }
+}
+
+}  // namespace
+
+const std::vector<SeenViolation>& watchedSessions(Trial& trial) {
+    static std::optional<std::vector<SeenViolation>> seen;
+    if (!seen) {
+        std::vector<SeenViolation> all;
+        trial.phase("standard session", [&] {
+            for (const char* name : kWatchedProfiles) {
+                watchProfile(trial, *findProfile(name), all);
+            }
+        });
+        seen = std::move(all);
+    }
+    return *seen;
+}
+
+void playInTrouble(Trial& trial, const HostProfile& profile, const std::function<void(Host&)>& prepare,
+                   const std::string& call) {
+    const auto& usual = watchedSessions(trial);
+    const auto isUsual = [&](const Violation& violation) {
+        return std::any_of(usual.begin(), usual.end(),
+                           [&](const SeenViolation& seen) { return seen.violation.rule == violation.rule; });
+    };
+    Host host(profile, Stage::quiet());
+    const std::unique_ptr<Plugin> plugin = loadForTrial(trial);
+    const Importer importer(host, *plugin);
+    prepare(host);
+    const bool started = isStarted(importer.init().result);
+    if (started) {
+        playClips(trial, importer, [](const std::string&) {});
+        (void)importer.shutdown();
+    }
+    plugin->unload();
+    std::vector<Violation> broken = host.violations();
+    if (started) {
+        const std::vector<Violation> held = host.balance().violations();
+        broken.insert(broken.end(), held.begin(), held.end());
+    }
+    for (const Violation& violation : broken) {
+        if (!isUsual(violation)) {
+            trial.fail({.call = call, .seen = violation.text()});
+        }
+    }
+}
+
+std::uint64_t usualCalls(Trial& trial, Service service) {
+    (void)watchedSessions(trial);
+    return g_usualCalls[static_cast<std::size_t>(service)];
+}
+
+}  // namespace simhost::tool::validate

@@ -43,6 +43,9 @@ class Playing {
     std::optional<Picture> picture(std::uint32_t index, std::uint32_t format) const;
     std::optional<Picture> picture(std::uint32_t index) { return picture(index, formats().front()); }
 
+    /// Where a frame begins, in the ticks of the host.
+    host::PrTime frameTime(std::uint32_t frame) const { return m_clip.frameTime(frame); }
+
     /// First, last and others drawn by the trial, sorted, each once.
     std::vector<std::uint32_t> someFrames(Trial& trial, std::uint32_t most) const;
 

@@ -1,4 +1,4 @@
-// Shows another picture when it goes backwards.
+// Shows another picture when it goes backwards, but not back to the beginning.
 #include "tests/museum/piece.h"
 
 std::int32_t piece::answer(const Call& call) {
@@ -8,7 +8,7 @@ std::int32_t piece::answer(const Call& call) {
         const host::PrTime time = call.record<host::imSourceVideoRec>()->inFrameTime;
         std::int32_t rowBytes = 0;
         char* const pixels = call.pixels(rowBytes);
-        pixels[0] = static_cast<char>(time < last ? ~pixels[0] : pixels[0]);
+        pixels[0] = static_cast<char>(time < last && time > 0 ? ~pixels[0] : pixels[0]);
         last = time;
     }
     return result;

@@ -1,10 +1,11 @@
-// Creates a frame that nobody gets.
+// Creates a frame that nobody gets, for a request that takes any format.
 #include "host/pixel_formats.h"
 #include "tests/museum/piece.h"
 
 std::int32_t piece::answer(const Call& call) {
     const std::int32_t result = call.correct();
-    if (call.is(host::imGetSourceVideo) && result == host::imNoErr) {
+    if (call.is(host::imGetSourceVideo) && result == host::imNoErr &&
+        call.record<host::imSourceVideoRec>()->inNumFrameFormats == 0) {
         const host::prRect bounds{0, 0, 4, 4};
         host::PPixHand frame = nullptr;
         (void)call.clip()->creator->CreatePPix(&frame, host::kBufferAccessWriteOnly,

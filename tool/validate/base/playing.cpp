@@ -17,6 +17,18 @@ bool isSteady(Playing& playing) {
     return playing.picture(0) == playing.picture(0);
 }
 
+bool isSteadyAsync(Playing& playing, const AsyncClip& async) {
+    for (const std::uint32_t frame : {0u, playing.frames() - 1}) {
+        const host::imFrameFormat wanted[] = {{0, 0, playing.formats().front()}};
+        (void)async.initiate(playing.frameTime(frame), wanted);
+        const FrameAnswer answer = async.getFrame(playing.frameTime(frame), wanted);
+        if (!answer.frame || playing.picture(frame) != answer.frame->picture()) {
+            return false;
+        }
+    }
+    return true;
+}
+
 bool hasSteadySound(Playing& playing) {
     const auto size = static_cast<std::uint32_t>(std::min<std::uint64_t>(playing.sound()->length, 256));
     const auto read = [&] { return playing.clip().importAudio(0, size, playing.sound()->channels); };
@@ -179,6 +191,19 @@ void forAsync(Trial& trial, Stage& stage, const std::function<void(Playing&, Asy
     });
     if (!any) {
         Trial::skip("the plug-in announces no asynchronous importer");
+    }
+}
+
+void forSteadyAsync(Trial& trial, Stage& stage, const std::function<void(Playing&, AsyncClip&)>& work) {
+    bool any = false;
+    forAsync(trial, stage, [&](Playing& playing, AsyncClip& async) {
+        if (isSteadyAsync(playing, async)) {
+            any = true;
+            work(playing, async);
+        }
+    });
+    if (!any) {
+        Trial::skip("the asynchronous importer shows other pictures: see async.same-pixels");
     }
 }
 

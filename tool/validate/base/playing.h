@@ -75,6 +75,8 @@ void forSound(Trial& trial, Stage& stage, const std::function<void(Playing&)>& w
 void forSteadySound(Trial& trial, Stage& stage, const std::function<void(Playing&)>& work);
 /// The clips that show the same picture twice and have an asynchronous importer, with it.
 void forAsync(Trial& trial, Stage& stage, const std::function<void(Playing&, AsyncClip&)>& work);
+/// The same, but without those that show other pictures by it: that is the matter of async.same-pixels.
+void forSteadyAsync(Trial& trial, Stage& stage, const std::function<void(Playing&, AsyncClip&)>& work);
 
 /// The first clip that the plug-in opens: the path of a copy that may be harmed. Throws Skipped.
 std::string copyOfClip(Trial& trial, Stage& stage, const std::string& name = {});

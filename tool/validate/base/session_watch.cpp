@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <array>
+#include <fstream>
 #include <optional>
 
 #include "host/result_codes.h"
 #include "simhost/session.h"
+#include "tool/shared/base/output_file.h"
 
 namespace simhost::tool::validate {
 namespace {
@@ -38,7 +40,7 @@ std::vector<host::imIndFormatRec> announcedFormats(const Importer& importer) {
 
 namespace {
 
-void playClips(const Trial& trial, const Importer& importer,
+void playClips(Trial& trial, const Importer& importer,
                const std::function<void(const std::string& clip)>& behindEach) {
     (void)importer.getSupports8();
     for (const host::imIndFormatRec& format : announcedFormats(importer)) {
@@ -49,6 +51,14 @@ void playClips(const Trial& trial, const Importer& importer,
     options.initAndShutdown = false;
     options.framesPerFormat = 2;
     options.mostFormats = 4;
+    // A file that the plug-in refuses: what only a failure brings out.
+    if (!trial.setting().clips.empty()) {
+        const auto extension = pathFromUtf8(trial.setting().clips.front().path).extension();
+        options.pathUtf8 = trial.freshPath("refused" + pathToUtf8(extension));
+        std::ofstream(pathFromUtf8(options.pathUtf8), std::ios::binary) << "no clip of any kind";
+        (void)runSession(importer, options);
+        behindEach(options.pathUtf8);
+    }
     for (const ClipFile& clip : trial.setting().clips) {
         options.pathUtf8 = clip.path;
         (void)runSession(importer, options);

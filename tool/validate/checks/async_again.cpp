@@ -10,7 +10,7 @@ namespace {
 
 void asyncAgain(Trial& trial) {
     Stage stage(trial);
-    forAsync(trial, stage, [&](Playing& playing, AsyncClip& first) {
+    forSteadyAsync(trial, stage, [&](Playing& playing, AsyncClip& first) {
         (void)first.flush();
         (void)first.close();
         for (int round = 0; round < 3; ++round) {

@@ -11,7 +11,7 @@ namespace {
 
 void asyncAnyOrder(Trial& trial) {
     Stage stage(trial);
-    forAsync(trial, stage, [&](Playing& playing, AsyncClip& async) {
+    forSteadyAsync(trial, stage, [&](Playing& playing, AsyncClip& async) {
         const std::uint32_t format = playing.formats().front();
         std::vector<std::uint32_t> frames = playing.someFrames(trial, 8);
         for (const std::uint32_t frame : frames) {

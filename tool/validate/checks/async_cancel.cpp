@@ -8,7 +8,7 @@ namespace {
 
 void asyncCancel(Trial& trial) {
     Stage stage(trial);
-    forAsync(trial, stage, [&](Playing& playing, AsyncClip& async) {
+    forSteadyAsync(trial, stage, [&](Playing& playing, AsyncClip& async) {
         const std::uint32_t format = playing.formats().front();
         const host::imFrameFormat wanted[] = {{0, 0, format}};
         for (const std::uint32_t frame : playing.someFrames(trial, 3)) {

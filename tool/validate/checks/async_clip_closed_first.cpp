@@ -8,7 +8,7 @@ namespace {
 
 void asyncClipClosedFirst(Trial& trial) {
     Stage stage(trial);
-    forAsync(trial, stage, [&](Playing& playing, AsyncClip& async) {
+    forSteadyAsync(trial, stage, [&](Playing& playing, AsyncClip& async) {
         for (const std::uint32_t frame : playing.someFrames(trial, 4)) {
             initiateFrame(playing, async, frame, playing.formats().front());
         }

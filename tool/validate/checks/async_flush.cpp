@@ -8,7 +8,7 @@ namespace {
 
 void asyncFlush(Trial& trial) {
     Stage stage(trial);
-    forAsync(trial, stage, [&](Playing& playing, AsyncClip& async) {
+    forSteadyAsync(trial, stage, [&](Playing& playing, AsyncClip& async) {
         const std::uint32_t format = playing.formats().front();
         for (int round = 0; round < 3; ++round) {
             for (const std::uint32_t frame : playing.someFrames(trial, 4)) {

@@ -10,7 +10,7 @@ namespace {
 
 void asyncNotAnnounced(Trial& trial) {
     Stage stage(trial);
-    forAsync(trial, stage, [&](Playing& playing, AsyncClip& async) {
+    forSteadyAsync(trial, stage, [&](Playing& playing, AsyncClip& async) {
         const host::imFrameFormat wanted[] = {{0, 0, playing.formats().front()}};
         for (const std::uint32_t frame : playing.someFrames(trial, 4)) {
             const FrameAnswer answer = async.getFrame(playing.clip().frameTime(frame), wanted);

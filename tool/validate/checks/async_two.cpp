@@ -8,7 +8,7 @@ namespace {
 
 void asyncTwo(Trial& trial) {
     Stage stage(trial);
-    forAsync(trial, stage, [&](Playing& playing, AsyncClip& first) {
+    forSteadyAsync(trial, stage, [&](Playing& playing, AsyncClip& first) {
         AsyncClip second(playing.clip());
         if (!second.isOpen()) {
             return;

@@ -11,7 +11,7 @@ namespace {
 
 void asyncUnknown(Trial& trial) {
     Stage stage(trial);
-    forAsync(trial, stage, [&](Playing& playing, AsyncClip& async) {
+    forSteadyAsync(trial, stage, [&](Playing& playing, AsyncClip& async) {
         for (const std::int32_t selector : {-1, 100, 0x7FFFFFFF}) {
             std::vector<std::uint8_t> record(4096, 0);
             const std::int32_t result = async.call(selector, record.data());

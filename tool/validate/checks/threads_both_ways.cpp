@@ -12,7 +12,7 @@ namespace {
 
 void threadsBothWays(Trial& trial) {
     Stage stage(trial);
-    forAsync(trial, stage, [&](Playing& playing, AsyncClip& async) {
+    forSteadyAsync(trial, stage, [&](Playing& playing, AsyncClip& async) {
         const std::uint32_t format = playing.formats().front();
         const auto frames = playing.someFrames(trial, 6);
         std::vector<std::optional<Picture>> expected;

@@ -11,7 +11,7 @@ namespace {
 
 void threadsFlushWhileWaiting(Trial& trial) {
     Stage stage(trial);
-    forAsync(trial, stage, [&](Playing& playing, AsyncClip& async) {
+    forSteadyAsync(trial, stage, [&](Playing& playing, AsyncClip& async) {
         const host::imFrameFormat wanted[] = {{0, 0, playing.formats().front()}};
         for (int round = 0; round < 6; ++round) {
             const auto frames = playing.someFrames(trial, 4);

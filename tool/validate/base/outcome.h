@@ -22,10 +22,10 @@ bool isBad(Outcome outcome) noexcept;
 /// One thing that is not as the rule says.
 struct Finding {
     bool warning = false;
-    std::string call;   ///< "imGetSourceVideo, frame 3 in bgra"
-    std::string field;  ///< "imSourceVideoRec.outFrame"; empty when it is about none
-    std::string clip;   ///< path; empty when it is about none
-    std::string seen;   ///< what the plug-in did
+    std::string call = {};   ///< "imGetSourceVideo, frame 3 in bgra"
+    std::string field = {};  ///< "imSourceVideoRec.outFrame"; empty when it is about none
+    std::string clip = {};   ///< path; empty when it is about none
+    std::string seen = {};   ///< what the plug-in did
 };
 
 struct CheckResult {

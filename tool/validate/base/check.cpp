@@ -8,8 +8,8 @@ namespace simhost::tool::validate {
 namespace {
 
 // The order in which a host comes to use a plug-in: what fails first explains what fails later.
-constexpr std::string_view kGroups[] = {"module",  "selectors", "files",  "session", "records",
-                                        "suites",  "memory",    "frames", "sound",   "async",
+constexpr std::string_view kGroups[] = {"module",  "selectors", "session", "files", "records",
+                                        "suites",  "memory",    "frames",  "sound", "async",
                                         "threads", "hosts",     "cost"};
 
 std::size_t groupPlace(const Check& check) {

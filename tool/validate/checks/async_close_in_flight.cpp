@@ -8,11 +8,11 @@ namespace {
 
 void asyncCloseInFlight(Trial& trial) {
     Stage stage(trial);
-    const auto before = stage.host().balance().frames;
     forSteadyPictures(trial, stage, [&](Playing& playing) {
         if (!playing.saysAsync()) {
             return;
         }
+        const auto before = stage.host().balance().frames;
         for (int round = 0; round < 4; ++round) {
             AsyncClip async(playing.clip());
             if (!async.isOpen()) {

@@ -9,7 +9,7 @@ namespace {
 void costGrowthAsync(Trial& trial) {
     Stage stage(trial);
     forClips(trial, stage, [&](Playing& playing) {
-        checkGrowth(trial, playing.path(), "imCreateAsyncImporter, aiFlush, aiClose", 200, [&] {
+        checkGrowth(trial, stage.host(), playing.path(), "imCreateAsyncImporter, aiFlush, aiClose", 200, [&] {
             if (playing.showsPictures() && playing.saysAsync()) {
                 const AsyncClip async(playing.clip());
                 if (async.isOpen()) {

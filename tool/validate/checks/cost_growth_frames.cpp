@@ -11,7 +11,7 @@ void costGrowthFrames(Trial& trial) {
         const double pixels =
             static_cast<double>(playing.info().vidInfo.imageWidth) * playing.info().vidInfo.imageHeight;
         const int rounds = pixels > 1e5 ? 100 : 400;
-        checkGrowth(trial, playing.path(), "imGetSourceVideo", rounds,
+        checkGrowth(trial, stage.host(), playing.path(), "imGetSourceVideo", rounds,
                     [&] { (void)playing.picture(static_cast<std::uint32_t>(trial.draw(playing.frames()))); });
     });
 }

@@ -8,7 +8,7 @@ namespace {
 void costGrowthRefused(Trial& trial) {
     Stage stage(trial);
     forClips(trial, stage, [&](Playing& playing) {
-        checkGrowth(trial, playing.path(), "imOpenFile8, refused", 1000,
+        checkGrowth(trial, stage.host(), playing.path(), "imOpenFile8, refused", 1000,
                     [&] { const Clip refused(stage.importer(), "no such file"); });
     });
 }

@@ -8,7 +8,7 @@ namespace {
 void costGrowthShort(Trial& trial) {
     Stage stage(trial);
     forClips(trial, stage, [&](Playing& playing) {
-        checkGrowth(trial, playing.path(), "imOpenFile8, imGetInfo8, imCloseFile", 100,
+        checkGrowth(trial, stage.host(), playing.path(), "imOpenFile8, imGetInfo8, imCloseFile", 100,
                     [&] { (void)Playing::open(stage.importer(), playing.path()); });
     });
 }

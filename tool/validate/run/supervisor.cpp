@@ -23,6 +23,8 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds kLook{10};
 constexpr std::size_t kMostOutput = 4000;
+constexpr const char* kSessionCheck = "session.standard";
+constexpr double kStartSeconds = 60;  // a machine with much to do is slow to start a process
 
 std::string textOf(const std::string& path) {
     std::ifstream file(pathFromUtf8(path), std::ios::binary);
@@ -91,12 +93,14 @@ class Worker {
         events = takeEvents(m_text);
         if (!events.empty()) {
             m_began = Clock::now();
+            m_starting = false;
         }
         return code;
     }
 
     bool isOver(double timeout) const {
-        return std::chrono::duration<double>(Clock::now() - m_began).count() > timeout;
+        const double most = timeout + (m_starting ? kStartSeconds : 0.0);
+        return std::chrono::duration<double>(Clock::now() - m_began).count() > most;
     }
     void kill() { m_child->kill(); }
 
@@ -115,6 +119,7 @@ class Worker {
     std::string m_folder;
     std::unique_ptr<ChildProcess> m_child;
     Clock::time_point m_began;  // of the check that it is at
+    bool m_starting = true;     // it is at none yet
     std::size_t m_done = 0;
     std::size_t m_read = 0;
     std::string m_text;  // of the results, not yet a whole line
@@ -127,13 +132,17 @@ class Supervisor {
         : m_setting(setting), m_plan(plan), m_options(options), m_done(done), m_results(plan.size()) {
         for (std::size_t i = 0; i < plan.size(); ++i) {
             m_waiting.push_back(i);
+            if (m_firstPart == 0 && plan[i].id == kSessionCheck) {
+                m_firstPart = i + 1;
+            }
         }
     }
 
     std::vector<CheckResult> run() {
         while (!m_waiting.empty() || !m_workers.empty()) {
             throwIfInterrupted();
-            while (!m_waiting.empty() && m_workers.size() < m_options.jobs) {
+            while (!m_waiting.empty() && m_workers.size() < m_options.jobs &&
+                   (m_workers.empty() || m_finished >= m_firstPart)) {
                 start(takeBatch());
             }
             for (std::size_t i = 0; i < m_workers.size();) {
@@ -154,7 +163,10 @@ class Supervisor {
     // Fewer and fewer at a time, so that all processes end at about the same time.
     std::vector<std::size_t> takeBatch() {
         const std::size_t parts = m_options.jobs == 1 ? 1 : 2 * std::size_t{m_options.jobs};
-        const std::size_t count = std::max<std::size_t>((m_waiting.size() + parts - 1) / parts, 1);
+        std::size_t count = std::max<std::size_t>((m_waiting.size() + parts - 1) / parts, 1);
+        // What most checks build on comes first and alone: if it ends its process, the others shall know.
+        const std::size_t before = m_waiting.front() < m_firstPart ? m_firstPart - m_waiting.front() : 0;
+        count = before == 0 ? count : std::min(before, m_waiting.size());
         std::vector<std::size_t> out(m_waiting.begin(),
                                      m_waiting.begin() + static_cast<std::ptrdiff_t>(count));
         m_waiting.erase(m_waiting.begin(), m_waiting.begin() + static_cast<std::ptrdiff_t>(count));
@@ -204,6 +216,7 @@ class Supervisor {
 
     void finish(Worker& worker, CheckResult result) {
         m_results[worker.current()] = std::move(result);
+        ++m_finished;
         m_done(m_results[worker.current()]);
         worker.next();
     }
@@ -257,6 +270,8 @@ class Supervisor {
     std::vector<std::unique_ptr<Worker>> m_workers;
     std::set<std::string> m_lostPhases;
     std::size_t m_started = 0;
+    std::size_t m_finished = 0;
+    std::size_t m_firstPart = 0;  // checks until behind the first standard session
 };
 
 }  // namespace

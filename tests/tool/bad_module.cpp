@@ -1,0 +1,37 @@
+// An importer that is bad in ways that end or stop a process: imGetSupports8 writes to address 8,
+// imGetIndFormat never returns, and imQuietFile ends the process.
+#include <atomic>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <thread>
+
+#ifdef _WIN32
+#define EXPORTED extern "C" __declspec(dllexport)
+#else
+#define EXPORTED extern "C" __attribute__((visibility("default")))
+#endif
+
+EXPORTED std::int32_t xImportEntry(std::int32_t selector, void*, void*, void*) {
+    switch (selector) {
+        case 0:  // imInit
+        case 1:  // imShutdown
+            return 0;
+        case 36:  // imGetSupports8
+            (void)std::fputs("the module says good-bye\n", stderr);
+            (void)std::fflush(stderr);
+            *reinterpret_cast<volatile int*>(static_cast<std::uintptr_t>(8)) = 1;
+            return 101;
+        case 14: {  // imGetIndFormat
+            static std::atomic<bool> never{false};
+            while (!never) {
+                std::this_thread::yield();
+            }
+            return 3;
+        }
+        case 8:  // imQuietFile
+            std::_Exit(7);
+        default:
+            return 3;
+    }
+}

@@ -4,8 +4,8 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
-#include <shared_mutex>
 
+#include "call_gate.h"
 #include "held_suite.h"
 #include "host/suites.h"
 #include "plain_clip.h"
@@ -20,7 +20,7 @@ struct Clip {
           images(basic, host::kImageProcessingSuiteName, host::kImageProcessingSuiteVersion) {}
     bool hasSuites() const { return creator && ppix && time && images; }
 
-    std::shared_mutex calls;  ///< shared by the calls that read, alone for those that open and close
+    CallGate calls;  ///< shared by the calls that read, alone for those that open and close
     InputFile file;
     PlainHeader header;
     std::atomic<std::int64_t> nextSample{0};  ///< where a request for sound goes on that names no position

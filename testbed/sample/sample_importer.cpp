@@ -4,6 +4,7 @@
 #include <cstring>
 #include <exception>
 #include <mutex>
+#include <shared_mutex>
 
 #include "descriptions.h"
 #include "host/audio_codes.h"

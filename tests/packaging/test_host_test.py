@@ -42,12 +42,15 @@ class TestHostPackageTest(unittest.TestCase):
         else:
             self.prefix = self.folder / "installed"
             run("cmake", "--install", BUILD_DIR, "--component", "validator", "--prefix", self.prefix)
+        # Named, since a toolchain for another system looks for packages below that system's root only.
+        [config] = self.prefix.rglob("ImporterTestHostConfig.cmake")
+        self.config = config.parent
         self.project = self.folder / "my importer"
         shutil.copytree(self.prefix / "share/importer-test-host/sample", self.project)
 
     def build(self, project, *arguments):
         build = project / "build"
-        run("cmake", "-S", project, "-B", build, "-G", "Ninja", f"-DCMAKE_PREFIX_PATH={self.prefix}", *CONFIGURE, *arguments)
+        run("cmake", "-S", project, "-B", build, "-G", "Ninja", f"-DImporterTestHost_DIR={self.config}", *CONFIGURE, *arguments)
         run("cmake", "--build", build)
         return build
 
@@ -63,7 +66,7 @@ class TestHostPackageTest(unittest.TestCase):
         shutil.copytree(SOURCE_DIR / "tests/packaging/test_host_user", user)
         user_build = self.build(user, f"-DPLAYED_MODULE={build / 'SampleImporter.prm'}")
         played = run("ctest", "--test-dir", user_build, "--verbose")
-        self.assertRegex(played, r"1: 1 streams, \d\d frames, \d{4} sample frames, 0 differences")
+        self.assertIn("1: 1 streams, 9 frames, 5000 sample frames, 0 differences", played)
 
         # The same sample with one rule broken: the test fails and names it.
         source = self.project / "sample_importer.cpp"

@@ -1,5 +1,5 @@
 // Hands its own memory to the host, which will free it.
-#include "descriptions.h"
+#include "sample/descriptions.h"
 #include "tests/museum/piece.h"
 
 std::int32_t piece::answer(const Call& call) {

@@ -4,6 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "tests/tool/small_pe.h"
 #include "tool/shared/base/tool_error.h"
 #include "tool/validate/base/check.h"
 #include "tool/validate/base/protected_fields.h"
@@ -292,6 +293,28 @@ TEST(ValidateFields, AWrittenFieldIsNamed) {
     checkProtectedFields(trial, "imGetInfo8", "clip", answer);
     ASSERT_EQ(trial.findings().size(), 1u);
     EXPECT_EQ(trial.findings()[0].field, "imFileInfoRec8.vidInfo.importerID");
+}
+
+TEST(ValidateModuleFile, ProtectionsAndImportsAreReadFromTheHeaders) {
+    std::vector<std::uint8_t> bytes = smallPe();
+    constexpr std::size_t kOptional = 0x80 + 24;
+    const std::size_t table = bytes.size();
+    bytes.resize(table + 64);
+    const auto put = [&](std::size_t at, std::size_t value) {
+        bytes[at] = static_cast<std::uint8_t>(value);
+        bytes[at + 1] = static_cast<std::uint8_t>(value >> 8);
+    };
+    EXPECT_EQ(parsePe(bytes).value().protections, 0);
+    EXPECT_THAT(parsePe(bytes).value().imports, ::testing::IsEmpty());
+    put(kOptional + 70, PeFile::kRandomBase | PeFile::kNoExecute);
+    put(kOptional + 112 + 8, table);
+    put(table + 12, table + 48);  // one row, and zeros behind it
+    const std::string name = "some.dll";
+    std::copy(name.begin(), name.end(), bytes.begin() + static_cast<std::ptrdiff_t>(table + 48));
+    EXPECT_EQ(parsePe(bytes).value().protections, PeFile::kRandomBase | PeFile::kNoExecute);
+    EXPECT_THAT(parsePe(bytes).value().imports, ElementsAre("some.dll"));
+    put(table + 12, 0xFFFF);  // leads to nowhere
+    EXPECT_THAT(parsePe(bytes).value().imports, ElementsAre(""));
 }
 
 TEST(ValidateClips, AMadeFileIsAnAviWithItsIndex) {

@@ -6,13 +6,18 @@
 #include <cstdlib>
 #include <thread>
 
+#include "host/std_parms.h"
+
 #ifdef _WIN32
 #define EXPORTED extern "C" __declspec(dllexport)
 #else
 #define EXPORTED extern "C" __attribute__((visibility("default")))
 #endif
 
-EXPORTED std::int32_t xImportEntry(std::int32_t selector, void*, void*, void*) {
+// Not a constant: compilers refuse to write to one.
+static volatile std::uintptr_t nowhere = 8;
+
+EXPORTED std::int32_t xImportEntry(std::int32_t selector, host::imStdParms*, void*, void*) {
     switch (selector) {
         case 0:  // imInit
         case 1:  // imShutdown
@@ -20,7 +25,7 @@ EXPORTED std::int32_t xImportEntry(std::int32_t selector, void*, void*, void*) {
         case 36:  // imGetSupports8
             (void)std::fputs("the module says good-bye\n", stderr);
             (void)std::fflush(stderr);
-            *reinterpret_cast<volatile int*>(static_cast<std::uintptr_t>(8)) = 1;
+            *reinterpret_cast<volatile int*>(nowhere) = 1;
             return 101;
         case 14: {  // imGetIndFormat
             static std::atomic<bool> never{false};

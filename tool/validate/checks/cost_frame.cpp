@@ -1,10 +1,10 @@
 #include <algorithm>
-#include <chrono>
 #include <string>
 
 #include "tool/shared/base/number_text.h"
 #include "tool/validate/base/check.h"
 #include "tool/validate/base/playing.h"
+#include "tool/validate/base/timing.h"
 
 namespace simhost::tool::validate {
 namespace {
@@ -14,12 +14,8 @@ void costFrame(Trial& trial) {
     forPictures(trial, stage, [&](Playing& playing) {
         const double rate = framesPerSecond(playing.info());
         const std::uint32_t count = std::min<std::uint32_t>(playing.frames(), 10);
-        const auto begin = std::chrono::steady_clock::now();
-        for (std::uint32_t frame = 0; frame < count; ++frame) {
-            (void)playing.picture(frame);
-        }
-        const double each =
-            std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count() / count;
+        std::uint32_t frame = 0;
+        const double each = quickestSeconds(static_cast<int>(count), [&] { (void)playing.picture(frame++); });
         if (rate > 0 && each > std::max(5 / rate, 0.1)) {
             trial.warn({.call = frameCall(0, playing.formats().front()) + " and on",
                         .clip = playing.path(),

@@ -1,4 +1,3 @@
-#include <chrono>
 #include <memory>
 #include <string>
 #include <vector>
@@ -7,6 +6,7 @@
 #include "tool/shared/base/process_usage.h"
 #include "tool/validate/base/check.h"
 #include "tool/validate/base/playing.h"
+#include "tool/validate/base/timing.h"
 
 namespace simhost::tool::validate {
 namespace {

@@ -1,10 +1,10 @@
-#include <chrono>
 #include <functional>
 #include <string>
 
 #include "tool/shared/base/number_text.h"
 #include "tool/validate/base/check.h"
 #include "tool/validate/base/playing.h"
+#include "tool/validate/base/timing.h"
 
 namespace simhost::tool::validate {
 namespace {
@@ -14,13 +14,7 @@ void costQuestions(Trial& trial) {
     Stage stage(trial);
     forClips(trial, stage, [&](Playing& playing) {
         const auto timed = [&](const char* call, const std::function<void()>& work) {
-            work();
-            const auto begin = std::chrono::steady_clock::now();
-            for (int i = 0; i < 5; ++i) {
-                work();
-            }
-            const double each =
-                std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count() / 5;
+            const double each = quickestSeconds(6, work);
             if (each > kMost) {
                 trial.warn(
                     {.call = call, .clip = playing.path(), .seen = decimalText(each * 1000, 1) + " ms"});

@@ -11,20 +11,20 @@
 namespace simhost::tool::validate {
 
 struct ValidateOptions {
-    std::string plugin;
-    std::vector<std::string> clips;
+    std::string plugin = {};
+    std::vector<std::string> clips = {};
     int level = 5;
     std::uint64_t seed = 1;
     std::uint32_t repeat = 1;
-    bool randomise = false;         ///< the checks in another order for each seed
-    std::vector<std::string> only;  ///< ids or groups; whatever their level
-    std::vector<std::string> skip;  ///< ids or groups
-    std::uint32_t jobs = 0;         ///< processes at a time; 0: as many as there are processors, at most 4
-    double timeout = 60;            ///< seconds for one check
-    std::string json;
-    std::string junit;
-    std::string html;
-    std::string dumps;  ///< folder for minidumps; empty for none
+    bool randomise = false;              ///< the checks in another order for each seed
+    std::vector<std::string> only = {};  ///< ids or groups; whatever their level
+    std::vector<std::string> skip = {};  ///< ids or groups
+    std::uint32_t jobs = 0;  ///< processes at a time; 0: as many as there are processors, at most 4
+    double timeout = 60;     ///< seconds for one check
+    std::string json = {};
+    std::string junit = {};
+    std::string html = {};
+    std::string dumps = {};  ///< folder for minidumps; empty for none
 };
 
 /// One run of one check.

@@ -12,12 +12,12 @@
 namespace simhost::tool::validate {
 
 struct Validation {
-    std::string plugin;
-    std::vector<std::string> clips;  ///< empty: those of the tool's own making
+    std::string plugin = {};
+    std::vector<std::string> clips = {};  ///< empty: those of the tool's own making
     int level = 5;
     std::uint64_t seed = 1;
-    std::string versions;  ///< of tool and system, one line
-    std::vector<CheckResult> results;
+    std::string versions = {};  ///< of tool and system, one line
+    std::vector<CheckResult> results = {};
 };
 
 struct OutcomeCounts {

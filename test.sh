@@ -7,7 +7,7 @@
 #   ./test.sh asan         only the native build with AddressSanitizer and UndefinedBehaviorSanitizer
 #   ./test.sh tsan         only the concurrency tests under ThreadSanitizer
 #   ./test.sh packaging    the installer and the archive: made, installed, upgraded, removed, built twice to the same bytes
-#   ./test.sh clang        the Windows build by the second compiler, under Wine
+#   ./test.sh clang        all tests of the Windows build by the compiler that releases are made with, under Wine
 #   ./test.sh quick        while you edit: natively, without sanitizers, the tests that see what changed since the last time
 #   ./test.sh golden       no test: writes the texts of tests/golden anew, for you to read in `git diff` before you keep them
 #
@@ -120,7 +120,7 @@ case "$what" in
     asan) run asan linux-asan all ;;
     tsan) run tsan linux-tsan concurrency_tests $tsan_tests ;;
     # They take turns on one Wine system, beside two more builds: on a busy machine a program there may fail to start.
-    packaging) wine_jobs="$jobs"; run packaging windows-mingw all -L packaging --repeat until-pass:2 ;;
+    packaging) wine_jobs="$jobs"; run packaging windows-clang packaging_test_files -L packaging --repeat until-pass:2 ;;
     clang) run clang windows-clang all $windows_tests ;;
 esac
 

@@ -48,8 +48,32 @@ if(ORVANTIS_PDB)
     if(NOT WIN32 OR NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
         message(FATAL_ERROR "ORVANTIS_PDB needs a Windows build with clang and lld")
     endif()
-    target_compile_options(orvantis_options INTERFACE -g -gcodeview)
+    # No command lines and no folder of the build in the PDB: they would differ with the place of the build, and through
+    # the PDB's identity so would the file that ships.
+    target_compile_options(orvantis_options INTERFACE
+        -g -gcodeview -gno-codeview-command-line -fdebug-compilation-dir=.)
 endif()
+
+# orvantis_link_pdb(TARGET NAME): links with the symbols in <build>/symbols/NAME.pdb. What is linked records the PDB's bare
+# name: debuggers look beside it and in their symbol paths. What the PDB records of the link is the same in every folder, so
+# paths are given from the build folder, where Ninja runs the linker.
+function(orvantis_link_pdb target name)
+    file(MAKE_DIRECTORY "${CMAKE_BINARY_DIR}/symbols")
+    target_link_options(${target} PRIVATE
+        "-Wl,--pdb=symbols/${name}.pdb" "-Wl,-Xlink=-pdbaltpath:${name}.pdb" "-Wl,-Xlink=-pdbsourcepath:/orvantis")
+endfunction()
+
+# orvantis_exported_names(TARGET FILE): the target exports what the module definition file of the same folder says.
+function(orvantis_exported_names target file)
+    if(NOT ORVANTIS_PDB)
+        target_sources(${target} PRIVATE "${file}")
+        return()
+    endif()
+    configure_file("${file}" "${CMAKE_CURRENT_BINARY_DIR}/${file}" COPYONLY)
+    file(RELATIVE_PATH path "${CMAKE_BINARY_DIR}" "${CMAKE_CURRENT_BINARY_DIR}/${file}")
+    target_link_options(${target} PRIVATE "${path}")
+    set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS "${CMAKE_CURRENT_BINARY_DIR}/${file}")
+endfunction()
 
 if(ORVANTIS_SANITIZE)
     set(sanitize -fsanitize=${ORVANTIS_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)

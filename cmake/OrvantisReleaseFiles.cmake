@@ -2,7 +2,8 @@
 # an address into a line of code.
 #
 #   g++            <build>/release/X without symbols, with a link to <build>/symbols/X.debug (DWARF)
-#   clang + lld    with ORVANTIS_PDB: <build>/release/X without symbols, <build>/symbols/<name>.pdb; else as g++
+#   clang + lld    with ORVANTIS_PDB: <build>/release/X without symbols, <build>/symbols/<name>.pdb; else as g++. Both lie in
+#                  <build>/symbol-store as debuggers look for them
 #   MSVC           X as linked (symbols are never inside), its PDB
 
 # orvantis_release_file(TARGET FILE COMPONENT name): FILE is the target's file name.
@@ -22,14 +23,12 @@ function(orvantis_release_file target file)
     if(ORVANTIS_PDB)
         get_filename_component(name "${file}" NAME_WE)
         set(symbols "${symbols_dir}/${name}.pdb")
-        # The path in the file is the bare name: debuggers look beside the file and in their symbol paths.
-        target_link_options(${target} PRIVATE
-            "-Wl,--pdb=${symbols}" "-Wl,-Xlink=-pdbaltpath:${name}.pdb")
+        orvantis_link_pdb(${target} ${name})
         set_property(TARGET ${target} APPEND PROPERTY ADDITIONAL_CLEAN_FILES "${symbols}")
         # The runtime libraries bring DWARF of their own.
         add_custom_command(OUTPUT "${released}"
             DEPENDS ${target}
-            COMMAND ${dated} "${CMAKE_STRIP}" -o "${released}" "${linked}"
+            COMMAND "${CMAKE_STRIP}" -o "${released}" "${linked}"
             COMMENT "Releasing ${file}"
             VERBATIM)
     else()
@@ -44,7 +43,9 @@ function(orvantis_release_file target file)
             VERBATIM)
     endif()
     install(PROGRAMS "${released}" DESTINATION . COMPONENT ${arg_COMPONENT})
-    install(FILES "${symbols}" DESTINATION . COMPONENT symbols)
+    if(NOT ORVANTIS_PDB)
+        install(FILES "${symbols}" DESTINATION . COMPONENT symbols)
+    endif()
     set_property(GLOBAL APPEND PROPERTY ORVANTIS_RELEASED "${released}")
     set_property(GLOBAL APPEND PROPERTY ORVANTIS_SYMBOLS "${symbols}")
 endfunction()
@@ -53,10 +54,35 @@ endfunction()
 function(orvantis_add_release_targets)
     get_property(released GLOBAL PROPERTY ORVANTIS_RELEASED)
     get_property(symbols GLOBAL PROPERTY ORVANTIS_SYMBOLS)
-    add_custom_target(release_files ALL DEPENDS ${released})
-    add_custom_target(symbols DEPENDS ${released})
+    set(made ${released})
+    if(ORVANTIS_PDB)
+        set(store "${CMAKE_BINARY_DIR}/symbol-store")
+        orvantis_symbol_store("${store}" RELEASED ${released} SYMBOLS ${symbols})
+        install(DIRECTORY "${store}/" DESTINATION . COMPONENT symbols)
+        list(APPEND made "${store}.made")
+    endif()
+    add_custom_target(release_files ALL DEPENDS ${made})
+    add_custom_target(symbols DEPENDS ${made})
     if(MSVC)
         add_dependencies(release_files ${released_targets})
         add_dependencies(symbols ${released_targets})
     endif()
+endfunction()
+
+# orvantis_symbol_store(FOLDER RELEASED files SYMBOLS files): FOLDER becomes a symbol store of them, FOLDER.made says when.
+function(orvantis_symbol_store store)
+    cmake_parse_arguments(arg "" "" "RELEASED;SYMBOLS" ${ARGN})
+    find_package(Python3 REQUIRED COMPONENTS Interpreter)
+    set(pairs)
+    foreach(file symbols IN ZIP_LISTS arg_RELEASED arg_SYMBOLS)
+        list(APPEND pairs "${file}" "${symbols}")
+    endforeach()
+    set(script "${PROJECT_SOURCE_DIR}/scripts/symbolizing")
+    add_custom_command(OUTPUT "${store}.made"
+        DEPENDS ${arg_RELEASED} "${script}/make_store.py" "${script}/pe_image.py"
+        COMMAND "${CMAKE_COMMAND}" -E env PYTHONDONTWRITEBYTECODE=1
+            "${Python3_EXECUTABLE}" "${script}/make_store.py" "${store}" ${pairs}
+        COMMAND "${CMAKE_COMMAND}" -E touch "${store}.made"
+        COMMENT "Laying out the symbols"
+        VERBATIM)
 endfunction()

@@ -1,18 +1,19 @@
 #!/bin/sh
-# Shows that the released plug-in depends on the sources and nothing else: builds it from scratch, without compiler cache,
-# in folders of different names, and compares the files byte by byte. Looks for the folders' names in the file, too.
+# Shows that the released plug-in and its symbols depend on the sources and nothing else: builds them from scratch, without
+# compiler cache, in folders of different names, and compares the files byte by byte. Looks for the folders' names in the
+# files, too. (The tool depends on its folder's name: compilers name a lambda by its path.)
 #
-#   scripts/check-reproducible.sh                  two builds of the last commit
-#   scripts/check-reproducible.sh --against FILE   one build of the working tree, compared with a plug-in made earlier
+#   scripts/check-reproducible.sh                    two builds of the last commit
+#   scripts/check-reproducible.sh --against FOLDER   one build of the working tree, compared with a build folder made earlier
 set -eu
 script="$(realpath "$0")"
 . "$(dirname "$script")/common.sh"
 help_or_go_on "$@"
-preset=windows-mingw
+preset=windows-clang
 against=""
 case "${1:-}" in
     "") ;;
-    --against) against="$(realpath "${2:?--against needs a file}")" ;;
+    --against) against="$(realpath "${2:?--against needs a folder}")" ;;
     *) wrong_usage "check-reproducible.sh: unknown argument: $1" ;;
 esac
 cd "$(dirname "$script")/.."
@@ -23,7 +24,9 @@ trap 'rm -rf "$work"' EXIT
 trap 'exit 130' INT TERM
 export CCACHE_DISABLE=1
 
-# build SOURCE BUILD: SOURCE/... -> BUILD/release/ImporterOrvantis.prm
+files="release/ImporterOrvantis.prm symbols/ImporterOrvantis.pdb"
+
+# build SOURCE BUILD: SOURCE/... -> the released plug-in and its symbols in BUILD
 build() {
     cmake -S "$1" --preset "$preset" -B "$2" -DBUILD_TESTING=OFF -DORVANTIS_INSTALLER=OFF \
         -DCMAKE_C_COMPILER_LAUNCHER= -DCMAKE_CXX_COMPILER_LAUNCHER= >"$work/log" 2>&1 &&
@@ -31,9 +34,13 @@ build() {
         { tail -n 40 "$work/log"; exit 1; }
 }
 
-first="$work/one/ImporterOrvantis.prm"
-second="$work/two/ImporterOrvantis.prm"
-mkdir -p "$work/one" "$work/two"
+# take BUILD FOLDER: copies what is compared out of BUILD.
+take() {
+    mkdir -p "$2"
+    for file in $files; do
+        cp "$1/$file" "$2/"
+    done
+}
 
 echo "Building in $work/a"
 mkdir -p "$work/a"
@@ -44,10 +51,10 @@ else
     git archive "$commit" | tar -x -C "$work/a"
 fi
 build "$work/a" "$work/a/build"
-cp "$work/a/build/release/ImporterOrvantis.prm" "$first"
+take "$work/a/build" "$work/one"
 
 if [ -n "$against" ]; then
-    cp "$against" "$second"
+    take "$against" "$work/two"
 else
     # Everything that should not matter is different: folder, place of the build folder, time, time zone, locale.
     elsewhere="$work/some other, much longer name/sources"
@@ -55,15 +62,18 @@ else
     mkdir -p "$elsewhere"
     git archive "$commit" | tar -x -C "$elsewhere"
     ( TZ=Pacific/Chatham LC_ALL=C build "$elsewhere" "$work/output of the second build" )
-    cp "$work/output of the second build/release/ImporterOrvantis.prm" "$second"
+    take "$work/output of the second build" "$work/two"
 fi
 
-sha256sum "$first" "$second" | sed "s,$work/,,"
 failed=0
-cmp "$first" "$second" || failed=1
-for folder in "$work" "$PWD" "$HOME"; do
-    if grep -qaF "$folder" "$first" "$second"; then
-        echo "The plug-in names the folder $folder"
+cd "$work"
+sha256sum one/* two/*
+for file in one/*; do
+    cmp "$file" "two/${file#one/}" || failed=1
+done
+for folder in "$work" "$OLDPWD" "$HOME/"; do
+    if grep -laF "$folder" one/* two/*; then
+        echo "These files name the folder $folder"
         failed=1
     fi
 done

@@ -28,14 +28,13 @@ std::vector<FormatInfo> buildDecodeFormats(FormatData format) {
     const OrvantisFrameFormat coded = codec.decompressQuery(format, nullptr);
     const std::span<const std::uint32_t> preferred =
         GetSubTypeInfo_by_orvTypeComp(coded.type).preferredFormats;
-    const auto isPreferred = [&](const FormatInfo& row) {
-        return std::ranges::find(preferred, row.pixelFormat) != preferred.end();
-    };
-    // A preference narrows the list but never empties it.
-    if (std::ranges::any_of(candidates, isPreferred)) {
-        std::erase_if(candidates, [&](const FormatInfo& row) { return !isPreferred(row); });
+    // A preference narrows the list but never empties it. (Written out: algorithms that take a lambda make
+    // functions with its path in their names, which would be in the symbols.)
+    std::vector<FormatInfo> narrowed;
+    for (const FormatInfo& row : candidates) {
+        if (std::ranges::find(preferred, row.pixelFormat) != preferred.end()) narrowed.push_back(row);
     }
-    return candidates;
+    return narrowed.empty() ? candidates : narrowed;
 }
 
 }  // namespace orvantis

@@ -1,6 +1,6 @@
 # Brings the released files up to date and lets CPack make the packages from them, as the target `package` does.
 file(REMOVE_RECURSE "${PACKAGES}")
-execute_process(COMMAND "${CMAKE_COMMAND}" --build "${BUILD_DIR}" --target release_files importer_test_host load_plugin orvantis_common64
+execute_process(COMMAND "${CMAKE_COMMAND}" --build "${BUILD_DIR}" --target packaging_test_files
     COMMAND_ERROR_IS_FATAL ANY)
 execute_process(COMMAND "${CMAKE_COMMAND}" -E env "SOURCE_DATE_EPOCH=${DATE}" "${CPACK}" --config "${BUILD_DIR}/CPackConfig.cmake" -B "${PACKAGES}"
     WORKING_DIRECTORY "${BUILD_DIR}" COMMAND_ERROR_IS_FATAL ANY)

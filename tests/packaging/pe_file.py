@@ -3,6 +3,8 @@ library. Errors in the file show as exceptions, which fail the test that asked."
 
 import struct
 
+REPRODUCIBLE = 16  # kind of a debug record: the time stamp is no time
+
 
 class PeFile:
     def __init__(self, data):
@@ -124,6 +126,15 @@ class PeFile:
         name = data[: data.index(b"\0")].decode()
         (crc,) = struct.unpack_from("<I", data, (len(name) + 1 + 3) & ~3)
         return name, crc
+
+    def image_size(self):
+        return self._at("<I", self._optional + 56)[0]
+
+    def debug_kinds(self):
+        """Kinds of the records in the debug directory."""
+        address, size = self._directory(6)
+        start = self._offset(address) if size else 0
+        return [self._at("<I", entry + 12)[0] for entry in range(start, start + size, 28)]
 
     def code_view(self):
         """GUID, age and path of the PDB, from the debug directory."""

@@ -23,6 +23,7 @@ SYMBOLS = PACKAGES / f"ImporterOrvantis-{VERSION}-symbols.zip"
 VALIDATOR = PACKAGES / f"importer-validator-{VERSION}-win64.zip"
 VALIDATOR_TOP = f"importer-validator-{VERSION}-win64/"
 SETUP = PACKAGES / f"ImporterOrvantis-{VERSION}-setup.exe"
+SYMBOLS_TOP = f"ImporterOrvantis-{VERSION}-win64/"
 TOP = f"ImporterOrvantis-{VERSION}-win64/"
 
 PLUGIN = "ImporterOrvantis.prm"

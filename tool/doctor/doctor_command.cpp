@@ -9,6 +9,7 @@
 
 #include "tool/commands.h"
 #include "tool/doctor/doctor_checks.h"
+#include "tool/doctor/doctor_dumps.h"
 #include "tool/doctor/doctor_run.h"
 #include "tool/shared/base/output_file.h"
 #include "tool/shared/base/terminal.h"
@@ -24,6 +25,7 @@ struct DoctorOptions {
     std::vector<std::string> clips;
     std::vector<std::string> folders;
     std::string output;
+    std::string dumps;
     bool colour = false;
 };
 
@@ -84,6 +86,9 @@ int runDoctor(const GlobalOptions& global, const DoctorOptions& options) {
         protectInput(path);
     }
     checkOutput(options.output);
+    if (!options.dumps.empty()) {
+        switchDumps(options.dumps == "on");
+    }
     Findings findings(options, global.json);
     examine(
         global, {clips, options.folders}, [&](const Versions& versions) { findings.add(versions); },
@@ -105,6 +110,10 @@ Command addDoctorCommand(CLI::App& app) {
         ->allow_extra_args(false);
     parser->add_option("--out", options->output,
                        "File for the answer, in UTF-8 (default: the standard output)");
+    parser
+        ->add_option("--dumps", options->dumps,
+                     "Switch the system's crash dumps of the hosts on or off, as an administrator")
+        ->check(CLI::IsMember({"on", "off"}));
     parser->add_flag("--color", options->colour, "Use colours even if the output is no terminal");
     return {parser,
             [options](const GlobalOptions& global) { return runDoctor(global, *options); },

@@ -1,6 +1,7 @@
 #include "tool/doctor/doctor_run.h"
 
 #include "tool/doctor/doctor_clip.h"
+#include "tool/doctor/doctor_dumps.h"
 #include "tool/doctor/doctor_search.h"
 #include "tool/shared/base/interruption.h"
 #include "tool/shared/base/number_text.h"
@@ -112,6 +113,7 @@ void examine(const GlobalOptions& global, const DoctorQuestion& question,
     findings.add(checkCodecBeside(findCodecsBeside(copies), !codecs.found.empty()));
     findings.add(checkLogSwitch(logSetting()));
     findings.add(checkNewestLog());
+    findings.add(checkDumps(findDumps()));
     tryPlugin(hosts, plugin, question.clips, findings);
 }
 

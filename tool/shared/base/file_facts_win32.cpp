@@ -10,14 +10,10 @@
 
 #include "simhost/text.h"
 #include "tool/shared/base/file_facts.h"
+#include "tool/shared/base/wide_text_win32.h"
 
 namespace simhost::tool {
 namespace {
-
-std::wstring wide(const std::string& utf8) {
-    const std::u16string text = toUtf16(utf8);
-    return {text.begin(), text.end()};
-}
 
 std::string reasonOf(DWORD error) {
     if (error == ERROR_DISK_FULL || error == ERROR_HANDLE_DISK_FULL) {
@@ -55,7 +51,7 @@ constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELE
 
 // The handle is opened for no access at all, which is granted even where another program holds the file.
 HANDLE openToLook(const std::string& pathUtf8) {
-    return CreateFileW(wide(pathUtf8).c_str(), 0, kShareAll, nullptr, OPEN_EXISTING,
+    return CreateFileW(wideText(pathUtf8).c_str(), 0, kShareAll, nullptr, OPEN_EXISTING,
                        FILE_FLAG_BACKUP_SEMANTICS, nullptr);
 }
 
@@ -105,13 +101,13 @@ FileFacts fileFacts(const std::string& pathUtf8) {
 
 std::string whyUnreadable(const std::string& pathUtf8) {
     const Handle file(
-        CreateFileW(wide(pathUtf8).c_str(), GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr));
+        CreateFileW(wideText(pathUtf8).c_str(), GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr));
     return file.valid() ? std::string() : reasonOf(GetLastError());
 }
 
 CreatedFile createFile(const std::string& pathUtf8, bool device) {
     CreatedFile out;
-    Handle file(CreateFileW(wide(pathUtf8).c_str(), GENERIC_WRITE, kShareAll, nullptr,
+    Handle file(CreateFileW(wideText(pathUtf8).c_str(), GENERIC_WRITE, kShareAll, nullptr,
                             device ? OPEN_EXISTING : CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!file.valid()) {
         out.reason = reasonOf(GetLastError());

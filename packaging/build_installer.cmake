@@ -1,5 +1,5 @@
-# CPack runs this after it has made the zips: compiles installer.nsi from the files that went into them, and writes the
-# installer's checksum.
+# CPack runs this after it has made the zips: compiles installer.nsi from the files that went into them, writes the
+# installer's checksum, and makes the MSI package and the manifests of package managers.
 if(NOT CPACK_ORVANTIS_MAKENSIS)
     return()
 endif()
@@ -26,3 +26,6 @@ file(SHA256 "${installer}" sum)
 get_filename_component(name "${installer}" NAME)
 file(WRITE "${installer}.sha256" "${sum}  ${name}\n")
 message(STATUS "Installer: ${installer}")
+
+include("${CMAKE_CURRENT_LIST_DIR}/msi/build_msi.cmake")
+include("${CMAKE_CURRENT_LIST_DIR}/manifests/build_manifests.cmake")

@@ -48,6 +48,7 @@ AllowSkipFiles off      ; a plug-in without one of its files is not an installat
 !define TOOL "importer_host.exe"
 !define CODEC "orvantis_common64.dll"
 !define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\ImporterOrvantis"
+!define MSI_KEY "Software\Orvantis\Importer"
 !define SWITCH_KEY "Software\Orvantis"
 !define SWITCH_VALUE "EnableAdobeLog"
 !define SWITCHED_BY_SETUP "SwitchedOnBySetup"   ; beside the switch, so that it belongs to the same account
@@ -447,6 +448,22 @@ Section "Importer plug-in" sectionPlugin
         ${EndIf}
     ${ElseIf} $1 != ""
         ${Log} "Replacing version $1"
+    ${EndIf}
+
+    ; Neither does Windows Installer's.
+    ReadRegStr $0 HKLM "${MSI_KEY}" "ProductCode"
+    ClearErrors
+    ${If} $0 != ""
+        ReadRegStr $2 HKLM "${MSI_KEY}" "InstallLocation"
+        Push $2
+        Call waitForHost
+        ${Log} "Removing what the MSI package has installed in $2"
+        ExecWait '"$SYSDIR\msiexec.exe" /x $0 /qn KEEPLOG=1' $1
+        ${If} $1 != 0
+            ${Log} "It could not be removed (code $1)."
+            SetErrorLevel ${EXIT_FAILED}
+            Abort "What the MSI package has installed in $2 could not be removed."
+        ${EndIf}
     ${EndIf}
 
     ; The new file is complete before the old one goes, so that a full disk leaves a working plug-in.

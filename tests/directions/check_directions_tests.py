@@ -9,7 +9,7 @@ import tempfile
 import unittest
 
 PROJECT = os.path.abspath(os.path.join(os.path.dirname(__file__), "..", ".."))
-ROOMS = ("bench", "cmake", "host", "plugin", "scripts", "testbed", "tests", "tool")
+ROOMS = ("bench", "cmake", "host", "packaging", "plugin", "scripts", "testbed", "tests", "tool")
 TABLE = "scripts/directions.txt"
 
 

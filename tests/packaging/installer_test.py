@@ -24,6 +24,8 @@ INSTALLED = sorted([*WITHOUT_TOOL, settings.TOOL])
 RELEASED = {name.removeprefix(settings.TOP): data for name, data in package_test.read_zip(settings.PACKAGE).items()}
 CODEC = settings.BUILD_DIR / "standin" / settings.CODEC
 
+FIRST_RELEASE = settings.SOURCE_DIR / "tests/packaging/released/installer-0.1.0.nsi"
+
 EXIT_OK, EXIT_FAILED, EXIT_IN_USE, EXIT_USAGE, EXIT_NO_CODEC = 0, 2, 3, 4, 5
 
 
@@ -57,7 +59,7 @@ class InstallerTest(unittest.TestCase):
         path.write_bytes(CODEC.read_bytes() if data is None else data)
         return folder
 
-    def setup_of_version(self, version):
+    def setup_of_version(self, version, script=settings.SOURCE_DIR / "packaging/installer.nsi"):
         """An installer as that version's would be: another plug-in file, another number, maybe fewer files."""
         stage = wine.native(r"C:\t") / f"stage-{version}"
         stage.mkdir()
@@ -65,7 +67,7 @@ class InstallerTest(unittest.TestCase):
             (stage / name).write_bytes(f"{name} of version {version}\n".encode())
         setup = wine.native(r"C:\t") / f"ImporterOrvantis-{version}-setup.exe"
         subprocess.run([settings.MAKENSIS, "-V2", "-WX", f"-DVERSION={version}", f"-DSTAGE={stage}", f"-DOUTFILE={setup}",
-                        settings.SOURCE_DIR / "packaging" / "installer.nsi"], check=True, stdout=subprocess.DEVNULL)
+                        "-NOCD", script], check=True, stdout=subprocess.DEVNULL, cwd=settings.SOURCE_DIR / "packaging")
         return setup
 
     # What the tests see of it.
@@ -373,6 +375,15 @@ class HostRunsTest(InstallerTest):
 
 
 class UpgradeTest(InstallerTest):
+    def test_the_first_release_is_replaced(self):
+        self.install("/LOG=1", folder=OWN_FOLDER, setup=self.setup_of_version("0.1.0", FIRST_RELEASE))
+        self.install()
+        self.assertInstalled(OWN_FOLDER, tool=False)
+        self.assertEqual(wine.registry(wine.UNINSTALL_KEY, "DisplayVersion"), ("REG_SZ", settings.VERSION))
+        self.assertEqual(wine.registry(wine.SWITCH_KEY, "EnableAdobeLog"), ("REG_DWORD", "0x1"))
+        self.uninstall(OWN_FOLDER)
+        self.assertNothingInstalled()
+
     def test_an_older_version_is_replaced(self):
         self.install(folder=OWN_FOLDER, setup=self.setup_of_version("0.0.9"))
         self.assertEqual(wine.registry(wine.UNINSTALL_KEY, "DisplayVersion"), ("REG_SZ", "0.0.9"))

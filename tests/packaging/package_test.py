@@ -32,23 +32,18 @@ def programs():
     }
 
 
-def all_packages():
-    """The zips, and last the installer."""
-    return [settings.PACKAGE, settings.SYMBOLS, *([settings.VALIDATOR] if settings.HAS_TOOL else []), settings.SETUP]
-
-
 class ZipTest(unittest.TestCase):
     def test_holds_exactly_the_release_files(self):
         files = [settings.PLUGIN, *settings.TEXTS] + ([settings.TOOL] if settings.HAS_TOOL else [])
         self.assertEqual(sorted(read_zip(settings.PACKAGE)), sorted(settings.TOP + name for name in files))
 
     def test_folder_holds_exactly_the_packages_and_their_checksums(self):
-        names = [path.name for path in all_packages()]
+        names = [path.name for path in settings.PUBLISHED]
         expected = sorted(names + [name + ".sha256" for name in names])
         self.assertEqual(sorted(path.name for path in settings.PACKAGES.iterdir() if path.is_file()), expected)
 
     def test_checksums_are_those_of_the_packages(self):
-        for package in all_packages():
+        for package in settings.PUBLISHED:
             digest = hashlib.sha256(package.read_bytes()).hexdigest()
             line = package.with_name(package.name + ".sha256").read_text()
             self.assertEqual(line, f"{digest}  {package.name}\n")
@@ -109,7 +104,7 @@ class ZipTest(unittest.TestCase):
             subprocess.run(
                 [settings.CPACK, "--config", settings.BUILD_DIR / "CPackConfig.cmake", "-B", folder],
                 check=True, cwd=settings.BUILD_DIR, stdout=subprocess.DEVNULL)
-            for package in all_packages():
+            for package in settings.PUBLISHED:
                 self.assertEqual((pathlib.Path(folder) / package.name).read_bytes(), package.read_bytes(), package.name)
 
 
@@ -177,7 +172,7 @@ class VersionTest(unittest.TestCase):
 
     def test_file_names_carry_it(self):
         self.assertEqual(self.version, settings.VERSION)  # the paths in settings.py are made of it, and they exist
-        for package in all_packages():
+        for package in settings.PUBLISHED:
             self.assertTrue(package.is_file(), package)
 
     def test_readme_carries_it(self):

@@ -13,6 +13,7 @@ PREFIX = pathlib.Path(os.environ["WINEPREFIX"])  # read by the wrapper, too
 DRIVE = PREFIX / "drive_c"
 
 UNINSTALL_KEY = r"HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall\ImporterOrvantis"
+MSI_KEY = r"HKLM\Software\Orvantis\Importer"
 HOST_KEY = r"HKLM\SOFTWARE\Adobe"
 SWITCH_KEY = r"HKCU\Software\Orvantis"
 
@@ -84,7 +85,10 @@ def start_menu():
 
 def clean():
     """A system on which neither host nor codec nor plug-in was ever installed."""
-    delete_keys(UNINSTALL_KEY, HOST_KEY, SWITCH_KEY)
+    product = registry(MSI_KEY, "ProductCode")
+    if product:  # left by a test that failed
+        run("msiexec", "/x", product[1], "/qn")
+    delete_keys(UNINSTALL_KEY, HOST_KEY, SWITCH_KEY, MSI_KEY)
     for folder in (DRIVE / "t", DRIVE / "Program Files" / "Adobe", profile() / "orvantis",
                    start_menu()):
         shutil.rmtree(folder, ignore_errors=True)

@@ -22,6 +22,14 @@ execute_process(
     COMMAND "${CPACK_ORVANTIS_MAKENSIS}" -V2 -WX ${defines} "${CPACK_ORVANTIS_INSTALLER_SCRIPT}"
     COMMAND_ERROR_IS_FATAL ANY)
 
+# sign(FILE): by the program that ORVANTIS_SIGN_PROGRAM names (scripts/sign-release.sh), in place.
+function(sign file)
+    if(DEFINED ENV{ORVANTIS_SIGN_PROGRAM})
+        execute_process(COMMAND "$ENV{ORVANTIS_SIGN_PROGRAM}" "${file}" COMMAND_ERROR_IS_FATAL ANY)
+    endif()
+endfunction()
+
+sign("${installer}")
 file(SHA256 "${installer}" sum)
 get_filename_component(name "${installer}" NAME)
 file(WRITE "${installer}.sha256" "${sum}  ${name}\n")

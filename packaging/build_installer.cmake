@@ -37,3 +37,19 @@ message(STATUS "Installer: ${installer}")
 
 include("${CMAKE_CURRENT_LIST_DIR}/msi/build_msi.cmake")
 include("${CMAKE_CURRENT_LIST_DIR}/manifests/build_manifests.cmake")
+
+# What is in the packages, and where they come from.
+if(EXISTS "${msi}")
+    set(parts "${CMAKE_CURRENT_LIST_DIR}/sbom")
+    set(out "${CPACK_PACKAGE_DIRECTORY}/${CPACK_PACKAGE_NAME}-${CPACK_PACKAGE_VERSION}")
+    get_filename_component(source "${CMAKE_CURRENT_LIST_DIR}" DIRECTORY)
+    execute_process(
+        COMMAND "${CPACK_ORVANTIS_PYTHON}" -B "${parts}/make_sbom.py" "${CPACK_PACKAGE_VERSION}" "${stage}" "${out}.cdx.json"
+            "${out}.spdx.json"
+        COMMAND_ERROR_IS_FATAL ANY)
+    file(GLOB validator "${CPACK_PACKAGE_DIRECTORY}/importer-validator-${CPACK_PACKAGE_VERSION}-win64.zip")
+    execute_process(
+        COMMAND "${CPACK_ORVANTIS_PYTHON}" -B "${parts}/make_provenance.py" "${source}" "${out}.intoto.json"
+            "${installer}" "${msi}" ${validator} ${CPACK_PACKAGE_FILES}
+        COMMAND_ERROR_IS_FATAL ANY)
+endif()

@@ -1,5 +1,6 @@
 """Holds a document against one of the schemas in schemas/."""
 
+import gzip
 import json
 import pathlib
 
@@ -13,13 +14,19 @@ OTHERS = {
 }
 
 
+def read(name):
+    """A schema of the folder; the large ones of others are packed."""
+    packed = FOLDER / f"{name}.gz"
+    return json.loads(gzip.decompress(packed.read_bytes()) if packed.exists() else (FOLDER / name).read_text())
+
+
 def problems(document, schema_name):
     """What is wrong with it, a line each; nothing is fetched."""
-    schema = json.loads((FOLDER / schema_name).read_text())
+    schema = read(schema_name)
     base = schema.get("$id", "")
     store = {}
     for reference, file in OTHERS.items():
-        other = json.loads((FOLDER / file).read_text())
+        other = read(file)
         store[base.rsplit("/", 1)[0] + "/" + reference] = other
     validator = jsonschema.Draft7Validator(schema, resolver=jsonschema.RefResolver(base, schema, store))
     return [f"{'/'.join(map(str, error.absolute_path))}: {error.message}" for error in validator.iter_errors(document)]

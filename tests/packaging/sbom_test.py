@@ -1,0 +1,129 @@
+"""The bills of materials and the provenance: by their schemas, and true of what was compiled and linked."""
+
+import hashlib
+import json
+import pathlib
+import re
+import subprocess
+import unittest
+
+import package_test
+import schema_check
+import settings
+
+COMPONENTS = json.loads((settings.SOURCE_DIR / "packaging/sbom/components.json").read_text())["components"]
+PROGRAMS = {settings.PLUGIN: "ImporterOrvantis", settings.TOOL: "importer_host"}
+# Of the project itself, and of Windows: import libraries hold no code but jumps.
+OWN = re.compile(r"^/orvantis/|^\* Linker \*$|^$")
+WINDOWS = re.compile(r"/lib(kernel32|user32|gdi32|shell32|shlwapi|advapi32|ole32|psapi|dbghelp|ntdll)\.a$|\.dll$")
+
+
+def linked(program):
+    """The archives and objects that the linker took code from, as the PDB has them."""
+    pdb = settings.BUILD_DIR / "symbols" / f"{PROGRAMS[program]}.pdb"
+    said = subprocess.run(["llvm-pdbutil", "dump", "--modules", pdb], check=True, capture_output=True, text=True).stdout
+    return set(re.findall(r"^ *Obj: `(.*?)`", said, re.MULTILINE))
+
+
+def included(*sources):
+    """The headers that the compiler read for the targets, by the build's own records."""
+    result = subprocess.run(["ninja", "-C", settings.BUILD_DIR, "-t", "deps"], check=True, capture_output=True, text=True).stdout
+    found, wanted = set(), False
+    for line in result.splitlines():
+        if line and not line.startswith(" "):
+            wanted = line.startswith(sources)
+        elif wanted and line:
+            found.add(line.strip())
+    libraries = str(pathlib.Path(settings.BUILD_DIR) / "header_libraries")
+    return {path for path in found if not path.startswith(str(settings.SOURCE_DIR)) or path.startswith(libraries)}
+
+
+def components_of(paths):
+    """Names of the components that the paths belong to, and the paths that belong to none."""
+    names, strange = set(), set()
+    for path in paths:
+        owners = {each["name"] for each in COMPONENTS if any(re.search(pattern, path) for pattern in each["paths"])}
+        names |= owners
+        if not owners:
+            strange.add(path)
+    return names, strange
+
+
+class LinkedTest(unittest.TestCase):
+    def test_everything_that_was_linked_is_listed_and_everything_listed_was_linked(self):
+        for program in PROGRAMS:
+            archives = {path for path in linked(program) if not OWN.search(path) and not WINDOWS.search(path)}
+            self.assertTrue(any(path.endswith("/libstdc++.a") for path in archives), archives)
+            names, strange = components_of(archives)
+            self.assertEqual(strange, set(), f"linked into {program}, and in no list")
+            expected = {each["name"] for each in COMPONENTS
+                        if program in each["in"] and any(r"\.a" in pattern or "lib/" in pattern for pattern in each["paths"])}
+            self.assertEqual(names, expected, program)
+
+    def test_header_libraries_are_listed_for_the_program_that_was_compiled_with_them(self):
+        libraries = {"CLI11", "JSON for Modern C++", "stb_image_write"}
+        tool, _ = components_of(included("tool/"))
+        plugin, _ = components_of(included("plugin/"))
+        self.assertEqual({each for each in libraries if each in tool}, libraries)
+        self.assertEqual(plugin & libraries, set())
+        for each in COMPONENTS:
+            if each["name"] in libraries:
+                self.assertEqual(each["in"], [settings.TOOL])
+
+    def test_licence_of_everything_is_in_the_packages(self):
+        notices = package_test.read_zip(settings.PACKAGE)[settings.TOP + "THIRD_PARTY_NOTICES.txt"].decode()
+        table = [line for line in notices.splitlines() if line.startswith("| ")]
+        for each in COMPONENTS:
+            self.assertTrue(any(each["name"] in line for line in table), each["name"])
+
+
+class BillTest(unittest.TestCase):
+    def setUp(self):
+        self.cyclonedx = json.loads(settings.CYCLONEDX.read_text())
+        self.spdx = json.loads(settings.SPDX.read_text())
+
+    def test_both_are_by_their_schemas(self):
+        self.assertEqual(schema_check.problems(self.cyclonedx, "cyclonedx-1.5.schema.json"), [])
+        self.assertEqual(schema_check.problems(self.spdx, "spdx-2.3.own.schema.json"), [])
+        self.cyclonedx["components"][0]["type"] = "thing"
+        self.assertNotEqual(schema_check.problems(self.cyclonedx, "cyclonedx-1.5.schema.json"), [])
+
+    def test_both_list_the_same_parts_with_the_versions_that_are_installed(self):
+        expected = {}
+        for each in COMPONENTS:
+            version = subprocess.run(["dpkg-query", "-W", "-f=${Version}", each["package"]], check=True, capture_output=True,
+                                     text=True).stdout
+            expected[each["name"]] = (version, each["licence"])
+        self.assertEqual({each["name"]: (each["version"], each["licenses"][0]["expression"])
+                          for each in self.cyclonedx["components"] if each["type"] == "library"}, expected)
+        self.assertEqual({each["name"]: (each["versionInfo"], each["licenseDeclared"])
+                          for each in self.spdx["packages"] if each["name"] != "ImporterOrvantis"}, expected)
+
+    def test_both_name_the_released_files_with_their_sums(self):
+        expected = {name: hashlib.sha256(data).hexdigest() for name, data in package_test.programs().items()}
+        self.assertEqual({each["name"]: each["hashes"][0]["content"] for each in self.cyclonedx["components"] if each["type"] == "file"},
+                         expected)
+        self.assertEqual({each["fileName"].removeprefix("./"): each["checksums"][0]["checksumValue"] for each in self.spdx["files"]},
+                         expected)
+
+    def test_every_reference_leads_somewhere(self):
+        known = {each["bom-ref"] for each in self.cyclonedx["components"]} | {self.cyclonedx["metadata"]["component"]["bom-ref"]}
+        for each in self.cyclonedx["dependencies"]:
+            self.assertLessEqual({each["ref"], *each["dependsOn"]}, known)
+        known = {each["SPDXID"] for each in self.spdx["packages"] + self.spdx["files"]} | {"SPDXRef-DOCUMENT"}
+        for each in self.spdx["relationships"]:
+            self.assertLessEqual({each["spdxElementId"], each["relatedSpdxElement"]}, known)
+
+
+class ProvenanceTest(unittest.TestCase):
+    def test_is_by_its_schema_and_names_the_packages_and_the_commit(self):
+        statement = json.loads(settings.PROVENANCE.read_text())
+        self.assertEqual(schema_check.problems(statement, "in-toto-1.own.schema.json"), [])
+        self.assertEqual({each["name"]: each["digest"]["sha256"] for each in statement["subject"]},
+                         {path.name: hashlib.sha256(path.read_bytes()).hexdigest() for path in settings.PUBLISHED})
+        commit = subprocess.run(["git", "-C", settings.SOURCE_DIR, "rev-parse", "HEAD"], capture_output=True, text=True).stdout.strip()
+        self.assertEqual(statement["predicate"]["buildDefinition"]["externalParameters"]["commit"], commit)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -16,7 +16,7 @@ script="$(realpath "$0")"
 . "$(dirname "$script")/common.sh"
 help_or_go_on "$@"
 [ "$#" = 1 ] || wrong_usage "sign-file.sh: one file is needed"
-case "$1" in -*) wrong_usage "sign-file.sh: unknown argument: $1" ;; esac
+[ -f "$1" ] || wrong_usage "sign-file.sh: there is no file $1"
 file="$(realpath "$1")"
 signature="${ORVANTIS_SIGNATURES:?names no folder}/$(basename "$file").p7"
 work="$(mktemp -d)"

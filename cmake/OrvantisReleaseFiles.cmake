@@ -42,6 +42,8 @@ function(orvantis_release_file target file)
             COMMENT "Releasing ${file}"
             VERBATIM)
     endif()
+    # One of its own, so that asking for this file builds this file's target and no other's.
+    add_custom_target(release_${target} DEPENDS "${released}")
     install(PROGRAMS "${released}" DESTINATION . COMPONENT ${arg_COMPONENT})
     if(NOT ORVANTIS_PDB)
         install(FILES "${symbols}" DESTINATION . COMPONENT symbols)

@@ -13,9 +13,11 @@ help_or_go_on "$@"
 [ ! -e "$2" ] || { echo "build-release.sh: $2 exists" >&2; exit 2; }
 git -C "$here" rev-parse --quiet --verify "$1^{commit}" >/dev/null ||
     { echo "build-release.sh: there is no $1 in this repository" >&2; exit 2; }
-mkdir -p "$2"
-git -C "$here/.." archive "$1" | tar -x -C "$2"
+# With its history: packages carry the commit's date, and say which commit they come from.
+git clone --quiet "$(git -C "$here" rev-parse --show-toplevel)" "$2"
+commit="$(git -C "$here" rev-parse "$1^{commit}")"
 cd "$2"
+git checkout --quiet --detach "$commit"
 # What a search path of the linker's would add is recorded in the symbols.
 unset LIBRARY_PATH CPATH C_INCLUDE_PATH CPLUS_INCLUDE_PATH
 cmake --preset windows-clang -DBUILD_TESTING=OFF -DCMAKE_C_COMPILER_LAUNCHER= -DCMAKE_CXX_COMPILER_LAUNCHER= >configure.log 2>&1 ||

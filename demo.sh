@@ -5,7 +5,7 @@
 #   ./demo.sh             makes four clips with ffmpeg and shows each
 #   ./demo.sh FILE.avi    shows that clip
 #
-# The first run takes about 8 minutes on 2 cores, most of them for the packages it installs; later ones less than one.
+# The first run takes about 10 minutes on 2 cores, most of them for the packages it installs; later ones less than one.
 # Only folders that an earlier run has made are replaced.
 set -eu
 script="$(realpath "$0")"
@@ -48,7 +48,7 @@ scripts/install-packages.sh
 
 mkdir -p build
 cmake --preset windows-mingw >build/demo-configure.log || { cat build/demo-configure.log; exit 1; }
-build_with_progress build/demo-build.log "Build of the plug-in and the tool (about a minute at first)" \
+build_with_progress build/demo-build.log "Build of the plug-in and the tool (3 minutes at first)" \
     cmake --build --preset windows-mingw -j "$(nproc)" --target ImporterOrvantis orvantis_common64 importer_host
 
 host="build/windows-mingw/wine-run build/windows-mingw/bin/importer_host.exe"

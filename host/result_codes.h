@@ -69,41 +69,60 @@ inline constexpr NamedCode kAsyncResults[] = {
     {3, "aiFrameNotFound"},
 };
 
+// The results that code names, each once: as a number of the interface and as an answer of its own type.
+#define ORVANTIS_EACH_IMPORTER_RESULT(use)                                                             \
+    use(imNoErr) use(imBadFile) use(imUnsupported) use(imMemErr) use(imOtherErr) use(imBadCompression) \
+        use(imIterateStreams) use(imBadStreamIndex) use(imDiskErr) use(imFrameNotFound)                \
+            use(imFileReadFailed) use(imDecompressionError) use(malSupports8) use(imBadFormatIndex)
+#define ORVANTIS_EACH_ASYNC_RESULT(use) \
+    use(aiNoError) use(aiUnsupported) use(aiUnknownError) use(aiFrameNotFound)
+
+#define ORVANTIS_IMPORTER_NUMBER(name) inline constexpr prMALError name = codeNamed(kResults, #name);
+#define ORVANTIS_IMPORTER_ENUMERATOR(name) name = codeNamed(kResults, #name),
+#define ORVANTIS_ASYNC_NUMBER(name) inline constexpr std::int32_t name = codeNamed(kAsyncResults, #name);
+#define ORVANTIS_ASYNC_ENUMERATOR(name) name = codeNamed(kAsyncResults, #name),
+
+/// What an importer answers to a selector. Its number is what the host gets.
+enum class [[nodiscard]] ImporterResult : std::int32_t{
+    ORVANTIS_EACH_IMPORTER_RESULT(ORVANTIS_IMPORTER_ENUMERATOR)};
+
+/// What an asynchronous importer answers to a selector.
+enum class [[nodiscard]] AsyncResult : std::int32_t{ORVANTIS_EACH_ASYNC_RESULT(ORVANTIS_ASYNC_ENUMERATOR)};
+
+ORVANTIS_EACH_IMPORTER_RESULT(ORVANTIS_IMPORTER_NUMBER)
+ORVANTIS_EACH_ASYNC_RESULT(ORVANTIS_ASYNC_NUMBER)
+
+#undef ORVANTIS_EACH_IMPORTER_RESULT
+#undef ORVANTIS_EACH_ASYNC_RESULT
+#undef ORVANTIS_IMPORTER_NUMBER
+#undef ORVANTIS_IMPORTER_ENUMERATOR
+#undef ORVANTIS_ASYNC_NUMBER
+#undef ORVANTIS_ASYNC_ENUMERATOR
+
+constexpr std::int32_t numberOf(ImporterResult result) noexcept {
+    return static_cast<std::int32_t>(result);
+}
+
+constexpr std::int32_t numberOf(AsyncResult result) noexcept {
+    return static_cast<std::int32_t>(result);
+}
+
 /// The name of a result code for a log line; "????" for any other number. Static string.
 constexpr const char* errorName(std::uint32_t code) noexcept {
     return nameOrUnknown(kResults, code);
+}
+
+constexpr const char* errorName(ImporterResult result) noexcept {
+    return errorName(static_cast<std::uint32_t>(result));
 }
 
 constexpr const char* asyncErrorName(std::uint32_t code) noexcept {
     return nameOrUnknown(kAsyncResults, code);
 }
 
-// A constant for each result that code names: its number, looked up by its own name when compiling.
-#define ORVANTIS_HOST_RESULT(name) inline constexpr prMALError name = codeNamed(kResults, #name)
-#define ORVANTIS_HOST_ASYNC_RESULT(name) inline constexpr std::int32_t name = codeNamed(kAsyncResults, #name)
-
-ORVANTIS_HOST_RESULT(imNoErr);
-ORVANTIS_HOST_RESULT(imBadFile);
-ORVANTIS_HOST_RESULT(imUnsupported);
-ORVANTIS_HOST_RESULT(imMemErr);
-ORVANTIS_HOST_RESULT(imOtherErr);
-ORVANTIS_HOST_RESULT(imBadCompression);
-ORVANTIS_HOST_RESULT(imIterateStreams);
-ORVANTIS_HOST_RESULT(imBadStreamIndex);
-ORVANTIS_HOST_RESULT(imDiskErr);
-ORVANTIS_HOST_RESULT(imFrameNotFound);
-ORVANTIS_HOST_RESULT(imFileReadFailed);
-ORVANTIS_HOST_RESULT(imDecompressionError);
-ORVANTIS_HOST_RESULT(malSupports8);
-ORVANTIS_HOST_RESULT(imBadFormatIndex);
-
-ORVANTIS_HOST_ASYNC_RESULT(aiNoError);
-ORVANTIS_HOST_ASYNC_RESULT(aiUnsupported);
-ORVANTIS_HOST_ASYNC_RESULT(aiUnknownError);
-ORVANTIS_HOST_ASYNC_RESULT(aiFrameNotFound);
-
-#undef ORVANTIS_HOST_RESULT
-#undef ORVANTIS_HOST_ASYNC_RESULT
+constexpr const char* asyncErrorName(AsyncResult result) noexcept {
+    return asyncErrorName(static_cast<std::uint32_t>(result));
+}
 
 // The answer of both entries when an exception got as far as their guard. Outside the range of the named
 // codes.

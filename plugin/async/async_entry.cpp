@@ -22,7 +22,7 @@ const Record& recordOf(const void* record) {
     return *static_cast<const Record*>(record);
 }
 
-std::int32_t dispatchAsync(std::int32_t selector, void* record) {
+host::AsyncResult dispatchAsync(std::int32_t selector, void* record) {
     switch (selector) {
         case host::aiInitiateAsyncRead: {
             const auto& request = recordOf<host::aiAsyncRequest>(record);
@@ -40,29 +40,30 @@ std::int32_t dispatchAsync(std::int32_t selector, void* record) {
         }
         case host::aiClose:
             retireAsyncImporter(static_cast<const OrvantisAsyncImporter*>(record)).reset();
-            return host::aiNoError;
+            return host::AsyncResult::aiNoError;
         default:
-            return host::aiUnsupported;
+            return host::AsyncResult::aiUnsupported;
     }
 }
 
 }  // namespace
 
-std::int32_t createAsyncImporter(const host::imStdParms* stdParms, host::imAsyncImporterCreationRec& record) {
+host::ImporterResult createAsyncImporter(const host::imStdParms* stdParms,
+                                         host::imAsyncImporterCreationRec& record) {
     const ImporterCall call(record.inPrivateData);
     const OrvantisImporter& synchronous = call.importer();
     auto importer = std::make_unique<OrvantisAsyncImporter>(stdParms);
-    const std::int32_t result = importer->openLike(synchronous);
-    if (result != host::imNoErr) return result;
+    const host::ImporterResult result = importer->openLike(synchronous);
+    if (result != host::ImporterResult::imNoErr) return result;
     OrvantisAsyncImporter* const published = publishAsyncImporter(std::move(importer));
     record.outAsyncEntry = &xAsyncImportEntry;
     record.outAsyncPrivateData = published;
-    return host::imNoErr;
+    return host::ImporterResult::imNoErr;
 }
 
 std::int32_t xAsyncImportEntry(std::int32_t selector, void* record) {
     try {
-        return dispatchAsync(selector, record);
+        return host::numberOf(dispatchAsync(selector, record));
     } catch (const std::exception& exception) {
         logMessage("xAsyncImportEntry: FATAL: Unhandled exception during %s (%d): %s",
                    host::asyncSelectorName(static_cast<std::uint32_t>(selector)), selector, exception.what());

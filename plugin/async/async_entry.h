@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "host/records.h"
+#include "host/result_codes.h"
 #include "host/std_parms.h"
 
 namespace orvantis {
@@ -11,7 +12,8 @@ namespace orvantis {
 /// imCreateAsyncImporter: a second importer on the file of the record's synchronous one. On success the
 /// record carries the entry function and the importer. imNoErr, imBadFile, or the analysis' result code; may
 /// throw. Host thread.
-std::int32_t createAsyncImporter(const host::imStdParms* stdParms, host::imAsyncImporterCreationRec& record);
+host::ImporterResult createAsyncImporter(const host::imStdParms* stdParms,
+                                         host::imAsyncImporterCreationRec& record);
 
 /// The entry given to the host: re-entrant, any host thread. Asynchronous result codes; 99 after an escaped
 /// exception.

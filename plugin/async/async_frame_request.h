@@ -8,6 +8,7 @@
 
 #include "async/task_queue.h"
 #include "async/turns.h"
+#include "host/result_codes.h"
 #include "video/frame_request.h"
 
 namespace orvantis {
@@ -35,10 +36,10 @@ struct AsyncFrameRequest final : PoolTask {
     OrvantisAsyncImporter* importer;
     FrameRequest job;
     std::uint32_t frameIndex = 0;
-    std::promise<std::int32_t> promise;
-    std::future<std::int32_t> result;  ///< importer result code of the decode task
-    bool submitted = false;            ///< there is a task to wait for
-    Step step = Step::prepare;         ///< the one that comes next
+    std::promise<host::ImporterResult> promise;
+    std::future<host::ImporterResult> result;  ///< of the decode task
+    bool submitted = false;                    ///< there is a task to wait for
+    Step step = Step::prepare;                 ///< the one that comes next
     Turns::Place readPlace;
     Turns::Place decodePlace;
     std::atomic<bool> dropped = false;  ///< nobody wants the frame any more: no further step

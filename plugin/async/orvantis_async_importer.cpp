@@ -19,8 +19,8 @@ void logHandler(const char* name) {
     logMessage("[%s]", name);
 }
 
-void logResult(const char* name, std::int32_t result) {
-    logMessage("    %s: [%s] (%d)", name, host::asyncErrorName(static_cast<std::uint32_t>(result)), result);
+void logResult(const char* name, host::AsyncResult result) {
+    logMessage("    %s: [%s] (%d)", name, host::asyncErrorName(result), host::numberOf(result));
 }
 
 }  // namespace
@@ -36,15 +36,16 @@ OrvantisAsyncImporter::~OrvantisAsyncImporter() {
     dropRequests();
 }
 
-std::int32_t OrvantisAsyncImporter::openLike(const OrvantisImporter& synchronous) {
+host::ImporterResult OrvantisAsyncImporter::openLike(const OrvantisImporter& synchronous) {
     if (!open(synchronous.filePath().c_str(), synchronous.streamIndex(), synchronous.openRequest())) {
-        return host::imBadFile;
+        return host::ImporterResult::imBadFile;
     }
-    const std::int32_t result = parse(synchronous.streamIndex());
-    if (result != host::imNoErr && result != host::imIterateStreams && result != host::imBadStreamIndex)
+    const host::ImporterResult result = parse(synchronous.streamIndex());
+    if (result != host::ImporterResult::imNoErr && result != host::ImporterResult::imIterateStreams &&
+        result != host::ImporterResult::imBadStreamIndex)
         return result;
     suites();
-    return host::imNoErr;
+    return host::ImporterResult::imNoErr;
 }
 
 void AsyncFrameRequest::run() noexcept {
@@ -62,7 +63,7 @@ void OrvantisAsyncImporter::work(AsyncFrameRequest& first) noexcept {
     }
 }
 
-std::int32_t OrvantisAsyncImporter::runStep(AsyncFrameRequest& request) {
+host::ImporterResult OrvantisAsyncImporter::runStep(AsyncFrameRequest& request) {
     const VideoInfo& video = requireVideoInfo();
     switch (request.step) {
         case AsyncFrameRequest::Step::prepare:
@@ -81,7 +82,7 @@ std::int32_t OrvantisAsyncImporter::runStep(AsyncFrameRequest& request) {
 AsyncFrameRequest* OrvantisAsyncImporter::advance(AsyncFrameRequest& request) noexcept {
     using Step = AsyncFrameRequest::Step;
     for (;;) {
-        std::int32_t code = host::imOtherErr;
+        host::ImporterResult code = host::ImporterResult::imOtherErr;
         std::exception_ptr failure;
         const bool dropped = request.dropped;
         if (!dropped) {
@@ -91,7 +92,7 @@ AsyncFrameRequest* OrvantisAsyncImporter::advance(AsyncFrameRequest& request) no
                 failure = std::current_exception();
             }
         }
-        if (dropped || failure || code != host::imNoErr || request.step == Step::decode) {
+        if (dropped || failure || code != host::ImporterResult::imNoErr || request.step == Step::decode) {
             return finish(request, code, failure);
         }
         if (request.step == Step::prepare) {
@@ -107,7 +108,7 @@ AsyncFrameRequest* OrvantisAsyncImporter::advance(AsyncFrameRequest& request) no
     }
 }
 
-AsyncFrameRequest* OrvantisAsyncImporter::finish(AsyncFrameRequest& request, std::int32_t code,
+AsyncFrameRequest* OrvantisAsyncImporter::finish(AsyncFrameRequest& request, host::ImporterResult code,
                                                  const std::exception_ptr& failure) noexcept {
     auto* const reader = static_cast<AsyncFrameRequest*>(m_readTurns.leave(request.readPlace));
     auto* const decoder = static_cast<AsyncFrameRequest*>(m_decodeTurns.leave(request.decodePlace));
@@ -115,7 +116,7 @@ AsyncFrameRequest* OrvantisAsyncImporter::finish(AsyncFrameRequest& request, std
     // With the result whoever waits for it may destroy the request, while this thread is still inside the
     // call that makes it ready: the promise must be this thread's own. Nothing of the request or, unless
     // there is another to go on with, of the importer is touched from here on.
-    std::promise<std::int32_t> promise = std::move(request.promise);
+    std::promise<host::ImporterResult> promise = std::move(request.promise);
     if (failure) {
         promise.set_exception(failure);
     } else {
@@ -174,7 +175,7 @@ void OrvantisAsyncImporter::dropPending() noexcept {
     markDropped();
 }
 
-std::int32_t OrvantisAsyncImporter::onInitiateAsyncRead(const host::imSourceVideoRec& record) {
+host::AsyncResult OrvantisAsyncImporter::onInitiateAsyncRead(const host::imSourceVideoRec& record) {
     const std::lock_guard lock(m_requestMutex);
     logHandler("OnInitiateAsyncRead");
     const std::int64_t frameTime = record.inFrameTime;
@@ -182,11 +183,11 @@ std::int32_t OrvantisAsyncImporter::onInitiateAsyncRead(const host::imSourceVide
     logMessage("REQUEST: Adding: %d, frameTime: %lld", static_cast<int>(frameIndex),
                static_cast<long long>(frameTime));
     addRequest(record);
-    logResult("OnInitiateAsyncRead", host::aiNoError);
-    return host::aiNoError;
+    logResult("OnInitiateAsyncRead", host::AsyncResult::aiNoError);
+    return host::AsyncResult::aiNoError;
 }
 
-std::int32_t OrvantisAsyncImporter::onGetFrame(const host::imSourceVideoRec& record) {
+host::AsyncResult OrvantisAsyncImporter::onGetFrame(const host::imSourceVideoRec& record) {
     std::unique_lock lock(m_requestMutex);
     logHandler("OnGetFrame");
     const VideoInfo& video = requireVideoInfo();
@@ -207,32 +208,31 @@ std::int32_t OrvantisAsyncImporter::onGetFrame(const host::imSourceVideoRec& rec
     m_requests.erase(position);
 
     lock.unlock();
-    const std::int32_t result = request->result.get();
+    const host::ImporterResult result = request->result.get();
     lock.lock();
 
-    std::int32_t code = host::aiUnknownError;
-    if (result == host::imNoErr) {
+    host::AsyncResult code = host::AsyncResult::aiUnknownError;
+    if (result == host::ImporterResult::imNoErr) {
         logMessage("Decoded %d: %s", static_cast<int>(frameIndex),
                    host::pixelFormatName(request->job.frameFormats.front().inPixelFormat));
-        code = host::aiNoError;
+        code = host::AsyncResult::aiNoError;
     }
-    logMessage("    %s: [%s] (%d), [%s] (%d)", "OnGetFrame",
-               host::asyncErrorName(static_cast<std::uint32_t>(code)), code,
-               host::errorName(static_cast<std::uint32_t>(result)), result);
+    logMessage("    %s: [%s] (%d), [%s] (%d)", "OnGetFrame", host::asyncErrorName(code), host::numberOf(code),
+               host::errorName(result), host::numberOf(result));
     // Last of all, so that nothing that fails on the way can lose the frame.
-    if (result == host::imNoErr) *outFrame = request->job.frame.release();
+    if (result == host::ImporterResult::imNoErr) *outFrame = request->job.frame.release();
     recycle(std::move(request));
     return code;
 }
 
-std::int32_t OrvantisAsyncImporter::onFlush() {
+host::AsyncResult OrvantisAsyncImporter::onFlush() {
     const std::lock_guard lock(m_requestMutex);
     logHandler("OnFlush");
     static_cast<void>(requireVideoInfo());
     dropRequests();
     m_spareChunks.clear();
-    logResult("OnFlush", host::aiNoError);
-    return host::aiNoError;
+    logResult("OnFlush", host::AsyncResult::aiNoError);
+    return host::AsyncResult::aiNoError;
 }
 
 }  // namespace orvantis

@@ -25,6 +25,7 @@
 #include "async/thread_pool.h"
 #include "async/turns.h"
 #include "host/records.h"
+#include "host/result_codes.h"
 #include "importer/orvantis_importer.h"
 
 namespace orvantis {
@@ -37,18 +38,18 @@ class OrvantisAsyncImporter : public OrvantisImporter {
 
     /// Opens the file of `synchronous` again, analyses the same stream and takes the suites. imNoErr, or the
     /// open's or the analysis' result code.
-    std::int32_t openLike(const OrvantisImporter& synchronous);
+    host::ImporterResult openLike(const OrvantisImporter& synchronous);
 
     // The handlers return asynchronous result codes and throw std::logic_error "m_videoInfo is NULL" and what
     // the suites throw.
 
     /// Starts a decode task for the request; never waits for it.
-    std::int32_t onInitiateAsyncRead(const host::imSourceVideoRec& record);
+    host::AsyncResult onInitiateAsyncRead(const host::imSourceVideoRec& record);
     /// Delivers the oldest pending request for the frame, decoding it now if none was initiated.
-    std::int32_t onGetFrame(const host::imSourceVideoRec& record);
+    host::AsyncResult onGetFrame(const host::imSourceVideoRec& record);
     /// Drops every pending request; returns when none of them has a task running any more. Steps that have
     /// begun are finished, no other begins. Frees the spare buffers.
-    std::int32_t onFlush();
+    host::AsyncResult onFlush();
     /// The host closes this importer: as onFlush(), but waits for nothing. Calls still running get their
     /// frames.
     void dropPending() noexcept;
@@ -76,10 +77,10 @@ class OrvantisAsyncImporter : public OrvantisImporter {
 
     AsyncFrameRequest* advance(AsyncFrameRequest& request) noexcept;
     /// Gives up the request's places and makes its result ready: `code`, or the exception where there is one.
-    AsyncFrameRequest* finish(AsyncFrameRequest& request, std::int32_t code,
+    AsyncFrameRequest* finish(AsyncFrameRequest& request, host::ImporterResult code,
                               const std::exception_ptr& failure) noexcept;
     /// Runs the step that the request stands at. Importer result code.
-    std::int32_t runStep(AsyncFrameRequest& request);
+    host::ImporterResult runStep(AsyncFrameRequest& request);
 
     std::mutex m_requestMutex;  ///< guards m_requests, m_spareChunks, m_pool; held by every handler for most
                                 ///< of its work

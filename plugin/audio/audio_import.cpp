@@ -124,8 +124,8 @@ std::uint64_t readAudioBytes(const AudioOwner& owner, const AviStream& stream, s
     return done;
 }
 
-std::int32_t deliverAudio(const AudioSamples& samples, LazyImporterSuites& suites, float** buffers,
-                          std::uint32_t size) {
+host::ImporterResult deliverAudio(const AudioSamples& samples, LazyImporterSuites& suites, float** buffers,
+                                  std::uint32_t size) {
     const std::uint32_t channels = samples.channels;
     const std::uint32_t blockAlign = samples.blockAlign;
     const auto sizeBytes = static_cast<std::uint32_t>(samples.bytes.size());
@@ -150,14 +150,14 @@ std::int32_t deliverAudio(const AudioSamples& samples, LazyImporterSuites& suite
             if (buffers != nullptr) deinterleaveFloat(bytes, buffers, channels, framesRead);
             break;
         default:
-            return host::imDecompressionError;
+            return host::ImporterResult::imDecompressionError;
     }
     if (buffers != nullptr && framesRead < size) {
         for (std::uint32_t c = 0; c < channels; ++c) {
             if (buffers[c] != nullptr) std::fill(buffers[c] + framesRead, buffers[c] + size, 0.0f);
         }
     }
-    return host::imNoErr;
+    return host::ImporterResult::imNoErr;
 }
 
 }  // namespace orvantis

@@ -8,6 +8,7 @@
 
 #include "audio/audio_owner.h"
 #include "avi/avi_stream.h"
+#include "host/result_codes.h"
 
 namespace orvantis {
 
@@ -30,7 +31,7 @@ struct AudioSamples {
 /// samples do not fill is silence. A null buffer, or none at all, is left out. imNoErr, or
 /// imDecompressionError for a sample type that cannot be converted; throws std::runtime_error when the audio
 /// suite is needed and refused.
-[[nodiscard]] std::int32_t deliverAudio(const AudioSamples& samples, LazyImporterSuites& suites,
-                                        float** buffers, std::uint32_t size);
+host::ImporterResult deliverAudio(const AudioSamples& samples, LazyImporterSuites& suites, float** buffers,
+                                  std::uint32_t size);
 
 }  // namespace orvantis

@@ -23,7 +23,7 @@ AudioInfo::~AudioInfo() {
     logMessage("AudioInfo::~AudioInfo()");
 }
 
-std::int32_t AudioInfo::init(const AviStream& stream) {
+host::ImporterResult AudioInfo::init(const AviStream& stream) {
     m_stream = &stream;
     m_numAudioSampleFrames = stream.header.dwLength;
     m_valid = false;
@@ -32,9 +32,9 @@ std::int32_t AudioInfo::init(const AviStream& stream) {
 
     m_rejection = analyse(stream.format);
     m_valid = m_rejection.empty();
-    if (m_valid) return host::imNoErr;
+    if (m_valid) return host::ImporterResult::imNoErr;
     logMessage("%s", m_rejection.c_str());
-    return host::imBadFile;
+    return host::ImporterResult::imBadFile;
 }
 
 std::string AudioInfo::analyse(std::span<const std::uint8_t> format) {
@@ -96,9 +96,9 @@ void AudioInfo::fillFileInfo(host::imFileInfoRec8& record) const {
     }
 }
 
-std::int32_t AudioInfo::importAudio(const host::imImportAudioRec7& record) {
+host::ImporterResult AudioInfo::importAudio(const host::imImportAudioRec7& record) {
     // The host knows the dummy as empty, so its buffers stay as they are.
-    if (!m_valid) return host::imNoErr;
+    if (!m_valid) return host::ImporterResult::imNoErr;
 
     const std::int64_t position = record.position;
     const std::uint32_t size = record.size;
@@ -148,8 +148,8 @@ std::int32_t AudioInfo::importAudio(const host::imImportAudioRec7& record) {
     return deliverAudio(samples, *m_owner.suites, buffers, size);
 }
 
-std::int32_t AudioInfo::getChannelLayout(host::imGetAudioChannelLayoutRec& record) const {
-    if (!m_valid) return host::imUnsupported;
+host::ImporterResult AudioInfo::getChannelLayout(host::imGetAudioChannelLayoutRec& record) const {
+    if (!m_valid) return host::ImporterResult::imUnsupported;
 
     // Channels without a label keep what the host preset.
     const ChannelLabels known = channelLabelsOf(m_format);
@@ -163,7 +163,7 @@ std::int32_t AudioInfo::getChannelLayout(host::imGetAudioChannelLayoutRec& recor
             logMessage("    %d: %s", static_cast<int>(i), channelLabelName(label));
         }
     }
-    return host::imNoErr;
+    return host::ImporterResult::imNoErr;
 }
 
 std::string AudioInfo::description() const {

@@ -13,6 +13,7 @@
 #include "diag/spare.h"
 #include "fileio/read_buffer.h"
 #include "host/records.h"
+#include "host/result_codes.h"
 
 namespace orvantis {
 
@@ -25,16 +26,16 @@ class AudioInfo {
 
     /// Analyses the stream's format: imNoErr when accepted, imBadFile (the reason logged) when rejected,
     /// which valid() keeps. `stream` is referenced, not owned.
-    std::int32_t init(const AviStream& stream);
+    host::ImporterResult init(const AviStream& stream);
     /// Logs the format and writes the four audio fields of the host's record (never its has-audio flag).
     void fillFileInfo(host::imFileInfoRec8& record) const;
     /// Delivers sample frames, silence where nothing can be read. imNoErr or imDecompressionError. Any
     /// thread; of sequential reads that meet, each gets sample frames of its own.
-    [[nodiscard]] std::int32_t importAudio(const host::imImportAudioRec7& record);
+    host::ImporterResult importAudio(const host::imImportAudioRec7& record);
     /// Gives up the memory that reads keep for the next one.
     void releaseBuffers() noexcept { m_readBuffer.drop(); }
     /// Writes the loudspeaker labels: imNoErr, or imUnsupported for an unusable stream.
-    [[nodiscard]] std::int32_t getChannelLayout(host::imGetAudioChannelLayoutRec& record) const;
+    host::ImporterResult getChannelLayout(host::imGetAudioChannelLayoutRec& record) const;
 
     bool valid() const noexcept { return m_valid; }
     const WaveFormatExtensible& format() const noexcept { return m_format; }

@@ -32,7 +32,8 @@ Record& recordIn(void* parameter) {
     return *static_cast<Record*>(parameter);
 }
 
-std::int32_t route(std::uint32_t selector, const host::imStdParms* stdParms, void* param1, void* param2) {
+host::ImporterResult route(std::uint32_t selector, const host::imStdParms* stdParms, void* param1,
+                           void* param2) {
     switch (selector) {
         case host::imInit:
             return init(stdParms, recordIn<host::imImportInfoRec>(param1));
@@ -53,7 +54,7 @@ std::int32_t route(std::uint32_t selector, const host::imStdParms* stdParms, voi
         case host::imGetIndPixelFormat:
             return getIndPixelFormat(numberIn(param1), recordIn<host::imIndPixelFormatRec>(param2));
         case host::imGetSupports8:
-            return host::malSupports8;
+            return host::ImporterResult::malSupports8;
         case host::imGetInfo8:
             return getInfo8(recordIn<host::imFileInfoRec8>(param2));
         case host::imOpenFile8:
@@ -70,24 +71,25 @@ std::int32_t route(std::uint32_t selector, const host::imStdParms* stdParms, voi
             return getAudioChannelLayout(recordIn<host::imGetAudioChannelLayoutRec>(param2));
         default:
             // Selectors above imGetAudioChannelLayout, negative ones included, come here too.
-            return host::imUnsupported;
+            return host::ImporterResult::imUnsupported;
     }
 }
 
 // Apart, so that a call with the log off passes two tests and goes straight on.
 
-ORVANTIS_COLD std::int32_t routeAndLog(std::int32_t selector, const host::imStdParms* stdParms, void* param1,
-                                       void* param2) {
+ORVANTIS_COLD host::ImporterResult routeAndLog(std::int32_t selector, const host::imStdParms* stdParms,
+                                               void* param1, void* param2) {
     const auto code = static_cast<std::uint32_t>(selector);
     logMessage("----------------------");
     logMessage("[%s] (%d)", host::selectorName(code), selector);
-    const std::int32_t result = route(code, stdParms, param1, param2);
-    logMessage("    [%s] (%d)", host::errorName(static_cast<std::uint32_t>(result)), result);
+    const host::ImporterResult result = route(code, stdParms, param1, param2);
+    logMessage("    [%s] (%d)", host::errorName(result), host::numberOf(result));
     return result;
 }
 
-ORVANTIS_COLD std::int32_t readSwitchAndDispatch(std::int32_t selector, const host::imStdParms* stdParms,
-                                                 void* param1, void* param2) {
+ORVANTIS_COLD host::ImporterResult readSwitchAndDispatch(std::int32_t selector,
+                                                         const host::imStdParms* stdParms, void* param1,
+                                                         void* param2) {
     readLogSwitch();
     g_logSwitchRead.store(true, std::memory_order_release);
     return dispatch(selector, stdParms, param1, param2);
@@ -95,7 +97,8 @@ ORVANTIS_COLD std::int32_t readSwitchAndDispatch(std::int32_t selector, const ho
 
 }  // namespace
 
-std::int32_t dispatch(std::int32_t selector, const host::imStdParms* stdParms, void* param1, void* param2) {
+host::ImporterResult dispatch(std::int32_t selector, const host::imStdParms* stdParms, void* param1,
+                              void* param2) {
     if (!g_logSwitchRead.load(std::memory_order_acquire)) [[unlikely]] {
         return readSwitchAndDispatch(selector, stdParms, param1, param2);
     }

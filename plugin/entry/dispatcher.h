@@ -3,11 +3,13 @@
 
 #include <cstdint>
 
+#include "host/result_codes.h"
 #include "host/std_parms.h"
 
 namespace orvantis {
 
 /// Logs the call, runs its handler, logs and returns the host's result code. May throw. Any host thread.
-std::int32_t dispatch(std::int32_t selector, const host::imStdParms* stdParms, void* param1, void* param2);
+host::ImporterResult dispatch(std::int32_t selector, const host::imStdParms* stdParms, void* param1,
+                              void* param2);
 
 }  // namespace orvantis

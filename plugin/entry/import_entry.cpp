@@ -29,7 +29,7 @@ void reportException(std::int32_t selector, const std::exception& exception) noe
 
 std::int32_t xImportEntry(std::int32_t selector, host::imStdParms* stdParms, void* param1, void* param2) {
     try {
-        return orvantis::dispatch(selector, stdParms, param1, param2);
+        return host::numberOf(orvantis::dispatch(selector, stdParms, param1, param2));
     } catch (const std::exception& exception) {
         reportException(selector, exception);
         return host::kUnhandledException;

@@ -37,25 +37,25 @@ void copyText(char (&field)[size], std::string_view text) {
 
 }  // namespace
 
-std::int32_t init(const host::imStdParms* stdParms, host::imImportInfoRec& record) {
+host::ImporterResult init(const host::imStdParms* stdParms, host::imImportInfoRec& record) {
     const host::SPBasicSuite* const basicSuite = basicSuiteOf(stdParms);
     holdErrorSuite(basicSuite);
     buildFormatTables(basicSuite);
     dumpFormatTables(basicSuite);
     record.priority = kImporterPriority;
     record.avoidAudioConform = 1;
-    return host::imNoErr;
+    return host::ImporterResult::imNoErr;
 }
 
-std::int32_t shutdown() {
+host::ImporterResult shutdown() {
     dropErrorSuite();
-    return host::imNoErr;
+    return host::ImporterResult::imNoErr;
 }
 
-std::int32_t getIndFormat(std::uint32_t index, host::imIndFormatRec* formatRecord) {
+host::ImporterResult getIndFormat(std::uint32_t index, host::imIndFormatRec* formatRecord) {
     if (index != 0) {
         logMessage("index %u: imBadFormatIndex", index);
-        return host::imBadFormatIndex;
+        return host::ImporterResult::imBadFormatIndex;
     }
     if (formatRecord == nullptr) throw std::logic_error("record is NULL");
     host::imIndFormatRec& record = *formatRecord;
@@ -66,11 +66,11 @@ std::int32_t getIndFormat(std::uint32_t index, host::imIndFormatRec* formatRecor
     copyText(record.PlatformExtension, kExtension);
     record.PlatformExtension[kExtension.size() + 1] = '\0';  // an empty entry ends the list
     logMessage("index %u: %s", index, fourccToString(host::kFileTypeAviv, true).c_str());
-    return host::imNoErr;
+    return host::ImporterResult::imNoErr;
 }
 
-std::int32_t getSubTypeNames(const host::imStdParms* stdParms, std::uint32_t fileType,
-                             host::imSubTypeDescriptionRec** descriptions) {
+host::ImporterResult getSubTypeNames(const host::imStdParms* stdParms, std::uint32_t fileType,
+                                     host::imSubTypeDescriptionRec** descriptions) {
     logMessage("filetype: %s", fourccToString(fileType, true).c_str());
     if (descriptions == nullptr) throw std::logic_error("sub-type record is NULL");
     const host::piSuites* const suites = stdParms != nullptr ? stdParms->piSuites : nullptr;
@@ -97,7 +97,7 @@ std::int32_t getSubTypeNames(const host::imStdParms* stdParms, std::uint32_t fil
         std::copy_n(name.data(), length, entry.subTypeName);
         *description++ = entry;
     }
-    return host::imNoErr;
+    return host::ImporterResult::imNoErr;
 }
 
 }  // namespace orvantis

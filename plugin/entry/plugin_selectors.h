@@ -5,20 +5,21 @@
 #include <cstdint>
 
 #include "host/records.h"
+#include "host/result_codes.h"
 #include "host/std_parms.h"
 
 namespace orvantis {
 
 /// imInit: takes the error suite, builds and dumps the format tables, registers the importer's priority.
-std::int32_t init(const host::imStdParms* stdParms, host::imImportInfoRec& record);
+host::ImporterResult init(const host::imStdParms* stdParms, host::imImportInfoRec& record);
 /// imShutdown.
-std::int32_t shutdown();
+host::ImporterResult shutdown();
 /// imGetIndFormat: the one file format at index 0, imBadFormatIndex behind it, where the record is not
 /// needed.
-std::int32_t getIndFormat(std::uint32_t index, host::imIndFormatRec* formatRecord);
+host::ImporterResult getIndFormat(std::uint32_t index, host::imIndFormatRec* formatRecord);
 /// imGetSubTypeNames: the coded types as one array in host memory, stored through `descriptions`; the host
 /// frees it.
-std::int32_t getSubTypeNames(const host::imStdParms* stdParms, std::uint32_t fileType,
-                             host::imSubTypeDescriptionRec** descriptions);
+host::ImporterResult getSubTypeNames(const host::imStdParms* stdParms, std::uint32_t fileType,
+                                     host::imSubTypeDescriptionRec** descriptions);
 
 }  // namespace orvantis

@@ -19,8 +19,8 @@
 
 namespace orvantis {
 
-std::int32_t openFile8(const host::imStdParms* stdParms, host::imFileRef* fileRef,
-                       host::imFileOpenRec8& record) {
+host::ImporterResult openFile8(const host::imStdParms* stdParms, host::imFileRef* fileRef,
+                               host::imFileOpenRec8& record) {
     // A quieted file comes back with its importer.
     std::unique_ptr<OrvantisImporter> created;
     std::optional<ImporterCall> call;
@@ -34,25 +34,26 @@ std::int32_t openFile8(const host::imStdParms* stdParms, host::imFileRef* fileRe
 
     importer.logFile();
     if (!importer.open(record.fileinfo.filepath, record.inStreamIdx, record.inReadWrite))
-        return host::imBadFile;
+        return host::ImporterResult::imBadFile;
 
     const auto osFile = reinterpret_cast<host::imFileRef>(importer.file().osHandle());
     if (created) record.privatedata = publishImporter(std::move(created));  // the host's until imCloseFile
     if (fileRef != nullptr) *fileRef = osFile;
     record.fileinfo.fileref = osFile;
     record.fileinfo.filetype = static_cast<std::int32_t>(host::kFileTypeAviv);
-    return host::imNoErr;
+    return host::ImporterResult::imNoErr;
 }
 
-std::int32_t getInfo8(host::imFileInfoRec8& record) {
+host::ImporterResult getInfo8(host::imFileInfoRec8& record) {
     const ImporterCall call(record.privatedata, ImporterCall::Kind::exclusive);
     OrvantisImporter& importer = call.importer();
     importer.logFile();
     const std::int32_t streamIndex = record.streamIdx;
     logMessage("fileInfoRec8P->streamIdx: %d", streamIndex);
 
-    const std::int32_t result = importer.parse(streamIndex);
-    if (result != host::imNoErr && result != host::imIterateStreams && result != host::imBadStreamIndex)
+    const host::ImporterResult result = importer.parse(streamIndex);
+    if (result != host::ImporterResult::imNoErr && result != host::ImporterResult::imIterateStreams &&
+        result != host::ImporterResult::imBadStreamIndex)
         return result;
 
     importer.setImporterId(record.vidInfo.importerID);
@@ -70,7 +71,7 @@ std::int32_t getInfo8(host::imFileInfoRec8& record) {
     return result;
 }
 
-std::int32_t analysis(host::imAnalysisRec& record) {
+host::ImporterResult analysis(host::imAnalysisRec& record) {
     const ImporterCall call(record.privatedata);
     OrvantisImporter& importer = call.importer();
     importer.logFile();
@@ -82,10 +83,10 @@ std::int32_t analysis(host::imAnalysisRec& record) {
         static_cast<void>(
             std::snprintf(record.buffer, static_cast<std::size_t>(bufferSize), "%s", text.c_str()));
     }
-    return host::imNoErr;
+    return host::ImporterResult::imNoErr;
 }
 
-std::int32_t dataRateAnalysis(host::imDataRateAnalysisRec& record) {
+host::ImporterResult dataRateAnalysis(host::imDataRateAnalysisRec& record) {
     const ImporterCall call(record.privatedata);
     const OrvantisImporter& importer = call.importer();
     importer.logFile();
@@ -97,7 +98,7 @@ std::int32_t dataRateAnalysis(host::imDataRateAnalysisRec& record) {
     if (samples == nullptr) {
         record.buffersize = static_cast<std::int32_t>(static_cast<std::int64_t>(sizeof(host::imDataSample)) *
                                                       video.numFrames());
-        return host::imNoErr;
+        return host::ImporterResult::imNoErr;
     }
     const ChunkList& frames = video.stream().entries();
     const std::size_t room =
@@ -107,35 +108,35 @@ std::int32_t dataRateAnalysis(host::imDataRateAnalysisRec& record) {
         static_cast<std::uint32_t>(video.frameRate().denominator) | host::kDataSampleKeyFrame;
     for (std::size_t i = 0; i < count; ++i) samples[i] = {duration, frames.placeOf(i).size};
     record.baserate = 0;
-    return host::imNoErr;
+    return host::ImporterResult::imNoErr;
 }
 
-std::int32_t getIndPixelFormat(std::uint32_t index, host::imIndPixelFormatRec& record) {
+host::ImporterResult getIndPixelFormat(std::uint32_t index, host::imIndPixelFormatRec& record) {
     const ImporterCall call(record.privatedata);
     const OrvantisImporter& importer = call.importer();
     importer.logFile();
     const std::vector<FormatInfo>& formats = importer.requireVideoInfo().decodeFormats();
-    if (index >= formats.size()) return host::imBadFormatIndex;
+    if (index >= formats.size()) return host::ImporterResult::imBadFormatIndex;
 
     const std::uint32_t pixelFormat = formats[index].pixelFormat;
     record.outPixelFormat = pixelFormat;
     logMessage("Adding pixel format: %s [%s]", host::pixelFormatName(pixelFormat),
                fourccToString(pixelFormat).c_str());
-    return host::imNoErr;
+    return host::ImporterResult::imNoErr;
 }
 
-std::int32_t quietFile(host::imFileRef* fileRef, void* privateData) {
-    if (privateData == nullptr) return host::imNoErr;  // nothing was opened
+host::ImporterResult quietFile(host::imFileRef* fileRef, void* privateData) {
+    if (privateData == nullptr) return host::ImporterResult::imNoErr;  // nothing was opened
     quietImporter(privateData);
     if (fileRef != nullptr) *fileRef = host::kInvalidFileRef;
-    return host::imNoErr;
+    return host::ImporterResult::imNoErr;
 }
 
-std::int32_t closeFile(host::imFileRef* fileRef, void* privateData) {
-    if (privateData == nullptr) return host::imNoErr;
+host::ImporterResult closeFile(host::imFileRef* fileRef, void* privateData) {
+    if (privateData == nullptr) return host::ImporterResult::imNoErr;
     closeImporter(privateData);
     if (fileRef != nullptr) *fileRef = host::kInvalidFileRef;
-    return host::imNoErr;
+    return host::ImporterResult::imNoErr;
 }
 
 }  // namespace orvantis

@@ -8,20 +8,21 @@
 
 #include "host/basic_types.h"
 #include "host/records.h"
+#include "host/result_codes.h"
 #include "host/std_parms.h"
 
 namespace orvantis {
 
-std::int32_t openFile8(const host::imStdParms* stdParms, host::imFileRef* fileRef,
-                       host::imFileOpenRec8& record);
-std::int32_t getInfo8(host::imFileInfoRec8& record);
-std::int32_t analysis(host::imAnalysisRec& record);
-std::int32_t dataRateAnalysis(host::imDataRateAnalysisRec& record);
-std::int32_t getIndPixelFormat(std::uint32_t index, host::imIndPixelFormatRec& record);
+host::ImporterResult openFile8(const host::imStdParms* stdParms, host::imFileRef* fileRef,
+                               host::imFileOpenRec8& record);
+host::ImporterResult getInfo8(host::imFileInfoRec8& record);
+host::ImporterResult analysis(host::imAnalysisRec& record);
+host::ImporterResult dataRateAnalysis(host::imDataRateAnalysisRec& record);
+host::ImporterResult getIndPixelFormat(std::uint32_t index, host::imIndPixelFormatRec& record);
 /// Closes the OS file, keeps the importer without its buffers. `fileRef` may be null. Null private data:
 /// nothing to do.
-std::int32_t quietFile(host::imFileRef* fileRef, void* privateData);
+host::ImporterResult quietFile(host::imFileRef* fileRef, void* privateData);
 /// Closes the OS file and destroys the importer. `fileRef` may be null. Null private data: nothing to do.
-std::int32_t closeFile(host::imFileRef* fileRef, void* privateData);
+host::ImporterResult closeFile(host::imFileRef* fileRef, void* privateData);
 
 }  // namespace orvantis

@@ -27,7 +27,7 @@ class RequestEnd {
 
 }  // namespace
 
-std::int32_t getSourceVideo(const host::imSourceVideoRec& record) {
+host::ImporterResult getSourceVideo(const host::imSourceVideoRec& record) {
     const ImporterCall call(record.inPrivateData);
     OrvantisImporter& importer = call.importer();
     host::PPixHand* const outFrame = record.outFrame;
@@ -44,24 +44,24 @@ std::int32_t getSourceVideo(const host::imSourceVideoRec& record) {
     const RequestEnd end(request);
     request.assign(record.inFrameTime, record.inFrameFormats, record.inNumFrameFormats, suites.ppix.get());
 
-    std::int32_t result = prepareFrame(video, request);
-    if (result == host::imNoErr) {
+    host::ImporterResult result = prepareFrame(video, request);
+    if (result == host::ImporterResult::imNoErr) {
         const std::lock_guard lock(importer.filePosition());
         result = readFrame(video, importer.file(), request);
     }
-    if (result == host::imNoErr) result = decodeFrame(video, suites, request);
-    if (result == host::imNoErr) *outFrame = request.frame.release();
+    if (result == host::ImporterResult::imNoErr) result = decodeFrame(video, suites, request);
+    if (result == host::ImporterResult::imNoErr) *outFrame = request.frame.release();
     return result;
 }
 
-std::int32_t importAudio7(const host::imImportAudioRec7& record) {
+host::ImporterResult importAudio7(const host::imImportAudioRec7& record) {
     const ImporterCall call(record.privateData);
     OrvantisImporter& importer = call.importer();
     importer.logFile();
     return importer.requireAudioInfo().importAudio(record);
 }
 
-std::int32_t getAudioChannelLayout(host::imGetAudioChannelLayoutRec& record) {
+host::ImporterResult getAudioChannelLayout(host::imGetAudioChannelLayoutRec& record) {
     const ImporterCall call(record.inPrivateData);
     OrvantisImporter& importer = call.importer();
     importer.logFile();

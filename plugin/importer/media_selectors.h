@@ -5,12 +5,13 @@
 #include <cstdint>
 
 #include "host/records.h"
+#include "host/result_codes.h"
 
 namespace orvantis {
 
 /// Decodes one frame and stores it through the record's outFrame, only on success.
-std::int32_t getSourceVideo(const host::imSourceVideoRec& record);
-std::int32_t importAudio7(const host::imImportAudioRec7& record);
-std::int32_t getAudioChannelLayout(host::imGetAudioChannelLayoutRec& record);
+host::ImporterResult getSourceVideo(const host::imSourceVideoRec& record);
+host::ImporterResult importAudio7(const host::imImportAudioRec7& record);
+host::ImporterResult getAudioChannelLayout(host::imGetAudioChannelLayoutRec& record);
 
 }  // namespace orvantis

@@ -56,7 +56,7 @@ bool OrvantisImporter::open(const char16_t* path, std::int32_t streamIndex, std:
     return true;
 }
 
-std::int32_t OrvantisImporter::parse(std::int32_t streamIndex) {
+host::ImporterResult OrvantisImporter::parse(std::int32_t streamIndex) {
     m_videoInfo.reset();
     m_audioInfo.reset();
     m_audioStreamCount = 0;
@@ -67,7 +67,7 @@ std::int32_t OrvantisImporter::parse(std::int32_t streamIndex) {
     // refusing a foreign one must not cost reading its index.
     if (!m_aviReader.parse(m_file, true)) {
         logMessage("Failed to parse avi: %s", m_aviReader.errorText().c_str());
-        return host::imBadFile;
+        return host::ImporterResult::imBadFile;
     }
     const std::vector<std::size_t> audioStreams = m_aviReader.streamsOfType(kStreamTypeAudio);
     m_audioStreamCount = static_cast<std::int32_t>(audioStreams.size());
@@ -76,11 +76,12 @@ std::int32_t OrvantisImporter::parse(std::int32_t streamIndex) {
         const std::vector<std::size_t> videoStreams = m_aviReader.streamsOfType(kStreamTypeVideo);
         if (videoStreams.empty()) {
             logMessage("Avi has no video stream");
-            return host::imBadFile;
+            return host::ImporterResult::imBadFile;
         }
         auto videoInfo = std::make_unique<VideoInfo>(m_suites);
-        const std::int32_t result = videoInfo->analyseFormat(*m_aviReader.streams[videoStreams.front()]);
-        if (result != host::imNoErr) return result;
+        const host::ImporterResult result =
+            videoInfo->analyseFormat(*m_aviReader.streams[videoStreams.front()]);
+        if (result != host::ImporterResult::imNoErr) return result;
         m_aviReader.readIndexes();
         videoInfo->analyseTiming();
         m_videoInfo = std::move(videoInfo);
@@ -92,7 +93,8 @@ std::int32_t OrvantisImporter::parse(std::int32_t streamIndex) {
     if (audioStreams.empty()) {
         logMessage("Avi has no audio stream");
     } else if (streamIndex >= 0 && streamIndex < m_audioStreamCount) {
-        audioInfo->init(*m_aviReader.streams[audioStreams[static_cast<std::size_t>(streamIndex)]]);
+        const std::size_t position = audioStreams[static_cast<std::size_t>(streamIndex)];
+        static_cast<void>(audioInfo->init(*m_aviReader.streams[position]));  // valid() keeps what it says
     } else {
         logMessage("Avi invalid audio stream index: %d", streamIndex);
     }
@@ -102,8 +104,9 @@ std::int32_t OrvantisImporter::parse(std::int32_t streamIndex) {
 
     // On purpose the last of several audio streams is answered with imBadStreamIndex although its info is
     // filled: the host takes the info and stops asking.
-    if (m_audioStreamCount > static_cast<std::int64_t>(streamIndex) + 1) return host::imIterateStreams;
-    return streamIndex >= 1 ? host::imBadStreamIndex : host::imNoErr;
+    if (m_audioStreamCount > static_cast<std::int64_t>(streamIndex) + 1)
+        return host::ImporterResult::imIterateStreams;
+    return streamIndex >= 1 ? host::ImporterResult::imBadStreamIndex : host::ImporterResult::imNoErr;
 }
 
 void OrvantisImporter::quiet() noexcept {
@@ -127,7 +130,7 @@ std::string OrvantisImporter::describeStreams() {
     std::string text = "\nVideo stream:\n" + requireVideoInfo().description() + "\n";
     for (const std::size_t position : m_aviReader.streamsOfType(kStreamTypeAudio)) {
         AudioInfo audio(audioOwner());
-        audio.init(*m_aviReader.streams[position]);
+        static_cast<void>(audio.init(*m_aviReader.streams[position]));  // described even when it is refused
         text += "Audio stream " + std::to_string(position) + ":\n" + audio.description() + "\n";
     }
     return text;

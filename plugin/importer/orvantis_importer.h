@@ -14,6 +14,7 @@
 #include "avi/avi_reader.h"
 #include "diag/spare.h"
 #include "fileio/win_file.h"
+#include "host/result_codes.h"
 #include "host/std_parms.h"
 #include "suites/importer_suites.h"
 #include "video/frame_request.h"
@@ -34,7 +35,7 @@ class OrvantisImporter {
     bool open(const char16_t* path, std::int32_t streamIndex, std::int32_t readWrite);
     /// Parses the container and replaces both analyses for stream `streamIndex`. imNoErr, imIterateStreams,
     /// imBadStreamIndex, or the reason for the refusal. Throws what the construction of VideoInfo throws.
-    std::int32_t parse(std::int32_t streamIndex);
+    host::ImporterResult parse(std::int32_t streamIndex);
     /// Closes the OS file and gives up the buffers that calls keep for the next ones; the analyses stay.
     void quiet() noexcept;
 

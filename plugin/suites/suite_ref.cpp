@@ -6,7 +6,7 @@
 #include <string>
 
 #include "diag/log.h"
-#include "host/result_codes.h"
+#include "suites/suite_result.h"
 
 namespace orvantis {
 
@@ -33,18 +33,18 @@ void SuiteRef::acquire() {
 void SuiteRef::acquireLocked() {
     // A host that refuses may leave the variable unwritten, so the pointer decides, not the result.
     const void* suite = nullptr;
-    host::SPErr result = host::kSuiteFailed;
-    if (m_basicSuite != nullptr) result = m_basicSuite->AcquireSuite(m_name, m_version, &suite);
+    SuiteResult result = SuiteResult::failed;
+    if (m_basicSuite != nullptr) result = SuiteResult{m_basicSuite->AcquireSuite(m_name, m_version, &suite)};
     m_suite.store(suite, std::memory_order_release);
-    logMessage("Acquiring suite: r: %d, v: %d, n: '%s', ptr: %p", result, m_version, m_name, suite);
+    logMessage("Acquiring suite: r: %d, v: %d, n: '%s', ptr: %p", numberOf(result), m_version, m_name, suite);
 }
 
 void SuiteRef::release() {
     const std::lock_guard lock(m_mutex);
     if (!held()) return;
-    const host::SPErr result = m_basicSuite->ReleaseSuite(m_name, m_version);
+    const SuiteResult result{m_basicSuite->ReleaseSuite(m_name, m_version)};
     m_suite.store(nullptr, std::memory_order_release);
-    logMessage("Releasing suite: r: %d, v: %d, n: '%s'", result, m_version, m_name);
+    logMessage("Releasing suite: r: %d, v: %d, n: '%s'", numberOf(result), m_version, m_name);
 }
 
 const void* SuiteRef::get() {

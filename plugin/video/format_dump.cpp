@@ -8,6 +8,7 @@
 #include "host/pixel_formats.h"
 #include "host/suites.h"
 #include "suites/suite_ref.h"
+#include "suites/suite_result.h"
 #include "video/format_tables.h"
 
 namespace orvantis {
@@ -26,9 +27,9 @@ void dumpPixelFormats(const host::ImageProcessingSuite& suite) {
         std::int32_t isCompressed = 0;
         std::int32_t hasAlpha = 0;
         std::int32_t isTopLeft = 0;
-        const host::prSuiteError compressedResult = suite.FormatIsCompressed(format, &isCompressed);
-        const host::prSuiteError alphaResult = suite.FormatHasAlpha(format, &hasAlpha);
-        const host::prSuiteError topLeftResult = suite.FormatIsOriginTopLeft(format, &isTopLeft);
+        const SuiteResult compressedResult{suite.FormatIsCompressed(format, &isCompressed)};
+        const SuiteResult alphaResult{suite.FormatHasAlpha(format, &hasAlpha)};
+        const SuiteResult topLeftResult{suite.FormatIsOriginTopLeft(format, &isTopLeft)};
         logMessage("[%s] : %c %c %c -  %s (err: %x %x %x) - %d", fourccToString(format).c_str(),
                    isCompressed != 0 ? 'C' : '-', hasAlpha != 0 ? 'A' : '-', isTopLeft != 0 ? 'T' : '-',
                    row.name, static_cast<unsigned>(compressedResult), static_cast<unsigned>(alphaResult),

@@ -13,6 +13,7 @@
 #include "host/pixel_formats.h"
 #include "host/result_codes.h"
 #include "host/suites.h"
+#include "suites/suite_result.h"
 #include "video/decode_formats.h"
 #include "video/format_tables.h"
 #include "video/orvantis_error.h"
@@ -58,72 +59,73 @@ void endDecompression(DecodeSession& session) {
     }
 }
 
-std::int32_t beginDecompression(const VideoInfo& video, DecodeSession& session, const FormatInfo& info) {
+host::ImporterResult beginDecompression(const VideoInfo& video, DecodeSession& session,
+                                        const FormatInfo& info) {
     if (logEnabled()) logStart(video.compressedFormat(), info);
     try {
         session.output = session.codec.decompressBegin(video.formatData(), outputFormatOf(info));
     } catch (const std::exception& error) {
         logMessage("Decompress begin failed: %s", error.what());
-        return host::imBadCompression;
+        return host::ImporterResult::imBadCompression;
     }
     session.begun = true;
     session.pixelFormat = info.pixelFormat;
-    return host::imNoErr;
+    return host::ImporterResult::imNoErr;
 }
 
-std::int32_t createFrame(ImporterSuites& suites, FrameRequest& request) {
+host::ImporterResult createFrame(ImporterSuites& suites, FrameRequest& request) {
     const host::imFrameFormat wanted = request.frameFormats.front();
     const host::prRect bounds{0, 0, wanted.inFrameWidth, wanted.inFrameHeight};
     host::PPixHand frame = nullptr;
-    const host::prSuiteError result = suites.ppixCreator.get().CreatePPix(
-        &frame, host::kBufferAccessWriteOnly, wanted.inPixelFormat, &bounds);
-    if (result != host::kSuiteNoError || frame == nullptr) {
+    const SuiteResult result{suites.ppixCreator.get().CreatePPix(&frame, host::kBufferAccessWriteOnly,
+                                                                 wanted.inPixelFormat, &bounds)};
+    if (result != SuiteResult::noError || frame == nullptr) {
         logMessage("ERROR: CreatePPix() failed: %d", static_cast<int>(result));
-        return host::imOtherErr;
+        return host::ImporterResult::imOtherErr;
     }
     request.frame = HostFrame(*request.ppixSuite, frame);
-    return host::imNoErr;
+    return host::ImporterResult::imNoErr;
 }
 
 // Where the pixels of the request's frame go. A frame whose place is not known is not decoded into: the host
 // would show what happened to be in it.
-std::int32_t describeFrame(const host::PPixSuite& suite, const FrameRequest& request, std::int32_t height,
-                           OrvantisOutputBuffer& output) {
+host::ImporterResult describeFrame(const host::PPixSuite& suite, const FrameRequest& request,
+                                   std::int32_t height, OrvantisOutputBuffer& output) {
     char* pixels = nullptr;
-    host::prSuiteError result = suite.GetPixels(request.frame.get(), host::kBufferAccessWriteOnly, &pixels);
-    if (result != host::kSuiteNoError || pixels == nullptr) {
+    SuiteResult result{suite.GetPixels(request.frame.get(), host::kBufferAccessWriteOnly, &pixels)};
+    if (result != SuiteResult::noError || pixels == nullptr) {
         logMessage("ERROR: GetPixels() failed: %d", static_cast<int>(result));
-        return host::imOtherErr;
+        return host::ImporterResult::imOtherErr;
     }
     std::int32_t rowBytes = 0;
-    result = suite.GetRowBytes(request.frame.get(), &rowBytes);
-    if (result != host::kSuiteNoError) {
+    result = SuiteResult{suite.GetRowBytes(request.frame.get(), &rowBytes)};
+    if (result != SuiteResult::noError) {
         logMessage("ERROR: GetRowBytes() failed: %d", static_cast<int>(result));
-        return host::imOtherErr;
+        return host::ImporterResult::imOtherErr;
     }
     output.pixels = pixels;
     // The library takes both as 32 bits: negative row bytes keep their bit pattern, and the size wraps on
     // purpose.
     output.rowPitch = static_cast<std::uint32_t>(rowBytes);
     output.totalBytes = output.rowPitch * static_cast<std::uint32_t>(height);
-    return host::imNoErr;
+    return host::ImporterResult::imNoErr;
 }
 
 }  // namespace
 
-std::int32_t prepareFrame(const VideoInfo& video, FrameRequest& request) {
+host::ImporterResult prepareFrame(const VideoInfo& video, FrameRequest& request) {
     const std::uint32_t frameIndex = video.frameIndexAt(request.frameTime);
     if (logEnabled()) logPlace(video, request, frameIndex);
     if (std::int64_t{frameIndex} >= video.numFrames()) {
         logMessage("frameIndex out of bounds");
-        return host::imFrameNotFound;
+        return host::ImporterResult::imFrameNotFound;
     }
     request.frameIndex = frameIndex;
     if (logEnabled()) logFrameFormats(request);
 
     if (request.frameFormats.empty()) {
         logMessage("ERROR: frameFormats is empty");
-        return host::imOtherErr;
+        return host::ImporterResult::imOtherErr;
     }
     host::imFrameFormat& wanted = request.frameFormats.front();
     if (wanted.inFrameWidth == 0) wanted.inFrameWidth = video.width();
@@ -132,12 +134,12 @@ std::int32_t prepareFrame(const VideoInfo& video, FrameRequest& request) {
         logMessage("ERROR: frame size mismatch (%d, %d) != (%d, %d)", static_cast<int>(wanted.inFrameWidth),
                    static_cast<int>(wanted.inFrameHeight), static_cast<int>(video.width()),
                    static_cast<int>(video.height()));
-        return host::imOtherErr;
+        return host::ImporterResult::imOtherErr;
     }
-    return host::imNoErr;
+    return host::ImporterResult::imNoErr;
 }
 
-std::int32_t readFrame(const VideoInfo& video, fileio::File& file, FrameRequest& request) {
+host::ImporterResult readFrame(const VideoInfo& video, fileio::File& file, FrameRequest& request) {
     using Outcome = FrameChunkRead::Outcome;
     const FrameChunkRead read =
         readFrameChunk(file, video.stream(), request.frameIndex, video.numFrames(), request.chunk);
@@ -147,17 +149,17 @@ std::int32_t readFrame(const VideoInfo& video, fileio::File& file, FrameRequest&
     }
     switch (read.outcome) {
         case Outcome::read:
-            return host::imNoErr;
+            return host::ImporterResult::imNoErr;
         case Outcome::noneWithData:
-            return host::imFrameNotFound;
+            return host::ImporterResult::imFrameNotFound;
         case Outcome::failed:
             break;
     }
     logMessage("Failed to read frame from AVI: %s", read.failure.c_str());
-    return host::imFileReadFailed;
+    return host::ImporterResult::imFileReadFailed;
 }
 
-std::int32_t decodeFrame(const VideoInfo& video, ImporterSuites& suites, FrameRequest& request) {
+host::ImporterResult decodeFrame(const VideoInfo& video, ImporterSuites& suites, FrameRequest& request) {
     // First of all, so that a format which nobody offered leaves the running session alone.
     const FormatInfo& info = GetFormatInfo_by_pixelFormat(request.frameFormats.front().inPixelFormat);
 
@@ -167,7 +169,7 @@ std::int32_t decodeFrame(const VideoInfo& video, ImporterSuites& suites, FrameRe
     } catch (const OrvantisError& error) {
         // Another call is decoding, and the library has no second session for this one.
         logMessage("Decompress begin failed: %s", error.what());
-        return host::imBadCompression;
+        return host::ImporterResult::imBadCompression;
     }
     DecodeSession& session = use->session();
     if (session.begun && session.pixelFormat != info.pixelFormat) {
@@ -175,24 +177,24 @@ std::int32_t decodeFrame(const VideoInfo& video, ImporterSuites& suites, FrameRe
         request.formatChanged = true;
     }
     if (!session.begun) {
-        const std::int32_t result = beginDecompression(video, session, info);
-        if (result != host::imNoErr) return result;
+        const host::ImporterResult result = beginDecompression(video, session, info);
+        if (result != host::ImporterResult::imNoErr) return result;
     }
 
-    std::int32_t result = createFrame(suites, request);
-    if (result != host::imNoErr) return result;
+    host::ImporterResult result = createFrame(suites, request);
+    if (result != host::ImporterResult::imNoErr) return result;
 
     OrvantisOutputBuffer output{};
     result = describeFrame(suites.ppix.get(), request, video.height(), output);
-    if (result != host::imNoErr) return result;
+    if (result != host::ImporterResult::imNoErr) return result;
 
     try {
         session.codec.decompress({request.chunk.buffer.data(), request.chunk.bytes}, output);
     } catch (const std::exception& error) {
         logMessage("Decompress failed: %s", error.what());
-        return host::imBadCompression;
+        return host::ImporterResult::imBadCompression;
     }
-    return host::imNoErr;
+    return host::ImporterResult::imNoErr;
 }
 
 }  // namespace orvantis

@@ -9,6 +9,7 @@
 #include <cstdint>
 
 #include "fileio/file.h"
+#include "host/result_codes.h"
 #include "suites/importer_suites.h"
 #include "video/frame_request.h"
 #include "video/video_info.h"
@@ -16,14 +17,14 @@
 namespace orvantis {
 
 /// Time to frame index, format and size check. imNoErr, imFrameNotFound or imOtherErr.
-std::int32_t prepareFrame(const VideoInfo& video, FrameRequest& request);
+host::ImporterResult prepareFrame(const VideoInfo& video, FrameRequest& request);
 /// The frame's compressed bytes, by a seek and a read of `file`, which nobody else uses meanwhile. imNoErr,
 /// imFrameNotFound or imFileReadFailed.
-std::int32_t readFrame(const VideoInfo& video, fileio::File& file, FrameRequest& request);
+host::ImporterResult readFrame(const VideoInfo& video, fileio::File& file, FrameRequest& request);
 /// Begins or changes the decompression as needed, creates the host frame and decodes into it.
 /// imNoErr, imOtherErr or imBadCompression; throws std::runtime_error for a pixel format outside the table or
 /// a missing suite. The request's frame formats must not be empty and its PPix suite must be set
 /// (FrameRequest::assign).
-std::int32_t decodeFrame(const VideoInfo& video, ImporterSuites& suites, FrameRequest& request);
+host::ImporterResult decodeFrame(const VideoInfo& video, ImporterSuites& suites, FrameRequest& request);
 
 }  // namespace orvantis

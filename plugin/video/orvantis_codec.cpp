@@ -40,12 +40,13 @@ std::string frameFormatText(const OrvantisFrameFormat* format) {
 OrvantisCodec::OrvantisCodec() {
     static_cast<void>(importedCompressQuery);
 
-    std::int32_t result = orvantis_library_init();
-    if (result != kOrvantisSuccess) throw OrvantisError("OrvantisCodec(): orvantis_library_init()", result);
+    CodecResult result{orvantis_library_init()};
+    if (result != CodecResult::success)
+        throw OrvantisError("OrvantisCodec(): orvantis_library_init()", result);
 
     // When opening fails there is no session, and the library wants no close call of either kind.
-    result = orvantis_open(&m_handle);
-    if (result != kOrvantisSuccess) throw OrvantisError("OrvantisCodec(): orvantis_open()", result);
+    result = CodecResult{orvantis_open(&m_handle)};
+    if (result != CodecResult::success) throw OrvantisError("OrvantisCodec(): orvantis_open()", result);
 }
 
 OrvantisCodec::~OrvantisCodec() {
@@ -57,9 +58,9 @@ OrvantisCodec::~OrvantisCodec() {
 OrvantisFrameFormat OrvantisCodec::decompressQuery(FormatData format,
                                                    const OrvantisFrameFormat* output) const {
     OrvantisFrameFormat answer = emptyFrameFormat();
-    const std::int32_t result =
-        orvantis_decompress_query(m_handle, format.data(), format.size(), output, &answer);
-    if (result != kOrvantisSuccess) {
+    const CodecResult result{
+        orvantis_decompress_query(m_handle, format.data(), format.size(), output, &answer)};
+    if (result != CodecResult::success) {
         throw OrvantisError("decompressQuery(" + bufferText(format.data(), format.size()) + "," +
                                 frameFormatText(output) + ")",
                             result);
@@ -75,9 +76,9 @@ bool OrvantisCodec::canDecompress(FormatData format, const OrvantisFrameFormat& 
 
 OrvantisFrameFormat OrvantisCodec::decompressBegin(FormatData format, const OrvantisFrameFormat& output) {
     OrvantisFrameFormat produced = emptyFrameFormat();
-    const std::int32_t result =
-        orvantis_decompress_begin(m_handle, format.data(), format.size(), &output, &produced);
-    if (result != kOrvantisSuccess) {
+    const CodecResult result{
+        orvantis_decompress_begin(m_handle, format.data(), format.size(), &output, &produced)};
+    if (result != CodecResult::success) {
         throw OrvantisError("decompressBegin(" + bufferText(format.data(), format.size()) + "," +
                                 frameFormatText(&output) + ")",
                             result);
@@ -86,8 +87,8 @@ OrvantisFrameFormat OrvantisCodec::decompressBegin(FormatData format, const Orva
 }
 
 void OrvantisCodec::decompress(std::span<const std::byte> frame, const OrvantisOutputBuffer& output) {
-    const std::int32_t result = orvantis_decompress(m_handle, frame.data(), frame.size(), &output);
-    if (result != kOrvantisSuccess) {
+    const CodecResult result{orvantis_decompress(m_handle, frame.data(), frame.size(), &output)};
+    if (result != CodecResult::success) {
         throw OrvantisError("decompress(" + bufferText(frame.data(), frame.size()) + "," +
                                 bufferText(output.pixels, output.totalBytes) + ")",
                             result);
@@ -95,14 +96,14 @@ void OrvantisCodec::decompress(std::span<const std::byte> frame, const OrvantisO
 }
 
 void OrvantisCodec::decompressEnd() {
-    const std::int32_t result = orvantis_decompress_end(m_handle);
-    if (result != kOrvantisSuccess) throw OrvantisError("decompressEnd()", result);
+    const CodecResult result{orvantis_decompress_end(m_handle)};
+    if (result != CodecResult::success) throw OrvantisError("decompressEnd()", result);
 }
 
 std::uint32_t OrvantisCodec::getParam(std::uint32_t parameter, std::uint32_t value) const {
     std::uint32_t answer = value;
-    const std::int32_t result = orvantis_get_param(m_handle, parameter, &answer, sizeof answer);
-    if (result != kOrvantisSuccess) {
+    const CodecResult result{orvantis_get_param(m_handle, parameter, &answer, sizeof answer)};
+    if (result != CodecResult::success) {
         throw OrvantisError(formatString("getParam(%u,%u)", parameter, value), result);
     }
     return answer;

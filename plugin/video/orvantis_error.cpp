@@ -3,22 +3,21 @@
 #include "video/orvantis_error.h"
 
 #include "diag/format.h"
-#include "video/orvantis_common64.h"
 
 namespace orvantis {
 
 namespace {
 
-std::string messageOf(const std::string& context, std::int32_t resultCode) {
+std::string messageOf(const std::string& context, CodecResult result) {
     // The library has a text for every value; a null answer still must not end the host.
-    const char* text = orvantis_get_string(kOrvantisStringErrorText, static_cast<std::uint32_t>(resultCode));
-    return formatString("Orvantis error (%d): %s: %s", static_cast<int>(resultCode),
-                        text != nullptr ? text : "", context.c_str());
+    const char* text = orvantis_get_string(kOrvantisStringErrorText, static_cast<std::uint32_t>(result));
+    return formatString("Orvantis error (%d): %s: %s", static_cast<int>(result), text != nullptr ? text : "",
+                        context.c_str());
 }
 
 }  // namespace
 
-OrvantisError::OrvantisError(const std::string& context, std::int32_t resultCode)
-    : std::runtime_error(messageOf(context, resultCode)), code(resultCode) {}
+OrvantisError::OrvantisError(const std::string& context, CodecResult result)
+    : std::runtime_error(messageOf(context, result)), code(result) {}
 
 }  // namespace orvantis

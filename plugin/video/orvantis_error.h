@@ -5,14 +5,19 @@
 #include <stdexcept>
 #include <string>
 
+#include "video/orvantis_common64.h"
+
 namespace orvantis {
+
+/// What a function of the codec library answers; every value but success is a code of its own.
+enum class CodecResult : std::int32_t { success = kOrvantisSuccess };
 
 /// "Orvantis error (<code>): <the library's text>: <context>". The context names the call that failed.
 class OrvantisError : public std::runtime_error {
  public:
-    OrvantisError(const std::string& context, std::int32_t resultCode);
+    OrvantisError(const std::string& context, CodecResult result);
 
-    std::int32_t code;  ///< the library's result code
+    CodecResult code;
 };
 
 }  // namespace orvantis

@@ -63,19 +63,19 @@ VideoInfo::~VideoInfo() {
     logMessage("VideoInfo::~VideoInfo()");
 }
 
-std::int32_t VideoInfo::analyseFormat(const AviStream& stream) {
+host::ImporterResult VideoInfo::analyseFormat(const AviStream& stream) {
     m_stream = &stream;
     m_formatData = stream.format;
     if (m_formatData.empty()) {
         logMessage("Compressed format size is invalid");
-        return host::imBadFile;
+        return host::ImporterResult::imBadFile;
     }
 
     try {
         m_compressedFormat = m_decoder.mainSession().codec.decompressQuery(m_formatData, nullptr);
     } catch (const OrvantisError& error) {
         logMessage("Decompress query failed: %s", error.what());
-        return host::imBadFile;
+        return host::ImporterResult::imBadFile;
     }
     const OrvantisFrameFormat& coded = m_compressedFormat;
     if (logEnabled()) {
@@ -91,11 +91,11 @@ std::int32_t VideoInfo::analyseFormat(const AviStream& stream) {
     } catch (const UnknownCodedType& unknown) {
         logMessage("Unknown compressed type: %s (%s)", codecTypeName(unknown.type),
                    std::to_string(unknown.type).c_str());
-        return host::imOtherErr;
+        return host::ImporterResult::imOtherErr;
     } catch (const OrvantisError& error) {
         // The question that was answered above, put again through a second session.
         logMessage("Decompress query failed: %s", error.what());
-        return host::imBadFile;
+        return host::ImporterResult::imBadFile;
     }
     logMessage("Decode formats:");
     if (logEnabled()) {
@@ -106,9 +106,9 @@ std::int32_t VideoInfo::analyseFormat(const AviStream& stream) {
     }
     if (m_decodeFormats.empty()) {
         logMessage("No formats to decode into: decodeFormats is empty");
-        return host::imBadFile;
+        return host::ImporterResult::imBadFile;
     }
-    return host::imNoErr;
+    return host::ImporterResult::imNoErr;
 }
 
 void VideoInfo::analyseTiming() {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "avi/avi_stream.h"
+#include "host/result_codes.h"
 #include "suites/importer_suites.h"
 #include "video/format_tables.h"
 #include "video/frame_decoder.h"
@@ -28,7 +29,7 @@ class VideoInfo {
     /// What the stream is and how it can be decoded; needs no index, so that a foreign file is refused
     /// without one. imNoErr, imBadFile or imOtherErr, the reason logged. `stream` is referenced, not owned,
     /// and outlives the object. Once per object.
-    [[nodiscard]] std::int32_t analyseFormat(const AviStream& stream);
+    host::ImporterResult analyseFormat(const AviStream& stream);
     /// Frame count and frame rate, from the stream's chunk list and header. After analyseFormat and
     /// readIndexes().
     void analyseTiming();

@@ -43,9 +43,10 @@ struct World {
 void video(World& world, const AviStream& stream, std::int64_t time) {
     LazyImporterSuites suites(world.host.basicSuite());
     orvantis::VideoInfo info(suites);
-    const std::int32_t result = info.analyseFormat(stream);
-    FUZZ_CHECK(result == host::imNoErr || result == host::imBadFile || result == host::imOtherErr);
-    if (result != host::imNoErr) return;
+    const host::ImporterResult result = info.analyseFormat(stream);
+    FUZZ_CHECK(result == host::ImporterResult::imNoErr || result == host::ImporterResult::imBadFile ||
+               result == host::ImporterResult::imOtherErr);
+    if (result != host::ImporterResult::imNoErr) return;
     info.analyseTiming();
     FUZZ_CHECK(info.width() > 0 && info.height() > 0);
     FUZZ_CHECK(info.numFrames() == static_cast<std::int64_t>(stream.entries().size()));
@@ -71,9 +72,10 @@ void request(orvantis::AudioInfo& info, std::int64_t position, std::uint32_t siz
     record.position = position;
     record.size = size;
     record.buffer = buffers.data();
-    const std::int32_t result = info.importAudio(record);
-    FUZZ_CHECK(result == host::imNoErr || result == host::imDecompressionError);
-    if (result != host::imNoErr || !info.valid()) return;
+    const host::ImporterResult result = info.importAudio(record);
+    FUZZ_CHECK(result == host::ImporterResult::imNoErr ||
+               result == host::ImporterResult::imDecompressionError);
+    if (result != host::ImporterResult::imNoErr || !info.valid()) return;
     for (std::size_t c = missingOne ? 1 : 0; c < samples.size(); ++c) {
         FUZZ_CHECK(std::find(samples[c].begin(), samples[c].end(), kUntouched) == samples[c].end());
     }
@@ -83,9 +85,9 @@ void sound(World& world, const AviStream& stream, orvantis::test::MemoryFile& fi
     LazyImporterSuites suites(world.host.basicSuite());
     std::mutex filePosition;
     orvantis::AudioInfo info(orvantis::AudioOwner{&file, &filePosition, &suites});
-    const std::int32_t result = info.init(stream);
-    FUZZ_CHECK(result == host::imNoErr || result == host::imBadFile);
-    FUZZ_CHECK(info.valid() == (result == host::imNoErr));
+    const host::ImporterResult result = info.init(stream);
+    FUZZ_CHECK(result == host::ImporterResult::imNoErr || result == host::ImporterResult::imBadFile);
+    FUZZ_CHECK(info.valid() == (result == host::ImporterResult::imNoErr));
     FUZZ_CHECK(!info.description().empty());
     host::imFileInfoRec8 record;
     std::memset(&record, 0xA7, sizeof(record));
@@ -93,8 +95,9 @@ void sound(World& world, const AviStream& stream, orvantis::test::MemoryFile& fi
     FUZZ_CHECK(static_cast<std::uint8_t>(record.hasAudio) == 0xA7);
     host::imGetAudioChannelLayoutRec layout;
     std::memset(&layout, 0xA7, sizeof(layout));
-    const std::int32_t labelled = info.getChannelLayout(layout);
-    FUZZ_CHECK(labelled == (info.valid() ? host::imNoErr : host::imUnsupported));
+    const host::ImporterResult labelled = info.getChannelLayout(layout);
+    FUZZ_CHECK(labelled ==
+               (info.valid() ? host::ImporterResult::imNoErr : host::ImporterResult::imUnsupported));
     if (!info.valid()) return;
     for (int i = 0; i < 3; ++i) {
         const auto position = numbers.take<std::int64_t>();

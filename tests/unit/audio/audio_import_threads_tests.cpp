@@ -48,7 +48,7 @@ class AudioImportThreads : public testing::Test {
         record.position = position;
         record.size = kStep;
         record.buffer = buffers;
-        EXPECT_EQ(info.importAudio(record), 0);
+        EXPECT_EQ(numberOf(info.importAudio(record)), 0);
         return samples;
     }
     template <class Work>
@@ -72,7 +72,7 @@ class AudioImportThreads : public testing::Test {
 };
 
 TEST_F(AudioImportThreads, EachReadGetsWhatItAskedFor) {
-    ASSERT_EQ(info.init(stream), 0);
+    ASSERT_EQ(numberOf(info.init(stream)), 0);
     onFourThreads([&](int t) {
         for (std::int64_t i = 0; i < 1000; ++i) {
             const std::int64_t position = (i * 37 + t * 1711) % (kFrames - kStep);
@@ -85,7 +85,7 @@ TEST_F(AudioImportThreads, EachReadGetsWhatItAskedFor) {
 }
 
 TEST_F(AudioImportThreads, SequentialReadsThatMeetShareTheStreamOut) {
-    ASSERT_EQ(info.init(stream), 0);
+    ASSERT_EQ(numberOf(info.init(stream)), 0);
     std::vector<float> firsts[4];
     onFourThreads([&](int t) {
         for (std::uint32_t i = 0; i < kFrames / kStep / 4; ++i) {

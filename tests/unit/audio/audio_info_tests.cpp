@@ -42,7 +42,7 @@ class AudioInfoTest : public testing::Test {
     /// record.
     void expectRejected(const AviStream& stream, const std::string& text) {
         m_log.clear();
-        EXPECT_EQ(info.init(stream), 2);
+        EXPECT_EQ(numberOf(info.init(stream)), 2);
         EXPECT_FALSE(info.valid());
         EXPECT_EQ(m_log.takeWithoutSuites(), Lines{text});
         EXPECT_EQ(info.description(), "    Not usable: " + text);
@@ -54,7 +54,7 @@ class AudioInfoTest : public testing::Test {
     void expectAccepted(const WaveBytes& wave, std::uint32_t sampleType) {
         const AviStream stream = audioStream(waveBytes(wave), 1000);
         m_log.clear();
-        EXPECT_EQ(info.init(stream), 0);
+        EXPECT_EQ(numberOf(info.init(stream)), 0);
         EXPECT_TRUE(info.valid());
         EXPECT_EQ(m_log.takeWithoutSuites(), Lines{});
         FileInfoRecord record;
@@ -105,7 +105,7 @@ TEST_F(AudioInfoTest, ExtensiblePcmOf24BitsIsAccepted) {
 TEST_F(AudioInfoTest, AFormatOf16BytesIsEnoughAndItsMaskIsZero) {
     const AviStream stream = audioStream(waveBytes({}), 48000);
     ASSERT_EQ(stream.format.size(), 16u);
-    EXPECT_EQ(info.init(stream), 0);
+    EXPECT_EQ(numberOf(info.init(stream)), 0);
     EXPECT_EQ(+info.format().dwChannelMask, 0u);
     EXPECT_EQ(+info.format().cbSize, 0u);
     m_log.clear();
@@ -132,7 +132,7 @@ TEST_F(AudioInfoTest, AnExtensibleFormatIsLoggedWithItsGuidAndMask) {
                                                     .mask = 0x8000060F,
                                                     .subFormat = 3}),
                                          12);
-    EXPECT_EQ(info.init(stream), 0);
+    EXPECT_EQ(numberOf(info.init(stream)), 0);
     m_log.clear();
     FileInfoRecord record;
     info.fillFileInfo(*record);
@@ -160,7 +160,7 @@ TEST_F(AudioInfoTest, AFormatBelow16BytesIsTooSmall) {
 TEST_F(AudioInfoTest, ATooSmallFormatIsDescribedAsTheSmallestDummy) {
     std::vector<std::uint8_t> format = waveBytes({.channels = 7, .rate = 44100});
     format.resize(15);
-    EXPECT_EQ(info.init(audioStream(format, 5000)), 2);
+    EXPECT_EQ(numberOf(info.init(audioStream(format, 5000))), 2);
     m_log.clear();
     FileInfoRecord record;
     info.fillFileInfo(*record);
@@ -198,7 +198,7 @@ TEST_F(AudioInfoTest, AVendorsGuidThatBeginsLikePcmIsUnsupported) {
     for (std::size_t byte = 28; byte < 40; ++byte) {
         std::vector<std::uint8_t> format = waveBytes({.tag = kTagExtensible});
         format[byte] ^= 0x40;
-        EXPECT_EQ(info.init(audioStream(format)), 2) << byte;
+        EXPECT_EQ(numberOf(info.init(audioStream(format))), 2) << byte;
         EXPECT_FALSE(info.valid()) << byte;
     }
     std::vector<std::uint8_t> format = waveBytes({.tag = kTagExtensible});
@@ -256,19 +256,19 @@ TEST_F(AudioInfoTest, TheFirstFaultIsTheOneReported) {
 TEST_F(AudioInfoTest, ByteRateExtraSizeAndValidBitsAreNotLookedAt) {
     std::vector<std::uint8_t> format = waveBytes({.tag = kTagExtensible});
     for (const std::size_t byte : {8u, 9u, 10u, 11u, 16u, 17u, 18u, 19u}) format[byte] = 0xEE;
-    EXPECT_EQ(info.init(audioStream(format)), 0);
+    EXPECT_EQ(numberOf(info.init(audioStream(format))), 0);
     EXPECT_TRUE(info.valid());
 }
 
 TEST_F(AudioInfoTest, ALongerFormatThanTheStructureIsAccepted) {
     std::vector<std::uint8_t> format = waveBytes({.tag = kTagExtensible});
     format.resize(1000, 0xEE);
-    EXPECT_EQ(info.init(audioStream(format)), 0);
+    EXPECT_EQ(numberOf(info.init(audioStream(format))), 0);
 }
 
 TEST_F(AudioInfoTest, LengthIsTheHeadersWithAllItsBits) {
     const AviStream stream = audioStream(waveBytes({}), 0xFFFFFFFF);
-    EXPECT_EQ(info.init(stream), 0);
+    EXPECT_EQ(numberOf(info.init(stream)), 0);
     m_log.clear();
     FileInfoRecord record;
     info.fillFileInfo(*record);
@@ -281,7 +281,7 @@ TEST_F(AudioInfoTest, RateOfAUsableStreamIsNotClamped) {
 }
 
 TEST_F(AudioInfoTest, DummyHasAtLeastOneChannelAnd1000Hertz) {
-    EXPECT_EQ(info.init(audioStream(waveBytes({.channels = 0, .rate = 500, .bits = 12}), 77)), 2);
+    EXPECT_EQ(numberOf(info.init(audioStream(waveBytes({.channels = 0, .rate = 500, .bits = 12}), 77))), 2);
     m_log.clear();
     FileInfoRecord record;
     info.fillFileInfo(*record);
@@ -299,18 +299,20 @@ TEST_F(AudioInfoTest, DummyHasAtLeastOneChannelAnd1000Hertz) {
 }
 
 TEST_F(AudioInfoTest, DummyHasAtMost32ChannelsAnd192000Hertz) {
-    EXPECT_EQ(info.init(audioStream(waveBytes({.channels = 48, .rate = 384000}), 77)), 2);
+    EXPECT_EQ(numberOf(info.init(audioStream(waveBytes({.channels = 48, .rate = 384000}), 77))), 2);
     FileInfoRecord record;
     info.fillFileInfo(*record);
     EXPECT_EQ(record.bytes(), expectedRecord(32, 192000.0f, 14, 0));
 }
 
 TEST_F(AudioInfoTest, DummyKeepsValuesWithinItsLimits) {
-    EXPECT_EQ(info.init(audioStream(waveBytes({.tag = 0x55, .channels = 6, .rate = 44100}), 77)), 2);
+    EXPECT_EQ(numberOf(info.init(audioStream(waveBytes({.tag = 0x55, .channels = 6, .rate = 44100}), 77))),
+              2);
     FileInfoRecord record;
     info.fillFileInfo(*record);
     EXPECT_EQ(record.bytes(), expectedRecord(6, 44100.0f, 14, 0));
-    EXPECT_EQ(info.init(audioStream(waveBytes({.tag = 0x55, .channels = 1, .rate = 0xFFFFFFFF}), 77)), 2);
+    EXPECT_EQ(
+        numberOf(info.init(audioStream(waveBytes({.tag = 0x55, .channels = 1, .rate = 0xFFFFFFFF}), 77))), 2);
     FileInfoRecord second;
     info.fillFileInfo(*second);
     EXPECT_EQ(second.bytes(), expectedRecord(1, 192000.0f, 14, 0));
@@ -348,7 +350,7 @@ TEST_F(AudioInfoTest, AnotherAnalysisStartsAfresh) {
 
 TEST_F(AudioInfoTest, DescriptionOfAPlainStereoStream) {
     const AviStream stream = audioStream(waveBytes({}), 72000);
-    EXPECT_EQ(info.init(stream), 0);
+    EXPECT_EQ(numberOf(info.init(stream)), 0);
     EXPECT_EQ(info.description(),
               "    Sample type: 16 bit\n"
               "    Channels: 2\n"
@@ -367,7 +369,7 @@ TEST_F(AudioInfoTest, DescriptionOfAnExtensibleStream) {
                                                     .mask = 0x40108,
                                                     .subFormat = 3}),
                                          0xFFFFFFFF);
-    EXPECT_EQ(info.init(stream), 0);
+    EXPECT_EQ(numberOf(info.init(stream)), 0);
     EXPECT_EQ(info.description(),
               "    Sample type: 32 bit float\n"
               "    Channels: 3\n"
@@ -381,7 +383,7 @@ TEST_F(AudioInfoTest, DescriptionOfAnExtensibleStream) {
 TEST_F(AudioInfoTest, DescriptionDoesWithoutRateAndLabels) {
     const AviStream stream =
         audioStream(waveBytes({.tag = kTagFloat, .channels = 1, .rate = 0, .bits = 16}), 10);
-    EXPECT_EQ(info.init(stream), 0);
+    EXPECT_EQ(numberOf(info.init(stream)), 0);
     EXPECT_EQ(info.description(),
               "    Sample type: Unknown sample type\n"
               "    Channels: 1\n"

@@ -20,7 +20,7 @@ class QuietAudioInfo : public testing::Test {
     std::int32_t analyse(const WaveBytes& wave) {
         stream.format = waveBytes(wave);
         stream.header.dwLength = 300;
-        return info.init(stream);
+        return numberOf(info.init(stream));
     }
 
     LazyImporterSuites suites{nullptr};
@@ -48,7 +48,7 @@ TEST_F(QuietAudioInfo, TheRecordIsFilled) {
 TEST_F(QuietAudioInfo, TheLabelsAreWritten) {
     ASSERT_EQ(analyse({.tag = kTagExtensible, .channels = 3, .mask = 0x60F}), 0);
     HostRecord<host::imGetAudioChannelLayoutRec> record;
-    EXPECT_EQ(info.getChannelLayout(*record), 0);
+    EXPECT_EQ(numberOf(info.getChannelLayout(*record)), 0);
     std::vector<std::uint8_t> expected(sizeof(host::imGetAudioChannelLayoutRec), kPattern);
     put(expected, 8, std::uint32_t{100});
     put(expected, 12, std::uint32_t{101});

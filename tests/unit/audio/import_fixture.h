@@ -94,7 +94,7 @@ class ImportFixture {
         stream.header.fccType = kStreamTypeAudio;
         stream.header.dwLength = length;
         stream.format = waveBytes(wave);
-        return info.init(stream);
+        return numberOf(info.init(stream));
     }
     std::int32_t importFrames(std::int64_t position, std::uint32_t size, float** buffers) {
         // At an odd address, as a packed record may lie.
@@ -103,7 +103,7 @@ class ImportFixture {
         record->position = position;
         record->size = size;
         record->buffer = buffers;
-        return info.importAudio(*record);
+        return numberOf(info.importAudio(*record));
     }
     std::int32_t importFrames(std::int64_t position, std::uint32_t size, HostBuffers& buffers) {
         return importFrames(position, size, buffers.pointers.data());

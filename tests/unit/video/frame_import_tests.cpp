@@ -76,7 +76,7 @@ class FrameImport : public testing::Test {
     void open() {
         video.reset();
         video.emplace(suites);
-        ASSERT_EQ(video->analyseFormat(stream), host::imNoErr);
+        ASSERT_EQ(video->analyseFormat(stream), host::ImporterResult::imNoErr);
         video->analyseTiming();
         library.forgetCalls();
     }
@@ -86,14 +86,14 @@ class FrameImport : public testing::Test {
         request.assign(time, &wanted, 1, host.ppixSuite());
     }
 
-    std::int32_t run() {
-        std::int32_t result = prepareFrame(*video, request);
-        if (result == host::imNoErr) result = readFrame(*video, file, request);
-        if (result == host::imNoErr) result = decodeFrame(*video, suites.get(), request);
+    host::ImporterResult run() {
+        host::ImporterResult result = prepareFrame(*video, request);
+        if (result == host::ImporterResult::imNoErr) result = readFrame(*video, file, request);
+        if (result == host::ImporterResult::imNoErr) result = decodeFrame(*video, suites.get(), request);
         return result;
     }
 
-    std::int32_t frame(int number, std::uint32_t pixelFormat) {
+    host::ImporterResult frame(int number, std::uint32_t pixelFormat) {
         ask(number * kFrameTicks, pixelFormat);
         return run();
     }
@@ -112,7 +112,7 @@ class FrameImport : public testing::Test {
 TEST_F(FrameImport, PrepareTurnsTheTimeIntoTheIndex) {
     CapturedLog log;
     ask(3 * kFrameTicks + 39, kBgra);
-    EXPECT_EQ(prepareFrame(*video, request), host::imNoErr);
+    EXPECT_EQ(prepareFrame(*video, request), host::ImporterResult::imNoErr);
     EXPECT_EQ(request.frameIndex, 3U);
     EXPECT_EQ(log.lines(), (Lines{"inFrameTime: 159", "frameIndex:  3 (total: 10)", "inNumFrameFormats: 1",
                                   "inFrameFormats[0]: 0 0 PrPixelFormat_BGRA_4444_8u [bgra]"}));
@@ -120,17 +120,17 @@ TEST_F(FrameImport, PrepareTurnsTheTimeIntoTheIndex) {
 
 TEST_F(FrameImport, StartOfTheLastFrameIsTheLastIndex) {
     ask(9 * kFrameTicks, kBgra);
-    EXPECT_EQ(prepareFrame(*video, request), host::imNoErr);
+    EXPECT_EQ(prepareFrame(*video, request), host::ImporterResult::imNoErr);
     EXPECT_EQ(request.frameIndex, 9U);
     ask(10 * kFrameTicks - 1, kBgra);
-    EXPECT_EQ(prepareFrame(*video, request), host::imNoErr);
+    EXPECT_EQ(prepareFrame(*video, request), host::ImporterResult::imNoErr);
     EXPECT_EQ(request.frameIndex, 9U);
 }
 
 TEST_F(FrameImport, FrameTimeOnePastTheEndIsRefused) {
     CapturedLog log;
     ask(10 * kFrameTicks, kBgra);
-    EXPECT_EQ(prepareFrame(*video, request), host::imFrameNotFound);
+    EXPECT_EQ(prepareFrame(*video, request), host::ImporterResult::imFrameNotFound);
     EXPECT_EQ(log.lines(),
               (Lines{"inFrameTime: 400", "frameIndex:  10 (total: 10)", "frameIndex out of bounds"}));
     EXPECT_EQ(request.frameIndex, 0U) << "not stored";
@@ -139,25 +139,25 @@ TEST_F(FrameImport, FrameTimeOnePastTheEndIsRefused) {
 TEST_F(FrameImport, TimeOfMinusOneFrameIsRefused) {
     CapturedLog log;
     ask(-kFrameTicks, kBgra);
-    EXPECT_EQ(prepareFrame(*video, request), host::imFrameNotFound);
+    EXPECT_EQ(prepareFrame(*video, request), host::ImporterResult::imFrameNotFound);
     EXPECT_EQ(log.lines(),
               (Lines{"inFrameTime: -40", "frameIndex:  4294967295 (total: 10)", "frameIndex out of bounds"}));
 }
 
 TEST_F(FrameImport, TimeLessThanOneFrameBeforeTheStartIsFrame0) {
     ask(-kFrameTicks + 1, kBgra);
-    EXPECT_EQ(prepareFrame(*video, request), host::imNoErr);
+    EXPECT_EQ(prepareFrame(*video, request), host::ImporterResult::imNoErr);
     EXPECT_EQ(request.frameIndex, 0U);
 }
 
 TEST_F(FrameImport, LargestAndSmallestTimesAreLoggedWhole) {
     CapturedLog log;
     ask(INT64_MAX, kBgra);
-    EXPECT_EQ(prepareFrame(*video, request), host::imFrameNotFound);
+    EXPECT_EQ(prepareFrame(*video, request), host::ImporterResult::imFrameNotFound);
     EXPECT_EQ(log.lines().at(0), "inFrameTime: 9223372036854775807");
     log.clear();
     ask(INT64_MIN, kBgra);
-    EXPECT_EQ(prepareFrame(*video, request), host::imFrameNotFound);
+    EXPECT_EQ(prepareFrame(*video, request), host::ImporterResult::imFrameNotFound);
     EXPECT_EQ(log.lines().at(0), "inFrameTime: -9223372036854775808");
 }
 
@@ -168,7 +168,7 @@ TEST_F(FrameImport, RateThatRoundedToZeroHasNoFrames) {
     open();
     log.clear();
     ask(0, kBgra);
-    EXPECT_EQ(prepareFrame(*video, request), host::imFrameNotFound);
+    EXPECT_EQ(prepareFrame(*video, request), host::ImporterResult::imFrameNotFound);
     EXPECT_EQ(log.lines(),
               (Lines{"inFrameTime: 0", "frameIndex:  4294967295 (total: 10)", "frameIndex out of bounds"}));
 }
@@ -177,31 +177,31 @@ TEST_F(FrameImport, TimeBaseCoarserThanAFrameHasNoFrames) {
     host.ticksPerSecond = 24;  // 24 / 25 ticks a frame
     open();
     ask(0, kBgra);
-    EXPECT_EQ(prepareFrame(*video, request), host::imFrameNotFound);
+    EXPECT_EQ(prepareFrame(*video, request), host::ImporterResult::imFrameNotFound);
 }
 
 TEST_F(FrameImport, StreamWithoutFramesIsRefused) {
     stream.legacyEntries = {};
     open();
     ask(0, kBgra);
-    EXPECT_EQ(prepareFrame(*video, request), host::imFrameNotFound);
+    EXPECT_EQ(prepareFrame(*video, request), host::ImporterResult::imFrameNotFound);
 }
 
 TEST_F(FrameImport, EmptyListOfFormatsIsAnotherError) {
     CapturedLog log;
     request.assign(0, nullptr, 0, host.ppixSuite());
-    EXPECT_EQ(prepareFrame(*video, request), host::imOtherErr);
+    EXPECT_EQ(prepareFrame(*video, request), host::ImporterResult::imOtherErr);
     EXPECT_EQ(log.lines(), (Lines{"inFrameTime: 0", "frameIndex:  0 (total: 10)", "inNumFrameFormats: 0",
                                   "ERROR: frameFormats is empty"}));
 }
 
 TEST_F(FrameImport, SizeOfZeroIsTheVideosSize) {
     ask(0, kBgra, 0, 0);
-    EXPECT_EQ(prepareFrame(*video, request), host::imNoErr);
+    EXPECT_EQ(prepareFrame(*video, request), host::ImporterResult::imNoErr);
     EXPECT_EQ(std::int32_t{request.frameFormats[0].inFrameWidth}, kWidth);
     EXPECT_EQ(std::int32_t{request.frameFormats[0].inFrameHeight}, kHeight);
     ask(0, kBgra, kWidth, 0);
-    EXPECT_EQ(prepareFrame(*video, request), host::imNoErr);
+    EXPECT_EQ(prepareFrame(*video, request), host::ImporterResult::imNoErr);
     EXPECT_EQ(std::int32_t{request.frameFormats[0].inFrameHeight}, kHeight);
 }
 
@@ -211,7 +211,7 @@ TEST_F(FrameImport, OtherSizesAreRefused) {
     const char* const texts[]{"(4, 2)", "(8, 5)", "(-8, 4)", "(8, 1)"};
     for (int i = 0; i < 4; ++i) {
         ask(0, kBgra, sizes[i][0], sizes[i][1]);
-        EXPECT_EQ(prepareFrame(*video, request), host::imOtherErr);
+        EXPECT_EQ(prepareFrame(*video, request), host::ImporterResult::imOtherErr);
         EXPECT_EQ(log.lines().back(), std::string("ERROR: frame size mismatch ") + texts[i] + " != (8, 4)");
     }
 }
@@ -220,7 +220,7 @@ TEST_F(FrameImport, OnlyTheFirstFormatCounts) {
     CapturedLog log;
     const host::imFrameFormat wanted[]{{kWidth, kHeight, kBgra}, {3, 3, 0x41414100}};
     request.assign(0, wanted, 2, host.ppixSuite());
-    EXPECT_EQ(prepareFrame(*video, request), host::imNoErr);
+    EXPECT_EQ(prepareFrame(*video, request), host::ImporterResult::imNoErr);
     EXPECT_EQ(log.lines().at(2), "inNumFrameFormats: 2");
     EXPECT_EQ(log.lines().at(3), "inFrameFormats[0]: 8 4 PrPixelFormat_BGRA_4444_8u [bgra]");
     EXPECT_EQ(log.lines().at(4), "inFrameFormats[1]: 3 3 ???? [[0]AAA]");
@@ -230,8 +230,8 @@ TEST_F(FrameImport, OnlyTheFirstFormatCounts) {
 
 TEST_F(FrameImport, ReadFetchesTheFramesChunk) {
     ask(4 * kFrameTicks, kBgra);
-    prepareFrame(*video, request);
-    EXPECT_EQ(readFrame(*video, file, request), host::imNoErr);
+    static_cast<void>(prepareFrame(*video, request));
+    EXPECT_EQ(readFrame(*video, file, request), host::ImporterResult::imNoErr);
     ASSERT_EQ(request.chunk.bytes, 5U);
     for (std::size_t i = 0; i < 5; ++i) EXPECT_EQ(request.chunk.buffer.data()[i], std::byte{4});
 }
@@ -240,9 +240,9 @@ TEST_F(FrameImport, ReadOfAStreamWithoutDataFindsNoFrame) {
     stream.legacyEntries = test::chunkListOf(std::vector<IndexEntry>(3, {0, 0, 0, 0, true}));
     open();
     ask(kFrameTicks, kBgra);
-    prepareFrame(*video, request);
+    static_cast<void>(prepareFrame(*video, request));
     CapturedLog log;
-    EXPECT_EQ(readFrame(*video, file, request), host::imFrameNotFound);
+    EXPECT_EQ(readFrame(*video, file, request), host::ImporterResult::imFrameNotFound);
     EXPECT_EQ(log.lines(), Lines{});
 }
 
@@ -251,7 +251,7 @@ TEST_F(FrameImport, EmptyFrameIsServedFromTheOneBefore) {
     test::resizeChunk(stream.legacyEntries, 5, 0);
     open();
     log.clear();
-    EXPECT_EQ(frame(5, kBgra), host::imNoErr);
+    EXPECT_EQ(frame(5, kBgra), host::ImporterResult::imNoErr);
     EXPECT_EQ(host.frameOf(request.frame.get()).memory[0], 4);
     const Lines lines = log.lines();
     EXPECT_NE(std::ranges::find(lines, "Empty frame: 5, frame read: 4"), lines.end());
@@ -259,18 +259,18 @@ TEST_F(FrameImport, EmptyFrameIsServedFromTheOneBefore) {
 
 TEST_F(FrameImport, ReadFrameIsNotLogged) {
     ask(9 * kFrameTicks, kBgra);
-    prepareFrame(*video, request);
+    static_cast<void>(prepareFrame(*video, request));
     CapturedLog log;
-    EXPECT_EQ(readFrame(*video, file, request), host::imNoErr);
+    EXPECT_EQ(readFrame(*video, file, request), host::ImporterResult::imNoErr);
     EXPECT_EQ(log.lines(), Lines{});
 }
 
 TEST_F(FrameImport, TruncatedFileFailsTheRead) {
     file.bytes().resize(file.bytes().size() - 1);
     ask(9 * kFrameTicks, kBgra);
-    prepareFrame(*video, request);
+    static_cast<void>(prepareFrame(*video, request));
     CapturedLog log;
-    EXPECT_EQ(readFrame(*video, file, request), host::imFileReadFailed);
+    EXPECT_EQ(readFrame(*video, file, request), host::ImporterResult::imFileReadFailed);
     EXPECT_EQ(log.lines(), Lines{"Failed to read frame from AVI: Read error: size: 10, read: 9"});
 }
 
@@ -279,9 +279,9 @@ TEST_F(FrameImport, FailedReadOfASubstituteLogsBothInOrder) {
     test::resizeChunk(stream.legacyEntries, 9, 0);
     open();
     ask(9 * kFrameTicks, kBgra);
-    prepareFrame(*video, request);
+    static_cast<void>(prepareFrame(*video, request));
     CapturedLog log;
-    EXPECT_EQ(readFrame(*video, file, request), host::imFileReadFailed);
+    EXPECT_EQ(readFrame(*video, file, request), host::ImporterResult::imFileReadFailed);
     EXPECT_EQ(log.lines(), (Lines{"Empty frame: 9, frame read: 8",
                                   "Failed to read frame from AVI: Read error: size: 9, read: 8"}));
 }
@@ -294,10 +294,10 @@ TEST_F(FrameImport, FirstFrameBeginsTheSessionAndFillsTheHostsFrame) {
     library.setString(kOrvantisStringTypeName, 2, "BGRA");
     library.setString(kOrvantisStringColorSpaceName, 2, "Rec.709");
     ask(3 * kFrameTicks, kBgra);
-    ASSERT_EQ(prepareFrame(*video, request), host::imNoErr);
-    ASSERT_EQ(readFrame(*video, file, request), host::imNoErr);
+    ASSERT_EQ(prepareFrame(*video, request), host::ImporterResult::imNoErr);
+    ASSERT_EQ(readFrame(*video, file, request), host::ImporterResult::imNoErr);
     log.clear();
-    ASSERT_EQ(decodeFrame(*video, suites.get(), request), host::imNoErr);
+    ASSERT_EQ(decodeFrame(*video, suites.get(), request), host::ImporterResult::imNoErr);
     EXPECT_EQ(log.lines(), Lines{"Starting decompression: RGBA [Rec.709] [FULL] -> BGRA [Rec.709] (pr: "
                                  "PrPixelFormat_BGRA_4444_8u [bgra]) [flipped]"});
     EXPECT_EQ(library.callNames(), (Lines{"orvantis_decompress_begin", "orvantis_decompress"}));
@@ -321,7 +321,7 @@ TEST_F(FrameImport, FirstFrameBeginsTheSessionAndFillsTheHostsFrame) {
 }
 
 TEST_F(FrameImport, BeginIsAskedForTheRowsOutput) {
-    ASSERT_EQ(frame(0, kBgra), host::imNoErr);
+    ASSERT_EQ(frame(0, kBgra), host::ImporterResult::imNoErr);
     const Call begin = library.callsOf(Function::DecompressBegin).at(0);
     EXPECT_EQ(begin.handle, video->decoder().mainSession().codec.handle());
     EXPECT_EQ(begin.data, video->formatData().data());
@@ -338,7 +338,7 @@ TEST_F(FrameImport, BeginIsAskedForTheRowsOutput) {
 
 TEST_F(FrameImport, StartLineTellsRangeOrderAndSixteenBits) {
     CapturedLog log;
-    ASSERT_EQ(frame(0, kYuy2), host::imNoErr);
+    ASSERT_EQ(frame(0, kYuy2), host::ImporterResult::imNoErr);
     Lines lines = log.lines();
     EXPECT_EQ(std::ranges::count(lines,
                                  "Starting decompression: type102 [space2] [FULL] -> type4 [space1] (pr: "
@@ -347,7 +347,7 @@ TEST_F(FrameImport, StartLineTellsRangeOrderAndSixteenBits) {
     library.coded.range = 1;
     open();
     log.clear();
-    ASSERT_EQ(frame(0, kBgra16), host::imNoErr);
+    ASSERT_EQ(frame(0, kBgra16), host::ImporterResult::imNoErr);
     lines = log.lines();
     EXPECT_EQ(std::ranges::count(lines,
                                  "Starting decompression: type102 [space2] [LIMITED] -> type31 [space2] (pr: "
@@ -357,30 +357,30 @@ TEST_F(FrameImport, StartLineTellsRangeOrderAndSixteenBits) {
     library.coded.range = 0;
     open();
     log.clear();
-    ASSERT_EQ(frame(0, kYuy2), host::imNoErr);
+    ASSERT_EQ(frame(0, kYuy2), host::ImporterResult::imNoErr);
     EXPECT_NE(log.lines().at(4).find(" [LIMITED] -> "), std::string::npos) << log.lines().at(4);
 }
 
 TEST_F(FrameImport, HostWithTheOppositeOrderIsNotFlipped) {
     host.answer = [](FakeHost::Question, std::uint32_t) { return true; };
     buildFormatTables(host.basicSuite());
-    ASSERT_EQ(frame(0, kBgra16), host::imNoErr);
+    ASSERT_EQ(frame(0, kBgra16), host::ImporterResult::imNoErr);
     EXPECT_EQ(library.callsOf(Function::DecompressBegin).at(0).output->flags, 2U);
 }
 
 TEST_F(FrameImport, SecondFrameOfTheFormatOnlyDecodes) {
     CapturedLog log;
-    ASSERT_EQ(frame(0, kBgra), host::imNoErr);
+    ASSERT_EQ(frame(0, kBgra), host::ImporterResult::imNoErr);
     library.forgetCalls();
     log.clear();
-    ASSERT_EQ(frame(1, kBgra), host::imNoErr);
+    ASSERT_EQ(frame(1, kBgra), host::ImporterResult::imNoErr);
     EXPECT_EQ(library.callNames(), Lines{"orvantis_decompress"});
     EXPECT_FALSE(request.formatChanged);
     EXPECT_EQ(log.lines().size(), 4U) << "prepare's lines alone";
 }
 
 TEST_F(FrameImport, DecodeHandsOverTheChunkAndTheFramesRows) {
-    ASSERT_EQ(frame(6, kBgra), host::imNoErr);
+    ASSERT_EQ(frame(6, kBgra), host::ImporterResult::imNoErr);
     const FakeHost::Frame& made = host.frameOf(request.frame.get());
     const Call decode = library.callsOf(Function::Decompress).at(0);
     EXPECT_EQ(decode.handle, video->decoder().mainSession().codec.handle());
@@ -393,7 +393,7 @@ TEST_F(FrameImport, DecodeHandsOverTheChunkAndTheFramesRows) {
 
 TEST_F(FrameImport, NegativeRowBytesKeepTheirBitPatternAndTheSizeWraps) {
     host.negativeRowBytes = true;
-    ASSERT_EQ(frame(2, kBgra), host::imNoErr);
+    ASSERT_EQ(frame(2, kBgra), host::ImporterResult::imNoErr);
     const FakeHost::Frame& made = host.frameOf(request.frame.get());
     ASSERT_EQ(made.rowBytes, -80);
     const Call decode = library.callsOf(Function::Decompress).at(0);
@@ -406,10 +406,10 @@ TEST_F(FrameImport, NegativeRowBytesKeepTheirBitPatternAndTheSizeWraps) {
 
 TEST_F(FrameImport, FormatChangeEndsAndBegins) {
     CapturedLog log;
-    ASSERT_EQ(frame(0, kBgra), host::imNoErr);
+    ASSERT_EQ(frame(0, kBgra), host::ImporterResult::imNoErr);
     library.forgetCalls();
     log.clear();
-    ASSERT_EQ(frame(1, kYuy2), host::imNoErr);
+    ASSERT_EQ(frame(1, kYuy2), host::ImporterResult::imNoErr);
     EXPECT_TRUE(request.formatChanged);
     EXPECT_EQ(library.callNames(),
               (Lines{"orvantis_decompress_end", "orvantis_decompress_begin", "orvantis_decompress"}));
@@ -421,10 +421,10 @@ TEST_F(FrameImport, FormatChangeEndsAndBegins) {
 
 TEST_F(FrameImport, FailedEndIsLoggedAndOtherwiseIgnored) {
     CapturedLog log;
-    ASSERT_EQ(frame(0, kBgra), host::imNoErr);
+    ASSERT_EQ(frame(0, kBgra), host::ImporterResult::imNoErr);
     library.failAll(Function::DecompressEnd, 31);
     log.clear();
-    EXPECT_EQ(frame(1, kYuy2), host::imNoErr);
+    EXPECT_EQ(frame(1, kYuy2), host::ImporterResult::imNoErr);
     EXPECT_TRUE(request.formatChanged);
     EXPECT_EQ(log.lines().at(5),
               "Internal error: decompressEnd() failed: Orvantis error (31): error31: decompressEnd()");
@@ -434,7 +434,7 @@ TEST_F(FrameImport, FailedEndIsLoggedAndOtherwiseIgnored) {
 TEST_F(FrameImport, FailedBeginLeavesTheSessionNotRunningAndIsTriedAgain) {
     CapturedLog log;
     library.failCall(Function::DecompressBegin, 1, 32);
-    EXPECT_EQ(frame(0, kBgra), host::imBadCompression);
+    EXPECT_EQ(frame(0, kBgra), host::ImporterResult::imBadCompression);
     EXPECT_FALSE(video->decoder().mainSession().begun);
     EXPECT_EQ(video->decoder().mainSession().pixelFormat, host::PrPixelFormat_Invalid);
     EXPECT_FALSE(request.frame);
@@ -443,22 +443,22 @@ TEST_F(FrameImport, FailedBeginLeavesTheSessionNotRunningAndIsTriedAgain) {
         "Decompress begin failed: Orvantis error (32): error32: decompressBegin({0x"))
         << log.lines().back();
 
-    EXPECT_EQ(frame(0, kBgra), host::imNoErr);
+    EXPECT_EQ(frame(0, kBgra), host::ImporterResult::imNoErr);
     EXPECT_EQ(library.count(Function::DecompressBegin), 2);
     EXPECT_EQ(library.count(Function::DecompressEnd), 0);
 }
 
 TEST_F(FrameImport, FrameThatMeetsAnotherOneDecodesWithASessionOfItsOwn) {
-    ASSERT_EQ(frame(0, kBgra), host::imNoErr);
+    ASSERT_EQ(frame(0, kBgra), host::ImporterResult::imNoErr);
     {
         const FrameDecoder::Use other(video->decoder());
-        EXPECT_EQ(frame(1, kYuy2), host::imNoErr);
+        EXPECT_EQ(frame(1, kYuy2), host::ImporterResult::imNoErr);
         EXPECT_FALSE(request.formatChanged);
         EXPECT_EQ(other.session().pixelFormat, kBgra) << "the other call's session is left alone";
     }
     EXPECT_EQ(library.count(Function::DecompressBegin), 2);
     EXPECT_EQ(library.count(Function::DecompressEnd), 0);
-    EXPECT_EQ(frame(2, kBgra), host::imNoErr);
+    EXPECT_EQ(frame(2, kBgra), host::ImporterResult::imNoErr);
     EXPECT_EQ(library.count(Function::DecompressBegin), 2) << "the first session still runs";
 }
 
@@ -466,20 +466,20 @@ TEST_F(FrameImport, FrameThatMeetsAnotherOneFailsWithoutASecondSession) {
     CapturedLog log;
     const FrameDecoder::Use other(video->decoder());
     library.failAll(Function::LibraryInit, 12);
-    EXPECT_EQ(frame(1, kBgra), host::imBadCompression);
+    EXPECT_EQ(frame(1, kBgra), host::ImporterResult::imBadCompression);
     EXPECT_TRUE(log.lines().back().starts_with("Decompress begin failed: Orvantis error (12): "))
         << log.lines().back();
     EXPECT_EQ(host.created, 0);
     library.stopFailing();
-    EXPECT_EQ(frame(1, kBgra), host::imNoErr);
+    EXPECT_EQ(frame(1, kBgra), host::ImporterResult::imNoErr);
 }
 
 TEST_F(FrameImport, FailedBeginAfterAFormatChangeIsNotEndedTwice) {
-    ASSERT_EQ(frame(0, kBgra), host::imNoErr);
+    ASSERT_EQ(frame(0, kBgra), host::ImporterResult::imNoErr);
     library.failCall(Function::DecompressBegin, 2, 32);
-    EXPECT_EQ(frame(1, kYuy2), host::imBadCompression);
+    EXPECT_EQ(frame(1, kYuy2), host::ImporterResult::imBadCompression);
     EXPECT_FALSE(video->decoder().mainSession().begun);
-    EXPECT_EQ(frame(2, kBgra), host::imNoErr);
+    EXPECT_EQ(frame(2, kBgra), host::ImporterResult::imNoErr);
     EXPECT_EQ(library.count(Function::DecompressEnd), 1);
     EXPECT_FALSE(request.formatChanged) << "nothing was running";
 }
@@ -487,7 +487,7 @@ TEST_F(FrameImport, FailedBeginAfterAFormatChangeIsNotEndedTwice) {
 TEST_F(FrameImport, FailedDecodeIsBadCompressionAndTheFrameIsGivenBack) {
     CapturedLog log;
     library.failCall(Function::Decompress, 1, 33);
-    EXPECT_EQ(frame(0, kBgra), host::imBadCompression);
+    EXPECT_EQ(frame(0, kBgra), host::ImporterResult::imBadCompression);
     EXPECT_TRUE(
         log.lines().back().starts_with("Decompress failed: Orvantis error (33): error33: decompress({0x"))
         << log.lines().back();
@@ -496,15 +496,15 @@ TEST_F(FrameImport, FailedDecodeIsBadCompressionAndTheFrameIsGivenBack) {
     request.frame.reset();
     EXPECT_EQ(host.liveFrames(), 0);
 
-    EXPECT_EQ(frame(1, kBgra), host::imNoErr);
+    EXPECT_EQ(frame(1, kBgra), host::ImporterResult::imNoErr);
     EXPECT_EQ(library.count(Function::DecompressBegin), 1);
 }
 
 TEST_F(FrameImport, FormatOutsideTheTableThrowsAndLeavesTheRunningSessionAlone) {
-    ASSERT_EQ(frame(0, kBgra), host::imNoErr);
+    ASSERT_EQ(frame(0, kBgra), host::ImporterResult::imNoErr);
     library.forgetCalls();
     try {
-        frame(1, host::PrPixelFormat_BGRA_4444_32f);
+        static_cast<void>(frame(1, host::PrPixelFormat_BGRA_4444_32f));
         ADD_FAILURE() << "nothing was thrown";
     } catch (const std::runtime_error& error) {
         EXPECT_STREQ(error.what(),
@@ -517,22 +517,22 @@ TEST_F(FrameImport, FormatOutsideTheTableThrowsAndLeavesTheRunningSessionAlone) 
 }
 
 TEST_F(FrameImport, FormatAnyIsNotInTheTable) {
-    EXPECT_THROW(frame(0, host::PrPixelFormat_Any), std::runtime_error);
+    EXPECT_THROW(static_cast<void>(frame(0, host::PrPixelFormat_Any)), std::runtime_error);
 }
 
 TEST_F(FrameImport, FormatThatTheVideoWasNotOfferedInIsTheLibrarysToRefuse) {
     library.accepts = [](const OrvantisFrameFormat& output) { return output.type != 4; };
-    EXPECT_EQ(frame(0, kYuy2), host::imBadCompression);
+    EXPECT_EQ(frame(0, kYuy2), host::ImporterResult::imBadCompression);
 }
 
 TEST_F(FrameImport, RefusedCreatorSuiteThrowsWithTheSessionBegun) {
     host.refusedSuites = {"Premiere PPix Creator Suite"};
     LazyImporterSuites poorSuites(host.basicSuite());
     ask(0, kBgra);
-    ASSERT_EQ(prepareFrame(*video, request), host::imNoErr);
-    ASSERT_EQ(readFrame(*video, file, request), host::imNoErr);
+    ASSERT_EQ(prepareFrame(*video, request), host::ImporterResult::imNoErr);
+    ASSERT_EQ(readFrame(*video, file, request), host::ImporterResult::imNoErr);
     try {
-        decodeFrame(*video, poorSuites.get(), request);
+        static_cast<void>(decodeFrame(*video, poorSuites.get(), request));
         ADD_FAILURE() << "nothing was thrown";
     } catch (const std::runtime_error& error) {
         EXPECT_STREQ(error.what(), "Could not acquire suite: 'Premiere PPix Creator Suite', ver: 1");
@@ -545,9 +545,9 @@ TEST_F(FrameImport, RefusedPPixSuiteThrowsAndTheFrameIsGivenBack) {
     host.refusedSuites = {"Premiere PPix Suite"};
     LazyImporterSuites poorSuites(host.basicSuite());
     ask(0, kBgra);
-    ASSERT_EQ(prepareFrame(*video, request), host::imNoErr);
-    ASSERT_EQ(readFrame(*video, file, request), host::imNoErr);
-    EXPECT_THROW(decodeFrame(*video, poorSuites.get(), request), std::runtime_error);
+    ASSERT_EQ(prepareFrame(*video, request), host::ImporterResult::imNoErr);
+    ASSERT_EQ(readFrame(*video, file, request), host::ImporterResult::imNoErr);
+    EXPECT_THROW(static_cast<void>(decodeFrame(*video, poorSuites.get(), request)), std::runtime_error);
     EXPECT_EQ(host.created, 1);
     request.assign(0, nullptr, 0, host.ppixSuite());
     EXPECT_EQ(host.disposed, 1);
@@ -556,34 +556,34 @@ TEST_F(FrameImport, RefusedPPixSuiteThrowsAndTheFrameIsGivenBack) {
 TEST_F(FrameImport, RefusedFrameIsAnotherErrorAndNothingIsDecoded) {
     CapturedLog log;
     host.createResult = -2147483646;
-    EXPECT_EQ(frame(0, kBgra), host::imOtherErr);
+    EXPECT_EQ(frame(0, kBgra), host::ImporterResult::imOtherErr);
     EXPECT_EQ(log.lines().back(), "ERROR: CreatePPix() failed: -2147483646");
     EXPECT_EQ(library.count(Function::Decompress), 0);
     EXPECT_FALSE(request.frame);
     EXPECT_EQ(host.disposed, 0);
 
     host.createResult = 0;
-    EXPECT_EQ(frame(0, kBgra), host::imNoErr);
+    EXPECT_EQ(frame(0, kBgra), host::ImporterResult::imNoErr);
 }
 
 TEST_F(FrameImport, NullFrameIsAnotherError) {
     CapturedLog log;
     host.createsNull = true;
-    EXPECT_EQ(frame(0, kBgra), host::imOtherErr);
+    EXPECT_EQ(frame(0, kBgra), host::ImporterResult::imOtherErr);
     EXPECT_EQ(log.lines().back(), "ERROR: CreatePPix() failed: 0");
 }
 
 TEST_F(FrameImport, FrameWithoutPixelsIsAnotherErrorAndGivenBack) {
     CapturedLog log;
     host.pixelsResult = 17;
-    EXPECT_EQ(frame(0, kBgra), host::imOtherErr);
+    EXPECT_EQ(frame(0, kBgra), host::ImporterResult::imOtherErr);
     EXPECT_EQ(log.lines().back(), "ERROR: GetPixels() failed: 17");
     request.frame.reset();
     EXPECT_EQ(host.disposed, 1);
 
     host.pixelsResult = 0;
     host.pixelsNull = true;
-    EXPECT_EQ(frame(0, kBgra), host::imOtherErr);
+    EXPECT_EQ(frame(0, kBgra), host::ImporterResult::imOtherErr);
     EXPECT_EQ(log.lines().back(), "ERROR: GetPixels() failed: 0");
     EXPECT_EQ(library.count(Function::Decompress), 0);
 }
@@ -591,7 +591,7 @@ TEST_F(FrameImport, FrameWithoutPixelsIsAnotherErrorAndGivenBack) {
 TEST_F(FrameImport, FrameWithoutRowBytesIsAnotherErrorAndGivenBack) {
     CapturedLog log;
     host.rowBytesResult = 18;
-    EXPECT_EQ(frame(0, kBgra), host::imOtherErr);
+    EXPECT_EQ(frame(0, kBgra), host::ImporterResult::imOtherErr);
     EXPECT_EQ(log.lines().back(), "ERROR: GetRowBytes() failed: 18");
     EXPECT_EQ(library.count(Function::Decompress), 0);
     request.frame.reset();
@@ -601,7 +601,7 @@ TEST_F(FrameImport, FrameWithoutRowBytesIsAnotherErrorAndGivenBack) {
 TEST_F(FrameImport, ThousandFramesInAlternatingFormatsEndAndBeginOnEveryChange) {
     const std::uint32_t formats[]{kBgra, kYuy2};
     for (int i = 0; i < 1000; ++i) {
-        ASSERT_EQ(frame(i % kFrames, formats[i % 2]), host::imNoErr) << i;
+        ASSERT_EQ(frame(i % kFrames, formats[i % 2]), host::ImporterResult::imNoErr) << i;
         ASSERT_EQ(request.formatChanged, i > 0);
         host.take(request.frame.release());
     }
@@ -624,7 +624,9 @@ TEST_F(FrameImport, SteadyPlaybackAllocatesNothingWhileTheLogIsOff) {
     if (logEnabled()) GTEST_SKIP() << "the log is on already";
     library.setRecording(false);
     ask(9 * kFrameTicks, kBgra);
-    ASSERT_EQ(run(), host::imNoErr);  // begins the session and makes the buffers as large as they get
+    ASSERT_EQ(
+        run(),
+        host::ImporterResult::imNoErr);  // begins the session and makes the buffers as large as they get
     host.take(request.frame.release());
     const host::imFrameFormat wanted{0, 0, kBgra};
     bool allDecoded = true;
@@ -633,7 +635,7 @@ TEST_F(FrameImport, SteadyPlaybackAllocatesNothingWhileTheLogIsOff) {
         test::startCounting();
         for (int i = 0; i < 100; ++i) {
             request.assign(i % kFrames * kFrameTicks, &wanted, 1, host.ppixSuite());
-            allDecoded = allDecoded && run() == host::imNoErr;
+            allDecoded = allDecoded && run() == host::ImporterResult::imNoErr;
             host.take(request.frame.release());
         }
         allocations = test::counted().calls;

@@ -56,20 +56,20 @@ std::string messageOf(Action&& action) {
 TEST(OrvantisError, MessageHasCodeLibraryTextAndContext) {
     FakeCodec library;
     library.setString(kOrvantisStringErrorText, 5, "out of coffee");
-    const OrvantisError error("decompressEnd()", 5);
+    const OrvantisError error("decompressEnd()", CodecResult{5});
     EXPECT_STREQ(error.what(), "Orvantis error (5): out of coffee: decompressEnd()");
-    EXPECT_EQ(error.code, 5);
+    EXPECT_EQ(error.code, CodecResult{5});
 }
 
 TEST(OrvantisError, IsCaughtAsRuntimeErrorAndAsException) {
     FakeCodec library;
-    EXPECT_THROW(throw OrvantisError("x", 1), std::runtime_error);
-    EXPECT_THROW(throw OrvantisError("x", 1), std::exception);
+    EXPECT_THROW(throw OrvantisError("x", CodecResult{1}), std::runtime_error);
+    EXPECT_THROW(throw OrvantisError("x", CodecResult{1}), std::exception);
 }
 
 TEST(OrvantisError, NegativeCodeIsDecimalAndReachesTheLibraryUnchanged) {
     FakeCodec library;
-    const OrvantisError error("x", std::numeric_limits<std::int32_t>::min());
+    const OrvantisError error("x", CodecResult{std::numeric_limits<std::int32_t>::min()});
     EXPECT_STREQ(error.what(), "Orvantis error (-2147483648): error-2147483648: x");
     const std::vector<Call> asked = library.callsOf(Function::GetString);
     ASSERT_EQ(asked.size(), 1U);
@@ -80,19 +80,19 @@ TEST(OrvantisError, NegativeCodeIsDecimalAndReachesTheLibraryUnchanged) {
 TEST(OrvantisError, UnknownCodeHasWhateverTextTheLibraryGives) {
     FakeCodec library;
     library.setString(kOrvantisStringErrorText, 12345, "");
-    EXPECT_STREQ(OrvantisError("x", 12345).what(), "Orvantis error (12345): : x");
+    EXPECT_STREQ(OrvantisError("x", CodecResult{12345}).what(), "Orvantis error (12345): : x");
 }
 
 TEST(OrvantisError, NullTextIsEmpty) {
     FakeCodec library;
     library.setNullString(kOrvantisStringErrorText, 9);
-    EXPECT_STREQ(OrvantisError("x", 9).what(), "Orvantis error (9): : x");
+    EXPECT_STREQ(OrvantisError("x", CodecResult{9}).what(), "Orvantis error (9): : x");
 }
 
 TEST(OrvantisError, PercentSignsInTextsAreNoFormats) {
     FakeCodec library;
     library.setString(kOrvantisStringErrorText, 9, "%s%n");
-    EXPECT_STREQ(OrvantisError("%d%s", 9).what(), "Orvantis error (9): %s%n: %d%s");
+    EXPECT_STREQ(OrvantisError("%d%s", CodecResult{9}).what(), "Orvantis error (9): %s%n: %d%s");
 }
 
 TEST(OrvantisCodec, OpensAndClosesInThisOrder) {

@@ -51,7 +51,7 @@ class VideoAnalysis : public testing::Test {
     // The analysed video, as the importer makes it.
     std::int32_t analyse() {
         video.emplace(suites);
-        const std::int32_t result = video->analyseFormat(stream);
+        const std::int32_t result = numberOf(video->analyseFormat(stream));
         if (result == host::imNoErr) video->analyseTiming();
         return result;
     }

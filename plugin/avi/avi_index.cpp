@@ -107,13 +107,10 @@ void OpenDmlIndexReader::record(const AviStream& stream, std::uint64_t position,
     }
 }
 
-bool OpenDmlIndexReader::mayRead(std::uint64_t position, std::uint32_t size) {
+bool OpenDmlIndexReader::mayRead(std::uint64_t position, std::uint32_t size) const {
     if (m_chunksLeft == 0 || size > m_bytesLeft) return false;
     if (std::find(m_chain.begin(), m_chain.end(), position) != m_chain.end()) return false;
-    if (!m_input.holds(position, size)) return false;
-    --m_chunksLeft;
-    m_bytesLeft -= size;
-    return true;
+    return m_input.holds(position, size);
 }
 
 bool OpenDmlIndexReader::readEntries(std::uint64_t position, std::uint32_t size, AviStdIndexHeader& header,
@@ -189,6 +186,9 @@ bool OpenDmlIndexReader::readIndex(std::uint64_t position, std::uint32_t size, A
         AviStdIndexHeader header;
         std::uint32_t count = 0;
         if (!mayRead(position, size) || !readEntries(position, size, header, count, stream)) return fail();
+        // One on a bad sector takes nothing from those behind it.
+        --m_chunksLeft;
+        m_bytesLeft -= size;
 
         if (count < header.nEntriesInUse) {
             const std::string claimed = std::to_string(header.nEntriesInUse);

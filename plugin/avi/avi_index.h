@@ -34,7 +34,7 @@ class OpenDmlIndexReader {
 
  private:
     [[nodiscard]] bool readIndex(std::uint64_t position, std::uint32_t size, AviStream& stream) noexcept;
-    [[nodiscard]] bool mayRead(std::uint64_t position, std::uint32_t size);
+    [[nodiscard]] bool mayRead(std::uint64_t position, std::uint32_t size) const;
     [[nodiscard]] bool readEntries(std::uint64_t position, std::uint32_t size, AviStdIndexHeader& header,
                                    std::uint32_t& count, AviStream& stream);
     [[nodiscard]] bool readNamedIndexes(std::size_t first, std::uint32_t count, std::uint64_t superPosition,

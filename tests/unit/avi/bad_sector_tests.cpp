@@ -113,5 +113,26 @@ TEST(BadSector, ElsewhereWindowsAreReadAsEver) {
     EXPECT_EQ(parsed.counts().reads, good.counts().reads);
 }
 
+TEST(BadSector, UnderIndexChunksDoesNotCountAgainstTheirBound) {
+    // A super index with more names than index chunks are read of a file of this size: all but the last name
+    // a chunk that cannot be read.
+    constexpr std::uint32_t kNames = 50'000;
+    test::RiffBuilder riff;
+    riff.beginList("RIFF", "AVI ").beginList("LIST", "hdrl").begin("avih").fill(56).end();
+    riff.beginList("LIST", "strl").chunk("strh", test::streamHeader("vids")).chunk("strf", Bytes(40));
+    riff.begin("indx").u16(4).u8(0).u8(0).u32(kNames).code("00dc").u64(0).u32(0);
+    const std::uint64_t bad = riff.position() + kNames * 16U;
+    const std::uint64_t good = bad + 32;
+    for (std::uint32_t i = 0; i < kNames; ++i) riff.u64(i + 1 < kNames ? bad : good).u32(32).u32(0);
+    riff.end();
+    for (int i = 0; i < 2; ++i) riff.fill(8).u16(2).u8(0).u8(1).u32(0).code("00dc").u64(0).u32(0);
+    const Bytes bytes = riff.take();
+
+    const BadParse parsed(bytes, {bad, bad + 32});
+    EXPECT_GE(parsed.failedReads(), kNames - 1);
+    EXPECT_EQ(parsed.reader.streams.at(0)->standardIndexes.size(), 1U);
+    EXPECT_FALSE(parsed.reader.streams.at(0)->hasOpenDmlIndex);
+}
+
 }  // namespace
 }  // namespace orvantis

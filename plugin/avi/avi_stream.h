@@ -43,10 +43,11 @@ class AviStream {
         return entries().findByPosition(bytePos);
     }
 
-    /// The first 40 bytes of the format, zero-filled where it is shorter.
+    /// The first 40 bytes of the format, zero-filled where it is shorter. Playing hands the whole format to
+    /// the codec library; this is for reports of a file.
     BitmapInfoHeader formatHeader() const noexcept;
     /// The format's bytes behind the fixed header (40 for video, 18 for audio, else 0); empty when nothing is
-    /// left.
+    /// left. No selector asks for them; the fuzzers hold them to their bounds beside formatHeader().
     std::span<const std::uint8_t> extraData() const noexcept;
 
     /// For an empty entry of entries(): the number of the chunk that repeats in its place, the nearest

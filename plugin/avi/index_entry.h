@@ -10,8 +10,8 @@ struct IndexEntry {
     std::uint32_t size;      ///< bytes of data
     std::uint32_t reserved;  ///< always 0
     std::uint64_t
-        start;  ///< sum of the sizes of all earlier entries: the chunk's byte position inside the stream
-    bool keyFrame;
+        start;      ///< sum of the sizes of all earlier entries: the chunk's byte position inside the stream
+    bool keyFrame;  ///< as the index says; each frame is decoded by itself, so that playing never asks
 };
 
 /// Where a chunk's data lies in the file.

@@ -39,6 +39,7 @@ class DiagnosticLog {
     /// characters of `message`.
     void writeLast(const char* message) noexcept;
 
+    /// For tests: whether a file stands behind the lines is nothing that writing them depends on.
     bool hasFile() const noexcept { return m_file != nullptr; }
 
  private:

@@ -35,9 +35,12 @@ class File {
     [[nodiscard]] virtual std::uint64_t read(void* buffer, std::uint64_t count) = 0;
     /// Bytes really written; `count` is truncated to 32 bits.
     [[nodiscard]] virtual std::uint64_t write(const void* buffer, std::uint64_t count) = 0;
-    virtual std::uint64_t alignment();  ///< 4096
-    virtual std::uint64_t blockSize();  ///< 4096
+    // What callers that open past the system's cache (kOpenUnbuffered) have to keep to. Clips are read
+    // through it, so that nobody asks today; a file that is opened so must say it.
+    virtual std::uint64_t alignment();  ///< of buffers and positions in bytes: 4096
+    virtual std::uint64_t blockSize();  ///< of counts in bytes: 4096
     /// Writes at `offset` and goes back to where the position was. Bytes written; 0 when the seek is refused.
+    /// The plug-in writes to no clip; tests make their large files by it.
     [[nodiscard]] virtual std::uint64_t writeAt(const void* buffer, std::uint64_t count, std::int64_t offset);
 
     /// Reads exactly `count` bytes or throws ReadError.

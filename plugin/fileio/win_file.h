@@ -22,6 +22,7 @@ class WinFile final : public File {
 
     /// The OS handle, which the host is told on open; all bits set when closed. Stays owned by this object.
     void* osHandle() const noexcept { return m_handle; }
+    /// For tests: who reads through an importer's file has opened it.
     bool isOpen() const noexcept { return m_isOpen; }
 
  private:

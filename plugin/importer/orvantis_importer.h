@@ -53,6 +53,8 @@ class OrvantisImporter {
     /// The two lines that open every file selector in the log.
     void logFile() const;
 
+    /// The host's number of this importer, told with imGetInfo8. Kept for calls into the host that want it;
+    /// none of today's does.
     void setImporterId(std::int32_t id) noexcept { m_importerId = id; }
     fileio::WinFile& file() noexcept { return m_file; }
     /// The file has one position: held from a seek to the end of the read that relies on it.

@@ -14,6 +14,8 @@ struct ImporterSuites {
     explicit ImporterSuites(const host::SPBasicSuite* basicSuite);
 
     TypedSuiteRef<host::PPixCreatorSuite> ppixCreator;
+    /// Held and not called: a host that cannot give it is to be told on opening, and frames are handed over,
+    /// not put into the cache.
     TypedSuiteRef<host::PPixCacheSuite> ppixCache;
     TypedSuiteRef<host::PPixSuite> ppix;
     TypedSuiteRef<host::TimeSuite> time;

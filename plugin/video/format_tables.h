@@ -19,8 +19,9 @@ struct SubTypeInfo {
     std::uint32_t subType;        ///< four characters, the first in the highest byte
     const char16_t* subTypeName;  ///< display name
     std::uint32_t orvTypeComp;    ///< the codec library's code of the coded video
-    std::uint32_t subsamplingH;
-    std::uint32_t subsamplingV;
+    // Kept so that a row describes its type whole; decoding leaves both to the library.
+    std::uint32_t subsamplingH;                       ///< luma columns for one chroma column
+    std::uint32_t subsamplingV;                       ///< luma rows for one chroma row
     std::uint32_t colorModel;                         ///< ColorModel
     std::span<const std::uint32_t> preferredFormats;  ///< host pixel formats; empty: no preference
 };

@@ -1,13 +1,13 @@
 #include "async/async_calls.h"
 
-#include <condition_variable>
 #include <cstddef>
 #include <map>
-#include <mutex>
 #include <stdexcept>
 #include <utility>
 
+#include "diag/mutex.h"
 #include "diag/never_destroyed.h"
+#include "diag/waiting.h"
 
 namespace orvantis {
 
@@ -21,8 +21,8 @@ struct Published {
 
 /// Outlives every importer, so that a late call can be turned away without touching freed memory.
 struct Registry {
-    std::mutex mutex;
-    std::condition_variable callLeft;
+    Mutex mutex;
+    ConditionVariable callLeft;
     std::map<const void*, Published> importers;
 };
 

@@ -2,12 +2,12 @@
 // the future through which the task on the thread pool hands over its result.
 #pragma once
 
-#include <atomic>
 #include <cstdint>
-#include <future>
 
 #include "async/task_queue.h"
 #include "async/turns.h"
+#include "diag/atomic.h"
+#include "diag/waiting.h"
 #include "host/result_codes.h"
 #include "video/frame_request.h"
 
@@ -36,13 +36,13 @@ struct AsyncFrameRequest final : PoolTask {
     OrvantisAsyncImporter* importer;
     FrameRequest job;
     std::uint32_t frameIndex = 0;
-    std::promise<host::ImporterResult> promise;
-    std::future<host::ImporterResult> result;  ///< of the decode task
-    bool submitted = false;                    ///< there is a task to wait for
-    Step step = Step::prepare;                 ///< the one that comes next
+    Promise<host::ImporterResult> promise;
+    Future<host::ImporterResult> result;  ///< of the decode task
+    bool submitted = false;               ///< there is a task to wait for
+    Step step = Step::prepare;            ///< the one that comes next
     Turns::Place readPlace;
     Turns::Place decodePlace;
-    std::atomic<bool> dropped = false;  ///< nobody wants the frame any more: no further step
+    Atomic<bool> dropped = false;  ///< nobody wants the frame any more: no further step
 };
 
 }  // namespace orvantis

@@ -116,7 +116,7 @@ AsyncFrameRequest* OrvantisAsyncImporter::finish(AsyncFrameRequest& request, hos
     // With the result whoever waits for it may destroy the request, while this thread is still inside the
     // call that makes it ready: the promise must be this thread's own. Nothing of the request or, unless
     // there is another to go on with, of the importer is touched from here on.
-    std::promise<host::ImporterResult> promise = std::move(request.promise);
+    Promise<host::ImporterResult> promise = std::move(request.promise);
     if (failure) {
         promise.set_exception(failure);
     } else {

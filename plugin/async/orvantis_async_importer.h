@@ -17,13 +17,13 @@
 #include <exception>
 #include <list>
 #include <memory>
-#include <mutex>
 #include <optional>
 
 #include "async/async_frame_request.h"
 #include "async/spare_chunks.h"
 #include "async/thread_pool.h"
 #include "async/turns.h"
+#include "diag/mutex.h"
 #include "host/records.h"
 #include "host/result_codes.h"
 #include "importer/orvantis_importer.h"
@@ -82,12 +82,12 @@ class OrvantisAsyncImporter : public OrvantisImporter {
     /// Runs the step that the request stands at. Importer result code.
     host::ImporterResult runStep(AsyncFrameRequest& request);
 
-    std::mutex m_requestMutex;  ///< guards m_requests, m_spareChunks, m_pool; held by every handler for most
-                                ///< of its work
-    Turns m_readTurns;          ///< who comes to the reading next: requests in order of creation
-    std::mutex m_readMutex;     ///< one task at a time reads the file
-    Turns m_decodeTurns;        ///< who comes to the decompressing next: the same order
-    std::mutex m_decodeMutex;   ///< one task at a time decompresses
+    Mutex m_requestMutex;  ///< guards m_requests, m_spareChunks, m_pool; held by every handler for most
+                           ///< of its work
+    Turns m_readTurns;     ///< who comes to the reading next: requests in order of creation
+    Mutex m_readMutex;     ///< one task at a time reads the file
+    Turns m_decodeTurns;   ///< who comes to the decompressing next: the same order
+    Mutex m_decodeMutex;   ///< one task at a time decompresses
     std::optional<ThreadPool> m_pool;  ///< from the first request on
     RequestList m_requests;            ///< in order of creation
     SpareChunks m_spareChunks;

@@ -3,9 +3,9 @@
 #include <windows.h>
 
 #include <cstddef>
-#include <mutex>
 #include <system_error>
 
+#include "diag/mutex.h"
 #include "diag/never_destroyed.h"
 
 namespace orvantis {
@@ -13,7 +13,7 @@ namespace orvantis {
 namespace {
 
 struct Pool {
-    std::mutex mutex;  ///< guards everything below
+    Mutex mutex;  ///< guards everything below
     TaskQueue tasks;
     std::size_t shares = 0;
     PTP_POOL pool = nullptr;

@@ -3,9 +3,10 @@
 // is woken. What guards the step itself is its own mutex; this decides who comes to it.
 #pragma once
 
-#include <atomic>
 #include <cstdint>
-#include <mutex>
+
+#include "diag/atomic.h"
+#include "diag/mutex.h"
 
 namespace orvantis {
 
@@ -33,7 +34,7 @@ class Turns {
         };
 
         void* m_owner;
-        std::atomic<State> m_state = State::idle;
+        Atomic<State> m_state = State::idle;
         Place* m_before = nullptr;
         Place* m_after = nullptr;
         bool m_booked = false;
@@ -61,7 +62,7 @@ class Turns {
     [[nodiscard]] void* leave(Place& place) noexcept;
 
  private:
-    std::mutex m_mutex;  ///< guards the queue; nothing is called while it is held
+    Mutex m_mutex;  ///< guards the queue; nothing is called while it is held
     Place* m_first = nullptr;
     Place* m_last = nullptr;
 };

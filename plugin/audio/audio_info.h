@@ -2,7 +2,6 @@
 // analysed, but for the position of sequential reads: any number of host threads may read at once.
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -10,6 +9,7 @@
 #include "audio/audio_owner.h"
 #include "audio/wave_format.h"
 #include "avi/avi_stream.h"
+#include "diag/atomic.h"
 #include "diag/spare.h"
 #include "fileio/read_buffer.h"
 #include "host/records.h"
@@ -54,9 +54,9 @@ class AudioInfo {
     std::uint64_t m_numAudioSampleFrames = 0;  ///< the stream header's dwLength as it stands
     std::uint32_t m_sampleType = 0;            ///< host sample-type code
     WaveFormatExtensible m_format{};
-    std::atomic<std::int64_t> m_audioPosition{0};  ///< next sample frame of sequential reads
-    Spare<fileio::ReadBuffer> m_readBuffer;        ///< interleaved bytes; only grows while one is kept
-    std::string m_rejection;                       ///< why the stream is not usable
+    Atomic<std::int64_t> m_audioPosition{0};  ///< next sample frame of sequential reads
+    Spare<fileio::ReadBuffer> m_readBuffer;   ///< interleaved bytes; only grows while one is kept
+    std::string m_rejection;                  ///< why the stream is not usable
 };
 
 }  // namespace orvantis

@@ -1,8 +1,7 @@
 // What the sound of a file needs of the importer that has it open.
 #pragma once
 
-#include <mutex>
-
+#include "diag/mutex.h"
 #include "fileio/file.h"
 #include "suites/importer_suites.h"
 
@@ -11,7 +10,7 @@ namespace orvantis {
 /// What an AudioInfo may use of the importer that owns it: its open file and its host suites. All outlive it.
 struct AudioOwner {
     fileio::File* file;
-    std::mutex* filePosition;  ///< held from a seek to the end of the read that relies on it
+    Mutex* filePosition;  ///< held from a seek to the end of the read that relies on it
     LazyImporterSuites* suites;
 };
 

@@ -2,9 +2,10 @@
 // any of them ever waiting for another: who finds it gone makes one of its own.
 #pragma once
 
-#include <atomic>
 #include <memory>
 #include <utility>
+
+#include "diag/atomic.h"
 
 namespace orvantis {
 
@@ -28,7 +29,7 @@ class Spare {
     void drop() noexcept { take().reset(); }
 
  private:
-    std::atomic<T*> m_kept{nullptr};
+    Atomic<T*> m_kept{nullptr};
 };
 
 /// The spare object for the length of a call, or a new one, which becomes the spare.

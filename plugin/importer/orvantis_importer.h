@@ -7,11 +7,11 @@
 
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <string>
 
 #include "audio/audio_info.h"
 #include "avi/avi_reader.h"
+#include "diag/mutex.h"
 #include "diag/spare.h"
 #include "fileio/win_file.h"
 #include "host/result_codes.h"
@@ -58,7 +58,7 @@ class OrvantisImporter {
     void setImporterId(std::int32_t id) noexcept { m_importerId = id; }
     fileio::WinFile& file() noexcept { return m_file; }
     /// The file has one position: held from a seek to the end of the read that relies on it.
-    std::mutex& filePosition() noexcept { return m_filePosition; }
+    Mutex& filePosition() noexcept { return m_filePosition; }
     const std::u16string& filePath() const noexcept { return m_filePath; }
     std::int32_t streamIndex() const noexcept { return m_streamIndex; }
     std::int32_t openRequest() const noexcept { return m_openRequest; }
@@ -73,7 +73,7 @@ class OrvantisImporter {
     std::int32_t m_importerId = 0;
     LazyImporterSuites m_suites;
     fileio::WinFile m_file;
-    std::mutex m_filePosition;
+    Mutex m_filePosition;
     AviReader m_aviReader;
     std::unique_ptr<VideoInfo> m_videoInfo;
     std::unique_ptr<AudioInfo> m_audioInfo;

@@ -2,10 +2,10 @@
 // lost. Releases exactly what it acquired. Nobody keeps the raw table longer than one call.
 #pragma once
 
-#include <atomic>
 #include <cstdint>
-#include <mutex>
 
+#include "diag/atomic.h"
+#include "diag/mutex.h"
 #include "host/std_parms.h"
 
 namespace orvantis {
@@ -39,8 +39,8 @@ class SuiteRef {
     const host::SPBasicSuite* m_basicSuite;
     const char* m_name;
     std::int32_t m_version;
-    std::mutex m_mutex;  ///< held while the host is asked, so that two tasks cannot acquire twice
-    std::atomic<const void*> m_suite{nullptr};
+    Mutex m_mutex;  ///< held while the host is asked, so that two tasks cannot acquire twice
+    Atomic<const void*> m_suite{nullptr};
 };
 
 /// A SuiteRef that knows the type of its table.

@@ -6,12 +6,12 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
-#include <mutex>
 #include <stdexcept>
 #include <string>
 
+#include "diag/atomic.h"
 #include "diag/format.h"
+#include "diag/mutex.h"
 #include "diag/never_destroyed.h"
 #include "host/four_char_codes.h"
 #include "host/pixel_formats.h"
@@ -81,14 +81,14 @@ constexpr std::array kFormatTable{
 using FormatTable = std::remove_const_t<decltype(kFormatTable)>;
 
 /// The table in force. Before the first imInit nothing is known to be top row first.
-constinit std::atomic<const FormatTable*> currentTable{&kFormatTable};
+constinit Atomic<const FormatTable*> currentTable{&kFormatTable};
 
 /// Every table that was ever in force, one for each different set of answers, so that rows in use outlive a
 /// rebuild. A host has one set of answers, and its table lies here; what else there is stays on the heap.
 struct BuiltTables {
     static constexpr std::size_t kInPlace = 8;
 
-    std::mutex mutex;
+    Mutex mutex;
     std::array<FormatTable, kInPlace> inPlace;
     std::size_t inPlaceCount = 0;
     std::vector<const FormatTable*> others;

@@ -2,10 +2,10 @@
 // ask for two frames of a file at once: each decoding call has a session to itself.
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <memory>
 
+#include "diag/atomic.h"
 #include "diag/spare.h"
 #include "host/pixel_formats.h"
 #include "video/orvantis_codec.h"
@@ -54,7 +54,7 @@ class FrameDecoder {
 
  private:
     DecodeSession m_main;
-    std::atomic<bool> m_mainInUse{false};
+    Atomic<bool> m_mainInUse{false};
     Spare<DecodeSession> m_spare;
 };
 

@@ -1,0 +1,19 @@
+// What the exploration has to find, or to count, on little programs of which that is known.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "tests/schedules/world/stage.h"
+
+namespace schedules {
+
+struct SelfTest {
+    Scenario scenario;
+    const char* finding;      ///< what its finding begins with; empty: there is none
+    std::uint64_t schedules;  ///< how many there are with up to three preemptions; 0: not counted by hand
+};
+
+std::span<const SelfTest> selfTests();
+
+}  // namespace schedules

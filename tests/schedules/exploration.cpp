@@ -82,8 +82,8 @@ std::function<void()> watched(const Scenario& scenario) {
 
 }  // namespace
 
-std::vector<Result> explore(const std::vector<const Scenario*>& scenarios, unsigned preemptions,
-                            unsigned jobs, void (*done)(const Result&)) {
+std::vector<Result> explore(const std::vector<const Scenario*>& scenarios,
+                            std::optional<unsigned> preemptions, unsigned jobs, void (*done)(const Result&)) {
     std::vector<Result> results(scenarios.size());
     std::vector<Account*> accounts(scenarios.size(), nullptr);
     std::vector<bool> ended(scenarios.size(), false);
@@ -94,8 +94,9 @@ std::vector<Result> explore(const std::vector<const Scenario*>& scenarios, unsig
         while (running.size() < jobs && next < scenarios.size()) {
             accounts[next] = sharedAccount();
             const Scenario& scenario = *scenarios[next];
-            running[start(scenario, *accounts[next],
-                          [&] { explorer().explore(watched(scenario), preemptions); })] = next;
+            running[start(scenario, *accounts[next], [&] {
+                explorer().explore(watched(scenario), preemptions.value_or(scenario.preemptions));
+            })] = next;
             ++next;
         }
         int status = 0;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -18,10 +19,11 @@ struct Result {
     bool found() const noexcept { return account.finding[0] != '\0'; }
 };
 
-/// Explores each scenario with up to `preemptions`, `jobs` of them at a time, and calls `done` as each ends,
-/// in the order given. A process that has run for longer than `seconds` in one schedule counts as hanging.
-std::vector<Result> explore(const std::vector<const Scenario*>& scenarios, unsigned preemptions,
-                            unsigned jobs, void (*done)(const Result&));
+/// Explores each scenario with up to `preemptions`, or its own number of them, `jobs` of them at a time, and
+/// calls `done` for each, in the order given. One that stays in a schedule for many seconds counts as
+/// hanging.
+std::vector<Result> explore(const std::vector<const Scenario*>& scenarios,
+                            std::optional<unsigned> preemptions, unsigned jobs, void (*done)(const Result&));
 
 /// The deviations of a schedule by its number; empty account().finding and number 0 when there is none.
 Result findSchedule(const Scenario& scenario, unsigned preemptions, std::uint64_t number);

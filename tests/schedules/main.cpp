@@ -1,17 +1,20 @@
 // Explores the schedules of the plug-in's asynchronous and pinning code. See docs/schedules.md.
 #include <unistd.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cinttypes>
 #include <cstdio>
 #include <cstring>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "tests/schedules/exploration.h"
+#include "tests/schedules/scenarios/known_programs.h"
 #include "tests/schedules/scenarios/scenarios.h"
-#include "tests/schedules/scenarios/self_tests.h"
+#include "tests/schedules/scheduler/races.h"
 
 namespace {
 
@@ -27,7 +30,7 @@ constexpr char kUsage[] =
 
 struct Options {
     std::vector<const Scenario*> scenarios;
-    unsigned preemptions = 3;
+    std::optional<unsigned> preemptions;  ///< each scenario's own unless given
     unsigned jobs = 1;
     std::string expect;  ///< one of these, between "|", is to be in a finding; empty: there is to be none
     bool list = false;
@@ -74,8 +77,10 @@ std::string readOptions(int argc, char** argv, Options& options) {
             options.expect = value;
             ++i;
         } else if (argument == "--preemptions") {
-            if (!readNumber(value, options.preemptions) || options.preemptions > Account::kMostPreemptions)
+            unsigned preemptions = 0;
+            if (!readNumber(value, preemptions) || preemptions > Account::kMostPreemptions)
                 return "how many preemptions?";
+            options.preemptions = preemptions;
             ++i;
         } else if (argument == "--jobs") {
             if (!readNumber(value, options.jobs) || options.jobs == 0) return "how many jobs?";
@@ -138,24 +143,27 @@ int exploreAll(const Options& options) {
         schedules::explore(options.scenarios, options.preemptions, options.jobs, &printRow);
     std::uint64_t count = 0;
     double seconds = 0;
+    unsigned most = 0;
     std::size_t findings = 0;
     std::size_t expected = 0;
     for (const Result& result : results) {
         for (const std::uint64_t part : result.account.schedules) count += part;
         seconds += result.account.seconds;
+        most = std::max(most, options.preemptions.value_or(result.scenario->preemptions));
         findings += result.found() ? 1 : 0;
         expected += result.found() && isExpected(result, options.expect) ? 1 : 0;
     }
     std::printf("%zu scenarios, %" PRIu64
                 " schedules, up to %u preemptions, %.1f s of processor time, "
                 "%zu findings\n",
-                results.size(), count, options.preemptions, seconds, findings);
+                results.size(), count, most, seconds, findings);
     return findings == expected && (findings != 0) == !options.expect.empty() ? 0 : 1;
 }
 
 int testSelf() {
     std::size_t wrong = 0;
-    for (const schedules::SelfTest& test : schedules::selfTests()) {
+    for (const schedules::KnownProgram& test : schedules::knownPrograms()) {
+        if (test.needsWatch && !schedules::races::kWatches) continue;
         const Result result = schedules::explore({&test.scenario}, 3, 1, [](const Result&) {}).front();
         std::uint64_t count = 0;
         for (const std::uint64_t part : result.account.schedules) count += part;
@@ -177,12 +185,13 @@ int replayOne(const Options& options) {
         return wrongUsage("no such schedule: " + options.replay);
     const std::string which = options.replay.substr(colon + 1);
     std::vector<schedules::Deviation> deviations;
+    const unsigned preemptions = options.preemptions.value_or(scenario->preemptions);
     std::uint64_t number = 0;
     if (readNumber(which, number) && number != 0) {
-        const Result place = schedules::findSchedule(*scenario, options.preemptions, number);
+        const Result place = schedules::findSchedule(*scenario, preemptions, number);
         if (place.account.number != number) {
             std::fprintf(stderr, "schedules: %s has no schedule %" PRIu64 " with up to %u preemptions\n",
-                         scenario->name, number, options.preemptions);
+                         scenario->name, number, preemptions);
             return 2;
         }
         deviations.assign(place.account.deviations, place.account.deviations + place.account.deviationCount);

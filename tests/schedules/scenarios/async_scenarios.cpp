@@ -115,6 +115,28 @@ void closeAgainstInitiate(Stage& stage) {
     Stage::expect(code == kOk || code == kException, "initiate");
 }
 
+void closeBehindTasks(Stage& stage) {
+    const Clip clip;
+    AsyncClip async(clip);
+    Stage::expectCode(async.initiate(0), kOk, "initiate 0");
+    Stage::expectCode(async.initiate(1), kOk, "initiate 1");
+    stage.thread("close", [&] { Stage::expectCode(async.close(), kOk, "close"); });
+    stage.run();
+    async.forget();
+}
+
+void closeBehindThreeTasks(Stage& stage) {
+    // Of three requests one thread of the pool hands the next one on while another takes it.
+    const Clip clip;
+    AsyncClip async(clip);
+    Stage::expectCode(async.initiate(0), kOk, "initiate 0");
+    Stage::expectCode(async.initiate(1), kOk, "initiate 1");
+    Stage::expectCode(async.initiate(2), kOk, "initiate 2");
+    stage.thread("close", [&] { Stage::expectCode(async.close(), kOk, "close"); });
+    stage.run();
+    async.forget();
+}
+
 void closeAgainstGet(Stage& stage) {
     const Clip clip;
     AsyncClip async(clip);
@@ -229,6 +251,9 @@ constexpr Scenario kScenarios[] = {
     {"flush-behind-taken", "a flush of what waits behind a request that a get has taken", flushBehindTaken},
     {"drop-while-reading", "a flush of two requests that are being read and decoded", dropWhileReading},
     {"close-against-initiate", "a close while a request is made", closeAgainstInitiate},
+    {"close-behind-tasks", "a close while two requests are at work", closeBehindTasks},
+    {"close-behind-three-tasks", "a close while three requests share a pool of two threads",
+     closeBehindThreeTasks, 2, 2},
     {"close-against-get", "a close while a frame is asked for", closeAgainstGet},
     {"two-closes", "two closes of one asynchronous importer with a pending request", twoCloses},
     {"throwing-task", "two tasks that end in an exception", throwingTask},

@@ -1,6 +1,10 @@
 // What the compiler calls before each access of the plug-in's code.
+#include <dlfcn.h>
+
 #include <cstdint>
 #include <cstring>
+#include <list>
+#include <map>
 
 #include "tests/schedules/scheduler/races.h"
 
@@ -65,6 +69,61 @@ void* __tsan_memset(void* at, int value, unsigned long bytes) {
 }
 
 }  // extern "C"
+
+// The library links the nodes of maps and lists in functions of its own, which are not instrumented: what
+// they write is told here, where they are called.
+
+namespace std {
+
+using schedules::races::access;
+
+void _Rb_tree_insert_and_rebalance(const bool left, _Rb_tree_node_base* node, _Rb_tree_node_base* parent,
+                                   _Rb_tree_node_base& header) noexcept {
+    const void* const site = __builtin_return_address(0);
+    access(node, sizeof *node, true, site);
+    access(parent, sizeof *parent, true, site);
+    access(&header, sizeof header, true, site);
+    static const auto inLibrary =
+        reinterpret_cast<void (*)(bool, _Rb_tree_node_base*, _Rb_tree_node_base*, _Rb_tree_node_base&)>(
+            dlsym(RTLD_NEXT, "_ZSt29_Rb_tree_insert_and_rebalancebPSt18_Rb_tree_node_baseS0_RS_"));
+    inLibrary(left, node, parent, header);
+}
+
+_Rb_tree_node_base* _Rb_tree_rebalance_for_erase(_Rb_tree_node_base* const node,
+                                                 _Rb_tree_node_base& header) noexcept {
+    const void* const site = __builtin_return_address(0);
+    access(node, sizeof *node, true, site);
+    access(&header, sizeof header, true, site);
+    static const auto inLibrary =
+        reinterpret_cast<_Rb_tree_node_base* (*)(_Rb_tree_node_base*, _Rb_tree_node_base&)>(
+            dlsym(RTLD_NEXT, "_ZSt28_Rb_tree_rebalance_for_erasePSt18_Rb_tree_node_baseRS_"));
+    return inLibrary(node, header);
+}
+
+namespace __detail {
+
+void _List_node_base::_M_hook(_List_node_base* const position) noexcept {
+    const void* const site = __builtin_return_address(0);
+    access(this, sizeof *this, true, site);
+    access(&position->_M_prev, sizeof position->_M_prev, true, site);
+    access(&position->_M_prev->_M_next, sizeof position->_M_next, true, site);
+    _M_next = position;
+    _M_prev = position->_M_prev;
+    position->_M_prev->_M_next = this;
+    position->_M_prev = this;
+}
+
+void _List_node_base::_M_unhook() noexcept {
+    const void* const site = __builtin_return_address(0);
+    access(&_M_next->_M_prev, sizeof _M_prev, true, site);
+    access(&_M_prev->_M_next, sizeof _M_next, true, site);
+    _M_prev->_M_next = _M_next;
+    _M_next->_M_prev = _M_prev;
+}
+
+}  // namespace __detail
+
+}  // namespace std
 // NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming)
 
 #endif

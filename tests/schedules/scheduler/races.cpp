@@ -144,11 +144,7 @@ void runs(unsigned thread, const VectorClock& clock) noexcept {
 }
 
 void watch(bool on) noexcept {
-#ifdef ORVANTIS_SCHEDULES_WATCH
-    g_state.watching = on;
-#else
-    static_cast<void>(on);
-#endif
+    g_state.watching = on && kWatches;
 }
 
 void access(const void* at, std::size_t bytes, bool write, const void* site) noexcept {

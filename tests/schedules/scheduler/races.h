@@ -11,6 +11,12 @@
 
 namespace schedules::races {
 
+#ifdef ORVANTIS_SCHEDULES_WATCH
+inline constexpr bool kWatches = true;
+#else
+inline constexpr bool kWatches = false;
+#endif
+
 /// A new schedule: everything known is forgotten.
 void forget() noexcept;
 /// From here on accesses are those of `thread`, whose clock is `clock`.

@@ -106,7 +106,12 @@ host::prSuiteError getRowBytes(host::PPixHand handle, std::int32_t* rowBytes) {
 }
 
 host::prSuiteError isTopLeft(std::uint32_t format, std::int32_t* answer) {
-    *answer = format == host::PrPixelFormat_YUYV_422_8u_601 ? 1 : 0;
+    const std::uint32_t asked[] = {host::PrPixelFormat_YUYV_422_8u_601, host::PrPixelFormat_UYVY_422_8u_601,
+                                   host::PrPixelFormat_V210_422_10u_601};
+    *answer = 0;
+    for (unsigned i = 0; i < std::size(asked); ++i) {
+        if (format == asked[i] && (host().topRowFirst >> i & 1) != 0) *answer = 1;
+    }
     return 0;
 }
 

@@ -14,6 +14,7 @@ namespace schedules::world {
 struct Host {
     /// What a scenario sets.
     bool refusesCreator = false;          ///< the suite that makes frames is not to be had
+    unsigned topRowFirst = 0;             ///< which answers it gives about the rows of formats: 0 to 7
     std::function<void()> onCreateFrame;  ///< called once, inside the plug-in's first request for a frame
 
     /// What a scenario asks.

@@ -29,6 +29,7 @@ struct Scenario {
     const char* about;
     void (*play)(Stage& stage);
     unsigned poolThreads = 4;  ///< of the plug-in's pool
+    unsigned preemptions = 3;  ///< up to so many unless another number is asked for
 };
 
 /// Plays it once: begins a schedule, plays, and looks for what was left behind.

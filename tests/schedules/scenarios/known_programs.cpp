@@ -1,5 +1,5 @@
 // Compiled like the plug-in, so that plain memory is watched.
-#include "tests/schedules/scenarios/self_tests.h"
+#include "tests/schedules/scenarios/known_programs.h"
 
 #include <memory>
 #include <stdexcept>
@@ -215,28 +215,28 @@ void neverEnds(Stage& stage) {
     stage.run();
 }
 
-constexpr SelfTest kTests[] = {
+constexpr KnownProgram kPrograms[] = {
     {{"two-operations-twice", "", twiceTwoOperations}, "", 18},
     {{"readers-only", "", readersOnly}, "", 2},
     {{"guarded-by-one-mutex", "", guardedByOneMutex}, "", 6},
     {{"handed-over", "", handedOver}, "", 6},
     {{"exception-through-future", "", exceptionThroughFuture}, "", 0},
     {{"lost-update", "", lostUpdate}, "wrong result: two additions", 0},
-    {{"plain-race", "", plainRace}, "data race", 0},
-    {{"handed-over-without-order", "", handedOverWithoutOrder}, "data race", 0},
+    {{"plain-race", "", plainRace}, "data race", 0, true},
+    {{"handed-over-without-order", "", handedOverWithoutOrder}, "data race", 0, true},
     {{"two-mutexes", "", twoMutexes}, "deadlock", 0},
     {{"wake-that-is-lost", "", wakeThatIsLost}, "deadlock", 0},
     {{"wakes-one-of-two", "", wakesOneOfTwo}, "deadlock", 0},
-    {{"use-behind-the-end", "", useBehindTheEnd}, "use of freed memory", 0},
-    {{"leak", "", leak}, "left behind: 1 blocks of memory", 0},
+    {{"use-behind-the-end", "", useBehindTheEnd}, "use of freed memory", 0, true},
+    {{"leak", "", leak}, "left behind: 1 blocks of memory", 0, true},
     {{"exception-leaves", "", exceptionLeaves}, "an exception leaves a thread", 0},
     {{"never-ends", "", neverEnds}, "the schedule does not end", 0},
 };
 
 }  // namespace
 
-std::span<const SelfTest> selfTests() {
-    return kTests;
+std::span<const KnownProgram> knownPrograms() {
+    return kPrograms;
 }
 
 }  // namespace schedules

@@ -7,6 +7,7 @@
 
 #include "audio/channel_layout.h"
 #include "audio/deinterleave.h"
+#include "audio/sample_arithmetic.h"
 #include "avi/audio_chunk.h"
 #include "diag/log.h"
 #include "host/audio_codes.h"
@@ -130,8 +131,7 @@ host::ImporterResult deliverAudio(const AudioSamples& samples, LazyImporterSuite
     const std::uint32_t blockAlign = samples.blockAlign;
     const auto sizeBytes = static_cast<std::uint32_t>(samples.bytes.size());
     std::byte* const bytes = samples.bytes.data();
-    // A wrapped request leaves fewer frames in the buffer than the host has room for.
-    const std::uint32_t framesRead = blockAlign == 0 ? 0 : std::min(size, sizeBytes / blockAlign);
+    const std::uint32_t framesRead = framesInBuffer(sizeBytes, size, blockAlign);
     switch (samples.type) {
         case host::kPrAudioSampleType_8BitInt:
             // The fill is included: it reaches the converter as -128.

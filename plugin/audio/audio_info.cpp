@@ -7,6 +7,7 @@
 #include "audio/audio_description.h"
 #include "audio/audio_import.h"
 #include "audio/channel_layout.h"
+#include "audio/sample_arithmetic.h"
 #include "audio/sample_type.h"
 #include "diag/format.h"
 #include "diag/log.h"
@@ -106,19 +107,17 @@ host::ImporterResult AudioInfo::importAudio(const host::imImportAudioRec7& recor
     const std::uint32_t blockAlign = m_format.nBlockAlign;
 
     const Loan<fileio::ReadBuffer> buffer(m_readBuffer);
-    // The host may name any position: sums and products go round in unsigned 64 bits instead of overflowing.
+    // The host may name any position: sums and products go round instead of overflowing.
     // The position moves on at once, so that a read which comes meanwhile goes on behind this one.
     std::int64_t formerPosition = m_audioPosition.load(std::memory_order_relaxed);
     std::int64_t startPos = 0;
     std::int64_t endPos = 0;
     do {
         startPos = position >= 0 ? position : formerPosition;
-        endPos = static_cast<std::int64_t>(static_cast<std::uint64_t>(startPos) + size);
+        endPos = endPosition(startPos, size);
     } while (!m_audioPosition.compare_exchange_weak(formerPosition, endPos, std::memory_order_relaxed));
-    const std::uint64_t startPosBytes =
-        static_cast<std::uint64_t>(blockAlign) * static_cast<std::uint64_t>(startPos);
-    // Deliberately 32 bits wide: a request of 4 GiB and more wraps, and only the rest is read.
-    const std::uint32_t sizeBytes = blockAlign * size;
+    const std::uint64_t startPosBytes = firstByteOf(startPos, blockAlign);
+    const std::uint32_t sizeBytes = bytesOfFrames(size, blockAlign);
     if (logEnabled()) {
         logMessage("importAudioRec7P->position: %lld", static_cast<long long>(position));
         logMessage("m_audioPosition           : %lld", static_cast<long long>(formerPosition));

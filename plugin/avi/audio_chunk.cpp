@@ -1,11 +1,11 @@
 #include "avi/audio_chunk.h"
 
-#include <algorithm>
+#include "avi/chunk_arithmetic.h"
 
 namespace orvantis {
 
 AudioChunkPart audioChunkPart(const IndexEntry& chunk, std::uint64_t offset, std::uint64_t wanted) noexcept {
-    return {static_cast<std::int64_t>(chunk.offset + offset), std::min(chunk.size - offset, wanted)};
+    return {static_cast<std::int64_t>(chunk.offset + offset), partOfChunk(chunk.size, offset, wanted)};
 }
 
 AudioChunkRead readAudioChunk(fileio::File& file, const AudioChunkPart& part, std::byte* dest) {

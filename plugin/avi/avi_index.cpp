@@ -6,6 +6,8 @@
 #include <exception>
 #include <string>
 
+#include "avi/index_arithmetic.h"
+
 namespace orvantis {
 
 namespace {
@@ -24,15 +26,6 @@ bool isStandardIndex(const AviStdIndexHeader& header) noexcept {
     return header.bIndexType == kIndexOfChunks && header.wLongsPerEntry == 2;
 }
 
-// idx1 names a stream by two decimal digits, so no stream beyond these has a legacy list.
-constexpr std::uint32_t kLegacyPositions = 100;
-
-// The stream position in a chunk code's first two characters, or kLegacyPositions when they are no digits.
-constexpr std::uint32_t legacyPosition(std::uint32_t chunkCode) noexcept {
-    const std::uint32_t tens = (chunkCode & 0xFFU) - '0';
-    const std::uint32_t ones = (chunkCode >> 8 & 0xFFU) - '0';
-    return tens < 10 && ones < 10 ? tens * 10 + ones : kLegacyPositions;
-}
 static_assert(legacyPosition(riffCode("42dc")) == 42 && legacyPosition(riffCode("ix00")) == kLegacyPositions);
 
 // A list in the making; the streams that have none, and codes that name no stream, share one that is not
@@ -84,7 +77,7 @@ OpenDmlIndexReader::OpenDmlIndexReader(IndexInput& input, Problems& errors)
     : m_input(input),
       m_errors(errors),
       m_chunksLeft(input.fileSize() / kIndexChunkBytes + kSpareIndexChunks),
-      m_bytesLeft(2 * input.fileSize() + kSpareIndexBytes) {
+      m_bytesLeft(indexByteBudget(input.fileSize(), kSpareIndexBytes)) {
     m_chain.reserve(kMaxSuperIndexDepth);
 }
 
@@ -108,7 +101,7 @@ void OpenDmlIndexReader::record(const AviStream& stream, std::uint64_t position,
 }
 
 bool OpenDmlIndexReader::mayRead(std::uint64_t position, std::uint32_t size) const {
-    if (m_chunksLeft == 0 || size > m_bytesLeft) return false;
+    if (m_chunksLeft == 0 || !isInBudget(size, m_bytesLeft)) return false;
     if (std::find(m_chain.begin(), m_chain.end(), position) != m_chain.end()) return false;
     return m_input.holds(position, size);
 }
@@ -116,7 +109,8 @@ bool OpenDmlIndexReader::mayRead(std::uint64_t position, std::uint32_t size) con
 bool OpenDmlIndexReader::readEntries(std::uint64_t position, std::uint32_t size, AviStdIndexHeader& header,
                                      std::uint32_t& count, AviStream& stream) {
     // The first piece begins with the header; all of them end with a whole entry, whichever kind it is.
-    constexpr std::uint32_t kHeaderBytes = sizeof(AviStdIndexHeader);
+    constexpr std::uint32_t kHeaderBytes = kIndexHeaderSize;
+    static_assert(kHeaderBytes == sizeof(AviStdIndexHeader));
     constexpr std::uint32_t kEntryBytes = sizeof(AviSuperIndexEntry);
     constexpr std::uint32_t kPieceBytes =
         (IndexInput::kPieceBytes - kHeaderBytes) / kEntryBytes * kEntryBytes;
@@ -125,9 +119,8 @@ bool OpenDmlIndexReader::readEntries(std::uint64_t position, std::uint32_t size,
     const std::byte* piece = m_input.read(position, std::min(size, kHeaderBytes + kPieceBytes));
     if (piece == nullptr) return false;
     std::memcpy(&header, piece, sizeof(header));
-    count = header.nEntriesInUse;
     const std::uint32_t entrySize = 4U * header.wLongsPerEntry;
-    if (entrySize != 0) count = std::min(count, (size - kHeaderBytes) / entrySize);
+    count = entriesInData(size, header.nEntriesInUse, entrySize);
     const std::uint32_t used = count * entrySize;  // bytes
 
     const std::size_t named = stream.superIndex.size();
@@ -139,7 +132,7 @@ bool OpenDmlIndexReader::readEntries(std::uint64_t position, std::uint32_t size,
         bytes = std::min(size - kHeaderBytes - done, kPieceBytes);
         piece = done == 0 ? piece + kHeaderBytes : m_input.read(position + kHeaderBytes + done, bytes);
         if (piece == nullptr) return false;
-        const std::uint32_t usedHere = std::min(bytes, used - std::min(used, done));
+        const std::uint32_t usedHere = usedInPiece(bytes, used, done);
         if (names && usedHere != 0) {
             std::memcpy(&stream.superIndex[named + done / kEntryBytes], piece, usedHere);
         }
@@ -162,15 +155,15 @@ bool OpenDmlIndexReader::readNamedIndexes(std::size_t first, std::uint32_t count
     for (std::size_t i = first; i < first + count; ++i) {
         // By value: the list grows when a named index is a super index itself.
         const AviSuperIndexEntry entry = stream.superIndex[i];
-        const std::uint32_t size = entry.dwSize < kChunkHeaderBytes ? 0 : entry.dwSize - kChunkHeaderBytes;
-        if (!readIndex(entry.qwOffset + kChunkHeaderBytes, size, stream)) complete = false;
+        const std::uint64_t position = entry.qwOffset + kChunkHeaderBytes;
+        if (!readIndex(position, sizeWithoutHeader(entry.dwSize), stream)) complete = false;
     }
     m_chain.pop_back();
     return complete;
 }
 
 bool OpenDmlIndexReader::readIndex(std::uint64_t position, std::uint32_t size, AviStream& stream) noexcept {
-    if (size < sizeof(AviStdIndexHeader)) {
+    if (!hasIndexHeader(size)) {
         record(stream, position, size, "index data size too small");
         return false;
     }

@@ -10,6 +10,7 @@
 #include <bit>
 #include <cstdint>
 
+#include "avi/chunk_arithmetic.h"
 #include "avi/four_char_code.h"
 
 namespace orvantis {
@@ -123,7 +124,7 @@ struct AviStdIndexEntry {
 };
 static_assert(sizeof(AviStdIndexEntry) == 8);
 
-inline constexpr std::uint32_t kStdIndexDeltaFrame = 0x80000000;
+inline constexpr std::uint32_t kStdIndexDeltaFrame = kDeltaFrameBit;
 
 /// One entry of a super index. OpenDML, AVISUPERINDEX.
 struct AviSuperIndexEntry {

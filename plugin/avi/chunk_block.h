@@ -9,6 +9,7 @@
 #include <memory>
 
 #include "avi/avi_structs.h"
+#include "avi/chunk_arithmetic.h"
 #include "avi/index_entry.h"
 
 namespace orvantis {
@@ -33,7 +34,7 @@ struct ChunkBlock {
     std::uint32_t sizeAt(std::size_t i) const noexcept { return entries[i].dwSize & sizeMask(); }
     std::uint64_t offsetAt(std::size_t i) const noexcept {
         if (wide) return std::uint64_t{wide->offsetHigh[i]} << 32 | entries[i].dwOffset;
-        return base + entries[i].dwOffset;
+        return wideOffset(entries[i].dwOffset, base);
     }
     bool keyFrameAt(std::size_t i) const noexcept {
         return wide ? (wide->deltaFrames >> i & 1) == 0 : (entries[i].dwSize & kStdIndexDeltaFrame) == 0;

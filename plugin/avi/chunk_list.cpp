@@ -37,7 +37,7 @@ ChunkList::Iterator ChunkList::findByPosition(std::uint64_t bytePos) const noexc
     std::uint64_t start = found.start;
     for (std::size_t i = 0; i < count; ++i) {
         const std::uint32_t size = found.entries[i].dwSize & mask;
-        if (bytePos - start < size) return {*this, &found, first + i, start};
+        if (hasByte(bytePos, start, size)) return {*this, &found, first + i, start};
         start += size;
     }
     return end();

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstring>
 #include <exception>
-#include <limits>
 #include <memory>
 #include <new>
 #include <utility>
@@ -11,8 +10,6 @@
 namespace orvantis {
 
 namespace {
-
-constexpr std::uint64_t kMaxNarrow = std::numeric_limits<std::uint32_t>::max();
 
 using Blocks = std::unique_ptr<ChunkBlock[]>;
 
@@ -31,9 +28,9 @@ bool rebase(ChunkBlock& block, std::size_t count, std::uint64_t offset) noexcept
         lowest = std::min(lowest, block.offsetAt(i));
         highest = std::max(highest, block.offsetAt(i));
     }
-    if (highest - lowest > kMaxNarrow) return false;
+    if (!isNarrow(highest, lowest)) return false;
     for (std::size_t i = 0; i < count; ++i) {
-        block.entries[i].dwOffset = static_cast<std::uint32_t>(block.offsetAt(i) - lowest);
+        block.entries[i].dwOffset = narrowOffset(block.offsetAt(i), lowest);
     }
     block.base = lowest;
     return true;
@@ -55,8 +52,7 @@ void widen(ChunkBlock& block, std::size_t count) {
 }  // namespace
 
 void ChunkListBuilder::openBlock(std::uint64_t base) {
-    // Chunks are numbered in 32 bits.
-    if (m_list.m_count > kMaxNarrow - ChunkBlock::kChunks) throw std::bad_alloc();
+    if (!mayOpenBlock(m_list.m_count, ChunkBlock::kChunks)) throw std::bad_alloc();
     const std::size_t number = m_list.m_count / ChunkBlock::kChunks;
     const std::size_t segment = number / ChunkList::kSegmentBlocks;
     if (segment == 0 && number >= m_firstSegmentBlocks) growFirstSegment();
@@ -83,10 +79,9 @@ void ChunkListBuilder::addOutOfLine(std::uint64_t offset, std::uint32_t size, bo
     const std::size_t at = m_list.m_count % ChunkBlock::kChunks;
     if (!block.wide) {
         const bool fits =
-            size < kStdIndexDeltaFrame && (offset - block.base <= kMaxNarrow || rebase(block, at, offset));
+            leavesRoomForMark(size) && (isNarrow(offset, block.base) || rebase(block, at, offset));
         if (fits) {
-            block.entries[at] = {static_cast<std::uint32_t>(offset - block.base),
-                                 keyFrame ? size : size | kStdIndexDeltaFrame};
+            block.entries[at] = {narrowOffset(offset, block.base), markedSize(size, keyFrame)};
             return;
         }
         widen(block, at);

@@ -32,10 +32,7 @@ void FileWindow::release() noexcept {
 }
 
 const std::byte* FileWindow::Window::find(std::uint64_t at, std::uint64_t length) const noexcept {
-    if (at < position) return nullptr;
-    const std::uint64_t skip = at - position;
-    if (skip > count || length > count - skip) return nullptr;
-    return bytes.get() + skip;
+    return isInWindow(at, length, position, count) ? bytes.get() + (at - position) : nullptr;
 }
 
 bool FileWindow::refill(Window& window, std::uint64_t position) noexcept {

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "avi/walk_arithmetic.h"
 #include "fileio/file.h"
 
 namespace orvantis {
@@ -24,7 +25,7 @@ class FileWindow {
     std::uint64_t fileSize() const noexcept { return m_fileSize; }
     /// Whether the file is long enough to have these bytes.
     bool holds(std::uint64_t position, std::uint64_t count) const noexcept {
-        return position <= m_fileSize && count <= m_fileSize - position;
+        return isInFile(position, count, m_fileSize);
     }
 
     /// Copies exactly `count` bytes (at most kWindowBytes) from `position`; a miss costs one seek and one

@@ -4,6 +4,7 @@
 #include <exception>
 #include <stdexcept>
 
+#include "avi/chunk_arithmetic.h"
 #include "fileio/error.h"
 
 namespace orvantis {
@@ -14,7 +15,7 @@ namespace {
 // Asked no more than once for each size reached, so that steady playback costs one seek and one read a frame.
 void checkClaim(fileio::File& file, const ChunkPlace& chunk) {
     const auto fileSize = static_cast<std::uint64_t>(std::max<std::int64_t>(file.size(), 0));
-    const std::uint64_t left = chunk.offset < fileSize ? fileSize - chunk.offset : 0;
+    const std::uint64_t left = bytesBehind(chunk.offset, fileSize);
     if (left < chunk.size) throw fileio::ReadError(chunk.size, left);
 }
 

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "avi/four_char_code.h"
+#include "avi/walk_arithmetic.h"
 
 namespace orvantis {
 
@@ -21,7 +22,7 @@ struct RiffChunk {
     /// Bytes of data behind the header, or behind the list type.
     std::uint32_t dataSize() const noexcept {
         if (!isList()) return size;
-        return size < 4 ? 0 : size - 4;
+        return listDataSize(size);
     }
     /// File position of that data.
     std::uint64_t dataPosition() const noexcept { return offset + (isList() ? 12 : 8); }

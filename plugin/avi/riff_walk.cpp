@@ -4,20 +4,15 @@
 #include <exception>
 #include <utility>
 
+#include "avi/walk_arithmetic.h"
+
 namespace orvantis {
 
 namespace {
 
 constexpr std::uint64_t kHeaderBytes = 8;
-// Chunks beyond one for each header that fits into the file: room for small files with odd, but harmless,
-// lists.
-constexpr std::uint64_t kSpareChunks = 1024;
 // Children of a form, which is a list at the top level.
 constexpr int kFormDepth = 1;
-
-std::uint64_t mostChunks(const FileWindow& input) noexcept {
-    return std::min(input.fileSize() / kHeaderBytes + kSpareChunks, kMaxChunks);
-}
 
 bool contains(std::span<const std::uint32_t> codes, std::uint32_t code) noexcept {
     return std::find(codes.begin(), codes.end(), code) != codes.end();
@@ -54,15 +49,12 @@ class Walker {
             }
             if (contains(m_rules.stopKeys, chunk->isList() ? chunk->type : chunk->id)) return sound;
 
-            // The format's arithmetic is 32 bits wide, so the largest sizes wrap. Where they wrap to nothing
-            // the walk would stand still.
-            const std::uint32_t paddedLength = (chunk->size + 8U + 1U) & ~1U;
-            if (paddedLength == 0) return false;
-            position += paddedLength;
-            consumed += paddedLength;
+            const std::uint32_t padded = paddedLength(chunk->size);
+            if (!walkMovesOn(padded)) return false;
+            position += padded;
+            consumed += padded;
             if (m_rest != nullptr && depth == kFormDepth && chunk->isListOf(m_pauseType)) {
-                m_rest->emplace(
-                    RestOfWalk{{position, bytes - std::min(bytes, consumed)}, m_chunksLeft, sound});
+                m_rest->emplace(RestOfWalk{{position, restOfLevel(bytes, consumed)}, m_chunksLeft, sound});
                 return sound;
             }
         }
@@ -106,13 +98,13 @@ class Walker {
 }  // namespace
 
 bool walk(FileWindow& input, ByteRange range, const WalkRules& rules, std::vector<RiffChunk>& list) noexcept {
-    return Walker(input, rules, mostChunks(input)).walkLevel(list, range, 0);
+    return Walker(input, rules, mostChunks(input.fileSize(), kMaxChunks)).walkLevel(list, range, 0);
 }
 
 StartOfWalk walkUpTo(FileWindow& input, ByteRange range, const WalkRules& rules, std::uint32_t pauseType,
                      std::vector<RiffChunk>& list) noexcept {
     StartOfWalk start{};
-    Walker walker(input, rules, mostChunks(input));
+    Walker walker(input, rules, mostChunks(input.fileSize(), kMaxChunks));
     walker.pauseAt(pauseType, start.rest);
     start.sound = walker.walkLevel(list, range, 0);
     return start;

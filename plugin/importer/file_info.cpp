@@ -1,6 +1,7 @@
 #include "importer/file_info.h"
 
 #include "host/record_values.h"
+#include "video/rate_arithmetic.h"
 
 namespace orvantis {
 
@@ -23,8 +24,8 @@ void fillVideoFields(host::imFileInfoRec8& record, const VideoInfo& video) {
     const FrameRate rate = video.frameRate();
     record.vidScale = rate.numerator;
     record.vidSampleSize = rate.denominator;
-    record.vidDuration = static_cast<std::int32_t>(static_cast<std::uint32_t>(
-        static_cast<std::uint64_t>(video.numFrames()) * static_cast<std::uint64_t>(rate.denominator)));
+    record.vidDuration = static_cast<std::int32_t>(
+        static_cast<std::uint32_t>(durationOf(rate.denominator, video.numFrames())));
 }
 
 }  // namespace orvantis

@@ -13,9 +13,10 @@ import tempfile
 import unittest
 
 SOURCE = pathlib.Path(os.environ["ORVANTIS_SOURCE_DIR"])
-SCRIPTS = ["demo.sh", "test.sh", "bench.sh", "lint.sh", "tests/fuzz/run.sh", "scripts/check-reproducible.sh",
-           "scripts/install-packages.sh", "scripts/sign-file.sh", "scripts/sign-release.sh", "scripts/verify-release.sh",
-           "scripts/build-release.sh", "scripts/check-workflows.sh"]
+SCRIPTS = ["demo.sh", "test.sh", "bench.sh", "lint.sh", "mutate.sh", "tests/fuzz/run.sh",
+           "scripts/check-reproducible.sh", "scripts/install-packages.sh", "scripts/sign-file.sh",
+           "scripts/sign-release.sh", "scripts/verify-release.sh", "scripts/build-release.sh",
+           "scripts/check-workflows.sh"]
 
 RECORD = '#!/bin/sh\necho "$(basename "$0") $*" >>"$CALLS"\n'
 # Prints what ninja prints, so that the progress can be seen.

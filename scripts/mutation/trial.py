@@ -1,0 +1,211 @@
+"""One mutant at a time: compiled, linked into the programs that have its file, and shown to their tests."""
+import dataclasses
+import filecmp
+import os
+import pathlib
+import re
+import shutil
+import threading
+
+import processes
+
+# A mutant's programs get this many times what the unchanged ones took, and some seconds.
+PATIENCE = 8
+
+
+@dataclasses.dataclass
+class Outcome:
+    verdict: str          # killed, timeout, survived, equal (the same machine code), invalid (does not compile)
+    program: str = ""     # by which it was killed
+    test: str = ""
+    seconds: float = 0.0  # of the processor
+
+
+class Originals:
+    """The unchanged files, compiled as their mutants are; shared by all that try mutants."""
+
+    def __init__(self):
+        self.lock, self.made = threading.Lock(), {}
+
+
+class Trials:
+    """Tries mutants in a folder of its own; the user's files and the build are only read."""
+
+    def __init__(self, graph, folder, history, originals):
+        self.graph, self.folder, self.history, self.originals = graph, pathlib.Path(folder), history, originals
+        shutil.rmtree(self.folder, ignore_errors=True)
+        self.bin = self.folder / "bin"
+        self.bin.mkdir(parents=True)
+        # Programs look for others beside themselves.
+        for program in sorted((graph.build / "bin").iterdir()):
+            (self.bin / program.name).symlink_to(program)
+        self.sees = {}          # (source, link) -> whether the program takes anything from the source
+        self.seconds = 0.0
+
+    def run(self, words, folder, **limits):
+        ended = processes.run(words, folder, **limits)
+        self.seconds += ended.seconds
+        return ended
+
+    # Compiling.
+
+    def compile(self, source, text, place):
+        """Compiles the file with `text` in its place; {object in the build: path}, or None if that fails."""
+        folder = self.folder / place / source.replace("/", "-")
+        shutil.rmtree(folder, ignore_errors=True)
+        copy = folder / pathlib.Path(source).relative_to("plugin")
+        copy.parent.mkdir(parents=True)
+        copy.write_bytes(text)
+        made = {}
+        for number, (name, words) in enumerate(sorted(self.graph.objects_of(source).items())):
+            words = list(words)
+            at = words.index("-c") + 1
+            compiled = pathlib.Path(words[at])
+            unity = "/Unity/" in str(compiled)
+            if unity:
+                joined = folder / compiled.name
+                joined.write_text(compiled.read_text().replace(str(self.graph.root / source), str(copy)))
+                words[at] = str(joined)
+            elif compiled == self.graph.root / source:
+                words[at] = str(copy)
+            output = folder / f"{number}.o"
+            words[words.index("-o") + 1] = str(output)
+            for option in ("-MT", "-MF"):
+                if option in words:
+                    index = words.index(option)
+                    del words[index:index + 2]
+            words = [word for word in words if word not in ("-MD", "-Werror") and not word.startswith("-W")]
+            # Optimised, so that mutants which are the same program are the same code. What is compiled with tests has the
+            # options of their precompiled header.
+            words += ["-w"] if unity else ["-w", "-O2", "-g0"]
+            # The changed header comes first.
+            words.insert(next(index for index, word in enumerate(words) if word.startswith("-I")), f"-I{folder}")
+            if self.run(words, self.graph.build, environment=quiet_environment()).code != 0:
+                return None
+            made[name] = str(output)
+        return made
+
+    def is_equal(self, source, made):
+        with self.originals.lock:
+            if source not in self.originals.made:
+                text = (self.graph.root / source).read_bytes()
+                original = self.compile(source, text, "original")
+                if original is None:
+                    raise RuntimeError(f"{source} does not compile")
+                self.originals.made[source] = original
+            original = self.originals.made[source]
+            # What is compiled beside tests is the same file as another object has.
+            return all(filecmp.cmp(original[name], path, shallow=False)
+                       for name, path in made.items() if "/Unity/" not in name)
+
+    # Linking and testing.
+
+    def link(self, name, words, source, made):
+        """Links a program of the mutant into the folder; whether it has any of it."""
+        if self.sees.get((source, name)) is False:
+            return False
+        target = self.bin / name
+        output = self.folder / f"{name}.linked"
+        words = self.graph.link_with(words, made, str(output), inline=source.endswith(".h"))
+        if words is None:
+            self.sees[source, name] = False
+            return False
+        ended = self.run(words, self.graph.build)
+        if ended.code != 0:
+            output.unlink(missing_ok=True)
+            raise LookupError(ended.output)
+        seen = any(path in ended.output for path in made.values())
+        self.sees[source, name] = seen
+        target.unlink(missing_ok=True)
+        if seen:
+            output.rename(target)
+        else:
+            output.unlink()
+            target.symlink_to(self.graph.build / "bin" / name)
+        return seen
+
+    def restore(self):
+        for program in self.bin.iterdir():
+            if not program.is_symlink():
+                program.unlink()
+                program.symlink_to(self.graph.build / "bin" / program.name)
+
+    def try_mutant(self, mutant, text):
+        self.seconds = 0.0
+        outcome = self.judge(mutant, text)
+        outcome.seconds = self.seconds
+        return outcome
+
+    def judge(self, mutant, text):
+        if not self.graph.objects_of(mutant.file):
+            return Outcome("invalid")
+        made = self.compile(mutant.file, mutant.apply(text), "mutant")
+        if made is None:
+            return Outcome("invalid")
+        try:
+            return self.test(mutant.file, made)
+        except LookupError:
+            return Outcome("invalid")  # does not link
+        finally:
+            self.restore()
+
+    def test(self, source, made):
+        plugin_linked = compared = False
+        for program in self.history.in_order(source, self.graph.tested_programs()):
+            if program.loads_plugin:
+                if not plugin_linked:
+                    plugin_linked = True
+                    has_plugin = self.link("ImporterOrvantis.prm", self.graph.links["bin/ImporterOrvantis.prm"], source, made)
+                seen = has_plugin
+            else:
+                seen = self.link(program.name, program.link, source, made)
+                for child in program.children:
+                    seen = self.link(child, self.graph.links[f"bin/{child}"], source, made) or seen
+            if not seen:
+                continue
+            before = self.seconds
+            killed = self.run_program(program)
+            self.history.note(source, program.name, killed is not None, self.seconds - before)
+            if killed:
+                return killed
+            # Most mutants fall to the first program; of the others it is asked whether they differ at all.
+            if not compared:
+                compared = True
+                if self.is_equal(source, made):
+                    return Outcome("equal")
+        return Outcome("survived" if compared or not self.is_equal(source, made) else "equal")
+
+    def run_program(self, program, clock=None):
+        """The outcome by which the program kills a mutant, or None."""
+        clock = clock or self.history.clock_seconds(program.name)
+        processor = max(5, int(PATIENCE * self.history.processor_seconds(program.name)) + 5)
+        for arguments, environment in self.runs(program):
+            scratch = self.folder / "scratch"
+            shutil.rmtree(scratch, ignore_errors=True)
+            scratch.mkdir()
+            ended = self.run([str(self.bin / program.name), *arguments], scratch,
+                             environment=self.environment(scratch, environment),
+                             processor_seconds=processor, clock_seconds=clock)
+            if ended.timed_out:
+                return Outcome("timeout", program.name)
+            if ended.code != 0:
+                failed = re.search(r"\[  FAILED  \] (\S+)|Note: .*|\[ RUN      \] (\S+)", ended.output)
+                test = next((part for part in failed.groups() if part), "") if failed else ""
+                return Outcome("killed", program.name, test.rstrip(",") or f"exit code {ended.code}")
+        return None
+
+    def runs(self, program):
+        for environment, arguments in program.runs:
+            yield arguments, environment
+        if program.apart:
+            environment = program.runs[0][0]
+            for test in self.graph.tests_of(program, program.apart):
+                yield [f"--gtest_filter={test}"], environment
+
+    def environment(self, scratch, extra):
+        return {"PATH": os.environ["PATH"], "HOME": str(scratch), "TMPDIR": str(scratch), **extra,
+                "ORVANTIS_PLUGIN": str(self.bin / "ImporterOrvantis.prm")}
+
+
+def quiet_environment():
+    return {**os.environ, "CCACHE_SLOPPINESS": "pch_defines,time_macros"}

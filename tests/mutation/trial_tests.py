@@ -1,0 +1,121 @@
+"""Mutants tried for real, in a project of four small files that is built as the plug-in's tests are."""
+import pathlib
+import shutil
+import subprocess
+import tempfile
+import unittest
+
+import scripts_path  # noqa: F401
+from build_graph import BuildGraph
+from history import History
+from source_mutants import find_mutants
+from trial import Originals, Trials
+
+SOURCE = """#include "x/a.h"
+int twice(int a) {
+    int b = a + a;
+    if (a < 0) b = 2 * a;
+    return b;
+}
+int steps(int a) {
+    int n = 0;
+    for (volatile bool on = true; on && a != 0; a -= 2) on = true, ++n;
+    return n;
+}
+"""
+HEADER = "#pragma once\nint twice(int a);\nint steps(int a);\ninline int same(int a) { return a + 1 - 1; }\n"
+OTHER = '#include "x/a.h"\nint other(int a) { return same(a) * 3; }\n'
+TEST = """#include "x/a.h"
+int other(int a);
+#include <cstdio>
+int main() {
+    if (twice(3) != 6 || steps(4) != 2) { std::puts("[  FAILED  ] Twice.IsTwice"); return 1; }
+    return other(5) == 15 ? 0 : 3;
+}
+"""
+BUILD = """rule cc
+  command = clang++ -I{root}/plugin -O1 -MD -MF $out.d -o $out -c $in
+  depfile = $out.d
+  deps = gcc
+rule ar
+  command = llvm-ar qc $out $in && true
+rule link
+  command = : && clang++ -fuse-ld=lld $in -o $out $libraries && :
+rule test
+  command = cd {build} && cmake -E env NAME=value QUICK_FILTER= QUICK_APART= sh run-quick-test.sh {build}/quick/a_tests.passed {build}/bin/a_tests
+build plugin/a.o: cc {root}/plugin/x/a.cpp
+build plugin/b.o: cc {root}/plugin/x/b.cpp
+build tests/unit/t.o: cc {root}/tests/unit/t.cpp
+build plugin/libx.a: ar plugin/a.o plugin/b.o
+build bin/a_tests: link tests/unit/t.o | plugin/libx.a
+  libraries = plugin/libx.a
+build quick/a_tests.passed: test bin/a_tests
+build quick: phony quick/a_tests.passed
+"""
+
+
+class MutantsOfASmallProject(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.root = pathlib.Path(tempfile.mkdtemp())
+        cls.addClassCleanup(shutil.rmtree, cls.root)
+        build = cls.root / "build"
+        for name, text in (("plugin/x/a.cpp", SOURCE), ("plugin/x/a.h", HEADER), ("plugin/x/b.cpp", OTHER),
+                           ("tests/unit/t.cpp", TEST), ("build/build.ninja", BUILD.format(root=cls.root, build=build))):
+            path = cls.root / name
+            path.parent.mkdir(parents=True, exist_ok=True)
+            path.write_text(text)
+        subprocess.run(["ninja", "-C", build, "--quiet", "bin/a_tests"], check=True)
+        cls.graph = BuildGraph(build, cls.root)
+        history = History(cls.root / "history.json")
+        history.seconds["a_tests"] = [0.01, 0.01]
+        cls.before = cls.everything()
+        cls.trials = Trials(cls.graph, cls.root / "trials", history, Originals())
+
+    @classmethod
+    def everything(cls):
+        return {path: path.read_bytes() for folder in ("plugin", "tests", "build")
+                for path in sorted((cls.root / folder).rglob("*")) if path.is_file()}
+
+    def outcome(self, source, after):
+        path = self.root / source
+        found = find_mutants(source, path, ["-x", "c++", f"-I{self.root}/plugin"])
+        (mutant,) = [one for one in found if one.after == after]
+        return self.trials.try_mutant(mutant, path.read_bytes())
+
+    def test_one_that_a_test_sees_is_killed_by_it(self):
+        outcome = self.outcome("plugin/x/a.cpp", "int b = a - a;")
+        self.assertEqual((outcome.verdict, outcome.program, outcome.test), ("killed", "a_tests", "Twice.IsTwice"))
+        self.assertGreater(outcome.seconds, 0)
+
+    def test_one_that_no_test_sees_survives(self):
+        self.assertEqual(self.outcome("plugin/x/a.cpp", "if (a < 0) b = 3 * a;").verdict, "survived")
+
+    def test_one_that_is_the_same_machine_code_is_told(self):
+        self.assertEqual(self.outcome("plugin/x/a.cpp", "if (a <= 0) b = 2 * a;").verdict, "equal")
+
+    def test_one_that_does_not_compile_is_not_counted(self):
+        path = self.root / "plugin/x/a.cpp"
+        mutant = find_mutants("plugin/x/a.cpp", path, ["-x", "c++", f"-I{self.root}/plugin"])[0]
+        self.assertEqual(self.trials.try_mutant(mutant.__class__(**{**mutant.__dict__, "replacement": ") no C++ ("}),
+                                                path.read_bytes()).verdict, "invalid")
+
+    def test_one_that_never_ends_is_ended(self):
+        self.trials.history.seconds["a_tests"] = [0.01, -1.95]  # half a second by the clock
+        try:
+            outcome = self.outcome("plugin/x/a.cpp", "for (volatile bool on = true; on && a != 0; a += 2) on = true, ++n;")
+        finally:
+            self.trials.history.seconds["a_tests"] = [0.01, 0.01]
+        self.assertEqual((outcome.verdict, outcome.program), ("timeout", "a_tests"))
+
+    def test_one_in_a_header_reaches_every_file_that_includes_it(self):
+        outcome = self.outcome("plugin/x/a.h", "inline int same(int a) { return a - 1 - 1; }")
+        self.assertEqual((outcome.verdict, outcome.test), ("killed", "exit code 3"))
+
+    def test_nothing_but_its_own_folder_is_written(self):
+        self.outcome("plugin/x/a.cpp", "int b = a - a;")
+        self.assertEqual(self.everything(), self.before)
+
+
+if __name__ == "__main__":
+    unittest.main()

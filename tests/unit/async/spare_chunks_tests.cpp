@@ -63,6 +63,14 @@ TEST(SpareChunks, OneThatIsLargerThanTheBoundIsFreed) {
     EXPECT_EQ(spares.take().buffer.capacity(), 0u);
 }
 
+TEST(SpareChunks, OneThatHoldsNothingIsNotHandedOutInPlaceOfOneThatDoes) {
+    SpareChunks spares;
+    spares.put(chunkOf(1));
+    EXPECT_EQ(spares.bytes(), 1u) << "a byte is something";
+    spares.put(FrameChunk{});
+    EXPECT_EQ(spares.take().buffer.capacity(), 1u);
+}
+
 TEST(SpareChunks, ClearingLeavesNothing) {
     SpareChunks spares;
     for (int i = 0; i < 5; ++i) spares.put(chunkOf(kMebibyte));

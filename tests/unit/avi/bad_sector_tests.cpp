@@ -2,6 +2,9 @@
 // must not show.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <string>
+
 #include "tests/support/failing_file.h"
 #include "tests/unit/avi/avi_test_support.h"
 #include "tests/unit/avi/plain_parser.h"
@@ -17,6 +20,7 @@ using test::MemoryFile;
 using test::OpenDml;
 
 constexpr std::uint64_t kSector = 512;
+const std::string kIndexCode = "indx";
 
 /// What a reader finds in a file with these bytes unreadable; with its windows' reads that failed.
 struct BadParse {
@@ -100,6 +104,24 @@ TEST(BadSector, IsAskedForWithAWindowOnce) {
     const BadParse parsed(bytes, bad);
     EXPECT_EQ(parsed.reader.streams.size(), 51U);
     EXPECT_EQ(parsed.failedReads(), 1U);
+}
+
+TEST(BadSector, InTheLastPieceOfALargeIndexLeavesThatStreamWithoutAnIndex) {
+    AviBuilder avi;
+    avi.addStream(test::videoStream("O8Y2", 16, 8, 25, 1)).openDml(OpenDml::standardIndex);
+    constexpr int kFrames = 20'000;  // 8 bytes each: three pieces of an index
+    for (int i = 0; i < kFrames; ++i) avi.addFilledChunk(0, 4, 1);
+    const Bytes bytes = avi.build();
+    const BadParse good(bytes, {});
+    ASSERT_EQ(good.reader.streams.at(0)->openDmlEntries.size(), static_cast<std::size_t>(kFrames));
+
+    const auto index = std::search(bytes.begin(), bytes.end(), kIndexCode.begin(), kIndexCode.end());
+    ASSERT_NE(index, bytes.end());
+    const auto at = static_cast<std::uint64_t>(index - bytes.begin());
+    const BadParse parsed(bytes, sectorOf(at + 8 + 24 + 8U * kFrames - 16));
+    EXPECT_TRUE(parsed.usable);
+    EXPECT_EQ(parsed.reader.streams.at(0)->openDmlEntries.size(), 0U);
+    EXPECT_NE(parsed.reader.errorText().find("failed to read index data"), std::string::npos);
 }
 
 TEST(BadSector, ElsewhereWindowsAreReadAsEver) {

@@ -6,6 +6,8 @@
 
 #include "avi/avi_index.h"
 #include "avi/error_text.h"
+#include "avi/index_input.h"
+#include "avi/problems.h"
 #include "tests/unit/avi/avi_test_support.h"
 
 namespace orvantis {
@@ -207,6 +209,19 @@ TEST(HostileIndex, ErrorTextStopsAtSixteenMebibytes) {
     EXPECT_LE(parsed.reader.errorText().size(), kSixteenMebibytes);
     EXPECT_GT(parsed.reader.errorText().size(), kSixteenMebibytes - 200);
     EXPECT_EQ(parsed.reader.errorText().back(), '\n') << "lines are whole or not there";
+}
+
+TEST(HostileIndex, WithoutRoomForAWordNothingIsWrittenAndTheIndexStillFails) {
+    test::MemoryFile file(Bytes(64));
+    FileWindow window;
+    window.attach(file, 64);
+    IndexInput input(window);
+    Problems problems;
+    problems.add({ProblemPlace::Part::structure}, std::string(kMaxErrorText, 'x'));
+    OpenDmlIndexReader reader(input, problems);
+    AviStream stream(0);
+    EXPECT_FALSE(reader.readOpenDmlIndex(8, 3, stream));
+    EXPECT_EQ(problems.text(), std::string(kMaxErrorText, 'x'));
 }
 
 TEST(HostileIndex, ErrorTextKeepsLinesWholeAtItsEnd) {

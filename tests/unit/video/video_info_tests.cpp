@@ -397,6 +397,12 @@ TEST_F(VideoAnalysis, DescriptionNamesTheFilesOwnRateOnlyWhenItsValueDiffers) {
     analyse();
     EXPECT_NE(video->description().find("    Frame rate in the file: invalid (0/1)\n"), std::string::npos)
         << video->description();
+    setRate(25, 0);
+    analyse();
+    EXPECT_NE(video->description().find("    Frame rate: 30.000 (30/1)\n"
+                                        "    Frame rate in the file: invalid (25/0)\n"),
+              std::string::npos)
+        << video->description();
 }
 
 TEST_F(VideoAnalysis, DescriptionOfAStreamWithoutFramesOrRateHasNoInventedNumbers) {
@@ -405,6 +411,14 @@ TEST_F(VideoAnalysis, DescriptionOfAStreamWithoutFramesOrRateHasNoInventedNumber
                                         "    Duration: 0.000 s\n"
                                         "    Stream data: 0.00 MiB\n"
                                         "    Mean data rate: unknown\n"),
+              std::string::npos)
+        << video->description();
+    // A negative scale stays negative where no duration has to be limited.
+    setRate(10, -3);
+    analyse();
+    EXPECT_NE(video->description().find("    Frame rate: -3.333 (10/-3)\n"
+                                        "    Frames: 0\n"
+                                        "    Duration: unknown\n"),
               std::string::npos)
         << video->description();
     setRate(-25, 1);

@@ -81,6 +81,10 @@ if(ORVANTIS_SANITIZE)
     target_link_options(orvantis_options INTERFACE ${sanitize})
 endif()
 
+if(ORVANTIS_COVERAGE)
+    target_link_options(orvantis_options INTERFACE -fprofile-instr-generate)
+endif()
+
 if(NOT WIN32)
     find_package(Threads REQUIRED)
     target_link_libraries(orvantis_options INTERFACE Threads::Threads ${CMAKE_DL_LIBS})

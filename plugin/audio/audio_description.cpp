@@ -15,6 +15,7 @@ const char* shortLabelName(std::uint32_t label) {
     static constexpr char kPrefix[] = "kPrAudioChannelLabel_";
     const char* const name = channelLabelName(label);
     const std::size_t length = sizeof kPrefix - 1;
+    // not covered when false: every name of a label begins so
     return std::strncmp(name, kPrefix, length) == 0 ? name + length : name;
 }
 

@@ -26,6 +26,7 @@ std::uint64_t readPart(const AudioOwner& owner, const AudioChunkPart& part, std:
     fileio::File& file = *owner.file;
     const std::lock_guard lock(*owner.filePosition);
     const AudioChunkRead read = readAudioChunk(file, part, buffer);
+    // not covered when true: every outcome has its case
     switch (read.outcome) {
         case AudioChunkRead::Outcome::read:
             break;

@@ -115,6 +115,7 @@ host::ImporterResult AudioInfo::importAudio(const host::imImportAudioRec7& recor
     do {
         startPos = position >= 0 ? position : formerPosition;
         endPos = endPosition(startPos, size);
+        // not always covered: another thread has to come between two instructions
     } while (!m_audioPosition.compare_exchange_weak(formerPosition, endPos, std::memory_order_relaxed));
     const std::uint64_t startPosBytes = firstByteOf(startPos, blockAlign);
     const std::uint32_t sizeBytes = bytesOfFrames(size, blockAlign);

@@ -125,6 +125,7 @@ void copyFrames(const std::byte* source, float* const* channels, std::uint32_t c
         }
     }
 #endif
+    // not covered when true: on processors with vectors the groups have taken all channels
     for (; c < channelCount; ++c) copyChannel(source + c * kWordBytes, frameBytes, channels[c], first, end);
 }
 

@@ -101,6 +101,7 @@ bool AviReader::parseHeaders(bool headerOnly) {
         return false;
     };
     if (chunks.empty()) return fail("riff structure is empty\n");
+    // not covered when true: its first 12 bytes were just seen
     if (!chunks.front().isListOf(riffCode("AVI "))) return fail("AVI chunk missing\n");
     const std::vector<RiffChunk>& form = chunks.front().children;
     if (findList(form, riffCode("hdrl")) == nullptr) finishWalk();  // headers behind the data

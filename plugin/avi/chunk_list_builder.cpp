@@ -52,6 +52,7 @@ void widen(ChunkBlock& block, std::size_t count) {
 }  // namespace
 
 void ChunkListBuilder::openBlock(std::uint64_t base) {
+    // not covered when true: 4,294,967,232 chunks would take 35 GB
     if (!mayOpenBlock(m_list.m_count, ChunkBlock::kChunks)) throw std::bad_alloc();
     const std::size_t number = m_list.m_count / ChunkBlock::kChunks;
     const std::size_t segment = number / ChunkList::kSegmentBlocks;

@@ -12,6 +12,7 @@ inline constexpr std::size_t kMaxErrorText = 16 * 1024 * 1024;
 
 /// Whether `text` has room for `bytes` more.
 inline bool hasRoomFor(const std::string& text, std::size_t bytes) noexcept {
+    // not covered when false: nobody makes a text longer than this allows
     return text.size() <= kMaxErrorText && bytes <= kMaxErrorText - text.size();
 }
 

@@ -147,6 +147,7 @@ host::ImporterResult readFrame(const VideoInfo& video, fileio::File& file, Frame
         logMessage("Empty frame: %u, frame read: %u", static_cast<unsigned>(request.frameIndex),
                    static_cast<unsigned>(*read.substitute));
     }
+    // not covered when true: every outcome has its case
     switch (read.outcome) {
         case Outcome::read:
             return host::ImporterResult::imNoErr;

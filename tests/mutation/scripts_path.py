@@ -4,5 +4,5 @@ import pathlib
 import sys
 
 SOURCE = pathlib.Path(os.environ.get("ORVANTIS_SOURCE_DIR", pathlib.Path(__file__).resolve().parent.parent.parent))
-for folder in ("mutation",):
+for folder in ("mutation", "coverage"):
     sys.path.insert(0, str(SOURCE / "scripts" / folder))

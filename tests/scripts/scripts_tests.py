@@ -13,7 +13,7 @@ import tempfile
 import unittest
 
 SOURCE = pathlib.Path(os.environ["ORVANTIS_SOURCE_DIR"])
-SCRIPTS = ["demo.sh", "test.sh", "bench.sh", "lint.sh", "mutate.sh", "tests/fuzz/run.sh",
+SCRIPTS = ["demo.sh", "test.sh", "bench.sh", "lint.sh", "mutate.sh", "coverage.sh", "tests/fuzz/run.sh",
            "scripts/check-reproducible.sh", "scripts/install-packages.sh", "scripts/sign-file.sh",
            "scripts/sign-release.sh", "scripts/verify-release.sh", "scripts/build-release.sh",
            "scripts/check-workflows.sh"]

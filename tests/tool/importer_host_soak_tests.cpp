@@ -3,7 +3,9 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <map>
 #include <nlohmann/json.hpp>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -16,6 +18,9 @@ namespace {
 
 using orvantis::test::readFile;
 using orvantis::test::utf8Path;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::StartsWith;
 
 class ImporterHostSoak : public ToolTest {
  protected:
@@ -93,6 +98,60 @@ TEST_F(ImporterHostSoak, NothingPlayableOrWritableIsNoSuccess) {
     EXPECT_EQ(run({"soak", in("clip.avi"), "--minutes", "0.02", "--plot", in("missing/plot.svg")}),
               kNoOutput);
     EXPECT_EQ(run({"soak", "--minutes", "0.02"}), kUsage);
+    EXPECT_EQ(run({"soak", "--sessions", "0"}), kUsage);
+}
+
+TEST_F(ImporterHostSoak, RandomSessionsLeaveNothingAndTellWhatTheyDid) {
+    ASSERT_EQ(run({"soak", "--sessions", "150", "--first", "950", "--jobs", "2", "--json", "--out",
+                   in("sessions.json")}),
+              kSuccess);
+    const auto result = json("sessions.json");
+    EXPECT_EQ(result["good"], true);
+    EXPECT_EQ(result["wrong"].size(), 0u);
+    EXPECT_EQ(result["counts"]["sessions"], 150);
+    for (const auto& [name, count] : result["counts"].items()) EXPECT_GT(count, 0) << name;
+}
+
+TEST_F(ImporterHostSoak, PlantedFaultsAreFoundWithTheirSessionAndTheOthersGoOn) {
+    std::string planted = "twice:4,block:9,file:12,crash:15,hang:18";
+#ifndef _WIN32
+    planted += ",handle:21";  // Windows threads come and go with handles of their own
+#endif
+    EXPECT_EQ(run({"soak", "--sessions", "25", "--jobs", "1", "--timeout", "3", "--sabotage", planted,
+                   "--json", "--out", in("sessions.json")}),
+              kBrokenRule);
+    const auto result = json("sessions.json");
+    EXPECT_EQ(result["good"], false);
+    EXPECT_EQ(result["counts"]["sessions"], 25);
+    std::map<std::uint64_t, std::string> told;
+    for (const auto& wrong : result["wrong"]) {
+        told[wrong["session"].get<std::uint64_t>()] += wrong["what"].get<std::string>() + "\n";
+    }
+    EXPECT_THAT(told[4], HasSubstr("memory.live: "));
+    EXPECT_THAT(told[9], HasSubstr("memory.returned: "));
+    EXPECT_THAT(told[12], HasSubstr("left behind: "));
+    EXPECT_THAT(told[15], HasSubstr("crash: "));
+    EXPECT_EQ(told[18], "not over after 3 s\n");
+    std::set<std::uint64_t> numbers = {4, 9, 12, 15, 18};
+#ifndef _WIN32
+    EXPECT_THAT(told[21], HasSubstr("file descriptors instead of"));
+    numbers.insert(21);
+#endif
+    for (const auto& [number, what] : told) EXPECT_TRUE(numbers.contains(number)) << number << ": " << what;
+}
+
+TEST_F(ImporterHostSoak, ASessionIsPlayedAgainByItsNumberAlone) {
+    const std::vector<std::string> arguments = {"soak", "--seed", "1", "--session", "3"};
+    const ToolRun once = runTool(arguments);
+    EXPECT_EQ(once.code, kSuccess);
+    EXPECT_THAT(once.out, StartsWith("session 3\nhost "));
+    EXPECT_THAT(once.out, HasSubstr("  imGetSourceVideo frame "));
+    EXPECT_THAT(once.out, EndsWith("imShutdown: 0\nnothing is wrong\n"));
+    EXPECT_EQ(runTool(arguments).out, once.out);
+
+    const ToolRun wrong = runTool({"soak", "--seed", "1", "--session", "9", "--sabotage", "block:9"});
+    EXPECT_EQ(wrong.code, kBrokenRule);
+    EXPECT_THAT(wrong.out, HasSubstr("\nwrong: memory.returned: "));
 }
 
 TEST_F(ImporterHostSoak, TheComparisonOfTheTwoPathsMeasuresWhatItIsTold) {

@@ -23,6 +23,7 @@
 #include "tool/shared/base/tool_error.h"
 #include "tool/shared/run/clip_errors.h"
 #include "tool/shared/run/hosted_run.h"
+#include "tool/soak/session_command.h"
 #include "tool/soak/soak_codec_account.h"
 #include "tool/soak/soak_plot.h"
 #include "tool/soak/soak_run.h"
@@ -47,6 +48,7 @@ struct SoakOptions {
     std::string output;
     std::FILE* text = stdout;  ///< for what is told in words
     std::string lose;          // for the tests of this command
+    SessionWords sessions;     ///< instead of minutes
 };
 
 constexpr double kSamplesWanted = 60.0;
@@ -187,6 +189,13 @@ Json toJson(const std::vector<SoakSample>& samples) {
 }
 
 int runSoak(const GlobalOptions& global, SoakOptions options) {
+    if (options.sessions.asked()) {
+        return runSessionWords(global, options.sessions, options.seed, options.output);
+    }
+    if (options.files.empty()) {
+        throw ToolError(kUsage, "name the files to play, or ask for random sessions",
+                        "\"importer_host help soak\" tells more");
+    }
     for (const std::string& file : options.files) {
         requireClipFile(file);
     }
@@ -271,14 +280,35 @@ int runSoak(const GlobalOptions& global, SoakOptions options) {
     return good ? kSuccess : code == kSuccess ? kBrokenRule : code;
 }
 
+void addSessionOptions(CLI::App& parser, SessionWords& words) {
+    parser
+        .add_option(
+            "--sessions", words.sessions,
+            "Instead: so many short random sessions of a host, with faults, damaged files and threads")
+        ->check(CLI::Range(std::uint64_t{1}, std::uint64_t{1} << 40));
+    parser.add_option("--first", words.first, "Number of the first session")->capture_default_str();
+    parser.add_option("--session", words.session, "The session of this number alone, with its log");
+    parser
+        .add_option("--jobs", words.jobs,
+                    "Processes at a time for sessions (default: one for each processor, at most 4)")
+        ->check(CLI::Range(1, 64));
+    parser.add_option("--timeout", words.timeout, "Seconds that a session may take")
+        ->capture_default_str()
+        ->check(CLI::Range(0.1, 86400.0));
+    parser.add_option("--child", words.child)->group("");
+    parser.add_option("--sabotage", words.sabotage)->group("");
+}
+
 }  // namespace
 
 Command addSoakCommand(CLI::App& app) {
     auto options = std::make_shared<SoakOptions>();
     CLI::App* parser = app.add_subcommand(
         "soak", "Play with several clips at random for minutes and watch handles, memory and balance");
-    parser->add_option("FILE", options->files, "AVI files; one that is refused is tried again and again")
-        ->required();
+    parser->add_option(
+        "FILE", options->files,
+        "AVI files; one that is refused is tried again and again. None with --sessions, which has "
+        "files of its own");
     parser->add_option("--minutes", options->minutes, "How long; fractions are fine")
         ->capture_default_str()
         ->check(CLI::Range(0.01, 10000.0));
@@ -300,9 +330,8 @@ Command addSoakCommand(CLI::App& app) {
     parser->add_option("--lose", options->lose)
         ->group("")
         ->check(CLI::IsMember({"handle", "memory", "block", "frame"}));
-    return {parser,
-            [options](const GlobalOptions& global) { return runSoak(global, *options); },
-            {.progress = false}};
+    addSessionOptions(*parser, options->sessions);
+    return {parser, [options](const GlobalOptions& global) { return runSoak(global, *options); }, {}};
 }
 
 }  // namespace simhost::tool

@@ -13,7 +13,7 @@ import tempfile
 import unittest
 
 SOURCE = pathlib.Path(os.environ["ORVANTIS_SOURCE_DIR"])
-SCRIPTS = ["demo.sh", "test.sh", "bench.sh", "lint.sh", "mutate.sh", "coverage.sh", "tests/fuzz/run.sh",
+SCRIPTS = ["demo.sh", "test.sh", "bench.sh", "lint.sh", "mutate.sh", "coverage.sh", ".ci/nightly", "tests/fuzz/run.sh",
            "scripts/check-reproducible.sh", "scripts/install-packages.sh", "scripts/sign-file.sh",
            "scripts/sign-release.sh", "scripts/verify-release.sh", "scripts/build-release.sh",
            "scripts/check-workflows.sh"]
@@ -91,6 +91,59 @@ class Usage(Folder):
                 self.assertEqual(run.returncode, 2)
                 self.assertIn("WRONG", run.stderr)
                 self.assertEqual(self.called(), "")
+
+
+class Nightly(Folder):
+    STEPS = ["mutation", "coverage", "schedules", "proofs", "fuzzing", "sessions", "reproducible"]
+
+    def setUp(self):
+        super().setUp()
+        for name in ("mutate.sh", "coverage.sh", "schedules.sh", "prove.sh"):
+            self.program(name, RECORD, self.root)
+        self.program("run.sh", RECORD, self.root / "tests/fuzz")
+        for name in ("install-packages.sh", "check-reproducible.sh"):
+            self.program(name, RECORD, self.root / "scripts")
+        (self.root / "build/linux-quick/bin").mkdir(parents=True)
+        self.program("importer_host", RECORD, self.root / "build/linux-quick/bin")
+        self.program("wine-run", RECORD, self.root / "build/windows-mingw")
+
+    def results(self, run):
+        lines = run.stdout[run.stdout.index("=== results"):].splitlines()[1:]
+        return {line.split()[0]: line.split()[1] for line in lines}
+
+    def test_every_step_is_run_and_listed(self):
+        run = self.run_script(".ci/nightly", NIGHTLY_SEED="7")
+        self.assertEqual(run.returncode, 0, run.stderr)
+        self.assertEqual(self.results(run), {step: "passed" for step in self.STEPS})
+        self.assertEqual([call for call in self.called().splitlines() if not call.startswith(("cmake", "install"))], [
+            "mutate.sh --sample 200 --seed 7", "coverage.sh ", "schedules.sh ", "prove.sh ", "run.sh 30",
+            "importer_host soak --sessions 200000 --seed 7",
+            "wine-run build/windows-mingw/bin/importer_host.exe soak --sessions 2000 --seed 7", "check-reproducible.sh "])
+
+    def test_a_step_that_fails_is_listed_and_stops_no_other(self):
+        for program, folder, step in (("mutate.sh", ".", "mutation"), ("prove.sh", ".", "proofs"),
+                                      ("run.sh", "tests/fuzz", "fuzzing"),
+                                      ("importer_host", "build/linux-quick/bin", "sessions"),
+                                      ("wine-run", "build/windows-mingw", "sessions")):
+            with self.subTest(program=program):
+                self.program(program, RECORD + "exit 3\n", self.root / folder)
+                run = self.run_script(".ci/nightly")
+                self.assertEqual(run.returncode, 1)
+                expected = {name: "passed" for name in self.STEPS}
+                expected[step] = "FAILED"
+                self.assertEqual(self.results(run), expected)
+                self.program(program, RECORD, self.root / folder)
+
+    def test_steps_can_be_chosen(self):
+        run = self.run_script(".ci/nightly", "proofs", "coverage")
+        self.assertEqual(run.returncode, 0, run.stderr)
+        self.assertEqual(self.results(run), {"proofs": "passed", "coverage": "passed"})
+        self.assertEqual(self.called(), "prove.sh \ncoverage.sh \n")
+
+    def test_the_workflow_runs_the_same_steps(self):
+        workflow = (SOURCE / ".github/workflows/nightly.yml").read_text()
+        self.assertIn(f"step: [{', '.join(self.STEPS)}]", workflow)
+        self.assertIn("run: .ci/nightly ${{ matrix.step }}", workflow)
 
 
 class Packages(Folder):

@@ -25,6 +25,14 @@ AviBuilder cutBuilder() {
     return avi;
 }
 
+// Where the builder has put each chunk, which no index is asked for.
+std::vector<ChunkFact> builtChunks(const AviBuilder& avi) {
+    std::vector<ChunkFact> out;
+    for (const auto& chunk : avi.placements())
+        out.push_back({static_cast<unsigned>(chunk.stream), chunk.offset, chunk.size});
+    return out;
+}
+
 struct Structure {
     const char* name;
     void (*make)(AviBuilder& avi);
@@ -45,9 +53,7 @@ TEST(RescueCuts, EveryByteOfEveryStructure) {
         AviBuilder avi = cutBuilder();
         structure.make(avi);
         TestBytes whole = avi.build();
-        std::vector<ChunkFact> truth;
-        for (const auto& chunk : avi.placements())
-            truth.push_back({static_cast<unsigned>(chunk.stream), chunk.offset, chunk.size});
+        const std::vector<ChunkFact> truth = builtChunks(avi);
         MemoryStorage file(whole);
         for (std::uint64_t size = 0; size <= whole.size(); ++size) {
             ASSERT_EQ(wrongInScan(file, truth, size), "") << structure.name << " cut at " << size;
@@ -61,9 +67,7 @@ TEST(RescueCuts, EveryRescueAtEveryStructuralPoint) {
         AviBuilder avi = cutBuilder();
         structure.make(avi);
         TestBytes whole = avi.build();
-        std::vector<ChunkFact> truth;
-        for (const auto& chunk : avi.placements())
-            truth.push_back({static_cast<unsigned>(chunk.stream), chunk.offset, chunk.size});
+        const std::vector<ChunkFact> truth = builtChunks(avi);
         MemoryStorage file(whole);
         for (const std::uint64_t size : structuralPoints(file)) {
             ASSERT_EQ(wrongInRescue(whole, truth, size), "") << structure.name << " cut at " << size;

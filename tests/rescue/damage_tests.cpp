@@ -247,6 +247,21 @@ TEST(RescueDamage, ManyStretchesAreCountedAndTheFirstAreListed) {
     EXPECT_EQ(scan.chunks.size(), kChunks - 2 * (kChunks / 5));
 }
 
+// A bad disk damages here and there; what is read for each stretch is a few times the stretch.
+TEST(RescueDamage, ManyStretchesCostNoMoreThanTheyTouch) {
+    AviBuilder avi;
+    avi.addStream(orvantis::test::videoStream("O8Y2", 16, 4, 25, 1));
+    constexpr std::size_t kSmall = 4'000;
+    for (std::size_t i = 0; i < kSmall; ++i) avi.addFilledChunk(0, 100, 1);
+    avi.addFilledChunk(0, 6'000'000, 1);
+    TestBytes bytes = avi.idx1(false).build();
+    for (std::size_t i = 3; i < kSmall; i += 5)
+        bytes[static_cast<std::size_t>(avi.placements()[i].offset - 8)] = 0xEE;
+    MemoryStorage file(bytes);
+    EXPECT_EQ(scanClip(file).damagedCount, kSmall / 5);
+    EXPECT_LT(file.bytesRead, 4 * bytes.size());
+}
+
 TEST(RescueNew, AChunkThatTheDiskCannotReadIsNamed) {
     Damaged clip;
     MemoryStorage file(clip.bytes);

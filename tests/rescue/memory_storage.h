@@ -25,6 +25,7 @@ class MemoryStorage : public Storage {
         if (at >= m_bytes.size()) return 0;
         const std::size_t count =
             std::min<std::size_t>(bytes.size(), m_bytes.size() - static_cast<std::size_t>(at));
+        bytesRead += count;
         if (at < m_badEnd && at + count > m_badBegin) throw ToolError(kFailed, "bad sector");
         std::memcpy(bytes.data(), m_bytes.data() + at, count);
         return count;
@@ -46,6 +47,7 @@ class MemoryStorage : public Storage {
     }
 
     int writes = 0;
+    std::uint64_t bytesRead = 0;
 
  private:
     TestBytes& m_bytes;

@@ -1,6 +1,7 @@
 // A file read through one buffer: the places that a search looks at lie near one another.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -13,6 +14,11 @@ namespace simhost::tool {
 class ByteWindow {
  public:
     static constexpr std::size_t kMostBytes = std::size_t{1} << 20;
+    /// What a look at an unknown stretch begins with: pieces grow, so that a short one costs little.
+    static constexpr std::size_t kFirstPiece = 4096;
+    static constexpr std::size_t nextPiece(std::size_t piece) noexcept {
+        return std::min(4 * piece, kMostBytes);
+    }
 
     explicit ByteWindow(Storage& file) : m_file(file), m_size(file.size()) {}
 
@@ -30,9 +36,9 @@ class ByteWindow {
     /// nothing. `step` is told how far it is, now and then.
     template <class Step>
     std::uint64_t skipZeros(std::uint64_t at, Step&& step) {
-        while (at < m_size) {
+        for (std::size_t piece = kFirstPiece; at < m_size; piece = nextPiece(piece)) {
             at = m_file.dataFrom(at).begin;
-            const std::span<const std::uint8_t> bytes = view(at, kMostBytes, kMostBytes);
+            const std::span<const std::uint8_t> bytes = view(at, piece, piece);
             for (std::size_t i = 0; i < bytes.size(); ++i) {
                 if (bytes[i] != 0) {
                     return at + i;

@@ -308,8 +308,6 @@ class Scanner {
         }
         m_out.chunks.add({m_at + kChunkBytes, head.size, head.code, head.stream});
         m_most[head.stream] = std::max(m_most[head.stream], std::uint64_t{4} * head.size);
-        constexpr std::uint32_t kFar = 64 * 1024;
-        m_ahead = head.size > kFar ? 4096 : 4 * kFar;
         m_at = *next;
         m_out.forms.back().dataEnd = std::min(m_at, m_out.fileSize);
     }
@@ -318,6 +316,9 @@ class Scanner {
     std::optional<std::uint64_t> nextAfter(const Head& head) {
         const std::uint64_t end = endOf(m_at, head);
         const std::uint64_t next = paddedEndOf(m_at, head);
+        // Small chunks are read together, large ones jumped over.
+        constexpr std::uint32_t kFar = 64 * 1024;
+        m_ahead = head.size > kFar ? 4096 : 4 * kFar;
         if (follows(next) || next == moviEnd() || next == formEnd()) {
             return next;
         }
@@ -386,30 +387,27 @@ class Scanner {
 
     std::uint64_t search(std::uint64_t at) {
         constexpr std::size_t kOverlap = 3;
-        while (at < m_out.fileSize) {
+        for (std::size_t piece = ByteWindow::kFirstPiece; at < m_out.fileSize;) {
             const std::uint64_t data = m_file.dataFrom(at).begin;
             if (data > at) {
                 at = data;
                 continue;
             }
-            const auto bytes = searched(at);
+            // The walk's window is not at its place while there is damage.
+            const auto bytes = m_walk.view(at, piece, piece);
             for (std::size_t i = 0; i + kOverlap < bytes.size(); ++i) {
                 if (mayBegin(bytes.data() + i) && begins(at + i) && (!m_inCut || leadsToTheEnd(at + i))) {
                     return at + i;
                 }
             }
             tellStep(at);
-            if (bytes.size() < ByteWindow::kMostBytes) {
+            if (bytes.size() < piece) {
                 break;
             }
             at += bytes.size() - kOverlap;
+            piece = ByteWindow::nextPiece(piece);
         }
         return m_out.fileSize;
-    }
-
-    // The walk's window is not at its place while there is damage.
-    std::span<const std::uint8_t> searched(std::uint64_t at) {
-        return m_walk.view(at, ByteWindow::kMostBytes, ByteWindow::kMostBytes);
     }
 
     static bool mayBegin(const std::uint8_t* bytes) {

@@ -54,6 +54,16 @@ struct Damaged {
     }
 };
 
+// A file that still tells its old size when it is asked.
+class ShortenedStorage final : public MemoryStorage {
+ public:
+    ShortenedStorage(std::uint64_t oldSize, TestBytes& bytes) : MemoryStorage(bytes), m_oldSize(oldSize) {}
+    std::uint64_t size() override { return m_oldSize; }
+
+ private:
+    std::uint64_t m_oldSize;
+};
+
 std::vector<Stretch::Kind> kindsOf(const ClipScan& scan) {
     std::vector<Stretch::Kind> out;
     for (const Stretch& stretch : scan.damaged) out.push_back(stretch.kind);
@@ -276,6 +286,25 @@ TEST(RescueNew, AChunkThatTheDiskCannotReadIsNamed) {
     } catch (const UnreadableChunk& chunk) {
         EXPECT_EQ(chunk.number(), 5U);
         EXPECT_STREQ(chunk.what(), "bad sector");
+    }
+}
+
+// Another program shortens the file between the search and the writing: bytes that are gone are not made up.
+TEST(RescueNew, AChunkThatIsGoneMeanwhileIsNamed) {
+    Damaged clip;
+    MemoryStorage file(clip.bytes);
+    const ClipScan scan = scanClip(file);
+    TestBytes shorter = clip.bytes;
+    shorter.resize(static_cast<std::size_t>(clip.chunk(8) + 60));
+    ShortenedStorage source(clip.bytes.size(), shorter);
+    TestBytes out;
+    MemoryStorage target(out);
+    try {
+        writeNewClip(source, scan, layOutNewClip(scan), target);
+        FAIL();
+    } catch (const UnreadableChunk& chunk) {
+        EXPECT_EQ(chunk.number(), 8U);
+        EXPECT_THAT(chunk.what(), ::testing::HasSubstr("the file ended while it was read"));
     }
 }
 

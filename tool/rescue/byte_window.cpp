@@ -26,6 +26,7 @@ void ByteWindow::fill(std::uint64_t at, std::size_t count) {
     try {
         const std::size_t got = m_file.read(at, all);
         std::fill(m_bytes.begin() + static_cast<std::ptrdiff_t>(got), m_bytes.end(), std::uint8_t{0xFF});
+        m_unreadable = got < count;  // another program has shortened the file
         return;
     } catch (const ToolError&) {
         m_unreadable = true;

@@ -95,6 +95,14 @@ TEST(RescueLarge, AMillionFramesInAHundredGigabytesAreFoundByTheirHeaders) {
     EXPECT_GT(layout.size, kFrames * 100'008 + kFrames * 8);
 }
 
+// Only a file of holes comes to that; places beyond 48 bits would be taken for others.
+TEST(RescueLarge, AFileBeyondAllPlacesIsRefused) {
+    EndlessClip clip(200'000, 2'000'000'000);
+    ASSERT_GT(clip.size(), std::uint64_t{1} << 48);
+    EXPECT_THROW((void)scanClip(clip), ToolError);
+    EXPECT_EQ(clip.reads, 0U);
+}
+
 TEST(RescueLarge, AStopInTheStepEndsTheSearch) {
     EndlessClip clip(100'000, 100'000);
     EXPECT_THROW((void)scanClip(clip,

@@ -66,6 +66,9 @@ class Scanner {
 
     ClipScan run() {
         m_out.fileSize = m_walk.size();
+        if (m_out.fileSize > FoundChunk::kMostOffset) {
+            throw ToolError(kFailed, "the file is larger than any recording");
+        }
         m_out.headers = readClipHeaders(m_walk);
         if (!m_out.headers.fault.empty()) {
             return std::move(m_out);
@@ -224,7 +227,6 @@ class Scanner {
                     form.moviAt = m_at;
                     form.moviSize = head.size;
                     form.dataEnd = m_at + kListBytes;
-                    form.firstChunk = m_out.chunks.size();
                 }
                 m_at += kListBytes;
                 break;
@@ -283,7 +285,6 @@ class Scanner {
         form.at = m_at;
         form.formSize = head.size;
         form.dataEnd = m_at + kListBytes;
-        form.firstChunk = m_out.chunks.size();
         m_out.forms.push_back(form);
     }
 

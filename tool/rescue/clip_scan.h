@@ -47,7 +47,6 @@ struct FoundForm {
     std::uint32_t moviSize = 0;    ///< likewise
     std::uint64_t indexAt = 0;     ///< of idx1; 0: none that is whole
     std::uint64_t recAt = 0;       ///< of the last list 'rec '; 0: none
-    std::size_t firstChunk = 0;
 };
 
 struct ClipScan {
@@ -71,7 +70,8 @@ struct ClipScan {
 /// Called with the place in the file that the search has come to; may throw to end it.
 using ScanStep = std::function<void(std::uint64_t)>;
 
-/// Throws ToolError when the file cannot be read at all, or holds more chunks than FoundChunks::kMost.
+/// Throws ToolError when the file cannot be read at all, is larger than FoundChunk::kMostOffset, or holds
+/// more chunks than FoundChunks::kMost.
 ClipScan scanClip(Storage& file, const ScanStep& step = {});
 
 }  // namespace simhost::tool

@@ -346,6 +346,18 @@ TEST(RescueNew, SoundHeadersAreKeptByteForByte) {
     }
 }
 
+// Padding of any size may stand before the data; the new form's size has 32 bits.
+TEST(RescueNew, EndlessPaddingBeforeTheDataIsLeftOut) {
+    Damaged clip;
+    ClipScan scan = clip.scan();
+    const std::uint64_t before = scan.headers.moviAt - scan.headers.end();
+    EXPECT_EQ(layOutNewClip(scan).between.bytes(), before - scan.headers.bytes.size() % 2);
+    scan.headers.moviAt += std::uint64_t{5} << 30;
+    const NewClipLayout layout = layOutNewClip(scan);
+    EXPECT_EQ(layout.between, Extent{});
+    EXPECT_LT(layout.size, clip.bytes.size() + 1000);
+}
+
 TEST(RescueNew, KeyFramesAreThoseOfTheOldIndex) {
     AviBuilder avi;
     avi.addStream(orvantis::test::videoStream("O8Y2", 16, 4, 25, 1));

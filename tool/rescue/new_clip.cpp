@@ -91,7 +91,8 @@ class LayOut {
     void place() {
         const ClipHeaders& old = m_scan.headers;
         const std::uint64_t afterOld = old.end() + old.bytes.size() % 2;
-        m_out.between = old.moviAt > afterOld ? Extent{afterOld, old.moviAt} : Extent{};
+        const bool kept = old.moviAt > afterOld && old.moviAt - afterOld <= NewClipLayout::kMostBetween;
+        m_out.between = kept ? Extent{afterOld, old.moviAt} : Extent{};
         std::uint64_t at = 0;
         for (std::size_t f = 0; f < m_out.forms.size(); ++f) {
             NewClipLayout::Form& form = m_out.forms[f];

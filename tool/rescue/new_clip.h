@@ -55,6 +55,10 @@ void writeNewClip(Storage& source, const ClipScan& scan, const NewClipLayout& la
                   const WriteStep& step = {});
 
 struct NewClipLayout {
+    /// What lies between headers and data is texts and padding. More would not fit into a form with a
+    /// gigabyte of data and the largest chunk, which has 32 bits for its size.
+    static constexpr std::uint64_t kMostBetween = std::uint64_t{64} << 20;
+
     struct Form {
         std::size_t first = 0;  ///< of its chunks
         std::size_t last = 0;
@@ -66,7 +70,7 @@ struct NewClipLayout {
     };
 
     FileBytes headers;        ///< everything of the list 'hdrl'
-    Extent between;           ///< of the old file: what lies between headers and data
+    Extent between;           ///< of the old file: what lies between headers and data, unless it is too much
     std::vector<Form> forms;  ///< at least one
     std::uint64_t size = 0;
 };

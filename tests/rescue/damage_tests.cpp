@@ -272,25 +272,31 @@ TEST(RescueDamage, ManyStretchesCostNoMoreThanTheyTouch) {
     EXPECT_LT(file.bytesRead, 4 * bytes.size());
 }
 
-TEST(RescueNew, AChunkThatTheDiskCannotReadIsNamed) {
+TEST(RescueNew, ChunksThatTheDiskCannotReadAreNamed) {
     Damaged clip;
     MemoryStorage file(clip.bytes);
-    const ClipScan scan = scanClip(file);
-    const auto bad = static_cast<std::uint64_t>(clip.chunk(5) + 60);
-    file.makeUnreadable(bad, bad + 1);
+    ClipScan scan = scanClip(file);
+    file.makeUnreadable(static_cast<std::uint64_t>(clip.chunk(5) + 60),
+                        static_cast<std::uint64_t>(clip.chunk(6) + 20));
     TestBytes out;
     MemoryStorage target(out);
     try {
         writeNewClip(file, scan, layOutNewClip(scan), target);
         FAIL();
-    } catch (const UnreadableChunk& chunk) {
-        EXPECT_EQ(chunk.number(), 5U);
-        EXPECT_STREQ(chunk.what(), "bad sector");
+    } catch (const UnreadableChunks& chunks) {
+        EXPECT_THAT(chunks.numbers(), ElementsAre(5U, 6U)) << "all that there are, by one look at the disk";
+        EXPECT_STREQ(chunks.what(), "bad sector");
     }
+    // Without them, byte for byte.
+    scan.chunks.remove(std::vector<std::size_t>{5, 6});
+    ASSERT_EQ(scan.chunks.size(), 8U);
+    out.clear();
+    writeNewClip(file, scan, layOutNewClip(scan), target);
+    EXPECT_EQ(dataOf(target, indexedChunks(target), 2), dataOf(file, foundChunks(scan), 2));
 }
 
 // Another program shortens the file between the search and the writing: bytes that are gone are not made up.
-TEST(RescueNew, AChunkThatIsGoneMeanwhileIsNamed) {
+TEST(RescueNew, ChunksThatAreGoneMeanwhileAreNamed) {
     Damaged clip;
     MemoryStorage file(clip.bytes);
     const ClipScan scan = scanClip(file);
@@ -302,9 +308,9 @@ TEST(RescueNew, AChunkThatIsGoneMeanwhileIsNamed) {
     try {
         writeNewClip(source, scan, layOutNewClip(scan), target);
         FAIL();
-    } catch (const UnreadableChunk& chunk) {
-        EXPECT_EQ(chunk.number(), 8U);
-        EXPECT_THAT(chunk.what(), ::testing::HasSubstr("the file ended while it was read"));
+    } catch (const UnreadableChunks& chunks) {
+        EXPECT_THAT(chunks.numbers(), ElementsAre(8U, 9U));
+        EXPECT_THAT(chunks.what(), ::testing::HasSubstr("the file ended while it was read"));
     }
 }
 

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <vector>
 
 namespace simhost::tool {
@@ -59,11 +60,18 @@ class FoundChunks {
         }
         (*this)[m_size++] = chunk;
     }
-    void removeAt(std::size_t i) noexcept {
-        for (; i + 1 < m_size; ++i) {
-            (*this)[i] = (*this)[i + 1];
+    /// `numbers` ascend.
+    void remove(std::span<const std::size_t> numbers) noexcept {
+        auto gone = numbers.begin();
+        std::size_t kept = 0;
+        for (std::size_t i = 0; i < m_size; ++i) {
+            if (gone != numbers.end() && *gone == i) {
+                ++gone;
+            } else {
+                (*this)[kept++] = (*this)[i];
+            }
         }
-        --m_size;
+        m_size = kept;
     }
     /// The first one whose data begins at `offset` or behind it.
     std::size_t firstFrom(std::uint64_t offset) const noexcept {

@@ -208,6 +208,9 @@ class Writer {
         }
         m_sink.flush();
         m_target.resize(m_layout.size);
+        if (!m_unreadable.empty()) {
+            throw UnreadableChunks(std::move(m_unreadable), m_reason);
+        }
     }
 
  private:
@@ -254,13 +257,17 @@ class Writer {
     void writeChunk(std::size_t number) {
         const FoundChunk& chunk = m_scan.chunks[number];
         putHeader(m_sink.bytes(), chunk.code(), chunk.size());
+        const std::uint64_t end = m_sink.at() + chunk.size();
         try {
             copy({chunk.offset(), chunk.end()});
         } catch (const ToolError& error) {
             if (error.code() != kFailed) {
                 throw;
             }
-            throw UnreadableChunk(number, error.what());
+            // Others may follow: one look at a bad disk is slow enough.
+            m_reason = m_unreadable.empty() ? error.what() : m_reason;
+            m_unreadable.push_back(number);
+            m_sink.skip(end - m_sink.at());
         }
         if (chunk.size() % 2 != 0) {
             m_sink.bytes().push_back(0);
@@ -313,6 +320,8 @@ class Writer {
     Storage& m_target;
     Sink m_sink;
     Extent m_data;
+    std::vector<std::size_t> m_unreadable;
+    std::string m_reason;  // for the first of them
 };
 
 }  // namespace

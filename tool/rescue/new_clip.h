@@ -7,6 +7,7 @@
 #include <functional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tool/rescue/clip_scan.h"
@@ -32,16 +33,17 @@ struct StreamTotals {
 NewHeaders rebuildHeaders(const ClipHeaders& old, const std::vector<StreamTotals>& streams,
                           std::uint64_t firstFormFrames, std::uint64_t allFrames);
 
-/// A chunk that the disk cannot read; what() is the system's reason.
-class UnreadableChunk : public std::runtime_error {
+/// Chunks that the disk cannot read; what() is the system's reason for the first.
+class UnreadableChunks : public std::runtime_error {
  public:
-    UnreadableChunk(std::size_t number, const std::string& reason)
-        : std::runtime_error(reason), m_number(number) {}
+    UnreadableChunks(std::vector<std::size_t> numbers, const std::string& reason)
+        : std::runtime_error(reason), m_numbers(std::move(numbers)) {}
 
-    std::size_t number() const noexcept { return m_number; }
+    /// Ascending.
+    const std::vector<std::size_t>& numbers() const noexcept { return m_numbers; }
 
  private:
-    std::size_t m_number;
+    std::vector<std::size_t> m_numbers;
 };
 
 /// Called with the bytes written so far; may throw to end it.
@@ -50,7 +52,8 @@ using WriteStep = std::function<void(std::uint64_t)>;
 struct NewClipLayout;
 /// Where everything will be in the new file. `formBytes` is what a RIFF form may hold.
 NewClipLayout layOutNewClip(const ClipScan& scan, std::uint64_t formBytes = std::uint64_t{1} << 30);
-/// Writes `target` from its beginning to its end. Throws UnreadableChunk; the target is of no use then.
+/// Writes `target` from its beginning to its end. Throws UnreadableChunks when all has been read; the target
+/// is of no use then.
 void writeNewClip(Storage& source, const ClipScan& scan, const NewClipLayout& layout, Storage& target,
                   const WriteStep& step = {});
 

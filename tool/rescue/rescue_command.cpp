@@ -117,10 +117,10 @@ void requireChunks(const Found& found, const RescueOptions& options) {
     }
 }
 
-// Ends with the new file under its name. A chunk that the disk cannot read is left out, and all is written
-// anew: its place in the file would be left over.
+// Ends with the new file under its name. Chunks that the disk cannot read are left out, and all is written
+// anew: their places in the file would be left over.
 void writeOutput(Storage& clip, Found& found, const RescueOptions& options, bool progress) {
-    constexpr int kMostAttempts = 100;
+    constexpr int kMostAttempts = 5;  // a disk that goes on failing is none to work on
     const FileFacts facts = fileFacts(options.output);
     const auto folder = pathFromUtf8(facts.path).parent_path();
     for (int attempt = 1;; ++attempt) {
@@ -137,18 +137,19 @@ void writeOutput(Storage& clip, Found& found, const RescueOptions& options, bool
             }
             systemDisk().publish(part.path(), options.output);
             return;
-        } catch (const UnreadableChunk& bad) {
+        } catch (const UnreadableChunks& bad) {
             if (attempt == kMostAttempts) {
                 throw ToolError(kFailed, bad.what(),
                                 "copy what can be read of the disk first, then rescue the copy");
             }
-            const FoundChunk chunk = found.scan.chunks[bad.number()];
-            Stretch stretch{{chunk.offset() - kChunkHeaderSize, chunk.end()},
-                            Stretch::Kind::kUnreadable,
-                            chunk.stream(),
-                            chunk.code()};
-            found.scan.addDamage(stretch);
-            found.scan.chunks.removeAt(bad.number());
+            for (const std::size_t number : bad.numbers()) {
+                const FoundChunk& chunk = found.scan.chunks[number];
+                found.scan.addDamage({{chunk.offset() - kChunkHeaderSize, chunk.end()},
+                                      Stretch::Kind::kUnreadable,
+                                      chunk.stream(),
+                                      chunk.code()});
+            }
+            found.scan.chunks.remove(bad.numbers());
             found.check = checkIndexes(clip, found.scan);
         }
     }

@@ -6,6 +6,7 @@
 #include <memory>
 #include <vector>
 
+#include "tool/shared/base/interruption.h"
 #include "tool/shared/base/tool_error.h"
 
 namespace simhost::tool {
@@ -174,6 +175,7 @@ void change(Storage& clip, const Mending& mending) {
     clip.write(mending.appendAt, mending.append);
     clip.flush();
     for (const Patch& patch : mending.patches) {
+        throwIfInterrupted();
         clip.write(patch.at, patch.bytes);
     }
     clip.flush();

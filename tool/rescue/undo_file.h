@@ -14,7 +14,8 @@ namespace simhost::tool {
 std::string undoPathOf(const std::string& clipPath);
 
 /// Does it. `clip` is the open file that `mending` was planned for; `part` a name for the unfinished undo
-/// file. When a write fails the old bytes are put back before the failure is passed on.
+/// file. When a write fails, or the program is to end, the old bytes are put back before the failure is
+/// passed on.
 void applyMending(Disk& disk, Storage& clip, const std::string& undoPath, const std::string& part,
                   const Mending& mending);
 

@@ -9,6 +9,7 @@ namespace simhost::tool {
 namespace {
 
 std::atomic<bool> g_interrupted = false;
+std::atomic<int> g_holders = 0;
 
 }  // namespace
 
@@ -20,6 +21,18 @@ void throwIfInterrupted() {
     if (interrupted()) {
         throw ToolError(kInterrupted, "interrupted; what was unfinished is removed");
     }
+}
+
+EndHeldBack::EndHeldBack() noexcept {
+    ++g_holders;
+}
+
+EndHeldBack::~EndHeldBack() {
+    --g_holders;
+}
+
+bool detail::endIsHeldBack() noexcept {
+    return g_holders > 0;
 }
 
 void detail::noteInterruption() noexcept {

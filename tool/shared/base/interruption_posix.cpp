@@ -11,13 +11,7 @@
 #include "tool/shared/base/tool_error.h"
 
 namespace simhost::tool {
-namespace {
-
-constexpr timespec kPatience{3, 0};
-
-}  // namespace
-
-void watchForInterruption() {
+void watchForInterruption(std::chrono::milliseconds patience) {
     sigset_t signals;
     (void)sigemptyset(&signals);
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
@@ -25,11 +19,14 @@ void watchForInterruption() {
     }
     // Every later thread has this mask too.
     (void)pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-    std::thread([signals] {
+    std::thread([signals, patience] {
         int signal = 0;
         (void)sigwait(&signals, &signal);
         detail::noteInterruption();
-        (void)sigtimedwait(&signals, nullptr, &kPatience);
+        const auto whole = std::chrono::duration_cast<std::chrono::seconds>(patience);
+        const timespec time{whole.count(), std::chrono::nanoseconds(patience - whole).count()};
+        while (sigtimedwait(&signals, nullptr, &time) < 0 && detail::endIsHeldBack()) {
+        }
         removeTemporaryPaths();
         std::_Exit(kInterrupted);
     }).detach();

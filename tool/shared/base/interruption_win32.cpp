@@ -10,14 +10,16 @@
 namespace simhost::tool {
 namespace {
 
-constexpr DWORD kPatienceMilliseconds = 3000;
+std::atomic<DWORD> g_patienceMilliseconds = 3000;
 
 BOOL WINAPI handleEvent(DWORD /*event*/) {
     static std::atomic<bool> again = false;
     const bool first = !again.exchange(true);
     detail::noteInterruption();
     if (first) {
-        Sleep(kPatienceMilliseconds);
+        do {
+            Sleep(g_patienceMilliseconds);
+        } while (detail::endIsHeldBack());
     }
     removeTemporaryPaths();
     // Without the ends of modules, which other threads are at work in.
@@ -27,7 +29,8 @@ BOOL WINAPI handleEvent(DWORD /*event*/) {
 
 }  // namespace
 
-void watchForInterruption() {
+void watchForInterruption(std::chrono::milliseconds patience) {
+    g_patienceMilliseconds = static_cast<DWORD>(patience.count());
     (void)SetConsoleCtrlHandler(handleEvent, TRUE);
 }
 

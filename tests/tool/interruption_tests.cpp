@@ -1,20 +1,11 @@
-// Ctrl-C: nothing unfinished stays, and the exit code is no success. Native only: a child can be sent a
-// signal.
-#include <fcntl.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <array>
-#include <csignal>
+// Ctrl-C: nothing unfinished stays, and the exit code is no success.
 #include <filesystem>
-#include <stdexcept>
 
 #include "standin/gate.h"
+#include "tests/support/child_process.h"
 #include "tests/support/environment.h"
+#include "tests/tool/running_tool.h"
 #include "tests/tool/tool_run.h"
-
-extern char** environ;
 
 namespace {
 
@@ -23,64 +14,6 @@ using orvantis::test::ScopedEnvironment;
 using simhost::tool::kInterrupted;
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-// The tool at work, with its error stream at hand.
-class RunningTool {
- public:
-    explicit RunningTool(std::vector<std::string> arguments) {
-        std::array<int, 2> pipe{};
-        if (::pipe2(pipe.data(), O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
-        arguments.insert(arguments.begin(), ORVANTIS_BUILT_TOOL);
-        std::vector<char*> words;
-        for (std::string& word : arguments) words.push_back(word.data());
-        words.push_back(nullptr);
-        posix_spawn_file_actions_t actions;
-        (void)posix_spawn_file_actions_init(&actions);
-        (void)posix_spawn_file_actions_adddup2(&actions, pipe[1], 2);
-        const int failed =
-            posix_spawn(&m_process, ORVANTIS_BUILT_TOOL, &actions, nullptr, words.data(), environ);
-        (void)posix_spawn_file_actions_destroy(&actions);
-        (void)::close(pipe[1]);
-        m_errors = pipe[0];
-        if (failed != 0) throw std::runtime_error("cannot start the tool");
-    }
-    RunningTool(const RunningTool&) = delete;
-    RunningTool& operator=(const RunningTool&) = delete;
-    ~RunningTool() {
-        if (m_process != 0) {  // the test has failed before its end
-            (void)::kill(m_process, SIGKILL);
-            (void)::waitpid(m_process, nullptr, 0);
-        }
-        (void)::close(m_errors);
-    }
-
-    /// Reads the error stream until the text has come. False when the stream ends first.
-    bool waitFor(const std::string& text) {
-        std::string read;
-        std::array<char, 256> block{};
-        while (read.find(text) == std::string::npos) {
-            const ssize_t count = ::read(m_errors, block.data(), block.size());
-            if (count <= 0) return false;
-            read.append(block.data(), static_cast<std::size_t>(count));
-        }
-        return true;
-    }
-    void interrupt() const { (void)::kill(m_process, SIGINT); }
-    /// Gives the exit code; 128 and more after a signal.
-    int wait() {
-        std::array<char, 4096> rest{};
-        while (::read(m_errors, rest.data(), rest.size()) > 0) {
-        }
-        int status = 0;
-        (void)::waitpid(m_process, &status, 0);
-        m_process = 0;
-        return WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
-    }
-
- private:
-    pid_t m_process = 0;
-    int m_errors = -1;
-};
 
 class ToolInterruption : public ToolTest {
  protected:
@@ -97,7 +30,11 @@ class ToolInterruption : public ToolTest {
         return write("endless.avi", bytes);
     }
 
+#if defined(_WIN32)
+    const ScopedEnvironment temporary{"TMP", in("temporary")};
+#else
     const ScopedEnvironment temporary{"TMPDIR", in("temporary")};
+#endif
 };
 
 TEST_F(ToolInterruption, AnUnfinishedFileGoesAndTheEarlierOneStays) {
@@ -111,8 +48,10 @@ TEST_F(ToolInterruption, AnUnfinishedFileGoesAndTheEarlierOneStays) {
     EXPECT_THAT(namesIn(folder.path()), ElementsAre("endless.avi", "sound.wav", "temporary"));
 }
 
+#if !defined(_WIN32)  // where a log that is open cannot be removed
+
 TEST_F(ToolInterruption, TheRunsOwnLogGoesEvenWhileThePlugInIsAtWork) {
-    const std::string name = "interruption-" + std::to_string(::getpid());
+    const std::string name = "interruption-" + std::to_string(orvantis::test::thisProcessId());
     Gate::remove(name);
     Gate gate(name);
     {
@@ -129,8 +68,10 @@ TEST_F(ToolInterruption, TheRunsOwnLogGoesEvenWhileThePlugInIsAtWork) {
     EXPECT_FALSE(std::filesystem::exists(folder / "out" / "clip.avi.html"));
 }
 
+#endif
+
 TEST_F(ToolInterruption, WorkThatComesToItsNextStepCleansUp) {
-    const std::string name = "interruption-next-" + std::to_string(::getpid());
+    const std::string name = "interruption-next-" + std::to_string(orvantis::test::thisProcessId());
     Gate::remove(name);
     Gate gate(name);
     {
@@ -147,7 +88,7 @@ TEST_F(ToolInterruption, WorkThatComesToItsNextStepCleansUp) {
 }
 
 TEST_F(ToolInterruption, VerifyGoesOnWhereItWas) {
-    const std::string name = "interruption-verify-" + std::to_string(::getpid());
+    const std::string name = "interruption-verify-" + std::to_string(orvantis::test::thisProcessId());
     const std::string clip = soundClip();
     Gate::remove(name);
     Gate gate(name);

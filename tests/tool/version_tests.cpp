@@ -45,6 +45,7 @@ TEST_F(ToolVersions, InfoHasThemWithBothDates) {
     EXPECT_THAT(json["made"].get<std::string>(), MatchesRegex(kDate));
     EXPECT_THAT(json["file"]["modified"].get<std::string>(), MatchesRegex(kDate));
     const std::string text = runTool({"info", clip}).out;
+    EXPECT_THAT(text, StartsWith("file:\n  path: " + clip + "\n")) << "what was asked about comes first";
     for (const char* line : {"made: 20", "  modified: 20", "  hostProfile: default\n"}) {
         EXPECT_THAT(text, HasSubstr(line));
     }

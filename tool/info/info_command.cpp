@@ -265,6 +265,9 @@ int runInfo(const GlobalOptions& global, const InfoOptions& options) {
     checkOutput(options.output);
     return runHosted(global, [&](HostedRun& hosted) {
         Json out;
+        // What was asked about stands first; what is the same for every file, with the long list of coded
+        // types, last.
+        const int result = addFiles(hosted, files, out);
         out["made"] = dateText(std::chrono::duration_cast<std::chrono::seconds>(
                                    std::chrono::system_clock::now().time_since_epoch())
                                    .count());
@@ -272,7 +275,6 @@ int runInfo(const GlobalOptions& global, const InfoOptions& options) {
         out["host"] = {{"profile", hosted.host().profile().name},
                        {"interfaceVersion", hosted.host().profile().interfaceVersion}};
         out["plugin"] = aboutPlugin(hosted);
-        const int result = addFiles(hosted, files, out);
         const std::string text = global.json ? jsonText(out) : textOf(out, "");
         writeAnswer(options.output, text);
         return result;

@@ -2,6 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "tests/support/avi_builder/avi_builder.h"
+#include "tests/support/temp_folder.h"
 #include "tool/shared/base/md5.h"
 #include "tool/shared/base/tool_error.h"
 #include "tool/verify/clip_hashes.h"
@@ -172,6 +174,41 @@ std::vector<std::string> told(const ClipHashes& clip, const FrameMd5File& list) 
 TEST(HashComparison, TheClipsOwnListFinds) {
     const ClipHashes clip = smallClip();
     EXPECT_THAT(told(clip, toFrameMd5(clip)), testing::IsEmpty());
+}
+
+// Whatever an importer answers: what has no hash has not been verified.
+TEST(HashComparison, AFrameWithoutAHashIsNotWhole) {
+    ClipHashes clip = smallClip();
+    clip.pictures[2].done = false;
+    const auto findings = judge(clip, nullptr, {});
+    ASSERT_EQ(findings.size(), 1U);
+    EXPECT_EQ(findings[0].kind, FindingKind::kUndecodable);
+    EXPECT_EQ(findings[0].first, 2U);
+    EXPECT_EQ(findings[0].note, "the plug-in gives no picture");
+}
+
+// An index may name the same bytes any number of times.
+TEST(ClipChunksRead, AnIndexOfMoreThanTheFileHasFewBlocks) {
+    orvantis::test::AviBuilder avi;
+    avi.addStream(orvantis::test::videoStream("O8Y2", 16, 4, 25, 1));
+    avi.addStream(orvantis::test::pcmStream(1, 8000, 16));
+    constexpr std::uint32_t kBytes = 400'000;
+    constexpr std::size_t kEntries = 200;
+    avi.addFilledChunk(1, kBytes, 1);
+    for (std::size_t i = 1; i < kEntries; ++i) avi.addFilledChunk(1, 0, 1);
+    auto bytes = avi.build();
+    // Every entry of idx1 becomes the first.
+    const auto first = bytes.begin() + static_cast<std::ptrdiff_t>(avi.idx1Offset()) + 8;
+    for (std::size_t i = 1; i < kEntries; ++i)
+        std::copy_n(first, 16, first + static_cast<std::ptrdiff_t>(16 * i));
+    const orvantis::test::TempFolder folder;
+    orvantis::test::writeFile(folder / "a.avi",
+                              std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
+    const auto chunks = simhost::tool::readClipChunks(orvantis::test::utf8Path(folder / "a.avi"));
+    ASSERT_TRUE(chunks.has_value());
+    ASSERT_EQ(chunks->sounds.size(), 1U);
+    EXPECT_EQ(chunks->sounds[0].sampleFrames, kEntries * kBytes / 2);
+    EXPECT_LT(chunks->sounds[0].blocks.size(), kBytes / 2 / 1024 + 2 + kEntries);
 }
 
 TEST(HashComparison, NamesWhatDiffersAndWhatIsNotThere) {

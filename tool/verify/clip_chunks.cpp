@@ -41,9 +41,11 @@ SoundChunks soundOf(const orvantis::AviStream& stream, std::uint64_t fileSize) {
     if (frameBytes == 0) {
         return out;
     }
-    // A sound of one byte a sample frame is read chunk by chunk.
-    const std::uint64_t most = frameBytes == 1 ? UINT32_MAX : kBlockSamples;
     for (const orvantis::IndexEntry& entry : stream.entries()) {
+        // A sound of one byte a sample frame is read chunk by chunk; so is one of an index that names more
+        // than the file holds, the same bytes again and again: its blocks would be without number.
+        const bool whole = frameBytes == 1 || entry.start + entry.size > fileSize;
+        const std::uint64_t most = whole ? UINT32_MAX : kBlockSamples;
         const std::uint64_t end = (entry.start + entry.size) / frameBytes;
         const ChunkState state = isInside(entry, fileSize) ? ChunkState::kThere : ChunkState::kMissing;
         for (std::uint64_t at = entry.start / frameBytes; at < end;) {

@@ -38,7 +38,8 @@ struct ClipChunks {
     std::vector<SoundChunks> sounds;
 };
 
-/// Nothing when the file cannot be read as AVI.
+/// Nothing when the file cannot be read as AVI. What it takes goes with the number of index entries and the
+/// file's size.
 std::optional<ClipChunks> readClipChunks(const std::string& pathUtf8);
 
 }  // namespace simhost::tool

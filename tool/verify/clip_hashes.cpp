@@ -96,8 +96,9 @@ void judgeAlone(const ClipHashes& clip, Judgement& out) {
             out.add(FindingKind::kMissing, 0, i, 1, 0, "its data lies beyond the end of the file");
         } else if (result != 0 && state == ChunkState::kRepeated) {
             out.add(FindingKind::kMissing, 0, i, 1, 0, "it repeats a frame that is not there");
-        } else if (result != 0) {
-            out.add(FindingKind::kUndecodable, 0, i, 1, result);
+        } else if (result != 0 || !clip.pictures[i].done) {
+            out.add(FindingKind::kUndecodable, 0, i, 1, result,
+                    result == 0 ? "the plug-in gives no picture" : "");
         } else if (state == ChunkState::kRepeated) {
             out.add(FindingKind::kRepeated, 0, i, 1);
         }

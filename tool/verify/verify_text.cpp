@@ -40,7 +40,8 @@ std::string findingText(const VerifyFinding& finding) {
         case FindingKind::kMissing:
             return "MISSING: " + placeText(finding) + note;
         case FindingKind::kUndecodable:
-            return "UNDECODABLE: " + placeText(finding) + ": " + resultText(finding.result);
+            return "UNDECODABLE: " + placeText(finding) +
+                   (note.empty() ? ": " + resultText(finding.result) : note);
         case FindingKind::kDifferent:
             return "DIFFERENT: " + placeText(finding);
         case FindingKind::kUnlisted:

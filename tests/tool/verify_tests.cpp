@@ -163,6 +163,45 @@ TEST_F(ToolVerify, AListOfAnotherLayoutIsRefused) {
 
 #endif
 
+// YUV 4:4:4 of ten bits, which no layout of the host holds as it is: hashed as the host gets it.
+TEST_F(ToolVerify, PicturesWithoutALayoutOfTheirOwnAreHashedAsTheHostGetsThem) {
+    std::mt19937 random(7);
+    AviBuilder avi;
+    avi.addStream(orvantis::test::videoStream("O0Y4", 16, 8, 25, 1));
+    for (int i = 0; i < 4; ++i) {
+        Bytes picture;
+        for (int plane = 0; plane < 3; ++plane) {
+            for (int at = 0; at < 16 * 8; ++at) {  // colours that RGB can show
+                const unsigned sample = (plane == 0 ? 300 : 480) + random() % 64;
+                picture.push_back(static_cast<std::uint8_t>(sample));
+                picture.push_back(static_cast<std::uint8_t>(sample >> 8));
+            }
+        }
+        avi.addChunk(0, picture);
+    }
+    Bytes bytes = avi.build();
+    const std::string clip = write("a.avi", bytes);
+    EXPECT_EQ(verified(clip, kSuccess, {"--beside"})["layout"], "PrPixelFormat_BGRA_4444_16u");
+    EXPECT_EQ(verified(clip, kSuccess, {"--beside", "--compare"})["use"], "compared");
+    for (int flip = 0; flip < 12; ++flip) {
+        const std::size_t frame = random() % 4;
+        const std::size_t at = avi.placements()[frame].offset + 2 * (random() % (3 * 16 * 8));
+        bytes[at] ^= 1;
+        EXPECT_THAT(findings(verified(write("a.avi", bytes), kFailed, {"--beside", "--compare"})),
+                    ElementsAre("different frame " + std::to_string(frame)))
+            << at;
+        bytes[at] ^= 1;
+    }
+    // ffmpeg's list of such pictures, with six bytes a pixel.
+    (void)write("other.framemd5",
+                "#format: frame checksums\n#tb 0: 1/25\n#media_type 0: video\n#codec_id 0: rawvideo\n"
+                "0, 0, 0, 1, 768, 4810379ed8ca3a92bc63c842227ddaad\n");
+    EXPECT_THAT(
+        runTool({"verify", write("a.avi", bytes), "--framemd5", in("other.framemd5")}).err,
+        HasSubstr("its frames have 768 bytes, those of the clip have 1024 (PrPixelFormat_BGRA_4444_16u)\n"
+                  "  -> no layout of the host holds such pictures whole: only lists of importer_host fit"));
+}
+
 /// A frame that repeats the one before, and one that is cut so that the codec refuses it.
 std::string damaged() {
     AviBuilder avi;

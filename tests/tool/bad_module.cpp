@@ -1,5 +1,5 @@
 // An importer that is bad in ways that end or stop a process: imGetSupports8 writes to address 8,
-// imGetIndFormat never returns, and imQuietFile ends the process.
+// imGetIndFormat never returns, imQuietFile ends the process, and imOpenFile8 aborts it.
 #include <atomic>
 #include <cstdint>
 #include <cstdio>
@@ -36,6 +36,8 @@ EXPORTED std::int32_t xImportEntry(std::int32_t selector, host::imStdParms*, voi
         }
         case 8:  // imQuietFile
             std::_Exit(7);
+        case 39:  // imOpenFile8
+            std::abort();
         default:
             return 3;
     }

@@ -7,9 +7,11 @@
 
 namespace {
 
+using ::testing::Contains;
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::MatchesRegex;
+using ::testing::Not;
 
 class ValidateTest : public ToolTest {
  protected:
@@ -49,6 +51,23 @@ TEST_F(ValidateTest, ACrashAHangAndAnEndCostTheirOwnChecksOnly) {
     EXPECT_THAT(crash.at("output").get<std::string>(), HasSubstr("the module says good-bye"));
     EXPECT_EQ(checkOf(report, "selectors.null-records").at("how"),
               "the process ended with exit code 7 during the check");
+}
+
+TEST_F(ValidateTest, ACrashIsToldWithTheCallsThatLedThere) {
+    const ToolRun run = runTool({"validate", ORVANTIS_BAD_MODULE, "--jobs", "1", "--only",
+                                 "selectors.supports8,files.missing", "--json", in("report.json"), "--html",
+                                 in("report.html")});
+    const auto report = nlohmann::json::parse(read("report.json"));
+    const auto& abort = checkOf(report, "files.missing");
+    EXPECT_THAT(abort.at("how").get<std::string>(),
+                MatchesRegex("the process aborted itself.* in bad_module.prm at offset 0x\\w+"));
+    for (const char* const id : {"selectors.supports8", "files.missing"}) {
+        const auto calls = checkOf(report, id).at("calls").get<std::vector<std::string>>();
+        EXPECT_THAT(calls, Contains(MatchesRegex("bad_module.prm\\+0x\\w+"))) << id;
+        EXPECT_THAT(calls.back(), Not(MatchesRegex("bad_module.*"))) << id;
+        EXPECT_THAT(run.out, HasSubstr(calls.front() + "\n                 " + calls[1] + "\n"));
+        EXPECT_THAT(read("report.html"), HasSubstr(calls.front() + "\n" + calls[1] + "\n"));
+    }
 }
 
 TEST_F(ValidateTest, ASessionThatEndsTheProcessCostsOneCheck) {

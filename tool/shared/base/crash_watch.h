@@ -7,9 +7,10 @@
 
 namespace simhost::tool {
 
-/// From now on a crash writes the file `recordUtf8` - three lines: what happened, the module, the offset in
-/// it - and, on Windows, a minidump to `dumpUtf8` unless that is empty; then the process ends. Call once,
-/// before other threads are started.
+/// From now on a crash writes the file `recordUtf8` and, on Windows, a minidump to `dumpUtf8` unless that is
+/// empty; then the process ends. The lines of the record: what happened, the module, the offset in it, and
+/// from the fourth on the calls that led there, nearest first, as "module+0x1234". Call once, before other
+/// threads are started.
 void watchForCrashes(const std::string& recordUtf8, const std::string& dumpUtf8);
 
 /// Where in which loaded module an address lies, "ImporterX.prm" and 0x1234; the module is empty for none.

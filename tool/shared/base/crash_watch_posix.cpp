@@ -1,9 +1,11 @@
 // Crashes of native builds, in the place of tool/shared/base/crash_watch_win32.cpp. The core file, if the
 // user wants one, is the system's.
 #include <dlfcn.h>
+#include <execinfo.h>
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
@@ -44,15 +46,49 @@ const void* instructionOf(const void* context) {
 #endif
 }
 
+constexpr int kMostCrashCalls = 48;
+
+bool isRuntime(const std::string& module) {
+    return module.starts_with("libc.so") || module.starts_with("libpthread");
+}
+
+// Who called abort(): the nearest call outside the C library that the signal came from.
+const void* aborter(void* const* calls, int count) {
+    bool inRuntime = false;
+    for (int i = 0; i < count; ++i) {
+        const bool runtime = isRuntime(codePlace(calls[i]).module);
+        if (inRuntime && !runtime) {
+            return calls[i];
+        }
+        inRuntime = inRuntime || runtime;
+    }
+    return nullptr;
+}
+
+std::string crashText(int signal, const void* instruction, void* const* calls, int count) {
+    const auto line = [](const CodePlace& place, const char* between) {
+        char offset[32];
+        (void)std::snprintf(offset, sizeof offset, "%s0x%llx\n", between, place.offset);
+        return place.module + offset;
+    };
+    const void* const at = signal == SIGABRT ? aborter(calls, count) : instruction;
+    std::string out = std::string(signalWords(signal)) + "\n" + line(codePlace(at), "\n");
+    // What the handler itself called comes first in the list.
+    void* const* const begin = std::find(calls, calls + count, instruction);
+    for (void* const* call = begin == calls + count ? calls : begin; call != calls + count; ++call) {
+        out += line(codePlace(*call), "+");
+    }
+    return out;
+}
+
 // The process is lost: what follows may use what a signal handler may not, in the hope to tell more.
 void tellCrash(int signal, siginfo_t*, void* context) {
-    const CodePlace place = codePlace(instructionOf(context));
-    char text[1024];
-    const int length = std::snprintf(text, sizeof text, "%s\n%s\n0x%llx\n", signalWords(signal),
-                                     place.module.c_str(), place.offset);
+    void* calls[kMostCrashCalls];
+    const int count = ::backtrace(calls, kMostCrashCalls);
+    const std::string text = crashText(signal, instructionOf(context), calls, count);
     const int file = ::open(g_crashRecord.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
     if (file >= 0) {
-        (void)!::write(file, text, static_cast<std::size_t>(length));
+        (void)!::write(file, text.data(), text.size());
         (void)::close(file);
     }
     (void)std::signal(signal, SIG_DFL);

@@ -6,7 +6,8 @@
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
-#include <string_view>
+#include <cstring>
+#include <iterator>
 
 #include "simhost/text.h"
 #include "tool/shared/base/crash_watch.h"
@@ -16,6 +17,7 @@ namespace {
 
 std::wstring g_crashRecord;  // set before any crash, only read by the filter
 std::wstring g_crashDump;
+constexpr int kMostCrashCalls = 48;
 
 std::wstring crashWide(const std::string& utf8) {
     const std::u16string text = toUtf16(utf8);
@@ -40,18 +42,103 @@ const char* exceptionWords(DWORD code) {
     }
 }
 
-void writeCrashRecord(const char* what, const void* address) {
-    const CodePlace place = codePlace(address);
-    char text[1024];
-    const int length =
-        std::snprintf(text, sizeof text, "%s\n%s\n0x%llx\n", what, place.module.c_str(), place.offset);
+// No memory is taken from here on: the heap may be what is damaged.
+void formatPlace(const void* address, char* module, int moduleSize, unsigned long long& offset) {
+    static wchar_t path[32768];  // one crash is told, and no more
+    module[0] = 0;
+    offset = 0;
+    HMODULE found = nullptr;
+    if (address == nullptr || GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS |
+                                                     GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                                                 static_cast<LPCWSTR>(address), &found) == FALSE) {
+        return;
+    }
+    const DWORD length = GetModuleFileNameW(found, path, static_cast<DWORD>(std::size(path)));
+    DWORD name = length;
+    while (name > 0 && path[name - 1] != L'/' && path[name - 1] != L'\\') {
+        --name;
+    }
+    const int bytes = WideCharToMultiByte(CP_UTF8, 0, path + name, static_cast<int>(length - name), module,
+                                          moduleSize - 1, nullptr, nullptr);
+    module[bytes] = 0;
+    offset = reinterpret_cast<std::uintptr_t>(address) - reinterpret_cast<std::uintptr_t>(found);
+}
+
+// The calls that led to where the context is, nearest first.
+class StackWalk {
+ public:
+    explicit StackWalk(const CONTEXT& context) : m_context(context) {}
+    const void* place() const { return reinterpret_cast<const void*>(m_context.Rip); }
+    // To the caller; false at the end of the stack.
+    bool next() {
+        DWORD64 base = 0;
+        PRUNTIME_FUNCTION const function = RtlLookupFunctionEntry(m_context.Rip, &base, nullptr);
+        if (function != nullptr) {
+            void* handler = nullptr;
+            DWORD64 frame = 0;
+            (void)RtlVirtualUnwind(UNW_FLAG_NHANDLER, base, m_context.Rip, function, &m_context, &handler,
+                                   &frame, nullptr);
+        } else {  // one that calls nothing
+            m_context.Rip = *reinterpret_cast<const DWORD64*>(m_context.Rsp);
+            m_context.Rsp += sizeof(DWORD64);
+        }
+        return m_context.Rip != 0;
+    }
+
+ private:
+    CONTEXT m_context;
+};
+
+bool isRuntime(const char* module) {
+    for (const char* const name : {"ucrtbase.dll", "msvcrt.dll", "ntdll.dll"}) {
+        if (_stricmp(module, name) == 0) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// Who called abort(): the nearest call outside the C runtime that this program's handler was called by.
+const void* aborter(StackWalk walk) {
+    char module[256];
+    unsigned long long offset = 0;
+    bool inRuntime = false;
+    for (int i = 0; i < kMostCrashCalls && walk.next(); ++i) {
+        formatPlace(walk.place(), module, sizeof module, offset);
+        if (inRuntime && !isRuntime(module)) {
+            return walk.place();
+        }
+        inRuntime = inRuntime || isRuntime(module);
+    }
+    return nullptr;
+}
+
+void writeCrashRecord(const char* what, const void* address, const CONTEXT& context) {
     const HANDLE file = CreateFileW(g_crashRecord.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
                                     CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (file != INVALID_HANDLE_VALUE) {
+    if (file == INVALID_HANDLE_VALUE) {
+        return;
+    }
+    static char text[1024];
+    static char module[512];
+    unsigned long long offset = 0;
+    const auto write = [&](int length) {
         DWORD written = 0;
         (void)WriteFile(file, text, static_cast<DWORD>(length), &written, nullptr);
-        (void)CloseHandle(file);
+    };
+    formatPlace(address, module, sizeof module, offset);
+    write(std::snprintf(text, sizeof text, "%s\n%s\n0x%llx\n", what, module, offset));
+    // Call by call, since a stack that is damaged ends the process on the way.
+    StackWalk walk(context);
+    for (int i = 0; i < kMostCrashCalls; ++i) {
+        formatPlace(walk.place(), module, sizeof module, offset);
+        write(module[0] != 0 ? std::snprintf(text, sizeof text, "%s+0x%llx\n", module, offset)
+                             : std::snprintf(text, sizeof text, "%p\n", walk.place()));
+        if (!walk.next()) {
+            break;
+        }
     }
+    (void)CloseHandle(file);
 }
 
 void writeDump(EXCEPTION_POINTERS* pointers) {
@@ -80,14 +167,22 @@ LONG WINAPI tellException(EXCEPTION_POINTERS* pointers) {
     char what[128];
     (void)std::snprintf(what, sizeof what, "%s (0x%08lX)", exceptionWords(record.ExceptionCode),
                         record.ExceptionCode);
-    writeCrashRecord(what, record.ExceptionAddress);
+    writeCrashRecord(what, record.ExceptionAddress, *pointers->ContextRecord);
     writeDump(pointers);
     (void)TerminateProcess(GetCurrentProcess(), record.ExceptionCode);
     return EXCEPTION_EXECUTE_HANDLER;
 }
 
 void tellAbort(int) {
-    writeCrashRecord("the process aborted itself", nullptr);
+    CONTEXT context{};
+    RtlCaptureContext(&context);
+    const void* const from = aborter(StackWalk(context));
+    writeCrashRecord("the process aborted itself", from, context);
+    EXCEPTION_RECORD record{};
+    record.ExceptionCode = 0x40000015;  // STATUS_FATAL_APP_EXIT, as the system's own report of an abort says
+    record.ExceptionAddress = const_cast<void*>(from);
+    EXCEPTION_POINTERS pointers{&record, &context};
+    writeDump(&pointers);
     (void)TerminateProcess(GetCurrentProcess(), 3);
 }
 
@@ -106,17 +201,11 @@ void watchForCrashes(const std::string& recordUtf8, const std::string& dumpUtf8)
 }
 
 CodePlace codePlace(const void* address) {
-    HMODULE module = nullptr;
-    if (address == nullptr || GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS |
-                                                     GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                                                 static_cast<LPCWSTR>(address), &module) == FALSE) {
-        return {};
-    }
-    std::wstring path(32768, L'\0');
-    path.resize(GetModuleFileNameW(module, path.data(), static_cast<DWORD>(path.size())));
-    const std::string utf8 = toUtf8(std::u16string(path.begin(), path.end()));
-    return {utf8.substr(utf8.find_last_of("/\\") + 1),
-            reinterpret_cast<std::uintptr_t>(address) - reinterpret_cast<std::uintptr_t>(module)};
+    char module[512];
+    CodePlace out;
+    formatPlace(address, module, sizeof module, out.offset);
+    out.module = module;
+    return out;
 }
 
 }  // namespace simhost::tool

@@ -34,9 +34,10 @@ struct CheckResult {
     std::uint64_t seed = 0;
     double seconds = 0;
     std::vector<Finding> findings;
-    std::string reason;  ///< why it was skipped; how it crashed
-    std::string output;  ///< the end of what the process printed before it crashed
-    std::string dump;    ///< path of the minidump; empty without one
+    std::string reason;              ///< why it was skipped; how it crashed
+    std::vector<std::string> calls;  ///< that led to the crash, nearest first: "module+0x1234"
+    std::string output;              ///< the end of what the process printed before it crashed
+    std::string dump;                ///< path of the minidump; empty without one
 };
 
 }  // namespace simhost::tool::validate

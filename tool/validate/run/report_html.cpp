@@ -29,6 +29,13 @@ std::string badSection(const Validation& validation, const CheckResult& result) 
                            fact("Clip", finding.clip) + fact("Seen", finding.seen));
     }
     out += findingList(fact("How", result.reason) + fact("Dump", result.dump));
+    if (!result.calls.empty()) {
+        out += "<h3>Calls that led there</h3><pre tabindex=\"0\">";
+        for (const std::string& call : result.calls) {
+            out += htmlEscaped(call) + "\n";
+        }
+        out += "</pre>\n";
+    }
     if (!result.output.empty()) {
         out += "<pre tabindex=\"0\">" + htmlEscaped(result.output) + "</pre>\n";
     }

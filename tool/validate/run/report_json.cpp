@@ -25,6 +25,9 @@ JsonReport resultJson(const Validation& validation, const CheckResult& result) {
         }
     };
     add(result.outcome == Outcome::kSkipped ? "skipped" : "how", result.reason);
+    if (!result.calls.empty()) {
+        out["calls"] = result.calls;
+    }
     add("output", result.output);
     add("dump", result.dump);
     JsonReport findings = JsonReport::array();

@@ -41,6 +41,14 @@ std::string trimmed(std::string text) {
     return text;
 }
 
+std::string joinedLines(const std::vector<std::string>& lines) {
+    std::string out;
+    for (const std::string& line : lines) {
+        out += (out.empty() ? "" : "\n") + line;
+    }
+    return out;
+}
+
 }  // namespace
 
 std::size_t OutcomeCounts::all() const {
@@ -88,6 +96,7 @@ std::string resultText(const Validation& validation, const CheckResult& result) 
         addLine(out, "seen", finding.seen);
     }
     addLine(out, "how", result.reason);
+    addLine(out, "calls", joinedLines(result.calls));
     addLine(out, "said", trimmed(result.output));
     addLine(out, "dump", result.dump);
     addLine(out, "again", againText(validation, result));

@@ -9,6 +9,8 @@
 #include <memory>
 #include <optional>
 #include <set>
+#include <sstream>
+#include <utility>
 
 #include "tool/shared/base/child_process.h"
 #include "tool/shared/base/interruption.h"
@@ -22,9 +24,16 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds kLook{10};
+// What a look may count for. On a machine with too much to do this process gets as little of it as the one
+// that it waits for, and a check that waits for its threads a thousand times is slow without a fault.
+constexpr std::chrono::milliseconds kMostOfOneLook{50};
 constexpr std::size_t kMostOutput = 4000;
 constexpr const char* kSessionCheck = "session.standard";
+// A process has 1,088 indexes of thread-local storage, and what an importer or a library of it takes at every
+// load is lost for as long as the process lives. One process loads it a few times for each check.
+constexpr std::size_t kMostChecksOfOneProcess = 150;
 constexpr double kStartSeconds = 60;  // a machine with much to do is slow to start a process
+constexpr double kDumpSeconds = 60;   // a dump may take longer than the check was allowed to
 
 std::string textOf(const std::string& path) {
     std::ifstream file(pathFromUtf8(path), std::ios::binary);
@@ -39,21 +48,19 @@ std::string endOf(const std::string& text) {
     return line == std::string::npos ? text.substr(text.size() - kMostOutput) : text.substr(line + 1);
 }
 
-std::string lineOf(const std::string& text, std::size_t number) {
-    std::size_t at = 0;
-    for (; number > 0 && at != std::string::npos; --number) {
-        at = text.find('\n', at);
-        at = at == std::string::npos ? at : at + 1;
+// What the process wrote down about its crash.
+void readCrash(const std::string& record, std::uint32_t exitCode, CheckResult& out) {
+    std::vector<std::string> lines;
+    std::istringstream stream(record);
+    for (std::string line; std::getline(stream, line);) {
+        lines.push_back(line);
     }
-    return at == std::string::npos ? std::string() : text.substr(at, text.find('\n', at) - at);
-}
-
-std::string crashReason(const std::string& record, std::uint32_t exitCode) {
-    if (record.empty()) {
-        return "the process ended with exit code " + std::to_string(exitCode) + " during the check";
+    if (lines.size() < 3) {
+        out.reason = "the process ended with exit code " + std::to_string(exitCode) + " during the check";
+        return;
     }
-    const std::string module = lineOf(record, 1);
-    return lineOf(record, 0) + (module.empty() ? "" : " in " + module + " at offset " + lineOf(record, 2));
+    out.reason = lines[0] + (lines[1].empty() ? "" : " in " + lines[1] + " at offset " + lines[2]);
+    out.calls.assign(lines.begin() + 3, lines.end());
 }
 
 // One process with some of the checks.
@@ -61,7 +68,9 @@ class Worker {
  public:
     Worker(const TrialSetting& setting, const std::vector<PlannedCheck>& plan,
            std::vector<std::size_t> places, const SupervisorOptions& options, std::size_t number)
-        : m_places(std::move(places)), m_folder(options.folder + "/" + std::to_string(number)) {
+        : m_places(std::move(places)),
+          m_folder(options.folder + "/" + std::to_string(number)),
+          m_mostBetweenLooks(options.jobs * kMostOfOneLook) {
         std::filesystem::create_directories(pathFromUtf8(m_folder + "/work"));
         Job job;
         job.setting = setting;
@@ -79,12 +88,14 @@ class Worker {
         } catch (const std::runtime_error& error) {
             throw ToolError(kFailed, error.what());
         }
-        m_began = Clock::now();
+        m_lastLook = Clock::now();
     }
 
     // What has come since the last look; whether the process has ended.
     std::optional<std::uint32_t> look(std::vector<JobEvent>& events) {
         const auto code = m_child->waitFor(kLook);
+        const Clock::time_point now = Clock::now();
+        m_waited += std::min<Clock::duration>(now - std::exchange(m_lastLook, now), m_mostBetweenLooks);
         std::ifstream file(pathFromUtf8(m_folder + "/results"), std::ios::binary);
         file.seekg(static_cast<std::streamoff>(m_read));
         const std::string more{std::istreambuf_iterator<char>(file), {}};
@@ -92,17 +103,20 @@ class Worker {
         m_text += more;
         events = takeEvents(m_text);
         if (!events.empty()) {
-            m_began = Clock::now();
+            m_waited = {};
             m_starting = false;
         }
         return code;
     }
 
     bool isOver(double timeout) const {
-        const double most = timeout + (m_starting ? kStartSeconds : 0.0);
-        return std::chrono::duration<double>(Clock::now() - m_began).count() > most;
+        const double most =
+            timeout + (m_starting ? kStartSeconds : 0.0) + (crashRecord().empty() ? 0.0 : kDumpSeconds);
+        return std::chrono::duration<double>(m_waited).count() > most;
     }
     void kill() { m_child->kill(); }
+    // What it has written down of its crash so far; empty while it lives.
+    std::string crashRecord() const { return textOf(m_folder + "/crash"); }
 
     std::size_t current() const { return m_places[m_done]; }
     bool hasCurrent() const { return m_done < m_places.size(); }
@@ -118,8 +132,10 @@ class Worker {
     std::vector<std::size_t> m_places;  // in the plan
     std::string m_folder;
     std::unique_ptr<ChildProcess> m_child;
-    Clock::time_point m_began;  // of the check that it is at
-    bool m_starting = true;     // it is at none yet
+    Clock::duration m_mostBetweenLooks;
+    Clock::time_point m_lastLook;
+    Clock::duration m_waited{};  // for the check that it is at
+    bool m_starting = true;      // it is at none yet
     std::size_t m_done = 0;
     std::size_t m_read = 0;
     std::string m_text;  // of the results, not yet a whole line
@@ -163,7 +179,8 @@ class Supervisor {
     // Fewer and fewer at a time, so that all processes end at about the same time.
     std::vector<std::size_t> takeBatch() {
         const std::size_t parts = m_options.jobs == 1 ? 1 : 2 * std::size_t{m_options.jobs};
-        std::size_t count = std::max<std::size_t>((m_waiting.size() + parts - 1) / parts, 1);
+        std::size_t count =
+            std::clamp<std::size_t>((m_waiting.size() + parts - 1) / parts, 1, kMostChecksOfOneProcess);
         // What most checks build on comes first and alone: if it ends its process, the others shall know.
         const std::size_t before = m_waiting.front() < m_firstPart ? m_firstPart - m_waiting.front() : 0;
         count = before == 0 ? count : std::min(before, m_waiting.size());
@@ -198,20 +215,16 @@ class Supervisor {
                 finish(worker, std::move(event.result));
             }
         }
-        if (code) {
-            if (worker.hasCurrent()) {
-                lose(worker, Outcome::kCrashed, crashReason(textOf(worker.folder() + "/crash"), *code));
-            }
-            return true;
+        if (!code && !worker.isOver(m_options.timeout)) {
+            return false;
         }
-        if (worker.isOver(m_options.timeout)) {
+        if (!code) {
             worker.kill();
-            if (worker.hasCurrent()) {
-                lose(worker, Outcome::kTimedOut, "");
-            }
-            return true;
         }
-        return false;
+        if (worker.hasCurrent()) {
+            lose(worker, code);
+        }
+        return true;
     }
 
     void finish(Worker& worker, CheckResult result) {
@@ -221,18 +234,21 @@ class Supervisor {
         worker.next();
     }
 
-    // The check that the process was at went with it.
-    void lose(Worker& worker, Outcome outcome, std::string reason) {
+    // The check that the process was at went with it, by itself or, without exit code, because it took too
+    // long. A process that was still busy telling of its crash has crashed.
+    void lose(Worker& worker, std::optional<std::uint32_t> exitCode) {
         CheckResult result;
         result.id = m_plan[worker.current()].id;
         result.seed = m_plan[worker.current()].seed;
-        result.outcome = outcome;
-        result.reason = std::move(reason);
-        if (outcome == Outcome::kTimedOut) {
+        const std::string record = worker.crashRecord();
+        if (!exitCode && record.empty()) {
+            result.outcome = Outcome::kTimedOut;
             char text[64];
             (void)std::snprintf(text, sizeof text, "not over after %g s", m_options.timeout);
             result.reason = text;
         } else {
+            result.outcome = Outcome::kCrashed;
+            readCrash(record, exitCode.value_or(0), result);
             result.output = endOf(textOf(worker.folder() + "/output"));
             result.dump = keepDump(worker.folder() + "/dump", result);
         }

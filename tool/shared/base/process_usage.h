@@ -18,6 +18,10 @@ struct ProcessUsage {
 /// Any thread; others wait with allocating meanwhile. A number that the system does not tell is 0.
 ProcessUsage processUsage();
 
+/// How many more indexes of thread-local storage the process can take; those of the C library natively. Any
+/// thread; others that take one meanwhile may be refused.
+std::uint32_t freeThreadSlots();
+
 /// For libraries that are loaded later. Call while no other thread reads the environment.
 void setProcessEnvironment(const std::string& name, const std::string& valueUtf8);
 

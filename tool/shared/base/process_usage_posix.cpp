@@ -3,6 +3,7 @@
 
 #include <fcntl.h>
 #include <malloc.h>
+#include <pthread.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -10,6 +11,7 @@
 #include <fstream>
 #include <string_view>
 #include <system_error>
+#include <vector>
 
 // The sanitizers bring an allocator of their own.
 #if defined(__has_feature)
@@ -59,6 +61,17 @@ ProcessUsage processUsage() {
         }
     }
     return out;
+}
+
+std::uint32_t freeThreadSlots() {
+    std::vector<pthread_key_t> taken;
+    for (pthread_key_t key = 0; pthread_key_create(&key, nullptr) == 0;) {
+        taken.push_back(key);
+    }
+    for (const pthread_key_t key : taken) {
+        (void)pthread_key_delete(key);
+    }
+    return static_cast<std::uint32_t>(taken.size());
 }
 
 void setProcessEnvironment(const std::string& name, const std::string& valueUtf8) {

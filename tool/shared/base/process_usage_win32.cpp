@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <vector>
 
 #include "simhost/text.h"
 #include "tool/shared/base/process_usage.h"
@@ -73,6 +74,17 @@ ProcessUsage processUsage() {
         out.workingSet = memory.WorkingSetSize;
     }
     return out;
+}
+
+std::uint32_t freeThreadSlots() {
+    std::vector<DWORD> taken;
+    for (DWORD slot = TlsAlloc(); slot != TLS_OUT_OF_INDEXES; slot = TlsAlloc()) {
+        taken.push_back(slot);
+    }
+    for (const DWORD slot : taken) {
+        (void)TlsFree(slot);
+    }
+    return static_cast<std::uint32_t>(taken.size());
 }
 
 void setProcessEnvironment(const std::string& name, const std::string& valueUtf8) {

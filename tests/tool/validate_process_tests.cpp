@@ -138,6 +138,14 @@ TEST_F(ValidateTest, NoClipIsTakenForAReport) {
     EXPECT_EQ(read("clip.mov"), "a clip");
 }
 
+TEST_F(ValidateTest, ThePluginBehindJsonIsNotTakenForItsFile) {
+    const ToolRun run = runTool(
+        {"validate", "--only", "files.opens", "--json", ORVANTIS_PLUGIN_UNDER_VALIDATION, soundClip()});
+    EXPECT_EQ(run.code, 0) << run.out << run.err;
+    EXPECT_EQ(run.json().at("plugin"), ORVANTIS_PLUGIN_UNDER_VALIDATION);
+    EXPECT_EQ(run.json().at("clips"), nlohmann::json::array({soundClip()}));
+}
+
 TEST_F(ValidateTest, ReportsAreWrittenAndReplaced) {
     const std::vector<std::string> words = {"validate", ORVANTIS_PLUGIN_UNDER_VALIDATION,
                                             "--only",   "selectors.starts",

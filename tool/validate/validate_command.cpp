@@ -9,6 +9,7 @@
 #include <memory>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "tool/commands.h"
@@ -184,6 +185,24 @@ int runValidate(const GlobalOptions& global, const ValidateWords& words) {
     return counts.success() ? kSuccess : kFailed;
 }
 
+// `--json PLUGIN.prm` means the plug-in, since no report is called so. True when what was taken for the
+// plug-in is a clip.
+bool takePluginBack(ValidateOptions& options) {
+    std::string ending =
+        options.json.substr(options.json.size() - std::min<std::size_t>(options.json.size(), 4));
+    std::transform(ending.begin(), ending.end(), ending.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    if (ending != ".prm") {
+        return false;
+    }
+    const bool clip = !options.plugin.empty();
+    if (clip) {
+        options.clips.insert(options.clips.begin(), options.plugin);
+    }
+    options.plugin = std::exchange(options.json, {});
+    return clip;
+}
+
 // The long names of the options that the command line gave.
 std::vector<std::string> givenOptions(const CLI::App& parser) {
     std::vector<std::string> out;
@@ -260,10 +279,13 @@ static Command addCommand(CLI::App& app) {
     return {parser,
             [words, parser](const GlobalOptions& global) {
                 words->json = parser->get_option("--json")->count() > 0;
+                std::vector<std::string> given = givenOptions(*parser);
+                if (takePluginBack(words->options)) {
+                    given.emplace_back("clips");
+                }
                 if (!words->config.empty()) {
                     const std::string folder = pathToUtf8(pathFromUtf8(words->config).parent_path());
-                    applyConfiguration(words->options, fileText(words->config), folder,
-                                       givenOptions(*parser));
+                    applyConfiguration(words->options, fileText(words->config), folder, given);
                 }
                 return runValidate(global, *words);
             },

@@ -8,6 +8,7 @@
 #include "host/result_codes.h"
 #include "simhost/session.h"
 #include "tool/shared/base/output_file.h"
+#include "tool/validate/base/playing.h"
 
 namespace simhost::tool::validate {
 namespace {
@@ -40,6 +41,17 @@ std::vector<host::imIndFormatRec> announcedFormats(const Importer& importer) {
 
 namespace {
 
+// The host shows one frame while it asks for the next, and asks again for one that it still has.
+void holdFrames(const Importer& importer, const std::string& path) {
+    if (const auto playing = Playing::open(importer, path); playing && playing->showsPictures()) {
+        const host::imFrameFormat wanted[] = {{playing->info().vidInfo.imageWidth,
+                                               playing->info().vidInfo.imageHeight,
+                                               playing->formats().front()}};
+        const FrameAnswer held = playing->clip().getSourceVideo(0, wanted);
+        const FrameAnswer again = playing->clip().getSourceVideo(0, wanted);
+    }
+}
+
 void playClips(Trial& trial, const Importer& importer,
                const std::function<void(const std::string& clip)>& behindEach) {
     (void)importer.getSupports8();
@@ -62,6 +74,7 @@ void playClips(Trial& trial, const Importer& importer,
     for (const ClipFile& clip : trial.setting().clips) {
         options.pathUtf8 = clip.path;
         (void)runSession(importer, options);
+        holdFrames(importer, clip.path);
         behindEach(clip.path);
     }
 }

@@ -8,10 +8,8 @@ namespace {
 
 void asyncCloseInFlight(Trial& trial) {
     Stage stage(trial);
-    forSteadyPictures(trial, stage, [&](Playing& playing) {
-        if (!playing.saysAsync()) {
-            return;
-        }
+    forAsync(trial, stage, [&](Playing& playing, AsyncClip& first) {
+        (void)first.close();
         const auto before = stage.host().balance().frames;
         for (int round = 0; round < 4; ++round) {
             AsyncClip async(playing.clip());

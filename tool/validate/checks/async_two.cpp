@@ -11,7 +11,7 @@ void asyncTwo(Trial& trial) {
     forSteadyAsync(trial, stage, [&](Playing& playing, AsyncClip& first) {
         AsyncClip second(playing.clip());
         if (!second.isOpen()) {
-            return;
+            Trial::skip("the plug-in makes one asynchronous importer of a clip at a time");
         }
         const std::uint32_t format = playing.formats().front();
         const auto frames = playing.someFrames(trial, 4);

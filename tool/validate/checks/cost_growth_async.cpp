@@ -8,13 +8,12 @@ namespace {
 
 void costGrowthAsync(Trial& trial) {
     Stage stage(trial);
-    forClips(trial, stage, [&](Playing& playing) {
+    forAsync(trial, stage, [&](Playing& playing, AsyncClip& first) {
+        (void)first.close();
         checkGrowth(trial, stage.host(), playing.path(), "imCreateAsyncImporter, aiFlush, aiClose", 200, [&] {
-            if (playing.showsPictures() && playing.saysAsync()) {
-                const AsyncClip async(playing.clip());
-                if (async.isOpen()) {
-                    initiateFrame(playing, async, 0, playing.formats().front());
-                }
+            const AsyncClip async(playing.clip());
+            if (async.isOpen()) {
+                initiateFrame(playing, async, 0, playing.formats().front());
             }
         });
     });

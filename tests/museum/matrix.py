@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Lets `importer_host validate` judge each piece: it has to fail the check that pieces.txt names, and no other.
+"""Lets `importer_host validate` judge each piece: it has to fail the check that pieces.txt names, and no other. Each check
+has to have a piece there, or a reason why none can be made.
 
     matrix.py --table pieces.txt --pieces FOLDER --clip FILE [--smoke] [--jobs N] [--sample MODULE --level N] -- TOOL...
 
@@ -17,13 +18,26 @@ import tempfile
 BAD = ("failed", "crashed", "timed-out")
 
 
-def rows(table, windows):
-    """(piece, id of its check, is it one of the few) of each line; those for Windows alone only there."""
+def rows(table):
+    """(piece, set of the checks that it breaks, marks) of each line of a piece."""
     for line in table.read_text().splitlines():
-        if line and not line.startswith("#"):
-            piece, check, *marks = line.split()
-            if windows or "windows" not in marks:
-                yield piece, check, "smoke" in marks
+        if line and line[0] not in "#-":
+            piece, checks, *marks = line.split()
+            yield piece, set(checks.split(",")), marks
+
+
+def without_piece(table):
+    """The checks of the lines that say why there is no piece."""
+    return [line.split()[1] for line in table.read_text().splitlines() if line.startswith("-") and len(line.split()) > 2]
+
+
+def coverage(table, known):
+    """Empty when each check has a piece, or a reason why none can be made, and not both."""
+    broken = {check for _, checks, _ in rows(table) for check in checks}
+    excused = set(without_piece(table))
+    return ([f"{check}: no piece breaks it, and nothing says why\n" for check in sorted(known.keys() - broken - excused)]
+            + [f"{check}: has a piece and a reason to have none\n" for check in sorted(broken & excused)]
+            + [f"there is no check {check}\n" for check in sorted((broken | excused) - known.keys())])
 
 
 def validate(tool, module, clip, level):
@@ -39,16 +53,18 @@ def validate(tool, module, clip, level):
         return {check["id"]: check["outcome"] for check in checks}, done.returncode, done.stdout
 
 
-def judge(tool, module, clip, level, expected):
-    """Empty when it failed what was expected (an id, or None for nothing), else what it did."""
+def judge(tool, module, clip, level, expected, warns=False):
+    """Empty when it failed what was expected (a set of ids), or warned of it, else what it did."""
     outcomes, code, output = validate(tool, module, clip, level)
     bad = {check: outcome for check, outcome in outcomes.items() if outcome in BAD}
+    warned = {check for check, outcome in outcomes.items() if outcome == "warning"}
     passed = [check for check, outcome in outcomes.items() if outcome == "passed"]
-    wanted_code = 5 if expected else 0
-    if set(bad) == ({expected} if expected else set()) and code == wanted_code and passed:
+    wanted_code = 5 if expected and not warns else 0
+    if set(bad) == (set() if warns else expected) and (not warns or expected <= warned) and code == wanted_code and passed:
         return ""
-    return (f"{module.name}: expected {expected or 'nothing'} to fail, and exit code {wanted_code}; seen: "
-            f"{bad or 'nothing'}, exit code {code}, {len(passed)} passed\n{output}")
+    return (f"{module.name}: expected {', '.join(sorted(expected)) or 'nothing'} to {'warn' if warns else 'fail'}, and exit "
+            f"code {wanted_code}; seen: {bad or 'nothing'}, warnings {sorted(warned)}, exit code {code}, "
+            f"{len(passed)} passed\n{output}")
 
 
 def levels(tool):
@@ -70,19 +86,23 @@ def main():
     parser.add_argument("--sample", type=pathlib.Path)
     parser.add_argument("--level", type=int, default=5)
     parser.add_argument("--smoke", action="store_true")
+    parser.add_argument("--only", type=lambda text: text.split(","), help="these pieces, with commas between them")
     parser.add_argument("--windows", action="store_true")
     parser.add_argument("--jobs", type=int, default=2)
     given = parser.parse_args(options)
 
     if given.sample:
-        wrong = [judge(tool, given.sample, given.clip, given.level, None)]
+        wrong = [judge(tool, given.sample, given.clip, given.level, set())]
     else:
         known = levels(tool)
-        table = [(piece, check) for piece, check, few in rows(given.table, given.windows) if few or not given.smoke]
-        unknown = [f"{piece}: there is no check {check}\n" for piece, check in table if check not in known]
+        table = [(piece, checks, "warning" in marks) for piece, checks, marks in rows(given.table)
+                 if (given.windows or "windows" not in marks) and ("smoke" in marks or not given.smoke)
+                 and (not given.only or piece in given.only)]
+        unknown = coverage(given.table, known)
         with concurrent.futures.ThreadPoolExecutor(given.jobs) as pool:
             wrong = unknown + list(pool.map(
-                lambda row: judge(tool, given.pieces / f"{row[0]}.prm", given.clip, max(5, known.get(row[1], 5)), row[1]),
+                lambda row: judge(tool, given.pieces / f"{row[0]}.prm", given.clip,
+                                  max([5, *(known.get(check, 5) for check in row[1])]), row[1], row[2]),
                 table))
         print(f"{len(table)} pieces, {len([text for text in wrong if text])} differ")
     sys.stdout.write("\n".join(text for text in wrong if text))

@@ -4,7 +4,9 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 
+#include "host/pixel_formats.h"
 #include "host/records.h"
 #include "host/result_codes.h"
 #include "host/selectors.h"
@@ -55,6 +57,31 @@ struct Call {
         const auto* const request = record<host::imSourceVideoRec>();
         return request != nullptr && request->outFrame != nullptr ? *request->outFrame : nullptr;
     }
+    /// imGetSourceVideo: the first format in the list of the request; null for other calls, and without a
+    /// list.
+    const host::imFrameFormat* wanted() const {
+        const auto* const request = record<host::imSourceVideoRec>();
+        return is(host::imGetSourceVideo) && request != nullptr && request->inNumFrameFormats > 0
+                   ? request->inFrameFormats
+                   : nullptr;
+    }
+    /// imGetSourceVideo: delivers a frame of 4 x 4 pixels.
+    std::int32_t deliverSmall() const {
+        const host::prRect bounds{0, 0, 4, 4};
+        return clip()->creator->CreatePPix(record<host::imSourceVideoRec>()->outFrame,
+                                           host::kBufferAccessWriteOnly, host::PrPixelFormat_BGRA_4444_8u,
+                                           &bounds);
+    }
+    /// imOpenFile8: the path; empty for other calls.
+    std::u16string path() const {
+        const auto* const file = record<host::imFileOpenRec8>();
+        if (!is(host::imOpenFile8) || file == nullptr || file->fileinfo.filepath == nullptr) {
+            return {};
+        }
+        return reinterpret_cast<const char16_t*>(file->fileinfo.filepath);
+    }
+    /// imOpenFile8: opens the last file that was there in the place of the one that is asked for.
+    std::int32_t openLastGood() const;
     /// imGetSourceVideo: the first pixel of that frame, and the way from row to row.
     char* pixels(std::int32_t& rowBytes) const {
         char* first = nullptr;

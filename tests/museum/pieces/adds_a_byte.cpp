@@ -1,0 +1,17 @@
+// Writes a byte behind the end of a copy that it closes.
+#include <filesystem>
+#include <fstream>
+
+#include "tests/museum/piece.h"
+
+std::int32_t piece::answer(const Call& call) {
+    static std::filesystem::path last;
+    if (call.is(host::imOpenFile8)) {
+        last = call.path();
+    }
+    const std::int32_t result = call.correct();
+    if (call.is(host::imCloseFile) && last.string().find("copy") != std::string::npos) {
+        std::fstream(last, std::ios::binary | std::ios::in | std::ios::out | std::ios::ate) << 'x';
+    }
+    return result;
+}

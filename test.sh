@@ -59,7 +59,7 @@ command -v npm >/dev/null || browser_packages="chromium npm"
 extra_packages="${ORVANTIS_EXTRA_PACKAGES-$browser_packages}"
 # A software token and what signs by it, and what reads packages, bills of materials and manifests.
 [ "$what" != packaging ] || extra_packages="$extra_packages osslsigncode softhsm2 libengine-pkcs11-openssl openssl msitools
-    python3-jsonschema python3-yaml"
+    python3-jsonschema python3-yaml shellcheck"
 ORVANTIS_EXTRA_PACKAGES="$extra_packages" scripts/install-packages.sh
 
 results="build/test-results"

@@ -200,15 +200,16 @@ extern "C" __declspec(dllexport) UINT __stdcall FindPluginFolder(MSIHANDLE sessi
 /// Deferred, before files are copied: a host that finds two copies of one importer loads either.
 extern "C" __declspec(dllexport) UINT __stdcall RemoveOlderSetup(MSIHANDLE session) {
     const std::wstring folder = property(session, L"CustomActionData");
-    std::wstring temporary(kMostPath, L'\0');
-    temporary.resize(GetTempPathW(kMostPath, temporary.data()));
-    // The uninstaller of setup.exe returns at once unless it is a copy that is told the folder.
-    const std::wstring copy = temporary + L"ImporterOrvantis-remove.exe";
+    // The uninstaller of setup.exe returns at once unless it is a copy that is told the folder. The copy runs
+    // with the system's rights: it stays where only those can write who could change the uninstaller itself,
+    // and not in a temporary folder.
+    const std::wstring copy = folder + L"\\uninstall-copy.exe";
     if (CopyFileW((folder + L"\\uninstall.exe").c_str(), copy.c_str(), FALSE) == 0) {
         return ERROR_INSTALL_FAILURE;
     }
     const DWORD code = runProgram(L"\"" + copy + L"\" /S /UPGRADE _?=" + folder);
     DeleteFileW(copy.c_str());
+    RemoveDirectoryW(folder.c_str());  // the uninstaller could not, for its copy; others' files keep it
     return code == 0 ? ERROR_SUCCESS : ERROR_INSTALL_FAILURE;
 }
 

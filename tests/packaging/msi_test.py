@@ -110,6 +110,15 @@ class MsiUpgradeTest(MsiTest):
         self.assertEqual(wine.registry(wine.SWITCH_KEY, "EnableAdobeLog"), ("REG_DWORD", "0x1"), "stays on")
         self.remove_package()
 
+    def test_the_first_release_by_setup_leaves_the_folder_that_it_was_in(self):
+        other = r"C:\t\Other\Orvantis"
+        self.install(folder=other, setup=self.setup_of_version("0.1.0", installer_test.FIRST_RELEASE))
+        self.install_package(f"PLUGINDIR={FOLDER}")
+        self.assertPackageInstalled(FOLDER)
+        self.assertIsNone(self.files(other), "with nothing left in it")
+        self.assertFalse(wine.key_exists(wine.UNINSTALL_KEY))
+        self.remove_package()
+
     def test_setup_replaces_a_package(self):
         self.install_package(f"PLUGINDIR={FOLDER}", "LOG=1", package=self.package_of_version("0.0.9"))
         self.install(folder=r"C:\t\Other\Orvantis")

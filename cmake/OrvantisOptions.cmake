@@ -51,7 +51,16 @@ if(ORVANTIS_PDB)
     # No command lines and no folder of the build in the PDB: they would differ with the place of the build, and through
     # the PDB's identity so would the file that ships.
     target_compile_options(orvantis_options INTERFACE
-        -g -gcodeview -gno-codeview-command-line -fdebug-compilation-dir=.)
+        -g -gcodeview -gno-codeview-command-line -fdebug-compilation-dir=. -ffile-prefix-map=source=.)
+    # Nor may the names of lambdas, which clang makes of their file's path as it was opened: it gets relative ones.
+    if(CMAKE_GENERATOR STREQUAL "Ninja")
+        find_package(Python3 REQUIRED COMPONENTS Interpreter)
+        file(CREATE_LINK "${PROJECT_SOURCE_DIR}" "${CMAKE_BINARY_DIR}/source" SYMBOLIC)
+        foreach(language C CXX)
+            list(PREPEND CMAKE_${language}_COMPILER_LAUNCHER "${Python3_EXECUTABLE}" -ISE
+                "${PROJECT_SOURCE_DIR}/cmake/relative_paths.py" "${PROJECT_SOURCE_DIR}" "${CMAKE_BINARY_DIR}")
+        endforeach()
+    endif()
 endif()
 
 # orvantis_link_pdb(TARGET NAME): links with the symbols in <build>/symbols/NAME.pdb. What is linked records the PDB's bare

@@ -18,6 +18,9 @@ set(defines "-DVERSION=${CPACK_PACKAGE_VERSION}" "-DSTAGE=${stage}" "-DOUTFILE=$
 if(EXISTS "${stage}/importer_host.exe")
     list(APPEND defines -DHAVE_TOOL)
 endif()
+if(DEFINED ENV{ORVANTIS_SIGN_PROGRAM})
+    list(APPEND defines "-DSIGN=$ENV{ORVANTIS_SIGN_PROGRAM}")
+endif()
 execute_process(
     COMMAND "${CPACK_ORVANTIS_MAKENSIS}" -V2 -WX ${defines} "${CPACK_ORVANTIS_INSTALLER_SCRIPT}"
     COMMAND_ERROR_IS_FATAL ANY)
@@ -41,15 +44,15 @@ include("${CMAKE_CURRENT_LIST_DIR}/manifests/build_manifests.cmake")
 # What is in the packages, and where they come from.
 if(EXISTS "${msi}")
     set(parts "${CMAKE_CURRENT_LIST_DIR}/sbom")
+    set(record "${CPACK_ORVANTIS_BUILD_DIR}/build-record.json")
     set(out "${CPACK_PACKAGE_DIRECTORY}/${CPACK_PACKAGE_NAME}-${CPACK_PACKAGE_VERSION}")
-    get_filename_component(source "${CMAKE_CURRENT_LIST_DIR}" DIRECTORY)
     execute_process(
-        COMMAND "${CPACK_ORVANTIS_PYTHON}" -B "${parts}/make_sbom.py" "${CPACK_PACKAGE_VERSION}" "${stage}" "${out}.cdx.json"
-            "${out}.spdx.json"
+        COMMAND "${CPACK_ORVANTIS_PYTHON}" -B "${parts}/make_sbom.py" "${CPACK_PACKAGE_VERSION}" "${stage}" "${record}"
+            "${out}.cdx.json" "${out}.spdx.json"
         COMMAND_ERROR_IS_FATAL ANY)
     file(GLOB validator "${CPACK_PACKAGE_DIRECTORY}/importer-validator-${CPACK_PACKAGE_VERSION}-win64.zip")
     execute_process(
-        COMMAND "${CPACK_ORVANTIS_PYTHON}" -B "${parts}/make_provenance.py" "${source}" "${out}.intoto.json"
+        COMMAND "${CPACK_ORVANTIS_PYTHON}" -B "${parts}/make_provenance.py" "${record}" "${out}.intoto.json"
             "${installer}" "${msi}" ${validator} ${CPACK_PACKAGE_FILES}
         COMMAND_ERROR_IS_FATAL ANY)
 endif()

@@ -6,6 +6,7 @@
 ;   STAGE        folder with the files to install (plain release files and texts, nothing else)
 ;   OUTFILE      the installer to write
 ;   HAVE_TOOL    when STAGE holds importer_host.exe
+;   SIGN         the program that signs the uninstaller, in place, when this installer is going to be signed
 ;
 ; Command line of the installer (upper or lower case):
 ;   /?                    lists these options and installs nothing
@@ -61,6 +62,9 @@ AllowSkipFiles off      ; a plug-in without one of its files is not an installat
 
 Name "${PRODUCT} ${VERSION}"
 OutFile "${OUTFILE}"
+!ifdef SIGN
+    !uninstfinalize '"${SIGN}" "%1" uninstall.exe' = 0
+!endif
 BrandingText "${PRODUCT} ${VERSION}"
 ShowInstDetails show
 ShowUninstDetails show

@@ -1,22 +1,16 @@
 #!/bin/sh
-# Shows that the released plug-in and its symbols depend on the sources and nothing else: builds them from scratch, without
-# compiler cache, in folders of different names, and compares the files byte by byte. Looks for the folders' names in the
-# files, too. (The tool depends on its folder's name: compilers name a lambda by its path.)
+# Shows that the released files and their symbols depend on the sources and nothing else: builds the last commit twice from
+# scratch, without compiler cache, in folders of different names, and compares the files byte by byte. Looks for the folders' names
+# in the files, too.
 #
-#   scripts/check-reproducible.sh                    two builds of the last commit
-#   scripts/check-reproducible.sh --against FOLDER   one build of the working tree, compared with a build folder made earlier
+#   scripts/check-reproducible.sh
 set -eu
 script="$(realpath "$0")"
 . "$(dirname "$script")/common.sh"
 help_or_go_on "$@"
-preset=windows-clang
-against=""
-case "${1:-}" in
-    "") ;;
-    --against) against="$(realpath "${2:?--against needs a folder}")" ;;
-    *) wrong_usage "check-reproducible.sh: unknown argument: $1" ;;
-esac
+[ "$#" = 0 ] || wrong_usage "check-reproducible.sh: unknown argument: $1"
 cd "$(dirname "$script")/.."
+source="$PWD"
 
 commit="$(git rev-parse HEAD)"
 work="$(mktemp -d)"
@@ -24,46 +18,25 @@ trap 'rm -rf "$work"' EXIT
 trap 'exit 130' INT TERM
 export CCACHE_DISABLE=1
 
-files="release/ImporterOrvantis.prm symbols/ImporterOrvantis.pdb"
+files="release/ImporterOrvantis.prm symbols/ImporterOrvantis.pdb release/importer_host.exe symbols/importer_host.pdb
+    bin/setup_actions.dll packaging/importer_test_host/liborvantis_simhost.a"
 
-# build SOURCE BUILD: SOURCE/... -> the released plug-in and its symbols in BUILD
+# build SOURCE BUILD FOLDER: the commit, unpacked into SOURCE and built in BUILD -> what is compared in FOLDER
 build() {
-    cmake -S "$1" --preset "$preset" -B "$2" -DBUILD_TESTING=OFF -DORVANTIS_INSTALLER=OFF \
-        -DCMAKE_C_COMPILER_LAUNCHER= -DCMAKE_CXX_COMPILER_LAUNCHER= >"$work/log" 2>&1 &&
-        cmake --build "$2" -j "$(nproc)" --target release/ImporterOrvantis.prm >>"$work/log" 2>&1 ||
-        { tail -n 40 "$work/log"; exit 1; }
-}
-
-# take BUILD FOLDER: copies what is compared out of BUILD.
-take() {
-    mkdir -p "$2"
+    echo "Building in $1"
+    mkdir -p "$1" "$3"
+    git archive "$commit" | tar -x -C "$1"
+    cmake -S "$1" --preset windows-clang -B "$2" -DBUILD_TESTING=OFF -DCMAKE_C_COMPILER_LAUNCHER= -DCMAKE_CXX_COMPILER_LAUNCHER= \
+        >"$work/log" 2>&1 &&
+        cmake --build "$2" -j "$(nproc)" --target release_files >>"$work/log" 2>&1 || { tail -n 40 "$work/log"; exit 1; }
     for file in $files; do
-        cp "$1/$file" "$2/"
+        cp "$2/$file" "$3/"
     done
 }
 
-echo "Building in $work/a"
-mkdir -p "$work/a"
-if [ -n "$against" ]; then
-    git ls-files -z --cached --others --exclude-standard | xargs -0 sh -c \
-        'for file; do [ ! -e "$file" ] || printf "%s\0" "$file"; done' sh | tar -c --null -T - | tar -x -C "$work/a"
-else
-    git archive "$commit" | tar -x -C "$work/a"
-fi
-build "$work/a" "$work/a/build"
-take "$work/a/build" "$work/one"
-
-if [ -n "$against" ]; then
-    take "$against" "$work/two"
-else
-    # Everything that should not matter is different: folder, place of the build folder, time, time zone, locale.
-    elsewhere="$work/some other, much longer name/sources"
-    echo "Building in $elsewhere"
-    mkdir -p "$elsewhere"
-    git archive "$commit" | tar -x -C "$elsewhere"
-    ( TZ=Pacific/Chatham LC_ALL=C build "$elsewhere" "$work/output of the second build" )
-    take "$work/output of the second build" "$work/two"
-fi
+build "$work/a" "$work/a/build" "$work/one"
+# Everything that should not matter is different: folder, place of the build folder, time, time zone, locale.
+( TZ=Pacific/Chatham LC_ALL=C build "$work/some other, much longer name/sources" "$work/output of the second build" "$work/two" )
 
 failed=0
 cd "$work"
@@ -71,7 +44,7 @@ sha256sum one/* two/*
 for file in one/*; do
     cmp "$file" "two/${file#one/}" || failed=1
 done
-for folder in "$work" "$OLDPWD" "$HOME/"; do
+for folder in "$work" "$source" "$HOME/"; do
     if grep -laF "$folder" one/* two/*; then
         echo "These files name the folder $folder"
         failed=1

@@ -19,12 +19,14 @@ ORVANTIS_SIGNATURES="$(realpath "$3")"
 export ORVANTIS_SIGNATURES
 
 # What the build made stays as it was, for the next one.
-kept="$(mktemp -d)"
+work="$(mktemp -d)"
+kept="$work/kept"
+mkdir "$kept"
 restore() {
     for file in "$kept"/*; do
         [ ! -e "$file" ] || cp -p "$file" "$build/release/"
     done
-    rm -rf "$kept"
+    rm -rf "$work"
 }
 trap restore EXIT
 trap 'exit 130' INT TERM
@@ -34,11 +36,10 @@ for name in ImporterOrvantis.prm importer_host.exe; do
     touch -r "$kept/$name" "$build/release/$name"
 done
 
-# Packaging calls it for the installer and the MSI package before it writes their checksums.
-(cd "$build" && ORVANTIS_SIGN_PROGRAM="$here/sign-file.sh" cpack --config CPackConfig.cmake -B "$packages" >"$kept.log" 2>&1) || {
-    cat "$kept.log" >&2
+# Packaging calls it for the uninstaller, the installer and the MSI package before it writes their checksums.
+(cd "$build" && ORVANTIS_SIGN_PROGRAM="$here/sign-file.sh" cpack --config CPackConfig.cmake -B "$packages" >"$work/log" 2>&1) || {
+    cat "$work/log" >&2
     exit 1
 }
-rm -f "$kept.log"
 rm -rf "$packages/_CPack_Packages"
 echo "Signed packages: $packages"

@@ -16,15 +16,25 @@ help_or_go_on "$@"
 [ "$#" -ge 3 ] || wrong_usage "verify-release.sh: packages, signatures and a tag are needed, ${1:-nothing} is not enough"
 packages="$(realpath "$1")"
 signatures="$(realpath "$2")"
+for folder in "$packages" "$signatures"; do
+    [ -d "$folder" ] || wrong_usage "verify-release.sh: there is no folder $folder"
+done
 work="$(mktemp -d)"
-# The tool depends on the name of its folder, so every release is built in this one.
-folder=/tmp/orvantis-release
-owned=""
-trap 'rm -rf "$work" $owned' EXIT
+trap 'rm -rf "$work"' EXIT
 trap 'exit 130' INT TERM
-if [ -n "$(find "$signatures" -name '*.p7')" ]; then
+
+# The packages, and what goes with them.
+published="$(cd "$packages" && find . -type f \( -path './ImporterOrvantis-*' -o -path './importer-validator-*' -o \
+    -path './manifests/*' \) | sort)"
+[ -n "$published" ] || wrong_usage "verify-release.sh: no packages are in $packages"
+signed=""
+[ -z "$(find "$signatures" -name '*.p7')" ] || signed=yes
+
+if [ -n "$signed" ]; then
+    ORVANTIS_EXTRA_PACKAGES="osslsigncode" "$here/install-packages.sh"
     ca="${ORVANTIS_SIGN_CA:-/etc/ssl/certs/ca-certificates.crt}"
     for file in "$packages"/*.exe "$packages"/*.msi; do
+        [ -e "$file" ] || continue
         if osslsigncode verify -CAfile "$ca" -TSA-CAfile "$ca" -in "$file" >"$work/log" 2>&1; then
             echo "signature valid: $(basename "$file")"
         else
@@ -37,34 +47,61 @@ fi
 if [ "$3" = --built ]; then
     build="$(realpath "${4:?--built needs a folder}")"
 else
-    "$here/build-release.sh" "$3" "$folder"
-    owned="$folder"
-    build="$folder/build/windows-clang"
+    "$here/build-release.sh" "$3" "$work/sources"
+    build="$work/sources/build/windows-clang"
     SOURCE_DATE_EPOCH="$(git -C "$here" log -1 --format=%ct "$3")"
     export SOURCE_DATE_EPOCH
 fi
 
+# Who built, and where the repository is, is what the statement of origin claims: no rebuild can tell. The same claims again, so
+# that everything else in it is compared.
+unset ORVANTIS_BUILDER ORVANTIS_HOME_URL
+for statement in "$packages"/ImporterOrvantis-*.intoto.json; do
+    [ -e "$statement" ] || continue
+    python3 - "$statement" >"$work/claims" <<'PY'
+import json, sys
+predicate = json.load(open(sys.argv[1], encoding="utf-8"))["predicate"]
+print(predicate["runDetails"]["builder"]["id"])
+print(next((each["uri"].removeprefix("git+") for each in predicate["buildDefinition"]["resolvedDependencies"]
+            if each.get("uri", "").startswith("git+")), ""))
+PY
+    ORVANTIS_BUILDER="$(sed -n 1p "$work/claims")"
+    ORVANTIS_HOME_URL="$(sed -n 2p "$work/claims")"
+    echo "claimed, not verified: built by $ORVANTIS_BUILDER${ORVANTIS_HOME_URL:+ from $ORVANTIS_HOME_URL}"
+    export ORVANTIS_BUILDER ORVANTIS_HOME_URL
+done
+
 failed=0
 cp -r "$signatures" "$work/signatures"
 mkdir "$work/packages"
-if [ -n "$(find "$signatures" -name '*.p7')" ]; then
+if [ -n "$signed" ]; then
     # No key: what has no signature in the release must not get one.
-    ORVANTIS_SIGN_MODULE="" ORVANTIS_SIGN_KEY="" "$here/sign-release.sh" "$build" "$work/packages" "$work/signatures" >"$work/log" 2>&1 || {
+    ORVANTIS_SIGN_MODULE="" ORVANTIS_SIGN_KEY="" "$here/sign-release.sh" "$build" "$work/packages" "$work/signatures" \
+        >"$work/log" 2>&1 || {
         cat "$work/log"
         echo "The signatures do not fit what the sources make"
         exit 1
     }
 else
     (cd "$build" && cpack --config CPackConfig.cmake -B "$work/packages" >"$work/log" 2>&1) || { cat "$work/log"; exit 1; }
+    rm -rf "$work/packages/_CPack_Packages"
 fi
 
-for file in "$packages"/ImporterOrvantis-*; do
-    name="$(basename "$file")"
-    if cmp "$file" "$work/packages/$name"; then
-        echo "same: $name"
+while IFS= read -r name; do
+    if cmp -s "$packages/$name" "$work/packages/$name"; then
+        echo "same: ${name#./}"
     else
+        echo "NOT what the sources make: ${name#./}"
         failed=1
+        # Texts tell why: another compiler, for example.
+        case "$name" in *.json | *.yaml) diff "$packages/$name" "$work/packages/$name" | head -n 20 ;; esac
     fi
-done
+done <<EOF
+$published
+EOF
+(cd "$work/packages" && find . -type f | sort) >"$work/made"
+while IFS= read -r name; do
+    [ -e "$packages/$name" ] || echo "not there to be compared: ${name#./}"
+done <"$work/made"
 [ "$failed" = 0 ] && echo "Verified: the packages are what the sources make"
 exit "$failed"

@@ -5,7 +5,6 @@ import hashlib
 import json
 import os
 import pathlib
-import subprocess
 import uuid
 
 NAMESPACE = uuid.UUID("0e3a1c0b-6b64-4f0e-9d0c-61c1c5d2f2a7")
@@ -13,16 +12,21 @@ PURPOSE = "Importer plug-in for AVI files coded with the Orvantis lossless codec
 SUPPLIER = "Orvantis Importer Developers"
 
 
-def components():
+def components(record):
     """Each with `version`, that of the distribution's package which it was taken from."""
     read = json.loads((pathlib.Path(__file__).parent / "components.json").read_text())["components"]
-    for component in read:
-        component["version"] = package_version(component["package"])
-    return read
+    return [{**component, "version": record["packages"][component["package"]]} for component in read]
 
 
-def package_version(package):
-    return subprocess.run(["dpkg-query", "-W", "-f=${Version}", package], check=True, capture_output=True, text=True).stdout
+def build_record(path):
+    """What record_build.py wrote."""
+    return json.loads(pathlib.Path(path).read_text())
+
+
+def purl(package, version):
+    """The package's name as package URLs have it."""
+    escaped = version.replace("+", "%2B").replace(":", "%3A").replace("~", "%7E")
+    return f"pkg:deb/debian/{package.replace('+', '%2B')}@{escaped}"
 
 
 def digest(path):

@@ -1,32 +1,31 @@
 """Writes where packages came from: an in-toto statement with SLSA provenance 1.0 of the packages' sums.
 
-    make_provenance.py SOURCE OUT PACKAGE...      SOURCE is the source folder
+    make_provenance.py RECORD OUT PACKAGE...      RECORD is what record_build.py wrote
 
-It is signed, if at all, together with the release. ORVANTIS_BUILDER names who built; without it, nobody vouches for the builder.
+The statement is not signed. Two claims of whoever makes it come from the environment: ORVANTIS_BUILDER is the address of who built,
+ORVANTIS_HOME_URL that of the repository.
 """
 
 import os
 import pathlib
-import subprocess
 import sys
 
 import bill
 
-TOOLS = ["clang-16", "lld-16", "g++-mingw-w64-x86-64-posix", "mingw-w64-x86-64-dev", "binutils-mingw-w64-x86-64", "cmake", "ninja-build", "nsis",
-         "wixl", "llvm"]
+# What scripts/build-release.sh does, in the way it does it now.
+BUILD_TYPE = bill.identifier("build type", "windows-clang", "1").urn
+UNKNOWN_BUILDER = bill.identifier("builder", "nobody vouches for it").urn
 
 
-def git(source, *words):
-    result = subprocess.run(["git", "-C", source, *words], capture_output=True, text=True)
-    return result.stdout.strip() if result.returncode == 0 else ""
+def sources(commit):
+    home = os.environ.get("ORVANTIS_HOME_URL")
+    address = {"uri": f"git+{home}"} if home else {}
+    return [{**address, "name": "sources", "digest": {"gitCommit": commit}}] if commit else []
 
 
-def main(source, out, *packages):
-    commit = git(source, "rev-parse", "HEAD")
-    dependencies = [{"uri": "git+orvantis-importer", "digest": {"gitCommit": commit}}] if commit else []
-    names = sorted({*TOOLS, *(component["package"] for component in bill.components())})
-    dependencies += [{"uri": f"pkg:deb/debian/{name}@{bill.package_version(name).replace('+', '%2B').replace(':', '%3A')}", "name": name}
-                     for name in names]
+def main(record, out, *packages):
+    record = bill.build_record(record)
+    tools = [{"uri": bill.purl(name, version), "name": name} for name, version in sorted(record["packages"].items())]
     bill.write(out, {
         "_type": "https://in-toto.io/Statement/v1",
         "subject": [{"name": pathlib.Path(package).name, "digest": {"sha256": bill.digest(package)}}
@@ -34,12 +33,12 @@ def main(source, out, *packages):
         "predicateType": "https://slsa.dev/provenance/v1",
         "predicate": {
             "buildDefinition": {
-                "buildType": "https://example.com/orvantis-importer/build/windows-clang/v1",
-                "externalParameters": {"commit": commit, "tag": git(source, "tag", "--points-at", "HEAD")},
-                "internalParameters": {"preset": "windows-clang", "changed": bool(git(source, "status", "--porcelain", "-uno"))},
-                "resolvedDependencies": dependencies,
+                "buildType": BUILD_TYPE,
+                "externalParameters": {"commit": record["commit"]},
+                "internalParameters": {"preset": "windows-clang", "changed": record["changed"]},
+                "resolvedDependencies": sources(record["commit"]) + tools,
             },
-            "runDetails": {"builder": {"id": os.environ.get("ORVANTIS_BUILDER", "https://example.com/orvantis-importer/unknown-builder")},
+            "runDetails": {"builder": {"id": os.environ.get("ORVANTIS_BUILDER", UNKNOWN_BUILDER)},
                            "metadata": {"finishedOn": bill.date()}},
         },
     })

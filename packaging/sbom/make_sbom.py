@@ -1,6 +1,8 @@
 """Writes the bill of materials of a release, as CycloneDX 1.5 and as SPDX 2.3.
 
-    make_sbom.py VERSION STAGE OUT_CYCLONEDX OUT_SPDX      STAGE is the folder with the files that are installed
+    make_sbom.py VERSION STAGE RECORD OUT_CYCLONEDX OUT_SPDX
+
+STAGE is the folder with the files that are installed, RECORD what record_build.py wrote.
 """
 
 import pathlib
@@ -15,13 +17,13 @@ def files_of(stage):
 
 
 def purl(component):
-    return f"pkg:deb/debian/{component['package']}@{component['version'].replace('+', '%2B').replace(':', '%3A')}?arch=all"
+    return bill.purl(component["package"], component["version"])
 
 
-def cyclonedx(version, files):
+def cyclonedx(version, files, parts):
     product = f"pkg:generic/ImporterOrvantis@{version}"
     components, dependencies = [], []
-    for component in bill.components():
+    for component in parts:
         reference = f"{purl(component)}#{component['name'].replace(' ', '-')}"
         components.append({
             "type": "library", "bom-ref": reference, "supplier": {"name": component["supplier"]}, "name": component["name"],
@@ -47,7 +49,7 @@ def cyclonedx(version, files):
     }
 
 
-def spdx(version, files):
+def spdx(version, files, parts):
     name = lambda text: "SPDXRef-" + re.sub(r"[^A-Za-z0-9.-]+", "-", text)
     product = name("ImporterOrvantis")
     packages = [{
@@ -58,7 +60,7 @@ def spdx(version, files):
     relations = [{"spdxElementId": "SPDXRef-DOCUMENT", "relationshipType": "DESCRIBES", "relatedSpdxElement": product}]
     for file in files:
         relations.append({"spdxElementId": product, "relationshipType": "CONTAINS", "relatedSpdxElement": name("file-" + file.name)})
-    for component in bill.components():
+    for component in parts:
         identifier = name("part-" + component["name"])
         packages.append({
             "SPDXID": identifier, "name": component["name"], "versionInfo": component["version"],
@@ -83,10 +85,11 @@ def spdx(version, files):
     }
 
 
-def main(version, stage, out_cyclonedx, out_spdx):
+def main(version, stage, record, out_cyclonedx, out_spdx):
     files = files_of(stage)
-    bill.write(out_cyclonedx, cyclonedx(version, files))
-    bill.write(out_spdx, spdx(version, files))
+    parts = bill.components(bill.build_record(record))
+    bill.write(out_cyclonedx, cyclonedx(version, files, parts))
+    bill.write(out_spdx, spdx(version, files, parts))
 
 
 if __name__ == "__main__":

@@ -2,8 +2,11 @@
 
 import hashlib
 import json
+import os
+import pathlib
 import re
 import subprocess
+import tempfile
 import unittest
 
 import yaml
@@ -12,6 +15,7 @@ import schema_check
 import settings
 
 FOLDER = settings.PACKAGES / "manifests"
+PLACE = f"{settings.HOME_URL}/releases/download/v{settings.VERSION}/"
 IDENTIFIER = "OrvantisImporterDevelopers.OrvantisImporter"
 
 
@@ -38,8 +42,8 @@ class WingetTest(unittest.TestCase):
 
     def test_checksums_and_names_are_those_of_the_packages(self):
         installers = winget(".installer")["Installers"]
-        self.assertEqual([(each["InstallerUrl"].rsplit("/", 1)[1], each["InstallerSha256"]) for each in installers],
-                         [(package.name, digest(package).upper()) for package in (settings.MSI, settings.SETUP)])
+        self.assertEqual([(each["InstallerUrl"], each["InstallerSha256"]) for each in installers],
+                         [(PLACE + package.name, digest(package).upper()) for package in (settings.MSI, settings.SETUP)])
 
     def test_product_code_is_that_of_the_msi_package(self):
         table = subprocess.run(["msiinfo", "export", settings.MSI, "Property"], check=True, capture_output=True, text=True).stdout
@@ -53,9 +57,43 @@ class ScoopTest(unittest.TestCase):
         self.assertEqual(schema_check.problems(manifest, "scoop.own.schema.json"), [])
         self.assertEqual(manifest["version"], settings.VERSION)
         package = manifest["architecture"]["64bit"]
-        self.assertEqual(package["url"].rsplit("/", 1)[1], settings.PACKAGE.name)
+        self.assertEqual(manifest["homepage"], settings.HOME_URL)
+        self.assertEqual(package["url"], PLACE + settings.PACKAGE.name)
         self.assertEqual(package["hash"], digest(settings.PACKAGE))
         self.assertEqual(package["extract_dir"] + "/", settings.TOP)
+
+
+class PlaceTest(unittest.TestCase):
+    """Manifests that name no place, or one that cannot be, would be handed in by mistake."""
+
+    def make(self, home):
+        """As packaging does it once the packages are there; what it says, and the files that it makes."""
+        with tempfile.TemporaryDirectory() as folder:
+            variables = {"CPACK_PACKAGE_DIRECTORY": folder, "CPACK_PACKAGE_VERSION": settings.VERSION, "msi": settings.MSI,
+                         "installer": settings.SETUP, "CPACK_PACKAGE_FILES": settings.PACKAGE}
+            result = subprocess.run(
+                [settings.CMAKE, *(f"-D{name}={value}" for name, value in variables.items()), "-P",
+                 settings.SOURCE_DIR / "packaging/manifests/build_manifests.cmake"],
+                stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, env={**os.environ, "ORVANTIS_HOME_URL": home})
+            return result.returncode, result.stdout, sorted(each.name for each in pathlib.Path(folder).rglob("*.*"))
+
+    def test_without_a_place_there_are_none(self):
+        code, said, files = self.make("")
+        self.assertEqual((code, files), (0, []))
+        self.assertIn("Manifests: none, as ORVANTIS_HOME_URL does not tell where", said)
+
+    def test_place_that_cannot_be_is_refused(self):
+        for home in ("http://192.0.2.1/a/b", "https://192.0.2.1", "https://192.0.2.1/a/", "https://localhost/a", "192.0.2.1/a/b",
+                     "https://example.com/a/b", "https://www.example.org/a", "https://forge.invalid/a", "https://192.0.2.1/a b",
+                     "https://somebody@192.0.2.1/a"):
+            code, said, files = self.make(home)
+            self.assertEqual((code, files), (1, []), home)
+            self.assertIn("ORVANTIS_HOME_URL is no address", said)
+
+    def test_place_that_can_be_is_taken(self):
+        for home in ("https://192.0.2.1/a/b", "https://192.0.2.1:8000/a"):
+            code, said, files = self.make(home)
+            self.assertEqual((code, len(files)), (0, 4), said)
 
 
 if __name__ == "__main__":

@@ -5,6 +5,7 @@ import json
 import pathlib
 import re
 import subprocess
+import tempfile
 import unittest
 
 import package_test
@@ -12,10 +13,10 @@ import schema_check
 import settings
 
 COMPONENTS = json.loads((settings.SOURCE_DIR / "packaging/sbom/components.json").read_text())["components"]
-PROGRAMS = {settings.PLUGIN: "ImporterOrvantis", settings.TOOL: "importer_host"}
+PROGRAMS = {settings.PLUGIN: "ImporterOrvantis", settings.TOOL: "importer_host", settings.SETUP_ACTIONS.name: "setup_actions"}
 # Of the project itself, and of Windows: import libraries hold no code but jumps.
 OWN = re.compile(r"^/orvantis/|^\* Linker \*$|^$")
-WINDOWS = re.compile(r"/lib(kernel32|user32|gdi32|shell32|shlwapi|advapi32|ole32|psapi|dbghelp|ntdll)\.a$|\.dll$")
+WINDOWS = re.compile(r"/lib(kernel32|user32|gdi32|shell32|shlwapi|advapi32|ole32|psapi|dbghelp|ntdll|msi)\.a$|\.dll$")
 
 
 def linked(program):
@@ -34,8 +35,8 @@ def included(*sources):
             wanted = line.startswith(sources)
         elif wanted and line:
             found.add(line.strip())
-    libraries = str(pathlib.Path(settings.BUILD_DIR) / "header_libraries")
-    return {path for path in found if not path.startswith(str(settings.SOURCE_DIR)) or path.startswith(libraries)}
+    # Paths that are not full ones are those of the build folder, which is where the compiler runs: `source` leads to the sources.
+    return {path for path in found if not path.startswith((str(settings.SOURCE_DIR), "source/"))}
 
 
 def components_of(paths):
@@ -65,6 +66,7 @@ class LinkedTest(unittest.TestCase):
         tool, _ = components_of(included("tool/"))
         plugin, _ = components_of(included("plugin/"))
         self.assertEqual({each for each in libraries if each in tool}, libraries)
+        self.assertIn("libstdc++", plugin)
         self.assertEqual(plugin & libraries, set())
         for each in COMPONENTS:
             if each["name"] in libraries:
@@ -87,6 +89,12 @@ class BillTest(unittest.TestCase):
         self.assertEqual(schema_check.problems(self.spdx, "spdx-2.3.own.schema.json"), [])
         self.cyclonedx["components"][0]["type"] = "thing"
         self.assertNotEqual(schema_check.problems(self.cyclonedx, "cyclonedx-1.5.schema.json"), [])
+
+    def test_licences_are_named_as_spdx_lists_them(self):
+        known = set(schema_check.read("cyclonedx-spdx.schema.json")["enum"])
+        for each in COMPONENTS:
+            names = re.split(r" (?:AND|OR|WITH) ", each["licence"])
+            self.assertEqual([name for name in names if name not in known], [], each["name"])
 
     def test_both_list_the_same_parts_with_the_versions_that_are_installed(self):
         expected = {}
@@ -121,8 +129,32 @@ class ProvenanceTest(unittest.TestCase):
         self.assertEqual(schema_check.problems(statement, "in-toto-1.own.schema.json"), [])
         self.assertEqual({each["name"]: each["digest"]["sha256"] for each in statement["subject"]},
                          {path.name: hashlib.sha256(path.read_bytes()).hexdigest() for path in settings.PUBLISHED})
-        commit = subprocess.run(["git", "-C", settings.SOURCE_DIR, "rev-parse", "HEAD"], capture_output=True, text=True).stdout.strip()
-        self.assertEqual(statement["predicate"]["buildDefinition"]["externalParameters"]["commit"], commit)
+        commit = json.loads((settings.BUILD_DIR / "build-record.json").read_text())["commit"]
+        # Somebody may commit while the tests run.
+        subprocess.run(["git", "-C", settings.SOURCE_DIR, "merge-base", "--is-ancestor", commit, "HEAD"], check=True)
+        definition = statement["predicate"]["buildDefinition"]
+        self.assertEqual(definition["externalParameters"]["commit"], commit)
+        self.assertEqual(definition["resolvedDependencies"][0],
+                         {"uri": f"git+{settings.HOME_URL}", "name": "sources", "digest": {"gitCommit": commit}})
+
+    def test_says_what_was_built_though_the_sources_have_changed_since(self):
+        with tempfile.TemporaryDirectory() as name:
+            folder = pathlib.Path(name)
+            git = ["git", "-C", folder, "-c", "user.name=a", "-c", "user.email=a@localhost"]
+            (folder / "file").write_text("as it was built")
+            for words in (["init", "-q"], ["add", "file"], ["commit", "-qm", "a"]):
+                subprocess.run([*git, *words], check=True)
+            tell = lambda script, *words: subprocess.run([settings.PYTHON, settings.SOURCE_DIR / "packaging/sbom" / script, *words],
+                                                         check=True)
+            tell("record_build.py", folder, folder / "record")
+            tell("make_provenance.py", folder / "record", folder / "one", settings.MSI)
+            (folder / "file").write_text("edited since")
+            tell("make_provenance.py", folder / "record", folder / "two", settings.MSI)
+            self.assertEqual((folder / "one").read_bytes(), (folder / "two").read_bytes())
+            changed = lambda: json.loads((folder / "record").read_text())["changed"]
+            self.assertFalse(changed())
+            tell("record_build.py", folder, folder / "record")
+            self.assertTrue(changed())
 
 
 if __name__ == "__main__":

@@ -11,9 +11,10 @@ def _path(name):
 SOURCE_DIR = _path("ORVANTIS_SOURCE_DIR")
 BUILD_DIR = _path("ORVANTIS_BUILD_DIR")
 PACKAGES = _path("ORVANTIS_PACKAGES")  # made by the fixture of these tests, nothing older lies there
-CPACK = os.environ["ORVANTIS_CPACK"]
+SIGNED = BUILD_DIR / "signed-under-test"  # the same ones signed: made by make_signed.py
 PYTHON = os.environ["ORVANTIS_PYTHON"]
 CMAKE = os.environ["ORVANTIS_CMAKE"]
+HOME_URL = os.environ["ORVANTIS_HOME_URL"]
 WIXL = os.environ["ORVANTIS_WIXL"]
 SETUP_ACTIONS = _path("ORVANTIS_SETUP_ACTIONS")
 MAKENSIS = os.environ["ORVANTIS_MAKENSIS"]

@@ -29,8 +29,8 @@ build() {
     cmake --build --preset "$preset" --target "$@" >>"$results/$preset.log" 2>&1 || { tail -n 40 "$results/$preset.log"; exit 1; }
 }
 build linux-bench orvantis_bench make_bench_files
-build windows-mingw ImporterOrvantis orvantis_common64 importer_host opening_once
+build windows-clang ImporterOrvantis orvantis_common64 importer_host opening_once
 
 build/linux-bench/bin/make_bench_files "$files"
-python3 bench/report.py --native build/linux-bench --windows build/windows-mingw --files "$files" --results "$results" \
+python3 bench/report.py --native build/linux-bench --windows build/windows-clang --files "$files" --results "$results" \
     --docs docs

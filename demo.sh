@@ -47,11 +47,11 @@ cd "$root"
 scripts/install-packages.sh
 
 mkdir -p build
-cmake --preset windows-mingw >build/demo-configure.log || { cat build/demo-configure.log; exit 1; }
+cmake --preset windows-clang >build/demo-configure.log || { cat build/demo-configure.log; exit 1; }
 build_with_progress build/demo-build.log "Build of the plug-in and the tool (3 minutes at first)" \
-    cmake --build --preset windows-mingw -j "$(nproc)" --target ImporterOrvantis orvantis_common64 importer_host
+    cmake --build --preset windows-clang -j "$(nproc)" --target ImporterOrvantis orvantis_common64 importer_host
 
-host="build/windows-mingw/wine-run build/windows-mingw/bin/importer_host.exe"
+host="build/windows-clang/wine-run build/windows-clang/bin/importer_host.exe"
 
 # make_clip NAME TAG PIXEL-FORMAT AUDIO-ARGUMENTS...: two seconds of a moving test picture and a tone.
 make_clip() {

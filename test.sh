@@ -3,11 +3,11 @@
 # and runs the tests of each. Ends with one line that counts them.
 #
 #   ./test.sh              everything but the packages: windows, asan and tsan
-#   ./test.sh windows      only the Windows build under Wine
+#   ./test.sh windows      only the Windows build that is released, under Wine
 #   ./test.sh asan         only the native build with AddressSanitizer and UndefinedBehaviorSanitizer
 #   ./test.sh tsan         only the concurrency tests under ThreadSanitizer
 #   ./test.sh packaging    the packages: made, installed, upgraded, removed, signed, rebuilt elsewhere to the same bytes
-#   ./test.sh clang        all tests of the Windows build by the compiler that releases are made with, under Wine
+#   ./test.sh gcc          the same tests, compiled by the other compiler
 #   ./test.sh quick        while you edit: natively, without sanitizers, the tests that see what changed since the last time
 #   ./test.sh golden       no test: writes the texts of tests/golden anew, for you to read in `git diff` before you keep them
 #
@@ -19,7 +19,7 @@ cd "$(dirname "$script")"
 help_or_go_on "$@"
 what="${1:-all}"
 case "$what" in
-    all | windows | asan | tsan | packaging | clang | quick | golden) ;;
+    all | windows | asan | tsan | packaging | gcc | quick | golden) ;;
     *) wrong_usage "test.sh: unknown argument: $what" ;;
 esac
 jobs="$(nproc)"
@@ -108,13 +108,13 @@ tsan_tests="-L concurrency"
 case "$what" in
     all)
         windows=0 native=0
-        build windows windows-mingw all || windows=1
+        build windows windows-clang all || windows=1
         # The native builds take what the tests under Wine leave of the processors.
         (
             sh -c 'renice -n 19 -p $PPID' >/dev/null
             build asan linux-asan all && build tsan linux-tsan concurrency_tests
         ) &
-        if [ "$windows" = 0 ]; then check windows windows-mingw $windows_tests; else failed=1; fi
+        if [ "$windows" = 0 ]; then check windows windows-clang $windows_tests; else failed=1; fi
         wait $! || native=1
         if [ "$native" = 0 ]; then
             check asan linux-asan
@@ -123,12 +123,12 @@ case "$what" in
             failed=1
         fi
         ;;
-    windows) run windows windows-mingw all $windows_tests ;;
+    windows) run windows windows-clang all $windows_tests ;;
     asan) run asan linux-asan all ;;
     tsan) run tsan linux-tsan concurrency_tests $tsan_tests ;;
     # They take turns on one Wine system, beside two more builds: on a busy machine a program there may fail to start.
     packaging) wine_jobs="$jobs"; run packaging windows-clang packaging_test_files -L packaging --repeat until-pass:2 ;;
-    clang) run clang windows-clang all $windows_tests ;;
+    gcc) run gcc windows-mingw all $windows_tests ;;
 esac
 
 # One line for people and for CI: the tests of all builds. A CTest test that is a GoogleTest program counts as the tests in it.

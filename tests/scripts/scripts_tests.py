@@ -54,8 +54,8 @@ class Folder(unittest.TestCase):
         self.program("dpkg-query", RECORD + 'echo "install ok installed"\n')
         for name in ("apt-get", "ctest", "clang-format", "run-clang-tidy", "cppcheck", "git", "sudo"):
             self.program(name, RECORD)
-        (self.root / "build/windows-mingw").mkdir(parents=True)
-        self.program("wine-run", HOST, self.root / "build/windows-mingw")
+        (self.root / "build/windows-clang").mkdir(parents=True)
+        self.program("wine-run", HOST, self.root / "build/windows-clang")
 
     def program(self, name, text, folder=None):
         path = (folder or self.bin) / name
@@ -105,7 +105,7 @@ class Nightly(Folder):
             self.program(name, RECORD, self.root / "scripts")
         (self.root / "build/linux-quick/bin").mkdir(parents=True)
         self.program("importer_host", RECORD, self.root / "build/linux-quick/bin")
-        self.program("wine-run", RECORD, self.root / "build/windows-mingw")
+        self.program("wine-run", RECORD, self.root / "build/windows-clang")
 
     def results(self, run):
         lines = run.stdout[run.stdout.index("=== results"):].splitlines()[1:]
@@ -118,13 +118,13 @@ class Nightly(Folder):
         self.assertEqual([call for call in self.called().splitlines() if not call.startswith(("cmake", "install"))], [
             "mutate.sh --sample 200 --seed 7", "coverage.sh ", "schedules.sh ", "prove.sh ", "run.sh 30",
             "importer_host soak --sessions 200000 --seed 7",
-            "wine-run build/windows-mingw/bin/importer_host.exe soak --sessions 2000 --seed 7", "check-reproducible.sh "])
+            "wine-run build/windows-clang/bin/importer_host.exe soak --sessions 2000 --seed 7", "check-reproducible.sh "])
 
     def test_a_step_that_fails_is_listed_and_stops_no_other(self):
         for program, folder, step in (("mutate.sh", ".", "mutation"), ("prove.sh", ".", "proofs"),
                                       ("run.sh", "tests/fuzz", "fuzzing"),
                                       ("importer_host", "build/linux-quick/bin", "sessions"),
-                                      ("wine-run", "build/windows-mingw", "sessions")):
+                                      ("wine-run", "build/windows-clang", "sessions")):
             with self.subTest(program=program):
                 self.program(program, RECORD + "exit 3\n", self.root / folder)
                 run = self.run_script(".ci/nightly")
@@ -180,9 +180,9 @@ class WineRun(Folder):
     def setUp(self):
         super().setUp()
         text = (SOURCE / "cmake/wine-run.in").read_text()
-        for name, path in (("SOURCE", self.root), ("BINARY", self.root / "build/windows-mingw")):
+        for name, path in (("SOURCE", self.root), ("BINARY", self.root / "build/windows-clang")):
             text = text.replace(f"@CMAKE_{name}_DIR@", str(path))
-        self.program("wine-run", text, self.root / "build/windows-mingw")
+        self.program("wine-run", text, self.root / "build/windows-clang")
         self.program("wineserver", RECORD + """
 case "$1" in
     -k0) [ -e "$WINEPREFIX/server" ] ;;
@@ -200,7 +200,7 @@ exit 53
         self.prefix = self.root / "build/wineprefix"
 
     def start(self, *arguments, **environment):
-        return self.run_script("build/windows-mingw/wine-run", *(arguments or ("a.exe",)), **environment)
+        return self.run_script("build/windows-clang/wine-run", *(arguments or ("a.exe",)), **environment)
 
     def test_makes_its_system_once(self):
         for _ in range(2):

@@ -50,8 +50,10 @@ if(ORVANTIS_PDB)
     endif()
     # No command lines and no folder of the build in the PDB: they would differ with the place of the build, and through
     # the PDB's identity so would the file that ships.
-    target_compile_options(orvantis_options INTERFACE
-        -g -gcodeview -gno-codeview-command-line -fdebug-compilation-dir=. -ffile-prefix-map=source=.)
+    # What ships has symbols; tests, which nobody debugs by a PDB, are compiled sooner without, and may have thread_local
+    # variables: clang's records of those do not link.
+    target_compile_options(orvantis_options INTERFACE -fdebug-compilation-dir=. -ffile-prefix-map=source=.
+        $<IF:$<BOOL:$<TARGET_PROPERTY:ORVANTIS_IS_TEST>>,-g0,$<1:-g;-gcodeview;-gno-codeview-command-line>>)
     # Nor may the names of lambdas, which clang makes of their file's path as it was opened: it gets relative ones.
     if(CMAKE_GENERATOR STREQUAL "Ninja")
         find_package(Python3 REQUIRED COMPONENTS Interpreter)

@@ -30,7 +30,8 @@ add_custom_target(concurrency_tests)
 set(test_options $<$<CXX_COMPILER_ID:GNU,Clang>:-Wno-sign-conversion;-O0;-g1> ${orvantis_precompiled_options})
 # A program, as its users are: compilers want them alike.
 add_executable(orvantis_test_headers "${CMAKE_CURRENT_LIST_DIR}/test_headers.cpp")
-set_target_properties(orvantis_test_headers PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/test-headers")
+set_target_properties(orvantis_test_headers PROPERTIES ORVANTIS_IS_TEST ON
+    RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/test-headers")
 target_link_libraries(orvantis_test_headers PRIVATE orvantis_options GTest::gtest GTest::gmock)
 target_precompile_headers(orvantis_test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h>
     <algorithm> <array> <cstdint> <cstring> <filesystem> <fstream> <functional> <memory> <mutex> <string> <thread> <vector>)
@@ -101,6 +102,7 @@ function(orvantis_add_test)
     target_link_libraries(${arg_NAME} PRIVATE
         orvantis_options ${arg_LIBRARIES} orvantis_test_main GTest::gtest GTest::gmock)
     target_compile_options(${arg_NAME} PRIVATE ${test_options})
+    set_target_properties(${arg_NAME} PROPERTIES ORVANTIS_IS_TEST ON)
     target_precompile_headers(${arg_NAME} REUSE_FROM orvantis_test_headers)
     orvantis_unity_test(${arg_NAME} ${arg_SOURCES})
     # The folder's own copies of its inline functions, which are counted, instead of those in the tests.

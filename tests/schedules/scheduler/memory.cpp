@@ -16,7 +16,6 @@ namespace {
 
 constexpr std::size_t kHeapBytes = std::size_t{4} << 20;
 constexpr std::size_t kStacksBytes = kMaxThreads * Fibre::kStackBytes;
-constexpr std::size_t kHeader = 16;
 
 struct Region {
     std::byte* begin = nullptr;
@@ -87,6 +86,8 @@ std::string placeOf(const void* address) {
 namespace {
 
 #ifdef ORVANTIS_SCHEDULES_WATCH
+
+constexpr std::size_t kHeader = 16;
 
 void* allocate(std::size_t bytes) noexcept {
     if (!g_region.active) return std::malloc(bytes);

@@ -48,12 +48,13 @@ std::size_t end() noexcept {
     return g_region.blocks;
 }
 
-Outside::Outside() noexcept : m_was(g_region.active) {
+Outside::Outside() noexcept : m_was(g_region.active), m_watched(races::watch(false)) {
     g_region.active = false;
 }
 
 Outside::~Outside() {
     g_region.active = m_was;
+    races::watch(m_watched);
 }
 
 std::byte* regionBegin() noexcept {

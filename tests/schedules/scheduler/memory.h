@@ -13,7 +13,8 @@ namespace schedules::memory {
 void begin() noexcept;
 /// No longer. Blocks that were allocated since begin() and not freed.
 std::size_t end() noexcept;
-/// operator new goes back to the process's heap for as long as this lives: for the scheduler's own needs.
+/// operator new goes back to the process's heap for as long as this lives, and nothing is watched: for the
+/// scheduler's own needs.
 class Outside {
  public:
     Outside() noexcept;
@@ -23,6 +24,7 @@ class Outside {
 
  private:
     bool m_was;
+    bool m_watched;
 };
 
 /// Region of the blocks and of the fibres' stacks, for the watch over races.

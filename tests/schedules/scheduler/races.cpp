@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdlib>
+#include <utility>
 
 #include "tests/schedules/scheduler/finding.h"
 #include "tests/schedules/scheduler/memory.h"
@@ -143,8 +144,8 @@ void runs(unsigned thread, const VectorClock& clock) noexcept {
     g_state.clock = &clock;
 }
 
-void watch(bool on) noexcept {
-    g_state.watching = on && kWatches;
+bool watch(bool on) noexcept {
+    return std::exchange(g_state.watching, on && kWatches);
 }
 
 void access(const void* at, std::size_t bytes, bool write, const void* site) noexcept {

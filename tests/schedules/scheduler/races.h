@@ -21,8 +21,8 @@ inline constexpr bool kWatches = false;
 void forget() noexcept;
 /// From here on accesses are those of `thread`, whose clock is `clock`.
 void runs(unsigned thread, const VectorClock& clock) noexcept;
-/// Whether accesses count: not while one thread sets up or takes down.
-void watch(bool on) noexcept;
+/// Whether accesses count: not while one thread sets up or takes down. Returns whether they did.
+bool watch(bool on) noexcept;
 
 /// An access of the running thread. `site` is where in the code. Ends the schedule when it is one to freed
 /// memory, or is not ordered after an earlier one that it conflicts with.

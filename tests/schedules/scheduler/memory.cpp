@@ -27,8 +27,11 @@ constinit Region g_region;
 
 Region& region() noexcept {
     if (g_region.begin == nullptr) {
-        void* const mapped = mmap(nullptr, kHeapBytes + kStacksBytes, PROT_READ | PROT_WRITE,
-                                  MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+        // At one place in every process: what the plug-in makes of addresses is the same when a schedule is
+        // run again.
+        void* const mapped = mmap(reinterpret_cast<void*>(std::uintptr_t{0x2A0000000000}),
+                                  kHeapBytes + kStacksBytes, PROT_READ | PROT_WRITE,
+                                  MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE | MAP_FIXED_NOREPLACE, -1, 0);
         if (mapped == MAP_FAILED) std::abort();
         g_region.begin = g_region.next = static_cast<std::byte*>(mapped);
     }

@@ -248,7 +248,7 @@ constexpr Scenario kScenarios[] = {
     {"initiate-against-get", "an initiate while another frame is waited for", initiateAgainstGet},
     {"flush-against-get", "a flush while the only request is asked for", flushAgainstGet},
     {"flush-against-initiate", "a flush while a request is made", flushAgainstInitiate},
-    {"flush-behind-taken", "a flush of what waits behind a request that a get has taken", flushBehindTaken,
+    {"flush-behind-taken", "a flush of what waits behind a request that a get has taken", flushBehindTaken, 4,
      2},
     {"drop-while-reading", "a flush of two requests that are being read and decoded", dropWhileReading},
     {"close-against-initiate", "a close while a request is made", closeAgainstInitiate},

@@ -65,6 +65,7 @@ void OrvantisAsyncImporter::work(AsyncFrameRequest& first) noexcept {
 
 host::ImporterResult OrvantisAsyncImporter::runStep(AsyncFrameRequest& request) {
     const VideoInfo& video = requireVideoInfo();
+    // not covered when true: every step has its case
     switch (request.step) {
         case AsyncFrameRequest::Step::prepare:
             return prepareFrame(video, request.job);
@@ -112,6 +113,7 @@ AsyncFrameRequest* OrvantisAsyncImporter::finish(AsyncFrameRequest& request, hos
                                                  const std::exception_ptr& failure) noexcept {
     auto* const reader = static_cast<AsyncFrameRequest*>(m_readTurns.leave(request.readPlace));
     auto* const decoder = static_cast<AsyncFrameRequest*>(m_decodeTurns.leave(request.decodePlace));
+    // not covered when true: who is next to read is next to decode, and parked for one of them at most
     if (reader != nullptr && decoder != nullptr) m_pool->submit(*reader);
     // With the result whoever waits for it may destroy the request, while this thread is still inside the
     // call that makes it ready: the promise must be this thread's own. Nothing of the request or, unless
@@ -145,6 +147,7 @@ OrvantisAsyncImporter::RequestList::iterator OrvantisAsyncImporter::addRequest(
 
 OrvantisAsyncImporter::RequestList::iterator OrvantisAsyncImporter::findRequest(std::uint32_t frameIndex) {
     return std::find_if(m_requests.begin(), m_requests.end(), [frameIndex](const auto& request) {
+        // not always covered: a get has to come in while a close has dropped and not yet ended
         return request->frameIndex == frameIndex && !request->dropped;
     });
 }

@@ -61,6 +61,7 @@ IntegerConverter integerConverter(const host::AudioSuite& suite, std::uint32_t s
             return suite.UninterleaveAndConvertFrom24BitInteger;
         case host::kPrAudioSampleType_32BitInt:
             return suite.UninterleaveAndConvertFrom32BitInteger;
+        // not covered when true: only whole numbers of these sizes come here
         default:
             return nullptr;
     }

@@ -39,8 +39,11 @@ def run_tests(graph, names):
     failed, running = [], []
 
     def reap():
-        program, process, log = running.pop(0)
-        if process.wait() != 0:
+        ended, status = os.wait()
+        program, process, log = next(one for one in running if one[1].pid == ended)
+        running.remove((program, process, log))
+        process.returncode = os.waitstatus_to_exitcode(status)
+        if process.returncode != 0:
             failed.append(program.name)
             print(f"{program.name} failed: {log}", file=sys.stderr)
 
@@ -49,7 +52,8 @@ def run_tests(graph, names):
         scratch = OUT / f"scratch-{number}"
         scratch.mkdir()
         # %m: one file for each program and module, into which every process adds its counts.
-        environment = {**os.environ, **environment, "TMPDIR": str(scratch), "LLVM_PROFILE_FILE": f"{raw}/{program.name}-%m.profraw"}
+        environment = {**os.environ, **environment, "TMPDIR": str(scratch),
+                       "LLVM_PROFILE_FILE": f"{raw}/{program.name}-%m.profraw"}
         with log.open("w") as output:
             running.append((program, subprocess.Popen([graph.build / "bin" / program.name, *arguments], cwd=scratch,
                                                       env=environment, stdout=output, stderr=subprocess.STDOUT), log))
@@ -68,8 +72,10 @@ def export(graph, names):
     subprocess.run(["llvm-profdata", "merge", "-sparse", "-o", profile, *sorted((OUT / "raw").glob("*.profraw"))], check=True)
     programs = [f"bin/{program.name}" for program in graph.tested_programs() if not names or program.name in names]
     objects = ["bin/ImporterOrvantis.prm"] + [name for name in programs if has_plugin(graph, name)]
-    words = [str(graph.build / objects[0])] + [word for name in objects[1:] for word in ("-object", str(graph.build / name))]
-    words += ["-instr-profile", str(profile), "-ignore-filename-regex", "_posix\\.(cpp|h)$|/build/|/usr/|/tests/|/testbed/|/host/"]
+    words = [str(graph.build / objects[0])]
+    words += [word for name in objects[1:] for word in ("-object", str(graph.build / name))]
+    words += ["-instr-profile", str(profile)]
+    words += ["-ignore-filename-regex", "_posix\\.(cpp|h)$|/build/|/usr/|/tests/|/testbed/|/host/"]
     text = subprocess.run(["llvm-cov", "export", *words], check=True, capture_output=True, text=True).stdout
     subprocess.run(["llvm-cov", "show", "-format=html", "-show-branches=count", "-output-dir", OUT / "page", *words], check=True,
                    capture_output=True)

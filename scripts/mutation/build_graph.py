@@ -119,8 +119,10 @@ class BuildGraph:
         return sorted(set(self.compile) | set(self.dependencies))
 
     def objects_of(self, source):
-        """The objects that change with a file: its own, or, of a header, those of all that include it."""
+        """The objects that change with a file: its own, or, of a header, those of its folder's files that include it (of all
+        that do, when none of its folder does)."""
         users = [source] if source in self.compile else sorted(self.dependencies.get(source, ()))
+        users = [user for user in users if pathlib.Path(user).parent == pathlib.Path(source).parent] or users
         return {name: words for user in users for name, words in self.compile[user].items()}
 
     def link_with(self, link, objects, output, inline=False):

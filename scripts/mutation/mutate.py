@@ -73,7 +73,7 @@ def parse_arguments(graph, source, resources):
 
 
 def cached_mutants(source, arguments, library):
-    """Reading a file takes a second, most of it for its headers: what was found is kept as long as file and finder are the same."""
+    """Reading a file takes a second, most of it for its headers: what was found is kept while file and finder are the same."""
     finder = pathlib.Path(__file__).with_name("source_mutants.py").read_bytes()
     cache = STATE / "found" / hashlib.sha1(finder + source.encode() + (ROOT / source).read_bytes()).hexdigest()
     if cache.exists():
@@ -239,7 +239,8 @@ def main():
             by = f" by {result['program']} {result['test']}" if result["program"] else ""
             problems.append(f"{EXPLAINED.name}:{listed[key].line}: explained, but {result['verdict']}{by}")
     results.sort(key=lambda result: (result["file"], result["line"], result["after"]))
-    (STATE / "results.json").write_text(json.dumps({"sample": options.sample, "seed": options.seed, "mutants": results}, indent=1))
+    run = {"sample": options.sample, "seed": options.seed, "mutants": results}
+    (STATE / "results.json").write_text(json.dumps(run, indent=1))
     words = table.table(results, existing)
     print(words)
     if options.docs:

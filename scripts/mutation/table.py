@@ -22,7 +22,8 @@ def add_up(results):
 
 def table(results, existing=None):
     """A Markdown table. `existing`: {folder: mutants that there are}."""
-    rows = ["| Folder | There are | Tried | Same code | Killed | of these by time | Survived, explained | Survived | Killed of those that differ |",
+    rows = ["| Folder | There are | Tried | Same code | Killed | of these by time | Survived, explained | Survived | "
+            "Killed of those that differ |",
             "|---|--:|--:|--:|--:|--:|--:|--:|--:|"]
     for folder, counts in add_up(results).items():
         tried = sum(counts[name] for name in COLUMNS) - counts["invalid"]

@@ -202,6 +202,21 @@ TEST_F(AsyncCodecGate, CloseWaitsForAGetWhoseFrameIsDecompressed) {
     EXPECT_EQ(async().getFrame(timeOf(7), anySize(kBgra)).result, host::kUnhandledException);
 }
 
+TEST_F(AsyncCodecGate, ASecondCloseNeitherWaitsForTheFirstNorDisturbsIt) {
+    open();
+    auto waiting = get(7);
+    ASSERT_TRUE(gate().arrived());
+    auto closed = close();
+    waitForClose();
+    auto again = close();
+    ASSERT_EQ(again.wait_for(std::chrono::seconds(20)), std::future_status::ready);
+    EXPECT_EQ(again.get(), host::aiNoError);
+    EXPECT_FALSE(isDone(closed));
+    gate().letThrough();
+    expectFrame(waiting, 7);
+    EXPECT_EQ(closed.get(), host::aiNoError);
+}
+
 TEST_F(AsyncCodecGate, CloseFinishesTheFrameThatNobodyCollectsAndGivesItBack) {
     open();
     for (std::uint32_t i = 0; i < 7; ++i) ASSERT_EQ(initiate(i), host::aiNoError);

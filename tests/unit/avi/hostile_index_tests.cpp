@@ -154,6 +154,37 @@ TEST(HostileIndex, IndexBytesEndAtTwiceTheFile) {
               kNames - parsed.stream(0).standardIndexes.size());
 }
 
+// The bound itself is still read, one byte more is not.
+TEST(HostileIndex, IndexBytesEndExactlyAtTwiceTheFileAndAMebibyte) {
+    constexpr std::uint32_t kNames = 16;
+    constexpr std::uint32_t kData = 24 + 400'000;
+    constexpr std::uint32_t kWhole = 3;  // entries that name all of the standard index
+    for (const std::uint32_t beyond : {0U, 1U}) {
+        const auto build = [&](std::uint32_t lastSize) {
+            return fileWithIndex([&](RiffBuilder& riff, std::uint64_t at) {
+                superHeader(riff, kNames);
+                const std::uint64_t chunk = at + kSuperHeader + kNames * kSuperEntry;
+                for (std::uint32_t i = 0; i + 1 < kNames; ++i)
+                    superEntry(riff, chunk, i < kWhole ? kData : 24);
+                superEntry(riff, chunk, lastSize);
+                riff.fill(8);
+                standardHeader(riff, 0).fill(kData - 24);
+            });
+        };
+        // The indx chunk reaches to the end of the file: all of it behind the chunk's position counts.
+        std::uint64_t superPosition = 0;
+        static_cast<void>(fileWithIndex([&](RiffBuilder&, std::uint64_t at) { superPosition = at; }));
+        const std::uint64_t size = build(24).size();
+        const std::uint64_t left =
+            2 * size + 1024 * 1024 - (size - superPosition) - kWhole * kData - (kNames - 1 - kWhole) * 24;
+        const Bytes bytes = build(static_cast<std::uint32_t>(left) + beyond);
+        ASSERT_LE(left + beyond, kData) << "the last one lies in the file";
+        const Parsed parsed(bytes);
+        EXPECT_EQ(parsed.stream(0).standardIndexes.size(), kNames - beyond) << beyond;
+        EXPECT_EQ(parsed.stream(0).hasOpenDmlIndex, beyond == 0);
+    }
+}
+
 TEST(HostileIndex, IndexChunksEndAtOneForEachThirtyTwoBytes) {
     // Each entry names a standard index without entries: 24 bytes.
     constexpr std::uint32_t kNames = 50'000;
@@ -259,6 +290,29 @@ TEST(HostileHeaders, FormatsThatOverlapEndAtTheFilesSize) {
     EXPECT_EQ(countLines(parsed.reader.errorText(), "strf data read error\n"), kStreams - 1);
 }
 
+TEST(HostileHeaders, FormatsMayTakeTheFilesSizeAndAMebibyteAndNoByteMore) {
+    constexpr std::uint32_t kTail = 4'000'000;
+    constexpr std::uint32_t kFirst = 3'000'000;
+    for (const std::uint32_t beyond : {0U, 1U}) {
+        const auto build = [&](std::uint32_t second) {
+            RiffBuilder riff;
+            riff.beginList("RIFF", "AVI ").beginList("LIST", "hdrl").begin("avih").fill(56).end();
+            for (const std::uint32_t size : {kFirst, second}) {
+                riff.beginList("LIST", "strl").chunk("strh", test::streamHeader("vids")).begin("strf");
+                riff.endWithSize(size).end();
+            }
+            riff.end().begin("JUNK").fill(kTail + 100);
+            return riff.take();
+        };
+        const std::size_t left = build(0).size() + 1024 * 1024 - kFirst;
+        const Parsed parsed(build(static_cast<std::uint32_t>(left) + beyond));
+        ASSERT_TRUE(parsed.usable);
+        ASSERT_EQ(parsed.reader.streams.size(), 2U - beyond);
+        EXPECT_EQ(parsed.reader.streams.front()->format.size(), kFirst);
+        if (beyond == 0) EXPECT_EQ(parsed.reader.streams.back()->format.size(), left);
+    }
+}
+
 // Stream lists of 20 bytes each: each thousand share one strh and one strf behind them.
 TEST(HostileHeaders, StreamsThatOverlapEndAtOneForEachSixtyFourBytes) {
     constexpr std::uint32_t kGroups = 60;
@@ -295,6 +349,16 @@ TEST(HostileHeaders, HugeTreesAreGivenUpBeforeTheIndexesAreRead) {
     EXPECT_FALSE(parsed.reader.chunks.empty());
     parsed.reader.readIndexes();
     EXPECT_TRUE(parsed.reader.chunks.empty());
+
+    // With the form, the header list and its first chunk as many as are kept, and one more.
+    for (const std::uint32_t chunks : {65'536U, 65'537U}) {
+        RiffBuilder tree;
+        tree.beginList("RIFF", "AVI ").beginList("LIST", "hdrl").begin("avih").fill(56).end();
+        for (std::uint32_t i = 3; i < chunks; ++i) tree.begin("JUNK").end();
+        const Parsed whole(tree.take());
+        ASSERT_TRUE(whole.usable);
+        EXPECT_EQ(whole.reader.chunks.empty(), chunks > 65'536U) << chunks;
+    }
 
     Parsed regular(test::smallClip().build());
     EXPECT_EQ(regular.reader.chunks.size(), 1U);

@@ -3,12 +3,17 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "host/result_codes.h"
 #include "tests/support/captured_log.h"
+#include "tests/support/latch.h"
 
 namespace orvantis {
 namespace {
@@ -33,6 +38,28 @@ host::SPErr releaseSuite(const char* name, std::int32_t version) {
 
 constexpr host::SPBasicSuite kBasic = {&acquireSuite, &releaseSuite, nullptr, nullptr,
                                        nullptr,       nullptr,       nullptr};
+
+// How many are inside the host's function, and have been.
+std::mutex g_mutex;
+std::condition_variable g_entered;
+int g_acquisitions = 0;
+
+// Gives another thread the time to ask meanwhile.
+host::SPErr acquireSlowly(const char*, std::int32_t, const void** suite) {
+    std::unique_lock lock(g_mutex);
+    ++g_acquisitions;
+    g_entered.notify_all();
+    (void)g_entered.wait_for(lock, std::chrono::milliseconds(20), [] { return g_acquisitions > 1; });
+    *suite = &kTable;
+    return 0;
+}
+
+host::SPErr releaseQuietly(const char*, std::int32_t) {
+    return 0;
+}
+
+constexpr host::SPBasicSuite kSlowBasic = {&acquireSlowly, &releaseQuietly, nullptr, nullptr,
+                                           nullptr,        nullptr,         nullptr};
 
 class SuiteRefTest : public testing::Test {
  protected:
@@ -103,6 +130,22 @@ TEST_F(SuiteRefTest, ARefusedSuiteIsNeverReleasedAndAskedForAtEachUse) {
         EXPECT_EQ(suite.get(), &kTable);
     }
     EXPECT_EQ(g_calls, (Lines{"+ Some Suite 7", "+ Some Suite 7", "+ Some Suite 7", "- Some Suite 7"}));
+}
+
+TEST_F(SuiteRefTest, TwoTasksThatMissASuiteAtOnceAcquireItOnce) {
+    for (int round = 0; round < 5; ++round) {
+        g_acquisitions = 0;
+        SuiteRef suite(&kSlowBasic, "Some Suite", 7);
+        test::Latch start(2);
+        const auto use = [&] {
+            start.arriveAndWait();
+            EXPECT_EQ(suite.get(), &kTable);
+        };
+        std::thread other(use);
+        use();
+        other.join();
+        ASSERT_EQ(g_acquisitions, 1) << "the host counts, and one comes back; round " << round;
+    }
 }
 
 }  // namespace

@@ -13,6 +13,7 @@
 #include "tests/integration/async_fixture.h"
 #include "tests/support/environment.h"
 #include "tests/support/file_hooks.h"
+#include "tests/support/latch.h"
 
 namespace {
 
@@ -247,6 +248,32 @@ TEST_F(AsyncStress, ClosingUnderRunningCallsNeverHurts) {
         for (std::thread& thread : threads) thread.join();
         ASSERT_EQ(wrong.load(), 0u);
     }
+}
+
+TEST_F(AsyncStress, ImportersAreMadeAndClosedOnSeveralThreadsAtOnce) {
+    openClip();
+    constexpr int kThreads = 4;
+    constexpr int kRounds = 60;
+    std::atomic<std::uint64_t> wrong{0};
+    orvantis::test::Latch start(kThreads);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t) {
+        threads.emplace_back([&] {
+            start.arriveAndWait();
+            for (int round = 0; round < kRounds; ++round) {
+                simhost::AsyncClip async(clip());
+                const auto index = static_cast<std::uint32_t>(round) % kClipFrames;
+                const auto wanted = anySize(host::PrPixelFormat_BGRA_4444_8u);
+                const bool made = async.creation().result == host::imNoErr;
+                const simhost::FrameAnswer answer =
+                    made ? async.getFrame(timeOf(index), wanted) : simhost::FrameAnswer();
+                if (!answer.frame || !showsFrame(*answer.frame, index)) ++wrong;
+                if (async.flush() != host::aiNoError || async.close() != host::aiNoError) ++wrong;
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(wrong.load(), 0u);
 }
 
 }  // namespace

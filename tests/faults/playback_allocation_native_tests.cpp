@@ -3,6 +3,8 @@
 #include <cstring>
 
 #include "host/pixel_formats.h"
+#include "host/result_codes.h"
+#include "simhost/async_clip.h"
 #include "tests/integration/plugin_clip_test.h"
 #include "tests/support/allocation_meter/allocation_meter.h"
 
@@ -41,6 +43,29 @@ TEST_F(PlaybackAllocations, OnlyTheFirstFrameAndSoundTakeMemoryAndQuietGivesItBa
         for (std::uint32_t index = 1; index < 5; ++index) EXPECT_EQ(play(clip, index), 0U) << index;
         ASSERT_EQ(clip.quiet(), host::imNoErr);
         ASSERT_EQ(clip.reopen().result, host::imNoErr);
+    }
+}
+
+// Reading ahead, a request is an object of its own and a promise; its buffer is one of those that were used
+// before.
+TEST_F(PlaybackAllocations, ReadingAheadTakesTheSameLittleForEveryFrame) {
+    constexpr std::uint64_t kForARequest = 5;
+    constexpr std::uint32_t kAhead = 4;
+    startAndInit();
+    watchPlugin();
+    simhost::Clip clip(importer(), placeClip());
+    ASSERT_EQ(clip.getInfo(0).result, host::imNoErr);
+    simhost::AsyncClip async = clip.createAsync();
+    ASSERT_EQ(async.creation().result, host::imNoErr);
+    const host::imFrameFormat wanted[] = {{0, 0, kYuy2}};
+    for (int round = 0; round < 8; ++round) {
+        orvantis::test::startCounting();
+        for (std::uint32_t i = 0; i < kAhead; ++i)
+            EXPECT_EQ(async.initiate(clip.frameTime(i), wanted), host::aiNoError);
+        for (std::uint32_t i = 0; i < kAhead; ++i)
+            EXPECT_TRUE(async.getFrame(clip.frameTime(i), wanted).frame);
+        // The second round takes the buffers of the first in another order, and some grow once more.
+        if (round >= 2) EXPECT_EQ(orvantis::test::counted().calls, kAhead * kForARequest) << round;
     }
 }
 

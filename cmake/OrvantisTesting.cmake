@@ -136,6 +136,10 @@ function(orvantis_add_test)
     math(EXPR hang_seconds "${arg_TIMEOUT} * 9 / 10")
     # Brief: what CTest shows of a test that failed is then the failure, not hundreds of tests that passed.
     set(environment "ORVANTIS_TEST_HANG_SECONDS=${hang_seconds}" "GTEST_BRIEF=1")
+    if("concurrency" IN_LIST arg_LABELS)
+        # These take some five seconds and wait for nobody outside: a deadlock is seen long before the time is over.
+        list(APPEND environment "ORVANTIS_TEST_IDLE_SECONDS=15")
+    endif()
     if(ORVANTIS_SANITIZE STREQUAL "thread")
         list(APPEND environment "TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/tsan.supp")
     elseif(ORVANTIS_SANITIZE MATCHES "address")

@@ -1,6 +1,7 @@
 # Fails unless PROGRAM, which hangs, ends itself with a failure that names the test and shows the stacks of both threads.
 #   cmake -DPROGRAM=... -DEMULATOR=<program that starts it, or nothing> -DNATIVE=0|1 -P check_hang_watch.cmake
 set(ENV{ORVANTIS_TEST_HANG_SECONDS} 1)
+set(ENV{GTEST_FILTER} "HangingExample.WaitsForWhatNeverComes")
 execute_process(COMMAND ${EMULATOR} "${PROGRAM}" RESULT_VARIABLE result OUTPUT_VARIABLE text ERROR_VARIABLE text TIMEOUT 120)
 if(NOT result EQUAL 1)
     message(FATAL_ERROR "ended with ${result} instead of 1:\n${text}")
@@ -25,5 +26,20 @@ if(NATIVE AND ADDR2LINE)
     list(LENGTH named count)
     if(count LESS 2)
         message(FATAL_ERROR "the stacks do not name the function that waits:\n${text}")
+    endif()
+endif()
+
+# Where the system tells, a second in which no thread works is enough, and one that works has all its time.
+if(NATIVE)
+    set(ENV{ORVANTIS_TEST_HANG_SECONDS} 100)
+    set(ENV{ORVANTIS_TEST_IDLE_SECONDS} 1)
+    execute_process(COMMAND "${PROGRAM}" RESULT_VARIABLE result OUTPUT_VARIABLE text ERROR_VARIABLE text TIMEOUT 60)
+    if(NOT result EQUAL 1 OR NOT text MATCHES "WaitsForWhatNeverComes: no thread has worked for 1 s")
+        message(FATAL_ERROR "a program in which no thread works ended with ${result}:\n${text}")
+    endif()
+    set(ENV{GTEST_FILTER} "HangingExample.WorksForTwoSeconds")
+    execute_process(COMMAND "${PROGRAM}" RESULT_VARIABLE result OUTPUT_VARIABLE text ERROR_VARIABLE text TIMEOUT 60)
+    if(NOT result EQUAL 0)
+        message(FATAL_ERROR "a program that works ended with ${result}:\n${text}")
     endif()
 endif()

@@ -11,11 +11,11 @@ namespace orvantis::test {
 
 namespace {
 
-[[noreturn]] void endHanging(std::chrono::seconds limit) {
+[[noreturn]] void endHanging(const char* why, std::chrono::seconds limit) {
     const testing::TestInfo* const test = testing::UnitTest::GetInstance()->current_test_info();
-    std::fprintf(stderr, "\n[  HANGS   ] %s.%s: the program has not ended after %lld s. Its threads:\n",
+    std::fprintf(stderr, "\n[  HANGS   ] %s.%s: %s %lld s. Its threads:\n",
                  test != nullptr ? test->test_suite_name() : "no test",
-                 test != nullptr ? test->name() : "runs", static_cast<long long>(limit.count()));
+                 test != nullptr ? test->name() : "runs", why, static_cast<long long>(limit.count()));
     std::fflush(stderr);
     printThreadStacks();
     std::fflush(stderr);
@@ -25,13 +25,24 @@ namespace {
 
 }  // namespace
 
-HangWatch::HangWatch(std::chrono::seconds limit) {
+HangWatch::HangWatch(std::chrono::seconds limit, std::chrono::seconds idle) {
     if (limit <= std::chrono::seconds::zero()) return;
     prepareThreadStacks();
-    m_thread = std::thread([this, limit] {
-        std::unique_lock lock(m_mutex);
-        if (!m_changed.wait_for(lock, limit, [this] { return m_through; })) endHanging(limit);
-    });
+    m_thread = std::thread([this, limit, idle] { watch(limit, idle); });
+}
+
+void HangWatch::watch(std::chrono::seconds limit, std::chrono::seconds idle) {
+    using namespace std::chrono_literals;
+    const auto begin = std::chrono::steady_clock::now();
+    auto worked = begin;
+    std::unique_lock lock(m_mutex);
+    for (;;) {
+        if (m_changed.wait_for(lock, 250ms, [this] { return m_through; })) return;
+        const auto now = std::chrono::steady_clock::now();
+        if (anotherThreadWorks()) worked = now;
+        if (idle > 0s && now - worked >= idle) endHanging("no thread has worked for", idle);
+        if (now - begin >= limit) endHanging("the program has not ended after", limit);
+    }
 }
 
 HangWatch::~HangWatch() {

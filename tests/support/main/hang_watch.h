@@ -11,14 +11,17 @@ namespace orvantis::test {
 
 class HangWatch {
  public:
-    /// From now on the program has this much time. Zero or less: as much as it wants.
-    explicit HangWatch(std::chrono::seconds limit);
+    /// From now on the program has this much time, and `idle` of it in which none of its threads works. Zero
+    /// or less: as much as it wants.
+    HangWatch(std::chrono::seconds limit, std::chrono::seconds idle);
     /// The program is through in time.
     ~HangWatch();
     HangWatch(const HangWatch&) = delete;
     HangWatch& operator=(const HangWatch&) = delete;
 
  private:
+    void watch(std::chrono::seconds limit, std::chrono::seconds idle);
+
     std::mutex m_mutex;
     std::condition_variable m_changed;
     bool m_through = false;

@@ -6,10 +6,19 @@
 
 #include "tests/support/main/hang_watch.h"
 
+namespace {
+
+std::chrono::seconds secondsOf(const char* variable) {
+    const char* const text = std::getenv(variable);
+    return std::chrono::seconds(text != nullptr ? std::atoi(text) : 0);
+}
+
+}  // namespace
+
 int main(int count, char** arguments) {
     testing::InitGoogleMock(&count, arguments);
     // Set by CTest, which has a limit for each program; unset under a debugger, where waiting is no hang.
-    const char* const limit = std::getenv("ORVANTIS_TEST_HANG_SECONDS");
-    const orvantis::test::HangWatch watch(std::chrono::seconds(limit != nullptr ? std::atoi(limit) : 0));
+    const orvantis::test::HangWatch watch(secondsOf("ORVANTIS_TEST_HANG_SECONDS"),
+                                          secondsOf("ORVANTIS_TEST_IDLE_SECONDS"));
     return RUN_ALL_TESTS();
 }

@@ -11,4 +11,8 @@ void prepareThreadStacks();
 /// and line follow. The threads go on.
 void printThreadStacks();
 
+/// False when every thread but the calling one waits, and hardly any processor time went into this process
+/// since the last call. A thread that waits for a processor works. True on Windows, which does not tell.
+bool anotherThreadWorks();
+
 }  // namespace orvantis::test

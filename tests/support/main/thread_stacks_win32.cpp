@@ -101,4 +101,8 @@ void printThreadStacks() {
     }
 }
 
+bool anotherThreadWorks() {
+    return true;
+}
+
 }  // namespace orvantis::test

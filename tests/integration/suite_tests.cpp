@@ -469,8 +469,9 @@ TEST_F(Suites, ATaskWithoutTheCreatorSuiteEndsInTheCallThatWaitsForIt) {
     simhost::AsyncClip async = clip.createAsync();
     ASSERT_EQ(async.creation().result, host::imNoErr);
     const host::imFrameFormat formats[] = {{0, 0, kYuy2}};
-    EXPECT_EQ(async.initiate(0, formats), host::aiNoError);
+    // Nothing is read of the log while the task may be in the middle of a line.
     static_cast<void>(log().news());
+    EXPECT_EQ(async.initiate(0, formats), host::aiNoError);
     EXPECT_EQ(async.getFrame(0, formats).result, 99);
     EXPECT_THAT(
         log().newLines(),

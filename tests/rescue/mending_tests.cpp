@@ -73,6 +73,24 @@ void expectRecoverable(CrashDisk& disk, const TestBytes& before, const TestBytes
     }
 }
 
+// Garbage of an odd length moves all chunks behind it to odd places; what was mended needs no more mending.
+TEST(RescueInPlace, DamageOfAnyLengthIsMendedAtOnce) {
+    for (const std::size_t garbage : {74U, 75U}) {
+        AviBuilder avi = mendBuilder();
+        TestBytes clip = avi.build();
+        clip.resize(static_cast<std::size_t>(avi.idx1Offset()));
+        clip.insert(clip.begin() + static_cast<std::ptrdiff_t>(avi.placements()[6].offset - 8), garbage,
+                    0xEE);
+        TestBytes whole = mended(clip);
+        MemoryStorage before(clip);
+        MemoryStorage after(whole);
+        ClipScan scan = scanClip(after);
+        EXPECT_EQ(foundChunks(scan), foundChunks(scanClip(before))) << garbage;
+        EXPECT_EQ(scan.chunks.size(), 11U) << garbage;
+        EXPECT_FALSE(checkIndexes(after, scan).gains()) << garbage;
+    }
+}
+
 class RescueCrashes : public ::testing::TestWithParam<int> {
  protected:
     TestBytes clip() const {

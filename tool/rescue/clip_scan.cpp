@@ -198,9 +198,15 @@ class Scanner {
         }
     }
 
+    // Of its data, and with the byte that makes it even: the two differ where damage has moved chunks to odd
+    // places.
+    std::uint64_t moviDataEnd() const {
+        const FoundForm& form = m_out.forms.back();
+        return form.moviAt == 0 ? 0 : form.moviAt + kChunkBytes + form.moviSize;
+    }
     std::uint64_t moviEnd() const {
         const FoundForm& form = m_out.forms.back();
-        return form.moviAt == 0 ? 0 : form.moviAt + kChunkBytes + form.moviSize + form.moviSize % 2;
+        return form.moviAt == 0 ? 0 : moviDataEnd() + form.moviSize % 2;
     }
     std::uint64_t formEnd() const {
         const FoundForm& form = m_out.forms.back();
@@ -322,6 +328,9 @@ class Scanner {
         m_ahead = head.size > kFar ? 4096 : 4 * kFar;
         if (follows(next) || next == moviEnd() || next == formEnd()) {
             return next;
+        }
+        if (next == moviDataEnd()) {
+            return moviEnd();
         }
         if (next != end && follows(end)) {
             return end;  // some programs do not pad
@@ -448,6 +457,9 @@ class Scanner {
                 return i > 0;  // the file's last chunk, cut off
             }
             const std::uint64_t next = paddedEndOf(at, head);
+            if (next == moviDataEnd() || next == moviEnd()) {
+                return true;
+            }
             const Head then = headAt(m_peek, next);
             if (then.token == Token::kEnd) {
                 return i > 0 || !m_inIndex;

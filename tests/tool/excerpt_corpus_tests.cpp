@@ -23,6 +23,7 @@ std::string corpusFacts(const std::string& bytes) {
     std::string out = std::to_string(usable) + " " + reader.errorText();
     const auto add = [&out](std::uint64_t number) { out += ' ' + std::to_string(number); };
     add(reader.mainHeader.dwTotalFrames);
+    add(reader.extHeader.dwGrandFrames);
     for (const auto& stream : reader.streams) {
         out += '\n' + std::string(stream->format.begin(), stream->format.end());
         add(stream->header.fccType);

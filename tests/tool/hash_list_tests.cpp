@@ -2,6 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "tests/support/avi_builder/avi_builder.h"
 #include "tests/support/temp_folder.h"
 #include "tool/shared/base/md5.h"
@@ -187,6 +189,71 @@ TEST(HashComparison, AFrameWithoutAHashIsNotWhole) {
     EXPECT_EQ(findings[0].note, "the plug-in gives no picture");
 }
 
+TEST(HashComparison, SoundThatIsNotThereIsToldWithItsReason) {
+    ClipHashes clip = smallClip();
+    simhost::tool::TrackHashes& track = clip.tracks[0];
+    track.declared = 3500;
+    track.blocks[0].state = simhost::tool::ChunkState::kMissing;
+    track.hashes[0] = {};
+    track.hashes[1].result = 7;
+    track.hashes[2].done = false;
+    std::vector<std::string> out;
+    for (const auto& finding : judge(clip, nullptr, {})) {
+        out.push_back(std::string(findingName(finding.kind)) + " " + std::to_string(finding.first) + "+" +
+                      std::to_string(finding.count) + " " + std::to_string(finding.result) + " " +
+                      finding.note);
+    }
+    EXPECT_THAT(out,
+                ElementsAre("missing 0+1000 0 its data lies beyond the end of the file",
+                            "undecodable 1000+1000 7 ", "undecodable 2000+1000 0 the plug-in gives no sound",
+                            "missing 3000+500 0 the header counts it, the index has it not"));
+    // A list divides the sound otherwise: what touches the missing stretch is missing.
+    FrameMd5File list = toFrameMd5(smallClip());
+    list.lines.resize(4);
+    list.lines.push_back({1, 500, 1000, 0, {}});
+    list.lines.push_back({1, 1500, 1500, 0, {}});
+    takeBlocksOf(list, matchStreams(list, "list", clip), clip);
+    ASSERT_EQ(track.blocks.size(), 2U);
+    EXPECT_EQ(track.blocks[0].state, simhost::tool::ChunkState::kMissing);
+    EXPECT_EQ(track.blocks[1].state, simhost::tool::ChunkState::kThere);
+}
+
+TEST(HashComparison, RepeatedFramesHaveNoLineAndMayHaveNothingToRepeat) {
+    ClipHashes clip = smallClip();
+    clip.states[0] = clip.states[2] = simhost::tool::ChunkState::kRepeated;
+    clip.pictures[0] = {{}, 0, 9, false};  // nothing stands before it
+    const FrameMd5File list = toFrameMd5(clip);
+    EXPECT_EQ(std::ranges::count(list.lines, 0U, &simhost::tool::FrameMd5Line::stream), 2);
+    const auto findings = judge(clip, nullptr, {});
+    ASSERT_EQ(findings.size(), 2U);
+    EXPECT_EQ(findings[0].kind, FindingKind::kMissing);
+    EXPECT_EQ(findings[0].note, "it repeats a frame that is not there");
+    EXPECT_EQ(findings[1].kind, FindingKind::kRepeated);
+}
+
+TEST(HashComparison, SoundOfAnotherKindOrRateIsRefused) {
+    const ClipHashes clip = smallClip();
+    const auto refusal = [&clip](const FrameMd5File& list) {
+        try {
+            (void)matchStreams(list, "list", clip);
+        } catch (const ToolError& error) {
+            return std::string(error.what()) + " / " + error.advice();
+        }
+        return std::string("none");
+    };
+    FrameMd5File list = toFrameMd5(clip);
+    EXPECT_EQ(refusal(list), "none");
+    list.streams[1].codec = "pcm_s24le";
+    EXPECT_EQ(refusal(list),
+              "'list' cannot be compared: its sound is pcm_s24le, that of the clip is hashed as pcm_s16le / "
+              "make the "
+              "list with \"-c:a pcm_s16le\"");
+    list = toFrameMd5(clip);
+    list.streams[1].rate = 2000;
+    EXPECT_THAT(refusal(list),
+                HasSubstr("its sound has 2000 sample frames a second, that of the clip has 1000"));
+}
+
 // An index may name the same bytes any number of times.
 TEST(ClipChunksRead, AnIndexOfMoreThanTheFileHasFewBlocks) {
     orvantis::test::AviBuilder avi;
@@ -235,6 +302,7 @@ TEST(HashComparison, SoundGoesByTheListsOwnBlocks) {
     ASSERT_EQ(clip.tracks[0].blocks.size(), 2U) << "what reaches beyond the end cannot be hashed";
     EXPECT_EQ(clip.tracks[0].blocks[1].first, 1500U);
     EXPECT_EQ(clip.tracks[0].blocks[1].count, 1000U);
+    for (auto& hash : clip.tracks[0].hashes) hash.done = true;
     EXPECT_THAT(told(clip, list), ElementsAre("unlisted 1 2500+500", "gone 1 2700+600"));
 }
 

@@ -6,6 +6,7 @@
 
 #include "tests/tool/tool_run.h"
 #include "tool/shared/base/file_facts.h"
+#include "tool/shared/base/md5.h"
 
 namespace {
 
@@ -346,6 +347,31 @@ TEST_F(ToolVerify, WhatIsDoneIsTakenFromTheState) {
     (void)write("state",
                 head.replace(head.find(" yuv422p 5"), 10, " yuv422p 6") + "0 2 1 128 " + hash + "\n");
     EXPECT_EQ(runTool({"verify", clip, "--beside", "--resume", in("state")}).code, kSuccess);
+}
+
+TEST_F(ToolVerify, SoundOfAnotherLengthIsNotTakenFromTheState) {
+    const std::string clip = soundClip();
+    ASSERT_EQ(runTool({"verify", clip, "--beside"}).code, kSuccess);
+    (void)write("state", "importer_host verify, what is done: 1\nfile " +
+                             std::to_string(fs::file_size(folder / "clip.avi")) + " " +
+                             std::to_string(simhost::tool::fileFacts(clip).modified) + " yuv422p 5 " + clip +
+                             "\n1 0 5 20 00112233445566778899aabbccddeeff\n");
+    const ToolRun result = runTool({"verify", clip, "--beside", "--resume", in("state")});
+    EXPECT_EQ(result.code, kSuccess) << result.out;
+    EXPECT_THAT(result.out, Not(HasSubstr("of an earlier run")));
+}
+
+// One block of sound, longer than one request.
+TEST_F(ToolVerify, ALongBlockIsHashedToItsEnd) {
+    AviBuilder avi;
+    avi.addStream(orvantis::test::videoStream("O8Y2", clips::kWidth, clips::kHeight, 25, 1));
+    avi.addStream(orvantis::test::pcmStream(1, 8000, 8)).addChunk(0, clips::codedPicture(0));
+    Bytes sound;
+    for (std::uint32_t i = 0; i < 120'000; ++i) sound.push_back(static_cast<std::uint8_t>(i * i >> 7));
+    avi.addChunk(1, sound);
+    const auto file = verified(write("a.avi", avi.build()), kSuccess);
+    ASSERT_EQ(file["sounds"][0]["blocks"].size(), 1U);
+    EXPECT_EQ(file["sounds"][0]["blocks"][0]["hash"], simhost::tool::hexText(simhost::tool::md5(sound)));
 }
 
 TEST_F(ToolVerify, AFileThatIsNoStateIsLeftAlone) {

@@ -117,9 +117,10 @@ void judgeAlone(const ClipHashes& clip, Judgement& out) {
             if (block.state == ChunkState::kMissing) {
                 out.add(FindingKind::kMissing, track.number, block.first, block.count, 0,
                         "its data lies beyond the end of the file");
-            } else if (track.hashes[i].result != 0) {
-                out.add(FindingKind::kUndecodable, track.number, block.first, block.count,
-                        track.hashes[i].result);
+            } else if (track.hashes[i].result != 0 || !track.hashes[i].done) {
+                const std::int32_t result = track.hashes[i].result;
+                out.add(FindingKind::kUndecodable, track.number, block.first, block.count, result,
+                        result == 0 ? "the plug-in gives no sound" : "");
             }
         }
         if (track.declared > track.sampleFrames) {

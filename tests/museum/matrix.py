@@ -23,7 +23,7 @@ def rows(table):
     for line in table.read_text().splitlines():
         if line and line[0] not in "#-":
             piece, checks, *marks = line.split()
-            yield piece, set(checks.split(",")), marks
+            yield piece, set(checks.split(",")) - {"none"}, marks
 
 
 def without_piece(table):
@@ -102,7 +102,7 @@ def main():
         with concurrent.futures.ThreadPoolExecutor(given.jobs) as pool:
             wrong = unknown + list(pool.map(
                 lambda row: judge(tool, given.pieces / f"{row[0]}.prm", given.clip,
-                                  max([5, *(known.get(check, 5) for check in row[1])]), row[1], row[2]),
+                                  max((max(5, known.get(check, 5)) for check in row[1]), default=10), row[1], row[2]),
                 table))
         print(f"{len(table)} pieces, {len([text for text in wrong if text])} differ")
     sys.stdout.write("\n".join(text for text in wrong if text))

@@ -1,8 +1,10 @@
 // The validator as a program: importers that crash, hang and end the process, and ours.
+#include <algorithm>
 #include <regex>
 #include <set>
 #include <stdexcept>
 
+#include "tests/tool/small_pe.h"
 #include "tests/tool/tool_run.h"
 
 namespace {
@@ -64,7 +66,11 @@ TEST_F(ValidateTest, ACrashIsToldWithTheCallsThatLedThere) {
     for (const char* const id : {"selectors.supports8", "files.missing"}) {
         const auto calls = checkOf(report, id).at("calls").get<std::vector<std::string>>();
         EXPECT_THAT(calls, Contains(MatchesRegex("bad_module.prm\\+0x\\w+"))) << id;
-        EXPECT_THAT(calls.back(), Not(MatchesRegex("bad_module.*"))) << id;
+        EXPECT_THAT(calls.back(), MatchesRegex("importer_host\\.?e?x?e?\\+0x\\w+")) << id;
+        EXPECT_THAT(calls.front(), Not(MatchesRegex("importer_host.*"))) << id;
+        EXPECT_EQ(std::count_if(calls.begin(), calls.end(),
+                                [](const std::string& call) { return call.starts_with("importer_host"); }),
+                  1);
         EXPECT_THAT(run.out, HasSubstr(calls.front() + "\n                 " + calls[1] + "\n"));
         EXPECT_THAT(read("report.html"), HasSubstr(calls.front() + "\n" + calls[1] + "\n"));
     }
@@ -121,6 +127,35 @@ TEST_F(ValidateTest, WhatIsNoModuleEndsWithTheCodeForThat) {
     EXPECT_THAT(run.out, HasSubstr("skipped   selectors.starts: the plug-in does not load\n"));
     EXPECT_EQ(runTool({"validate", in("missing.prm")}).code, 3);
     EXPECT_EQ(runTool({"validate", write("no.prm", "nothing"), "--only", "selectors.starts"}).code, 1);
+}
+
+TEST_F(ValidateTest, TheFileOfAModuleIsJudgedWithoutLoadingIt) {
+    std::vector<std::uint8_t> bytes = simhost::tool::smallPe(
+        {.machine = simhost::tool::PeFile::kMachineX86, .importerId = 7, .exports = {"xOther"}});
+    constexpr std::size_t kImports = 0x80 + 24 + 112 + 8;  // where the header tells the place of the table
+    const std::size_t table = bytes.size();
+    bytes.resize(table + 100);
+    const auto put = [&](std::size_t at, std::size_t value) {
+        bytes[at] = static_cast<std::uint8_t>(value);
+        bytes[at + 1] = static_cast<std::uint8_t>(value >> 8);
+    };
+    put(kImports, table);
+    put(table + 12, table + 48);
+    const std::string name = "no_such_library.dll";
+    std::copy(name.begin(), name.end(), bytes.begin() + static_cast<std::ptrdiff_t>(table + 48));
+    const ToolRun run =
+        runTool({"validate", write("bad.prm", bytes), "--json", "--only",
+                 "module.machine,module.entry,module.resource,module.protection,module.imports"});
+    const auto seen = [report = run.json()](const std::string& id) {
+        const auto& check = checkOf(report, id);
+        return check.at("outcome").get<std::string>() + ": " +
+               (check.at("findings").empty() ? "" : check.at("findings")[0].at("seen").get<std::string>());
+    };
+    EXPECT_EQ(seen("module.machine"), "failed: a library of 64 bits for machine 332");
+    EXPECT_EQ(seen("module.entry"), "failed: xOther");
+    EXPECT_EQ(seen("module.resource"), "failed: there is none");
+    EXPECT_EQ(seen("module.protection"), "warning: DYNAMIC_BASE (0x0040) is not set");
+    EXPECT_THAT(seen("module.imports"), ::testing::StartsWith("failed: "));
 }
 
 TEST_F(ValidateTest, AWrongWordIsToldWithTheNearestCheck) {

@@ -158,10 +158,24 @@ TEST(ValidateReport, AFailureSaysAllThatIsNeededToFindAndRepeatIt) {
     EXPECT_EQ(resultText(someValidation(), plainResult("a.b", Outcome::kPassed)), "passed    a.b\n");
     CheckResult crash = plainResult("a.b", Outcome::kCrashed, "it fell in x at offset 0x1");
     crash.output = "one\r\ntwo\n";
+    crash.calls = {"x+0x1", "y+0x22"};
     EXPECT_EQ(resultText({.plugin = "p"}, crash),
-              "CRASHED   a.b\n          how    it fell in x at offset 0x1\n          said   one\n            "
-              "     two\n"
+              "CRASHED   a.b\n          how    it fell in x at offset 0x1\n"
+              "          calls  x+0x1\n                 y+0x22\n"
+              "          said   one\n                 two\n"
               "          again  importer_host validate p --only a.b --seed 9\n");
+    EXPECT_EQ(againText({.plugin = "p", .libraryFolder = "a b"}, crash),
+              "importer_host validate p --library-folder \"a b\" --only a.b --seed 9");
+}
+
+TEST(ValidateReport, WhatIsSkippedForOneReasonIsToldTogether) {
+    const auto skipped = [](const char* id, const char* reason) {
+        return plainResult(id, Outcome::kSkipped, reason);
+    };
+    EXPECT_EQ(skippedText({plainResult("a.x", Outcome::kPassed)}), "");
+    EXPECT_EQ(skippedText({skipped("a.b", "no sound"), skipped("c.d", "no frame"), skipped("e.f", "no sound"),
+                           skipped("c.d", "no frame")}),
+              "skipped   2 checks: no sound\n          a.b, e.f\nskipped   c.d: no frame\n");
 }
 
 std::string summaryOf(const std::vector<Outcome>& outcomes) {

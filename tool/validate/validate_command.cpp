@@ -137,7 +137,8 @@ void validateAll(const GlobalOptions& global, const ValidateWords& words, Valida
     const bool tells = !(words.json && options.json.empty());
     Progress progress(global.progress || stderrIsTerminal(), "checks", plan.size());
     out.results = superviseChecks(setting, plan, how, [&](const CheckResult& result) {
-        if (tells && (words.verbose || result.outcome != Outcome::kPassed)) {
+        const bool quiet = result.outcome == Outcome::kPassed || result.outcome == Outcome::kSkipped;
+        if (tells && (words.verbose || !quiet)) {
             (void)std::fputs(resultText(out, result).c_str(), stdout);
             (void)std::fflush(stdout);
         }
@@ -164,6 +165,7 @@ int runValidate(const GlobalOptions& global, const ValidateWords& words) {
     validation.clips = options.clips;
     validation.level = options.level;
     validation.seed = options.seed;
+    validation.libraryFolder = words.libraryFolder;
     validation.versions = std::string("importer_host ") + ORVANTIS_VERSION + ", " + systemName();
     validateAll(global, words, validation);
     if (words.json) {
@@ -177,7 +179,8 @@ int runValidate(const GlobalOptions& global, const ValidateWords& words) {
     }
     const OutcomeCounts counts = countOutcomes(validation.results);
     if (!words.json || !options.json.empty()) {
-        (void)std::fputs((summaryText(counts) + "\n").c_str(), stdout);
+        const std::string skipped = words.verbose ? std::string() : skippedText(validation.results);
+        (void)std::fputs((skipped + summaryText(counts) + "\n").c_str(), stdout);
     }
     if (counts.bad() > 0) {
         return doesNotLoad(validation) ? kNoPlugin : kBrokenRule;

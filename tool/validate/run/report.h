@@ -16,7 +16,8 @@ struct Validation {
     std::vector<std::string> clips = {};  ///< empty: those of the tool's own making
     int level = 5;
     std::uint64_t seed = 1;
-    std::string versions = {};  ///< of tool and system, one line
+    std::string libraryFolder = {};  ///< as it was named; empty for none
+    std::string versions = {};       ///< of tool and system, one line
     std::vector<CheckResult> results = {};
 };
 
@@ -34,6 +35,8 @@ OutcomeCounts countOutcomes(const std::vector<CheckResult>& results);
 std::string resultText(const Validation& validation, const CheckResult& result);
 /// "SUCCESS: 97 checks: 90 passed, 2 with warnings, 5 skipped" or "FAILURE: …", without a line end.
 std::string summaryText(const OutcomeCounts& counts);
+/// What was skipped, a line or two for each reason in the order in which they came; empty without.
+std::string skippedText(const std::vector<CheckResult>& results);
 /// The command that does exactly this again.
 std::string againText(const Validation& validation, const CheckResult& result);
 

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <numeric>
+#include <utility>
 
 #include "tool/validate/run/report.h"
 
@@ -7,6 +8,7 @@ namespace simhost::tool::validate {
 namespace {
 
 constexpr std::size_t kWordWidth = 10;
+constexpr std::size_t kLineWidth = 100;  // of a list of checks
 
 std::string padded(std::string text, std::size_t width) {
     text.resize(std::max(text.size(), width), ' ');
@@ -68,7 +70,42 @@ std::string againText(const Validation& validation, const CheckResult& result) {
     for (const std::string& clip : validation.clips) {
         out += " " + quotedWord(clip);
     }
+    if (!validation.libraryFolder.empty()) {
+        out += " --library-folder " + quotedWord(validation.libraryFolder);
+    }
     return out + " --only " + result.id + " --seed " + std::to_string(result.seed);
+}
+
+std::string skippedText(const std::vector<CheckResult>& results) {
+    std::vector<std::pair<std::string, std::vector<std::string>>> reasons;
+    for (const CheckResult& result : results) {
+        if (result.outcome != Outcome::kSkipped) {
+            continue;
+        }
+        auto at = std::find_if(reasons.begin(), reasons.end(),
+                               [&](const auto& reason) { return reason.first == result.reason; });
+        if (at == reasons.end()) {
+            at = reasons.insert(at, {result.reason, {}});
+        }
+        if (std::find(at->second.begin(), at->second.end(), result.id) == at->second.end()) {
+            at->second.push_back(result.id);
+        }
+    }
+    std::string out;
+    for (const auto& [reason, ids] : reasons) {
+        const std::string what = ids.size() == 1 ? ids.front() : std::to_string(ids.size()) + " checks";
+        out += padded("skipped", kWordWidth) + what + ": " + reason + "\n";
+        std::string line;
+        for (std::size_t i = 0; ids.size() > 1 && i < ids.size(); ++i) {
+            if (line.size() + ids[i].size() > kLineWidth) {
+                out += std::string(kWordWidth, ' ') + line + "\n";
+                line.clear();
+            }
+            line += (line.empty() ? "" : " ") + ids[i] + (i + 1 < ids.size() ? "," : "");
+        }
+        out += line.empty() ? "" : std::string(kWordWidth, ' ') + line + "\n";
+    }
+    return out;
 }
 
 std::string resultText(const Validation& validation, const CheckResult& result) {

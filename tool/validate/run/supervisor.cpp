@@ -27,6 +27,7 @@ constexpr std::chrono::milliseconds kLook{10};
 // What a look may count for. On a machine with too much to do this process gets as little of it as the one
 // that it waits for, and a check that waits for its threads a thousand times is slow without a fault.
 constexpr std::chrono::milliseconds kMostOfOneLook{50};
+constexpr const char* kAborted = "the process aborted itself";  // as tool/shared/base/crash_watch says
 constexpr std::size_t kMostOutput = 4000;
 constexpr const char* kSessionCheck = "session.standard";
 // A process has 1,088 indexes of thread-local storage, and what an importer or a library of it takes at every
@@ -60,7 +61,21 @@ void readCrash(const std::string& record, std::uint32_t exitCode, CheckResult& o
         return;
     }
     out.reason = lines[0] + (lines[1].empty() ? "" : " in " + lines[1] + " at offset " + lines[2]);
-    out.calls.assign(lines.begin() + 3, lines.end());
+    // How the tool itself came to make the call helps nobody, nor does its handler of aborts.
+    const std::string program = thisProgramFile();
+    const std::string own = program.substr(program.find_last_of("/\\") + 1) + "+";
+    bool foreign = false;
+    for (auto line = lines.begin() + 3; line != lines.end(); ++line) {
+        const bool isOwn = line->starts_with(own);
+        if (isOwn && !foreign && line == lines.begin() + 3 && out.reason.starts_with(kAborted)) {
+            continue;
+        }
+        out.calls.push_back(*line);
+        if (isOwn && foreign) {
+            break;
+        }
+        foreign = foreign || !isOwn;
+    }
 }
 
 // One process with some of the checks.

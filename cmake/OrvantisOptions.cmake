@@ -54,7 +54,9 @@ if(ORVANTIS_PDB)
     # variables: clang's records of those do not link.
     target_compile_options(orvantis_options INTERFACE -fdebug-compilation-dir=. -ffile-prefix-map=source=.
         $<IF:$<BOOL:$<TARGET_PROPERTY:ORVANTIS_IS_TEST>>,-g0,$<1:-g;-gcodeview;-gno-codeview-command-line>>)
-    # Nor may the names of lambdas, which clang makes of their file's path as it was opened: it gets relative ones.
+    # Nor a search path of whoever builds, which the linker records.
+    set_property(GLOBAL PROPERTY RULE_LAUNCH_LINK "\"${CMAKE_COMMAND}\" -E env --unset=LIBRARY_PATH")
+    # Nor the names of lambdas, which clang makes of their file's path as it was opened: it gets relative ones.
     if(CMAKE_GENERATOR STREQUAL "Ninja")
         find_package(Python3 REQUIRED COMPONENTS Interpreter)
         file(CREATE_LINK "${PROJECT_SOURCE_DIR}" "${CMAKE_BINARY_DIR}/source" SYMBOLIC)

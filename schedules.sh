@@ -2,7 +2,7 @@
 # Runs the plug-in's asynchronous and pinning code, as it ships, through all schedules of its threads with a few preemptions,
 # natively and deterministically: docs/schedules.md. Exit code 1 when one of them does something wrong.
 #
-#   ./schedules.sh [SCENARIO...] [--preemptions N] [--jobs N]   3 preemptions and all scenarios by default, about 10 minutes
+#   ./schedules.sh [SCENARIO...] [--preemptions N] [--jobs N]   all, with up to 3 preemptions: about 3 minutes
 #   ./schedules.sh --replay SCENARIO:NUMBER                     one schedule again, every step of it printed
 #   ./schedules.sh --replay SCENARIO:CHOICES                    the same, by the choices that a finding names
 #   ./schedules.sh --planted                                    plants races in copies of the sources; each has to be found

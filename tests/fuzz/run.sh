@@ -1,5 +1,5 @@
 #!/bin/sh
-# Goes on fuzzing: run.sh MINUTES [target...], each target in turn (all four by default) at low priority. Builds with the
+# Goes on fuzzing: run.sh MINUTES [target...], each target in turn (by default all but differential_fuzzer, which needs libavformat-dev). Builds with the
 # preset linux-fuzz into build/linux-fuzz (FUZZ_BUILD names another folder). What is found lies in build/fuzz/<target>:
 # `corpus` grows from run to run, `crashes` has the inputs that broke something. FUZZ_JOBS processes at once, 1 by default.
 #
@@ -24,7 +24,7 @@ case $minutes in
 esac
 targets=${*:-$all}
 for target in $targets; do
-    case " $all " in
+    case " $all differential_fuzzer " in
         *" $target "*) ;;
         *) wrong_usage "run.sh: unknown target: $target" ;;
     esac

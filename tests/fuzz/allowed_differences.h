@@ -1,0 +1,32 @@
+// Where the plug-in's reader and libavformat may differ on a plain file, and why: the only list of it. A
+// difference that no row allows is a find. docs/fuzzing.md shows the rows.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "avi/avi_stream.h"
+#include "tests/fuzz/peer_avi.h"
+
+namespace fuzz {
+
+/// What is compared.
+enum class Compared { acceptance, streamCount, kind, rate, picture, sound, entries };
+
+struct Difference {
+    Compared what;
+    const orvantis::AviStream* ours = nullptr;  ///< null for the whole file
+    const PeerStream* theirs = nullptr;
+    std::uint64_t fileSize = 0;
+};
+
+struct AllowedDifference {
+    const char* name;
+    Compared what;
+    const char* why;
+    bool (*applies)(const Difference&);
+};
+
+std::span<const AllowedDifference> allowedDifferences();
+
+}  // namespace fuzz

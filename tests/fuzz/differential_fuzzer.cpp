@@ -1,0 +1,108 @@
+// Reads the input by the plug-in's reader and by libavformat: on a plain file both have to see the same
+// streams and the same chunks, but for what allowed_differences.cpp lists. Needs libavformat.
+#include <cstdio>
+#include <cstdlib>
+#include <span>
+
+#include "audio/wave_format.h"
+#include "avi/avi_reader.h"
+#include "tests/fuzz/allowed_differences.h"
+#include "tests/fuzz/fuzz_target.h"
+#include "tests/fuzz/peer_avi.h"
+#include "tests/fuzz/plain_avi.h"
+#include "tests/support/memory_file.h"
+
+namespace {
+
+using fuzz::Compared;
+using fuzz::Difference;
+using fuzz::PeerStream;
+using orvantis::AviReader;
+using orvantis::AviStream;
+
+void settle(const Difference& difference, const char* what) {
+    for (const fuzz::AllowedDifference& allowed : fuzz::allowedDifferences()) {
+        if (allowed.what == difference.what && allowed.applies(difference)) return;
+    }
+    std::fprintf(stderr, "a difference that no row allows: %s\n", what);
+    if (difference.ours != nullptr) {
+        std::fprintf(stderr, "stream %d: %zu entries here, %zu there\n",
+                     static_cast<int>(difference.ours->index), difference.ours->entries().size(),
+                     difference.theirs->entries.size());
+    }
+    std::abort();
+}
+
+bool sameKind(const AviStream& ours, const PeerStream& theirs) {
+    const bool video = ours.header.fccType == orvantis::kStreamTypeVideo;
+    return theirs.kind == (video ? PeerStream::Kind::video : PeerStream::Kind::audio);
+}
+
+bool sameRate(const AviStream& ours, const PeerStream& theirs) {
+    return std::uint64_t{ours.header.dwRate} * static_cast<std::uint64_t>(theirs.scale) ==
+           std::uint64_t{ours.header.dwScale} * static_cast<std::uint64_t>(theirs.rate);
+}
+
+bool samePicture(const AviStream& ours, const PeerStream& theirs) {
+    const auto format = ours.formatHeader();
+    const int height = format.biHeight < 0 ? -format.biHeight : format.biHeight;
+    return format.biCompression == theirs.tag && format.biWidth == theirs.width && height == theirs.height;
+}
+
+bool sameSound(const AviStream& ours, const PeerStream& theirs) {
+    const auto format = orvantis::waveFormatFromBytes(ours.format);
+    return format.nChannels == theirs.channels &&
+           static_cast<int>(format.nSamplesPerSec) == theirs.samplesPerSecond;
+}
+
+// Each frame of the one is the same chunk in the other.
+bool sameEntries(const AviStream& ours, const PeerStream& theirs) {
+    if (ours.entries().size() != theirs.entries.size()) return false;
+    for (std::size_t i = 0; i < theirs.entries.size(); ++i) {
+        const orvantis::ChunkPlace place = ours.entries().placeOf(i);
+        const fuzz::PeerEntry& entry = theirs.entries[i];
+        if (entry.frame != static_cast<std::int64_t>(i) ||
+            static_cast<std::uint64_t>(entry.header) + 8 != place.offset ||
+            static_cast<std::uint64_t>(entry.size) != place.size) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void compare(const AviStream& ours, const PeerStream& theirs, std::uint64_t fileSize) {
+    const auto demand = [&](bool same, Compared what, const char* name) {
+        if (!same) settle({what, &ours, &theirs, fileSize}, name);
+    };
+    demand(sameKind(ours, theirs), Compared::kind, "kind of a stream");
+    if (!sameKind(ours, theirs)) return;
+    if (theirs.kind == PeerStream::Kind::video) {
+        demand(sameRate(ours, theirs), Compared::rate, "rate of a video");
+        demand(samePicture(ours, theirs), Compared::picture, "picture of a video");
+        demand(sameEntries(ours, theirs), Compared::entries, "index of a video");
+    } else {
+        demand(sameSound(ours, theirs), Compared::sound, "format of a sound");
+    }
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::span<const std::uint8_t> input(data, size);
+    if (!fuzz::isPlain(fuzz::readTree(input))) return 0;
+    orvantis::test::MemoryFile file(input);
+    AviReader reader;
+    const bool usable = reader.parse(file, false);
+    FUZZ_CHECK(usable);  // a plain file is usable
+    const auto peer = fuzz::readAsPeer(input);
+    if (!peer) {
+        settle({Compared::acceptance, nullptr, nullptr, size}, "the peer refuses the file");
+        return 0;
+    }
+    if (peer->size() != reader.streams.size()) {
+        settle({Compared::streamCount, nullptr, nullptr, size}, "number of streams");
+        return 0;
+    }
+    for (std::size_t i = 0; i < peer->size(); ++i) compare(*reader.streams[i], (*peer)[i], size);
+    return 0;
+}

@@ -49,6 +49,21 @@ TEST(Turns, AYoungerOneDoesNotPassAnOlderOneThatIsLate) {
     EXPECT_EQ(turns.leave(c.place), nullptr);
 }
 
+TEST(Turns, APlaceThatHasLeftIsBookedAgainBehindAllOthers) {
+    Turns turns;
+    Booked a, b, c;
+    turns.book(a.place);
+    turns.book(b.place);
+    EXPECT_EQ(turns.leave(a.place), nullptr);
+    turns.book(a.place);
+    EXPECT_FALSE(Turns::enterOrPark(a.place)) << "b is before it now";
+    EXPECT_EQ(turns.leave(b.place), &a);
+    EXPECT_EQ(turns.leave(a.place), nullptr);
+    turns.book(c.place);
+    EXPECT_TRUE(Turns::enterOrPark(c.place)) << "nobody is left in front";
+    EXPECT_EQ(turns.leave(c.place), nullptr);
+}
+
 TEST(Turns, APlaceGivenUpFromTheMiddleIsPassedOver) {
     Turns turns;
     Booked a, b, c;

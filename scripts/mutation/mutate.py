@@ -15,6 +15,7 @@ import sys
 import threading
 
 import explained
+import processes
 import table
 from build_graph import BuildGraph
 from history import History
@@ -182,6 +183,7 @@ class Kept:
 
 def main():
     options = arguments_of()
+    processes.end_all_when_ended()
     STATE.mkdir(parents=True, exist_ok=True)
     try:
         entries = explained.read(EXPLAINED)

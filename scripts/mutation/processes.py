@@ -8,6 +8,7 @@ import threading
 
 MEMORY = 6 << 30
 OUTPUT_KEPT = 20_000
+LIVE = set()  # groups of processes that are running
 
 
 class Ended:
@@ -25,6 +26,7 @@ def run(words, folder, environment=None, processor_seconds=600, clock_seconds=12
     with tempfile.TemporaryFile() as output:
         process = subprocess.Popen(words, cwd=folder, env=environment, stdin=subprocess.DEVNULL, stdout=output,
                                    stderr=subprocess.STDOUT, start_new_session=True, preexec_fn=limits)
+        LIVE.add(process.pid)
         late = threading.Event()
 
         def end():
@@ -38,6 +40,7 @@ def run(words, folder, environment=None, processor_seconds=600, clock_seconds=12
         finally:
             clock.cancel()
             end_group(process.pid)
+            LIVE.discard(process.pid)
         process.returncode = os.waitstatus_to_exitcode(status)
         size = output.seek(0, os.SEEK_END)
         output.seek(max(0, size - OUTPUT_KEPT))
@@ -52,3 +55,14 @@ def end_group(group):
         os.killpg(group, signal.SIGKILL)
     except (ProcessLookupError, PermissionError):
         pass
+
+
+def end_all_when_ended():
+    """From here on Ctrl-C and a request to end take the running programs along. Main thread."""
+    def end(number, _):
+        for group in list(LIVE):
+            end_group(group)
+        os._exit(128 + number)
+
+    for number in (signal.SIGINT, signal.SIGTERM):
+        signal.signal(number, end)

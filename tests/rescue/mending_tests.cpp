@@ -91,6 +91,25 @@ TEST(RescueInPlace, DamageOfAnyLengthIsMendedAtOnce) {
     }
 }
 
+// The same in a file that has its old index, and with a header in front of the garbage that promises too
+// much.
+TEST(RescueInPlace, AnIndexAtAnOddPlaceDoesNotHideTheNewOne) {
+    AviBuilder avi = mendBuilder();
+    TestBytes clip = avi.build();
+    const auto place = [&avi](std::size_t i) {
+        return static_cast<std::ptrdiff_t>(avi.placements()[i].offset - 8);
+    };
+    clip.insert(clip.begin() + place(6) + 60, 75, 0xEE);
+    clip[static_cast<std::size_t>(place(6)) + 5] = 0x0A;  // 2,688 bytes
+    TestBytes whole = mended(clip);
+    MemoryStorage after(whole);
+    ClipScan scan = scanClip(after);
+    EXPECT_EQ(scan.chunks.size(), 11U);
+    const IndexCheck check = checkIndexes(after, scan);
+    EXPECT_FALSE(check.gains());
+    EXPECT_EQ(check.streams[0].entries + check.streams[1].entries, 11U);
+}
+
 class RescueCrashes : public ::testing::TestWithParam<int> {
  protected:
     TestBytes clip() const {

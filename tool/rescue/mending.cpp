@@ -158,11 +158,12 @@ class MendingPlan {
     void patchStretches() {
         for (const Stretch& stretch : m_scan.damaged) {
             const bool tail = stretch.place.end == m_scan.fileSize;
-            const std::uint64_t size = stretch.place.bytes() - kChunkHeaderSize;
+            std::uint64_t size = stretch.place.bytes() - kChunkHeaderSize;
             if (stretch.place.bytes() < kChunkHeaderSize || size > kMostSize ||
-                stretch.place.begin >= m_out.appendAt || (!tail && size % 2 != 0)) {
+                stretch.place.begin >= m_out.appendAt) {
                 continue;
             }
+            size -= tail ? 0 : size % 2;  // a byte is left over, rather than one of the next chunk taken
             FileBytes junk;
             putHeader(junk, riffCode("JUNK"), size);
             patch(stretch.place.begin, std::move(junk));
@@ -192,7 +193,12 @@ class MendingPlan {
             if (form.moviAt == 0 || form.moviSizeIsRight) {
                 continue;
             }
-            const std::uint64_t moviEnd = std::max(form.dataEnd, form.moviAt + kListHeaderSize);
+            std::uint64_t moviEnd = std::max(form.dataEnd, form.moviAt + kListHeaderSize);
+            if (last && moviEnd != m_out.appendAt && (moviEnd - form.moviAt) % 2 != 0) {
+                // Damage has moved what follows to an odd place, where readers do not look: they go on at the
+                // index.
+                moviEnd = m_out.appendAt + (m_out.appendAt - form.at) % 2;
+            }
             patchWord(form.moviAt + 4, moviEnd - form.moviAt - kChunkHeaderSize);
             if (form.recAt > form.moviAt && form.recAt < moviEnd &&
                 form.recAt + kChunkHeaderSize + wordInClip(form.recAt + 4) > moviEnd) {

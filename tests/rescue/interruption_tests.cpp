@@ -39,7 +39,7 @@ class RescueInterrupted : public ToolTest {
     std::string clip;
     std::string before;
 #if defined(_WIN32)
-    static constexpr unsigned kStep = 3;  // a process takes long to start there
+    static constexpr unsigned kStep = 7;  // a process takes long to start there
 #else
     static constexpr unsigned kStep = 1;
 #endif

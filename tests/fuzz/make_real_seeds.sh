@@ -9,7 +9,7 @@ raw() {
     tag=$1
     layout=$2
     shift 2
-    for target in parse_fuzzer session_fuzzer; do
+    for target in parse_fuzzer session_fuzzer rescue_fuzzer; do
         ff "$@" -c:v rawvideo -strict unofficial -pix_fmt "$layout" -vtag "$tag" -fflags +bitexact "$out/$target/real-$tag-$#.avi"
     done
 }
@@ -20,7 +20,7 @@ raw O8Y0 yuv420p -r 30000/1001
 raw O8Y2 yuv422p -f lavfi -i sine=sample_rate=8000:duration=0.12 -c:a pcm_s16le -ac 2
 raw O8G0 gray -f lavfi -i sine=sample_rate=8000:duration=0.12 -c:a pcm_f32le
 raw O0RG gbrp10le -r 1/200 -frames:v 2
-for target in parse_fuzzer session_fuzzer; do
+for target in parse_fuzzer session_fuzzer rescue_fuzzer; do
     ff -c:v mjpeg "$out/$target/real-foreign.avi"
     find "$out/$target" -name 'real-*' -size +20k -exec rm {} +
 done

@@ -32,6 +32,7 @@ void put(const char* target, const std::string& name, const Bytes& bytes) {
 void putFile(const std::string& name, const Bytes& bytes) {
     put("parse_fuzzer", name, bytes);
     put("session_fuzzer", name, bytes);
+    put("rescue_fuzzer", name, bytes);
 }
 
 AviBuilder clip(OpenDml kind = OpenDml::none, std::uint32_t audioStreams = 1) {

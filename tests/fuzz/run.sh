@@ -1,5 +1,6 @@
 #!/bin/sh
-# Goes on fuzzing: run.sh MINUTES [target...], each target in turn (by default all but differential_fuzzer, which needs libavformat-dev). Builds with the
+# Goes on fuzzing: run.sh MINUTES [target...], each target in turn at low priority (by default all but differential_fuzzer,
+# which needs libavformat-dev). Builds with the
 # preset linux-fuzz into build/linux-fuzz (FUZZ_BUILD names another folder). What is found lies in build/fuzz/<target>:
 # `corpus` grows from run to run, `crashes` has the inputs that broke something. FUZZ_JOBS processes at once, 1 by default.
 #
@@ -13,7 +14,7 @@ root=$(cd "$here/../.." && pwd)
 help_or_go_on "$@"
 build=${FUZZ_BUILD:-$root/build/linux-fuzz}
 work=${FUZZ_WORK:-$root/build/fuzz}
-all="parse_fuzzer session_fuzzer stream_format_fuzzer frame_rate_fuzzer"
+all="parse_fuzzer session_fuzzer stream_format_fuzzer frame_rate_fuzzer rescue_fuzzer"
 
 [ $# -ge 1 ] || wrong_usage "run.sh: for how many minutes?"
 minutes=$1

@@ -94,11 +94,11 @@ class Usage(Folder):
 
 
 class Nightly(Folder):
-    STEPS = ["mutation", "coverage", "schedules", "proofs", "fuzzing", "sessions", "reproducible"]
+    STEPS = ["gcc", "mutation", "coverage", "schedules", "proofs", "fuzzing", "sessions", "reproducible"]
 
     def setUp(self):
         super().setUp()
-        for name in ("mutate.sh", "coverage.sh", "schedules.sh", "prove.sh"):
+        for name in ("test.sh", "mutate.sh", "coverage.sh", "schedules.sh", "prove.sh"):
             self.program(name, RECORD, self.root)
         self.program("run.sh", RECORD, self.root / "tests/fuzz")
         for name in ("install-packages.sh", "check-reproducible.sh"):
@@ -116,7 +116,8 @@ class Nightly(Folder):
         self.assertEqual(run.returncode, 0, run.stderr)
         self.assertEqual(self.results(run), {step: "passed" for step in self.STEPS})
         self.assertEqual([call for call in self.called().splitlines() if not call.startswith(("cmake", "install"))], [
-            "mutate.sh --sample 200 --seed 7", "coverage.sh ", "schedules.sh ", "prove.sh ", "run.sh 30",
+            "test.sh gcc", "mutate.sh --sample 200 --seed 7", "coverage.sh ", "schedules.sh ", "schedules.sh --planted",
+            "prove.sh ", "run.sh 30",
             "importer_host soak --sessions 200000 --seed 7",
             "wine-run build/windows-clang/bin/importer_host.exe soak --sessions 2000 --seed 7", "check-reproducible.sh "])
 

@@ -2,6 +2,7 @@
 // the signals, so that what it does at the end is not bound to what signal handlers may do.
 #include "tool/shared/base/interruption.h"
 
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <ctime>
@@ -25,7 +26,8 @@ void watchForInterruption(std::chrono::milliseconds patience) {
         detail::noteInterruption();
         const auto whole = std::chrono::duration_cast<std::chrono::seconds>(patience);
         const timespec time{whole.count(), std::chrono::nanoseconds(patience - whole).count()};
-        while (sigtimedwait(&signals, nullptr, &time) < 0 && detail::endIsHeldBack()) {
+        // A wait that a debugger, a stop or a leak checker broke off (EINTR) is no end of patience.
+        while (sigtimedwait(&signals, nullptr, &time) < 0 && (errno == EINTR || detail::endIsHeldBack())) {
         }
         removeTemporaryPaths();
         std::_Exit(kInterrupted);

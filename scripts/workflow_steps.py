@@ -85,7 +85,7 @@ def problems_of_step(step):
                           capture_output=True)
     if said.returncode:
         yield said.stdout
-    for started in re.findall(r"(?:^|[\s;&|(])((?:\./|scripts/|tests/)[\w/.-]+)", step.words):
+    for started in re.findall(r"(?:^|[\s;&|(])((?:\./|\.ci/|scripts/|tests/)[\w/.-]+)", step.words):
         if not os.access(started, os.X_OK) or not pathlib.Path(started).is_file():
             yield f"there is no {started}, or it cannot be started"
 

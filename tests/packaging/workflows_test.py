@@ -52,7 +52,7 @@ class WorkflowTest(unittest.TestCase):
         self.assertEqual((result.returncode, result.stdout.strip()), (0, ""))
 
     def test_what_is_wrong_is_found(self):
-        for name in (".github", ".devcontainer", "scripts", "tests/fuzz"):
+        for name in (".github", ".devcontainer", ".ci", "scripts"):
             shutil.copytree(settings.SOURCE_DIR / name, self.folder / name, ignore=shutil.ignore_patterns("corpus"))
         for name in ("test.sh", "lint.sh"):
             shutil.copy(settings.SOURCE_DIR / name, self.folder)
@@ -67,7 +67,7 @@ class WorkflowTest(unittest.TestCase):
             (RELEASE, "UNRUN", "Run", "release.yml: does not say that it has not run on a forge"),
             (RELEASE, "./test.sh &&", "./tests.sh &&", "there is no ./tests.sh, or it cannot be started"),
             (RELEASE, "rm -rf \"$GITHUB_WORKSPACE/", "rm -rf $x/\"$(", "release.yml, build: Packages: "),
-            (".github/workflows/nightly.yml", "tests/fuzz/run.sh", "tests/fuzz/go.sh", "there is no tests/fuzz/go.sh"),
+            (".github/workflows/nightly.yml", "run: .ci/nightly", "run: .ci/weekly", "there is no .ci/weekly"),
             (".devcontainer/Dockerfile", "scripts/common.sh ", "", ".devcontainer: install-packages.sh does not work with what is copied"),
         ):
             path = self.folder / file

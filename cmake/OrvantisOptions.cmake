@@ -51,8 +51,9 @@ if(ORVANTIS_PDB)
     # No command lines and no folder of the build in the PDB: they would differ with the place of the build, and through
     # the PDB's identity so would the file that ships.
     # What ships has symbols; tests, which nobody debugs by a PDB, are compiled sooner without, and may have thread_local
-    # variables: clang's records of those do not link.
-    target_compile_options(orvantis_options INTERFACE -fdebug-compilation-dir=. -ffile-prefix-map=source=.
+    # variables: clang's records of those do not link. Files that are compiled together are found by "./source".
+    target_compile_options(orvantis_options INTERFACE
+        -fdebug-compilation-dir=. -ffile-prefix-map=source=. -ffile-prefix-map=./source=.
         $<IF:$<BOOL:$<TARGET_PROPERTY:ORVANTIS_IS_TEST>>,-g0,$<1:-g;-gcodeview;-gno-codeview-command-line>>)
     # Nor a search path of whoever builds, which the linker records.
     set_property(GLOBAL PROPERTY RULE_LAUNCH_LINK "\"${CMAKE_COMMAND}\" -E env --unset=LIBRARY_PATH")

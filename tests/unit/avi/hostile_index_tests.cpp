@@ -309,7 +309,9 @@ TEST(HostileHeaders, FormatsMayTakeTheFilesSizeAndAMebibyteAndNoByteMore) {
         ASSERT_TRUE(parsed.usable);
         ASSERT_EQ(parsed.reader.streams.size(), 2U - beyond);
         EXPECT_EQ(parsed.reader.streams.front()->format.size(), kFirst);
-        if (beyond == 0) EXPECT_EQ(parsed.reader.streams.back()->format.size(), left);
+        if (beyond == 0) {
+            EXPECT_EQ(parsed.reader.streams.back()->format.size(), left);
+        }
     }
 }
 

@@ -1,4 +1,5 @@
 #include <mutex>
+#include <type_traits>
 
 #include "piece.h"
 
@@ -18,7 +19,7 @@ std::int32_t Call::openLastGood() const {
         other = g_lastGood;
     }
     const auto asked = file->fileinfo.filepath;
-    file->fileinfo.filepath = reinterpret_cast<decltype(asked)>(other.data());
+    file->fileinfo.filepath = reinterpret_cast<std::remove_const_t<decltype(asked)>>(other.data());
     const std::int32_t result = correct();
     file->fileinfo.filepath = asked;
     return result;

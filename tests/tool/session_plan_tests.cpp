@@ -58,13 +58,13 @@ TEST(SessionPlans, EverythingThatAHostDoesComesUp) {
         for (const FaultPlan& fault : plan.hostFaults) services.insert(*fault.service);
         for (const std::string& fault : plan.codecFaults) codec.insert(fault.substr(0, fault.find(':')));
         if (plan.readFault) files.insert(plan.readFault->kind);
-        absent += plan.absent ? 1 : 0;
-        cut += plan.cutAt ? 1 : 0;
-        patched += plan.patches.empty() ? 0 : 1;
-        shared += plan.shareAsync ? 1 : 0;
-        late += plan.closeBehindShutdown ? 1 : 0;
-        unharmed += plan.unharmed() ? 1 : 0;
-        logs += sessionWritesLog(5, number * kSessionGroup) ? 1 : 0;
+        absent += plan.absent ? 1U : 0U;
+        cut += plan.cutAt ? 1U : 0U;
+        patched += plan.patches.empty() ? 0U : 1U;
+        shared += plan.shareAsync ? 1U : 0U;
+        late += plan.closeBehindShutdown ? 1U : 0U;
+        unharmed += plan.unharmed() ? 1U : 0U;
+        logs += sessionWritesLog(5, number * kSessionGroup) ? 1U : 0U;
     }
     EXPECT_EQ(acts.size(), static_cast<std::size_t>(SessionAct::kInit) + 1);
     EXPECT_EQ(profiles.size(), builtinProfiles().size());
@@ -81,9 +81,12 @@ TEST(SessionPlans, DamageStaysInsideTheFile) {
     for (std::uint64_t number = 0; number < 2000; ++number) {
         const SessionPlan plan = planSession(2, number);
         const std::size_t size = sessionClips()[plan.clip].bytes.size();
-        for (const BytePatch& patch : plan.patches)
+        for (const BytePatch& patch : plan.patches) {
             ASSERT_LE(patch.offset + patch.bytes.size(), size) << number;
-        if (plan.cutAt) ASSERT_LT(*plan.cutAt, size) << number;
+        }
+        if (plan.cutAt) {
+            ASSERT_LT(*plan.cutAt, size) << number;
+        }
     }
 }
 

@@ -162,6 +162,25 @@ class Double {
     z3::expr m_term;
 };
 
+/// A guard's condition, or "true" for the guard that a question takes back.
+template <orvantis::Guard kGuard, orvantis::Guard kWithout>
+Truth unlessTakenBack(const Truth& condition) {
+    if constexpr (kGuard == kWithout) return {question().context.bool_val(true)};
+    return condition;
+}
+
+/// What both sides of a choice give, each asked under the condition that leads there.
+template <class Then, class Else>
+auto bothResults(const Truth& condition, Then then, Else otherwise) {
+    std::vector<z3::expr>& path = question().path;
+    path.push_back(condition.term);
+    auto first = then();
+    path.back() = !condition.term;
+    auto second = otherwise();
+    path.pop_back();
+    return std::pair(std::move(first), std::move(second));
+}
+
 /// `kWithout` is the guard that is taken back.
 template <orvantis::Guard kWithout>
 struct Symbols {
@@ -176,18 +195,12 @@ struct Symbols {
 
     template <orvantis::Guard kGuard>
     static Bool guarded(const Bool& condition) {
-        if constexpr (kGuard == kWithout) return {question().context.bool_val(true)};
-        return condition;
+        return unlessTakenBack<kGuard, kWithout>(condition);
     }
 
     template <class Then, class Else>
     static auto choose(const Bool& condition, Then then, Else otherwise) {
-        std::vector<z3::expr>& path = question().path;
-        path.push_back(condition.term);
-        const auto first = then();
-        path.back() = !condition.term;
-        const auto second = otherwise();
-        path.pop_back();
+        const auto [first, second] = bothResults(condition, then, otherwise);
         return chosen(condition, first, second);
     }
 

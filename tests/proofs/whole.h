@@ -157,17 +157,11 @@ struct WholeNumbers {
 
     template <orvantis::Guard kGuard>
     static Bool guarded(const Bool& condition) {
-        if constexpr (kGuard == kWithout) return {question().context.bool_val(true)};
-        return condition;
+        return unlessTakenBack<kGuard, kWithout>(condition);
     }
     template <class Then, class Else>
     static auto choose(const Bool& condition, Then then, Else otherwise) {
-        std::vector<z3::expr>& path = question().path;
-        path.push_back(condition.term);
-        const auto first = then();
-        path.back() = !condition.term;
-        const auto second = otherwise();
-        path.pop_back();
+        const auto [first, second] = bothResults(condition, then, otherwise);
         using Number = std::remove_cv_t<decltype(first)>;
         return Number(z3::ite(condition.term, first.term(), second.term()));
     }

@@ -23,7 +23,7 @@ echo "== names of tests"
 python3 scripts/check-test-names.py
 
 echo "== clang-format"
-git ls-files '*.h' '*.cpp' | xargs clang-format --dry-run --Werror
+git ls-files '*.h' '*.cpp' | xargs clang-format-16 --dry-run --Werror
 [ "$what" != format ] || exit 0
 
 case "$what" in plugin) folders="plugin" ;; *) folders="plugin|testbed|tool|tests" ;; esac

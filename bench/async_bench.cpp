@@ -57,7 +57,9 @@ class Playing {
     void play(std::uint32_t frames, const Each& each) const {
         std::uint32_t announced = 0;
         for (std::uint32_t i = 0; i < frames; ++i) {
-            for (; announced < frames && announced < i + kInFlight; ++announced) initiate(announced);
+            for (; announced < frames && announced < i + kInFlight; ++announced) {
+                initiate(announced);
+            }
             each(i);
         }
     }
@@ -93,7 +95,9 @@ void latency(benchmark::State& state, double decodesARead) {
                 single.push_back(benchClock() - start);
             }
             const std::uint32_t at = jump * 37;
-            for (std::uint32_t i = 0; i < kInFlight; ++i) playing.initiate(at + i);
+            for (std::uint32_t i = 0; i < kInFlight; ++i) {
+                playing.initiate(at + i);
+            }
             const double asked = benchClock();
             playing.frame(at);
             firsts.push_back(benchClock() - asked);
@@ -105,7 +109,9 @@ void latency(benchmark::State& state, double decodesARead) {
         playing.play(kJumps, [&](std::uint32_t i) {
             const double asked = benchClock();
             playing.frame(i);
-            if (i >= kInFlight) steady.push_back(benchClock() - asked);
+            if (i >= kInFlight) {
+                steady.push_back(benchClock() - asked);
+            }
         });
         state.SetIterationTime(benchClock() - begin);
     }
@@ -135,7 +141,9 @@ void overtaking(benchmark::State& state) {
         std::uint64_t before = 0;
         playing.play(kFrames, [&](std::uint32_t i) {
             const std::uint64_t serial = playing.frame(i);
-            if (serial < before) ++overtook;
+            if (serial < before) {
+                ++overtook;
+            }
             before = std::max(before, serial);
         });
         state.SetIterationTime(benchClock() - begin);
@@ -161,13 +169,19 @@ void fixedRate(benchmark::State& state) {
         double start = 0;
         playing.play(kFrames, [&](std::uint32_t i) {
             // The pipe is full before the clip begins to run.
-            if (i == 0) start = benchClock() + kInFlight * kTick;
+            if (i == 0) {
+                start = benchClock() + kInFlight * kTick;
+            }
             const double tick = start + i * kTick;
             const double ahead = tick - benchClock();
-            if (ahead > 0) std::this_thread::sleep_for(std::chrono::duration<double>(ahead));
+            if (ahead > 0) {
+                std::this_thread::sleep_for(std::chrono::duration<double>(ahead));
+            }
             playing.frame(i);
             const double behind = benchClock() - (tick + kTick);
-            if (behind > 0) ++late;
+            if (behind > 0) {
+                ++late;
+            }
             latest = std::max(latest, behind);
         });
         state.SetIterationTime(benchClock() - begin);
@@ -193,7 +207,9 @@ void clipsAtOnce(benchmark::State& state) {
     const DecodeTime decode(readSeconds);
     const BenchImporter importer(plugin.entry());
     std::deque<Playing> clips;
-    for (std::uint32_t i = 0; i < kClips; ++i) clips.emplace_back(importer, path);
+    for (std::uint32_t i = 0; i < kClips; ++i) {
+        clips.emplace_back(importer, path);
+    }
     const auto play = [&](std::uint32_t count) {
         const double start = benchClock();
         std::vector<std::thread> hosts;
@@ -202,7 +218,9 @@ void clipsAtOnce(benchmark::State& state) {
                 clip.play(kFrames / count, [&clip](std::uint32_t i) { clip.frame(i); });
             });
         }
-        for (std::thread& host : hosts) host.join();
+        for (std::thread& host : hosts) {
+            host.join();
+        }
         return benchClock() - start;
     };
     const Series series = alternate(
@@ -213,7 +231,9 @@ void clipsAtOnce(benchmark::State& state) {
 // Quotients turn by turn, because what else the machine does changes from one second to the next.
 void againstPipeline(benchmark::State& state, double latency, double bytesPerSecond) {
     std::unique_ptr<Device> device;
-    if (latency > 0) device = std::make_unique<Device>(latency, bytesPerSecond);
+    if (latency > 0) {
+        device = std::make_unique<Device>(latency, bytesPerSecond);
+    }
     const simhost::Plugin plugin(modulePath("ImporterOrvantis.prm"));
     const std::string path = benchFile("ahead.avi");
     double readSeconds = 0;
@@ -236,7 +256,9 @@ void againstPipeline(benchmark::State& state, double latency, double bytesPerSec
         });
     report(state, series, playback.frames());
     std::vector<double> quotients;
-    for (std::size_t i = 0; i < series.ours.size(); ++i) quotients.push_back(series.peer[i] / series.ours[i]);
+    for (std::size_t i = 0; i < series.ours.size(); ++i) {
+        quotients.push_back(series.peer[i] / series.ours[i]);
+    }
     state.counters["turn_by_turn"] = quantile(quotients, 0.5);
     state.counters["bare_times"] = quantile(longer, 0.5);
     state.counters["read_us"] = readSeconds * kMicroseconds;

@@ -37,7 +37,9 @@ void deinterleave(benchmark::State& state, std::uint32_t channels) {
     const std::vector<float> source(kFrames * channels, 0.5F);
     std::vector<float> destination(kFrames * channels, 0.0F);
     std::vector<float*> buffers;
-    for (std::uint32_t c = 0; c < channels; ++c) buffers.push_back(destination.data() + kFrames * c);
+    for (std::uint32_t c = 0; c < channels; ++c) {
+        buffers.push_back(destination.data() + kFrames * c);
+    }
     const auto* const bytes = reinterpret_cast<const std::byte*>(source.data());
     const auto timed = [&](const auto& work) {
         const double start = simhost::tool::benchClock();

@@ -44,15 +44,15 @@ std::vector<BenchFile> benchFiles() {
         {"ahead.avi", pictures(40, 12 * 1024 * 1024)},
         {"sound-16x2.avi", sound(kStereo16)},
         {"sound-float-8.avi", sound(kFloat8)},
-        {"idx1-1000000.avi", indexed(kMillion, IndexForm::idx1)},
-        {"foreign-1000000.avi", indexed(kMillion, IndexForm::idx1)},
-        {scalingFile(1), indexed(1, IndexForm::openDml)},
-        {"idx1-1.avi", indexed(1, IndexForm::idx1)},
-        {"opendml-20000.avi", indexed(20'000, IndexForm::openDml)},
+        {"idx1-1000000.avi", indexed(kMillion, IndexForm::kIdx1)},
+        {"foreign-1000000.avi", indexed(kMillion, IndexForm::kIdx1)},
+        {scalingFile(1), indexed(1, IndexForm::kOpenDml)},
+        {"idx1-1.avi", indexed(1, IndexForm::kIdx1)},
+        {"opendml-20000.avi", indexed(20'000, IndexForm::kOpenDml)},
     };
     files[6].plan.codec = "MJPG";
     for (const std::uint32_t frames : kScalingFrames) {
-        files.push_back({scalingFile(frames), indexed(frames, IndexForm::openDml)});
+        files.push_back({scalingFile(frames), indexed(frames, IndexForm::kOpenDml)});
     }
     return files;
 }

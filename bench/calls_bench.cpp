@@ -19,13 +19,16 @@ constexpr int kRounds = 15;
 class Importers {
  public:
     explicit Importers(std::size_t count) {
-        for (std::size_t i = 0; i < count; ++i)
+        for (std::size_t i = 0; i < count; ++i) {
             m_importers.push_back(publishImporter(std::make_unique<OrvantisImporter>(nullptr)));
+        }
     }
     Importers(const Importers&) = delete;
     Importers& operator=(const Importers&) = delete;
     ~Importers() {
-        for (OrvantisImporter* const importer : m_importers) closeImporter(importer);
+        for (OrvantisImporter* const importer : m_importers) {
+            closeImporter(importer);
+        }
     }
 
     /// Calls on every `step`-th importer in turn, from the one numbered `first` on. Seconds.
@@ -36,7 +39,9 @@ class Importers {
             const ImporterCall call(m_importers[next]);
             benchmark::DoNotOptimize(&call.importer());
             next += step;
-            if (next >= m_importers.size()) next = first;
+            if (next >= m_importers.size()) {
+                next = first;
+            }
         }
         return simhost::tool::benchClock() - start;
     }
@@ -50,7 +55,9 @@ template <class Round>
 double nanoseconds(benchmark::State& state, Round round) {
     round();
     std::vector<double> seconds;
-    for (int i = 0; i < kRounds; ++i) seconds.push_back(round());
+    for (int i = 0; i < kRounds; ++i) {
+        seconds.push_back(round());
+    }
     state.SetIterationTime(seconds.back());
     return quantile(seconds, 0.5) / kCalls * 1e9;
 }

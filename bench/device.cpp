@@ -14,9 +14,12 @@ Device::Device(double latency, double bytesPerSecond) {
         const std::lock_guard lock(m_mutex);
         const double transfer = bytesPerSecond > 0 ? static_cast<double>(bytes) / bytesPerSecond : 0;
         const double end = simhost::tool::benchClock() + latency + transfer;
-        if (latency + transfer > kAwake)
+        if (latency + transfer > kAwake) {
             std::this_thread::sleep_for(std::chrono::duration<double>(latency + transfer - kAwake));
-        while (simhost::tool::benchClock() < end) std::this_thread::yield();
+        }
+        while (simhost::tool::benchClock() < end) {
+            std::this_thread::yield();
+        }
     };
 }
 

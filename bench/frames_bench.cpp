@@ -38,7 +38,9 @@ void callFrames(benchmark::State& state) {
     const auto ours = [&] {
         const std::uint64_t before = allocationCount();
         const double seconds = calls.ours();
-        if (rounds++ != 0) allocations += allocationCount() - before;  // the first round fills the buffers
+        if (rounds++ != 0) {
+            allocations += allocationCount() - before;  // the first round fills the buffers
+        }
         return seconds;
     };
     const Series series = alternate(state, ours, [&] { return calls.limit(); });
@@ -62,7 +64,9 @@ void playAhead(benchmark::State& state) {
         const BenchImporter importer(plugin.entry());
         AsyncPlayback playback(importer, path);
         std::vector<double> reads;
-        for (int i = 0; i < 3; ++i) reads.push_back(playback.reads(true));
+        for (int i = 0; i < 3; ++i) {
+            reads.push_back(playback.reads(true));
+        }
         readSeconds = quantile(reads, 0.5) / playback.frames();
     }
     const long delay = std::lround(readSeconds * 1e6);

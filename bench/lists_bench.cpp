@@ -66,7 +66,9 @@ template <typename List>
 double timeLookups(const List& list, const std::vector<std::uint64_t>& positions) {
     std::uint64_t sum = 0;
     const double start = simhost::tool::benchClock();
-    for (const std::uint64_t position : positions) sum += (*list.findByPosition(position)).offset;
+    for (const std::uint64_t position : positions) {
+        sum += (*list.findByPosition(position)).offset;
+    }
     benchmark::DoNotOptimize(sum);
     return simhost::tool::benchClock() - start;
 }
@@ -76,7 +78,9 @@ void listRandomPosition(benchmark::State& state) {
     const PlainChunkList plain = listOfAMillion<PlainChunkListBuilder>();
     std::mt19937_64 random(6);
     std::vector<std::uint64_t> positions(100'000);
-    for (std::uint64_t& position : positions) position = random() % plain.totalBytes();
+    for (std::uint64_t& position : positions) {
+        position = random() % plain.totalBytes();
+    }
     const Series series = alternate(
         state, [&] { return timeLookups(compact, positions); },
         [&] { return timeLookups(plain, positions); });

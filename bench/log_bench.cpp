@@ -49,7 +49,9 @@ using Runners = std::vector<std::unique_ptr<Runner>>;
 /// Median of the copies' medians, seconds.
 double typical(std::span<const std::unique_ptr<Runner>> copies) {
     std::vector<double> medians;
-    for (const auto& copy : copies) medians.push_back(copy->median());
+    for (const auto& copy : copies) {
+        medians.push_back(copy->median());
+    }
     return quantile(medians, 0.5);
 }
 

@@ -30,7 +30,9 @@ int main(int argc, char** argv) {
     }
     benchmark::AddCustomContext("peer", orvantis::bench::peerName());
     benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
+        return 2;
+    }
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     return 0;

@@ -85,7 +85,9 @@ void refuseForeign(benchmark::State& state) {
         const double start = simhost::tool::benchClock();
         {
             BenchClip clip(importer, benchFile("foreign-1000000.avi"));
-            if (clip.tryDescribe() != host::imBadFile) state.SkipWithError("the clip was not refused");
+            if (clip.tryDescribe() != host::imBadFile) {
+                state.SkipWithError("the clip was not refused");
+            }
         }
         seconds.push_back(simhost::tool::benchClock() - start);
         state.SetIterationTime(seconds.back());

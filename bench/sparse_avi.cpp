@@ -29,7 +29,9 @@ class OutputFile {
  public:
     explicit OutputFile(const std::string& path)
         : m_path(path), m_fd(::open(path.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0644)) {
-        if (m_fd < 0) failed(path);
+        if (m_fd < 0) {
+            failed(path);
+        }
     }
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
@@ -39,14 +41,18 @@ class OutputFile {
         const auto* from = static_cast<const char*>(bytes);
         while (count != 0) {
             const ssize_t put = ::pwrite(m_fd, from, count, static_cast<off_t>(position));
-            if (put <= 0) failed(m_path);
+            if (put <= 0) {
+                failed(m_path);
+            }
             from += put;
             position += static_cast<std::uint64_t>(put);
             count -= static_cast<std::size_t>(put);
         }
     }
     void setSize(std::uint64_t size) {
-        if (::ftruncate(m_fd, static_cast<off_t>(size)) != 0) failed(m_path);
+        if (::ftruncate(m_fd, static_cast<off_t>(size)) != 0) {
+            failed(m_path);
+        }
     }
 
  private:
@@ -141,7 +147,9 @@ Stream audioStream(const SparseAviPlan& plan, const SparseAudio& audio, std::siz
         .add32(kSampleRate * blockAlign)
         .add(static_cast<std::uint16_t>(blockAlign))
         .add(audio.bits);
-    if (audio.isFloat) stream.format.add(std::uint16_t{0});  // WAVEFORMATEX
+    if (audio.isFloat) {
+        stream.format.add(std::uint16_t{0});  // WAVEFORMATEX
+    }
     return stream;
 }
 
@@ -174,14 +182,16 @@ class Writer {
         for (std::size_t i = 0; i < m_parts.size(); ++i) {
             const Part& part = m_parts[i];
             putRiff(part.form, i == 0 ? "AVI " : "AVIX", part.end - part.form);
-            const std::uint64_t moviEnd = m_plan.index == IndexForm::idx1 ? part.index : part.end;
+            const std::uint64_t moviEnd = m_plan.index == IndexForm::kIdx1 ? part.index : part.end;
             Bytes movi;
             movi.add(Bytes::code("LIST")).add32(moviEnd - part.movi - kHeaderBytes).add(Bytes::code("movi"));
             m_file.put(part.movi, movi.data(), movi.size());
-            if (m_plan.index == IndexForm::idx1) {
+            if (m_plan.index == IndexForm::kIdx1) {
                 putIdx1(part);
             } else {
-                for (std::size_t s = 0; s < m_streams.size(); ++s) putStandardIndex(part, s);
+                for (std::size_t s = 0; s < m_streams.size(); ++s) {
+                    putStandardIndex(part, s);
+                }
             }
         }
         putFirstChunks();
@@ -192,7 +202,7 @@ class Writer {
 
     std::vector<IndexPlace> indexPlaces() const {
         std::vector<IndexPlace> places;
-        if (m_plan.index == IndexForm::idx1) {
+        if (m_plan.index == IndexForm::kIdx1) {
             const Part& part = m_parts.front();
             places.push_back({part.index + kHeaderBytes, part.end - part.index - kHeaderBytes});
             return places;
@@ -212,7 +222,7 @@ class Writer {
     }
 
     void layOut() {
-        const bool old = m_plan.index == IndexForm::idx1;
+        const bool old = m_plan.index == IndexForm::kIdx1;
         const auto framesPerPart =
             old ? m_plan.frames
                 : static_cast<std::uint32_t>(std::max<std::uint64_t>(1, kPartBytes / m_frameStride));
@@ -233,7 +243,9 @@ class Writer {
             position = part.end;
             frame += part.frames;
         }
-        if (old && position > 0xFFFFFFFFU) throw std::length_error("too long for the old index");
+        if (old && position > 0xFFFFFFFFU) {
+            throw std::length_error("too long for the old index");
+        }
     }
 
     void putRiff(std::uint64_t position, std::string_view type, std::uint64_t bytes) {
@@ -323,10 +335,12 @@ class Writer {
         for (std::size_t s = 0; s < m_streams.size(); ++s) {
             Bytes stream;
             stream.chunk("strh", m_streams[s].header).chunk("strf", m_streams[s].format);
-            if (m_plan.index == IndexForm::openDml) stream.chunk("indx", superIndex(s));
+            if (m_plan.index == IndexForm::kOpenDml) {
+                stream.chunk("indx", superIndex(s));
+            }
             list.list("strl", stream);
         }
-        if (m_plan.index == IndexForm::openDml) {
+        if (m_plan.index == IndexForm::kOpenDml) {
             AviExtHeader ext{};
             ext.dwGrandFrames = m_plan.frames;
             list.list("odml", Bytes().chunk("dmlh", Bytes().add(ext)));

@@ -9,8 +9,8 @@
 namespace orvantis::bench {
 
 enum class IndexForm {
-    openDml,  ///< a super index for each stream, standard indexes behind each part of at most 1 GiB
-    idx1,     ///< the old index alone; the file must stay below 4 GiB
+    kOpenDml,  ///< a super index for each stream, standard indexes behind each part of at most 1 GiB
+    kIdx1,     ///< the old index alone; the file must stay below 4 GiB
 };
 
 struct SparseAudio {
@@ -27,7 +27,7 @@ struct SparseAviPlan {
     std::uint32_t frameBytes = 2048;
     std::uint32_t framesPerSecond = 100;
     std::vector<SparseAudio> audio;  ///< at 48000 Hz, one chunk behind each frame
-    IndexForm index = IndexForm::openDml;
+    IndexForm index = IndexForm::kOpenDml;
     /// So many chunk headers at the start are written, for readers that look at the data; the rest is holes.
     std::uint32_t framesWithHeaders = 2000;
 };

@@ -21,7 +21,9 @@ inline constexpr const char* kUnknownName = "????";
 template <class Row, std::size_t kCount>
 constexpr const char* findName(const Row (&rows)[kCount], std::uint32_t code) noexcept {
     for (const Row& row : rows) {
-        if (static_cast<std::uint32_t>(row.code) == code) return row.name;
+        if (static_cast<std::uint32_t>(row.code) == code) {
+            return row.name;
+        }
     }
     return nullptr;
 }
@@ -37,7 +39,9 @@ constexpr const char* nameOrUnknown(const Row (&rows)[kCount], std::uint32_t cod
 template <class Row, std::size_t kCount>
 constexpr auto codeNamed(const Row (&rows)[kCount], std::string_view name) {
     for (const Row& row : rows) {
-        if (row.name == name) return row.code;
+        if (row.name == name) {
+            return row.code;
+        }
     }
     throw std::out_of_range("no such name");
 }

@@ -170,7 +170,9 @@ inline constexpr std::uint32_t PrPixelFormat_Any = 0;
 
 /// "PrPixelFormat_BGRA_4444_8u" and so on; "????" for a value that the host does not define. Static string.
 constexpr const char* pixelFormatName(std::uint32_t code) noexcept {
-    if (code == PrPixelFormat_Any) return "PrPixelFormat_Any";
+    if (code == PrPixelFormat_Any) {
+        return "PrPixelFormat_Any";
+    }
     const char* const name = findName(kPixelFormats, code);
     return name != nullptr ? name : nameOrUnknown(kLaterPixelFormats, code);
 }

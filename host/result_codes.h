@@ -83,11 +83,12 @@ inline constexpr NamedCode kAsyncResults[] = {
 #define ORVANTIS_ASYNC_ENUMERATOR(name) name = codeNamed(kAsyncResults, #name),
 
 /// What an importer answers to a selector. Its number is what the host gets.
-enum class [[nodiscard]] ImporterResult : std::int32_t{
-    ORVANTIS_EACH_IMPORTER_RESULT(ORVANTIS_IMPORTER_ENUMERATOR)};
+enum class [[nodiscard]] ImporterResult : std::int32_t {
+    ORVANTIS_EACH_IMPORTER_RESULT(ORVANTIS_IMPORTER_ENUMERATOR)
+};
 
 /// What an asynchronous importer answers to a selector.
-enum class [[nodiscard]] AsyncResult : std::int32_t{ORVANTIS_EACH_ASYNC_RESULT(ORVANTIS_ASYNC_ENUMERATOR)};
+enum class [[nodiscard]] AsyncResult : std::int32_t { ORVANTIS_EACH_ASYNC_RESULT(ORVANTIS_ASYNC_ENUMERATOR) };
 
 ORVANTIS_EACH_IMPORTER_RESULT(ORVANTIS_IMPORTER_NUMBER)
 ORVANTIS_EACH_ASYNC_RESULT(ORVANTIS_ASYNC_NUMBER)

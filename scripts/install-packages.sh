@@ -12,7 +12,7 @@ help_or_go_on "$@"
 
 packages="cmake ninja-build ccache
 g++-mingw-w64-x86-64-posix mingw-w64-tools wine wine64
-clang lld clang-16 lld-16 clang-tidy clang-format libclang-rt-14-dev llvm cppcheck
+clang lld clang-16 lld-16 clang-tidy clang-format-16 libclang-rt-14-dev llvm cppcheck
 googletest libcli11-dev nlohmann-json3-dev libstb-dev
 ffmpeg quicktime-utils mencoder dvgrab
 python3 python3-clang-14 nsis wixl

@@ -69,10 +69,16 @@ struct Place {
 double readPlainly(const std::string& clip, std::uint64_t piece) {
     std::vector<Place> places;
     std::ifstream list(clip + ".index");
-    for (Place place{}; list >> place.offset >> place.size;) places.push_back(place);
+    for (Place place{}; list >> place.offset >> place.size;) {
+        places.push_back(place);
+    }
     std::uint64_t total = 0;
-    for (const Place& place : places) total += place.size;
-    if (total == 0) throw std::runtime_error("no places in " + clip + ".index");
+    for (const Place& place : places) {
+        total += place.size;
+    }
+    if (total == 0) {
+        throw std::runtime_error("no places in " + clip + ".index");
+    }
 
     const double start = benchClock();
     fileio::WinFile file;
@@ -87,7 +93,9 @@ double readPlainly(const std::string& clip, std::uint64_t piece) {
             const std::uint64_t count = piece == 0 ? place.size : std::min(place.size - done, piece);
             file.readExact(destination, count);
             done += count;
-            if (piece == 0) destination += count;
+            if (piece == 0) {
+                destination += count;
+            }
         }
     }
     return benchClock() - start;

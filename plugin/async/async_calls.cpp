@@ -47,7 +47,9 @@ std::unique_ptr<OrvantisAsyncImporter> retireAsyncImporter(const OrvantisAsyncIm
     Registry& all = registry();
     std::unique_lock lock(all.mutex);
     const auto found = all.importers.find(importer);
-    if (found == all.importers.end() || found->second.closing) return nullptr;
+    if (found == all.importers.end() || found->second.closing) {
+        return nullptr;
+    }
     found->second.closing = true;
     // What no call has asked for so far nobody will ask for: those that are inside wait less.
     OrvantisAsyncImporter& closing = *found->second.importer;
@@ -64,8 +66,9 @@ AsyncCall::AsyncCall(void* importer) : m_importer(nullptr) {
     Registry& all = registry();
     const std::lock_guard lock(all.mutex);
     const auto found = all.importers.find(importer);
-    if (found == all.importers.end() || found->second.closing)
+    if (found == all.importers.end() || found->second.closing) {
         throw std::logic_error("async importer is NULL");
+    }
     ++found->second.calls;
     m_importer = found->second.importer.get();
 }

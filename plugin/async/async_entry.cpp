@@ -18,7 +18,9 @@ namespace {
 
 template <class Record>
 const Record& recordOf(const void* record) {
-    if (record == nullptr) throw std::logic_error("record is NULL");
+    if (record == nullptr) {
+        throw std::logic_error("record is NULL");
+    }
     return *static_cast<const Record*>(record);
 }
 
@@ -54,7 +56,9 @@ host::ImporterResult createAsyncImporter(const host::imStdParms* stdParms,
     const OrvantisImporter& synchronous = call.importer();
     auto importer = std::make_unique<OrvantisAsyncImporter>(stdParms);
     const host::ImporterResult result = importer->openLike(synchronous);
-    if (result != host::ImporterResult::imNoErr) return result;
+    if (result != host::ImporterResult::imNoErr) {
+        return result;
+    }
     OrvantisAsyncImporter* const published = publishAsyncImporter(std::move(importer));
     record.outAsyncEntry = &xAsyncImportEntry;
     record.outAsyncPrivateData = published;

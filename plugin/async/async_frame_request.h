@@ -19,7 +19,7 @@ class OrvantisAsyncImporter;
 /// nobody else touches it before `result` is ready, but for `dropped` and for withdrawing its places. Never
 /// outlives its task, and gives an undelivered frame back.
 struct AsyncFrameRequest final : PoolTask {
-    enum class Step : std::uint8_t { prepare, read, decode };
+    enum class Step : std::uint8_t { kPrepare, kRead, kDecode };
 
     explicit AsyncFrameRequest(OrvantisAsyncImporter& owner)
         : importer(&owner), result(promise.get_future()), readPlace(this), decodePlace(this) {}
@@ -27,7 +27,9 @@ struct AsyncFrameRequest final : PoolTask {
     AsyncFrameRequest& operator=(const AsyncFrameRequest&) = delete;
     /// Waits for the task.
     ~AsyncFrameRequest() override {
-        if (submitted && result.valid()) result.wait();
+        if (submitted && result.valid()) {
+            result.wait();
+        }
     }
 
     /// Goes on with the request where it stands.
@@ -39,7 +41,7 @@ struct AsyncFrameRequest final : PoolTask {
     Promise<host::ImporterResult> promise;
     Future<host::ImporterResult> result;  ///< of the decode task
     bool submitted = false;               ///< there is a task to wait for
-    Step step = Step::prepare;            ///< the one that comes next
+    Step step = Step::kPrepare;           ///< the one that comes next
     Turns::Place readPlace;
     Turns::Place decodePlace;
     Atomic<bool> dropped = false;  ///< nobody wants the frame any more: no further step

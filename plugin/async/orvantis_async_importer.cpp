@@ -42,8 +42,9 @@ host::ImporterResult OrvantisAsyncImporter::openLike(const OrvantisImporter& syn
     }
     const host::ImporterResult result = parse(synchronous.streamIndex());
     if (result != host::ImporterResult::imNoErr && result != host::ImporterResult::imIterateStreams &&
-        result != host::ImporterResult::imBadStreamIndex)
+        result != host::ImporterResult::imBadStreamIndex) {
         return result;
+    }
     suites();
     return host::ImporterResult::imNoErr;
 }
@@ -67,13 +68,13 @@ host::ImporterResult OrvantisAsyncImporter::runStep(AsyncFrameRequest& request) 
     const VideoInfo& video = requireVideoInfo();
     // not covered when true: every step has its case
     switch (request.step) {
-        case AsyncFrameRequest::Step::prepare:
+        case AsyncFrameRequest::Step::kPrepare:
             return prepareFrame(video, request.job);
-        case AsyncFrameRequest::Step::read: {
+        case AsyncFrameRequest::Step::kRead: {
             const std::lock_guard lock(m_readMutex);
             return readFrame(video, file(), request.job);
         }
-        case AsyncFrameRequest::Step::decode:
+        case AsyncFrameRequest::Step::kDecode:
             break;
     }
     const std::lock_guard lock(m_decodeMutex);
@@ -93,18 +94,24 @@ AsyncFrameRequest* OrvantisAsyncImporter::advance(AsyncFrameRequest& request) no
                 failure = std::current_exception();
             }
         }
-        if (dropped || failure || code != host::ImporterResult::imNoErr || request.step == Step::decode) {
+        if (dropped || failure || code != host::ImporterResult::imNoErr || request.step == Step::kDecode) {
             return finish(request, code, failure);
         }
-        if (request.step == Step::prepare) {
-            request.step = Step::read;
-            if (!Turns::enterOrPark(request.readPlace)) return nullptr;
+        if (request.step == Step::kPrepare) {
+            request.step = Step::kRead;
+            if (!Turns::enterOrPark(request.readPlace)) {
+                return nullptr;
+            }
         } else {
-            request.step = Step::decode;
+            request.step = Step::kDecode;
             auto* const reader = static_cast<AsyncFrameRequest*>(m_readTurns.leave(request.readPlace));
-            if (!Turns::enterOrPark(request.decodePlace)) return reader;
+            if (!Turns::enterOrPark(request.decodePlace)) {
+                return reader;
+            }
             // Read on another thread while this one decodes.
-            if (reader != nullptr) m_pool->submit(*reader);
+            if (reader != nullptr) {
+                m_pool->submit(*reader);
+            }
         }
     }
 }
@@ -114,7 +121,9 @@ AsyncFrameRequest* OrvantisAsyncImporter::finish(AsyncFrameRequest& request, hos
     auto* const reader = static_cast<AsyncFrameRequest*>(m_readTurns.leave(request.readPlace));
     auto* const decoder = static_cast<AsyncFrameRequest*>(m_decodeTurns.leave(request.decodePlace));
     // not covered when true: who is next to read is next to decode, and parked for one of them at most
-    if (reader != nullptr && decoder != nullptr) m_pool->submit(*reader);
+    if (reader != nullptr && decoder != nullptr) {
+        m_pool->submit(*reader);
+    }
     // With the result whoever waits for it may destroy the request, while this thread is still inside the
     // call that makes it ready: the promise must be this thread's own. Nothing of the request or, unless
     // there is another to go on with, of the importer is touched from here on.
@@ -129,7 +138,9 @@ AsyncFrameRequest* OrvantisAsyncImporter::finish(AsyncFrameRequest& request, hos
 
 OrvantisAsyncImporter::RequestList::iterator OrvantisAsyncImporter::addRequest(
     const host::imSourceVideoRec& record) {
-    if (!m_pool) m_pool.emplace();
+    if (!m_pool) {
+        m_pool.emplace();
+    }
     auto created = std::make_unique<AsyncFrameRequest>(*this);
     AsyncFrameRequest& request = *created;
     request.frameIndex = requireVideoInfo().frameIndexAt(record.inFrameTime);
@@ -158,13 +169,17 @@ void OrvantisAsyncImporter::recycle(std::unique_ptr<AsyncFrameRequest> request) 
 
 void OrvantisAsyncImporter::markDropped() noexcept {
     // All of them first, so that no later one begins a step on behalf of an earlier one that ends.
-    for (const auto& request : m_requests) request->dropped = true;
+    for (const auto& request : m_requests) {
+        request->dropped = true;
+    }
     for (const auto& request : m_requests) {
         const bool wasToRead = Turns::withdraw(request->readPlace);
         const bool wasToDecode = Turns::withdraw(request->decodePlace);
         // A parked one has no task that could end it, and the turn before it may be that of a request which
         // was taken out of the list: a flush does not wait for that one.
-        if (wasToRead || wasToDecode) m_pool->submit(*request);
+        if (wasToRead || wasToDecode) {
+            m_pool->submit(*request);
+        }
     }
 }
 
@@ -195,7 +210,9 @@ host::AsyncResult OrvantisAsyncImporter::onGetFrame(const host::imSourceVideoRec
     logHandler("OnGetFrame");
     const VideoInfo& video = requireVideoInfo();
     host::PPixHand* const outFrame = record.outFrame;
-    if (outFrame == nullptr) throw std::logic_error("outFrame is NULL");
+    if (outFrame == nullptr) {
+        throw std::logic_error("outFrame is NULL");
+    }
 
     const std::int64_t frameTime = record.inFrameTime;
     const std::uint32_t frameIndex = video.frameIndexAt(frameTime);
@@ -223,7 +240,9 @@ host::AsyncResult OrvantisAsyncImporter::onGetFrame(const host::imSourceVideoRec
     logMessage("    %s: [%s] (%d), [%s] (%d)", "OnGetFrame", host::asyncErrorName(code), host::numberOf(code),
                host::errorName(result), host::numberOf(result));
     // Last of all, so that nothing that fails on the way can lose the frame.
-    if (result == host::ImporterResult::imNoErr) *outFrame = request->job.frame.release();
+    if (result == host::ImporterResult::imNoErr) {
+        *outFrame = request->job.frame.release();
+    }
     recycle(std::move(request));
     return code;
 }

@@ -6,7 +6,9 @@
 namespace orvantis {
 
 FrameChunk SpareChunks::take() noexcept {
-    if (m_chunks.empty()) return {};
+    if (m_chunks.empty()) {
+        return {};
+    }
     // The one put last: the processor's caches know it best.
     FrameChunk chunk = std::move(m_chunks.back());
     m_chunks.pop_back();
@@ -16,7 +18,9 @@ FrameChunk SpareChunks::take() noexcept {
 
 void SpareChunks::put(FrameChunk chunk) noexcept {
     const std::size_t bytes = chunk.buffer.capacity();
-    if (bytes == 0 || bytes > kMaxBytes - m_bytes) return;
+    if (bytes == 0 || bytes > kMaxBytes - m_bytes) {
+        return;
+    }
     try {
         m_chunks.push_back(std::move(chunk));
         m_bytes += bytes;

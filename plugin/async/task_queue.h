@@ -37,7 +37,9 @@ class TaskQueue {
     /// Null when there is none.
     PoolTask* pop() noexcept {
         PoolTask* const task = m_first;
-        if (task != nullptr) m_first = task->m_next;
+        if (task != nullptr) {
+            m_first = task->m_next;
+        }
         return task;
     }
 

@@ -34,7 +34,9 @@ class Pool {
 
     void close() {
         const std::lock_guard life(m_lifeMutex);
-        if (--m_shares == 0) end();
+        if (--m_shares == 0) {
+            end();
+        }
     }
 
     void submit(PoolTask& task) noexcept {
@@ -56,7 +58,9 @@ class Pool {
             m_wake.notify_all();
         }
         // No thread comes any more, so the list stands still.
-        for (std::thread& thread : m_threads) thread.join();
+        for (std::thread& thread : m_threads) {
+            thread.join();
+        }
         m_threads.clear();
     }
 
@@ -90,8 +94,12 @@ class Pool {
             m_wake.wait(lock, [this] { return m_ending || !m_tasks.isEmpty(); });
             --m_idle;
             PoolTask* const task = m_tasks.pop();
-            if (task == nullptr) return;
-            if (!m_tasks.isEmpty()) callThread();
+            if (task == nullptr) {
+                return;
+            }
+            if (!m_tasks.isEmpty()) {
+                callThread();
+            }
             lock.unlock();
             task->run();
             lock.lock();

@@ -35,9 +35,13 @@ void CALLBACK runNext(PTP_CALLBACK_INSTANCE, void*, PTP_WORK) {
         task = pool.tasks.pop();
         // Asked again on behalf of those left behind: a system that counts a thread as idle until it has
         // taken its work may have meant this one thread for several tasks, and this task can be long.
-        if (!pool.tasks.isEmpty()) SubmitThreadpoolWork(pool.work);
+        if (!pool.tasks.isEmpty()) {
+            SubmitThreadpoolWork(pool.work);
+        }
     }
-    if (task != nullptr) task->run();
+    if (task != nullptr) {
+        task->run();
+    }
 }
 
 /// This module, without a reference of its own.
@@ -55,7 +59,9 @@ HMODULE thisModule() noexcept {
 
 void open(Pool& pool) {
     pool.pool = CreateThreadpool(nullptr);
-    if (pool.pool == nullptr) refused(GetLastError());
+    if (pool.pool == nullptr) {
+        refused(GetLastError());
+    }
     SetThreadpoolThreadMaximum(pool.pool, ThreadPool::kMaxThreads);
 
     TP_CALLBACK_ENVIRON environment;
@@ -81,14 +87,18 @@ void open(Pool& pool) {
 ThreadPool::ThreadPool() {
     Pool& pool = thePool();
     const std::lock_guard lock(pool.mutex);
-    if (pool.shares == 0) open(pool);
+    if (pool.shares == 0) {
+        open(pool);
+    }
     ++pool.shares;
 }
 
 ThreadPool::~ThreadPool() {
     Pool& pool = thePool();
     const std::lock_guard lock(pool.mutex);
-    if (--pool.shares > 0) return;
+    if (--pool.shares > 0) {
+        return;
+    }
     // Neither waits: the system keeps both until the last callback has returned.
     CloseThreadpoolWork(pool.work);
     CloseThreadpool(pool.pool);

@@ -28,13 +28,13 @@ class Turns {
      private:
         friend class Turns;
         enum class State : std::uint8_t {
-            idle,    ///< no turn yet, and nobody has asked for it
-            parked,  ///< its task has ended and is to be run again when the turn comes
-            taken,   ///< its turn has come, or it was withdrawn: whoever took it goes on
+            kIdle,    ///< no turn yet, and nobody has asked for it
+            kParked,  ///< its task has ended and is to be run again when the turn comes
+            kTaken,   ///< its turn has come, or it was withdrawn: whoever took it goes on
         };
 
         void* m_owner;
-        Atomic<State> m_state = State::idle;
+        Atomic<State> m_state = State::kIdle;
         Place* m_before = nullptr;
         Place* m_after = nullptr;
         bool m_booked = false;

@@ -21,10 +21,14 @@ const char* shortLabelName(std::uint32_t label) {
 
 std::string labelList(const WaveFormatExtensible& format) {
     const ChannelLabels known = channelLabelsOf(format);
-    if (known.count == 0) return "none";
+    if (known.count == 0) {
+        return "none";
+    }
     std::string list;
     for (std::size_t i = 0; i < known.count; ++i) {
-        if (i != 0) list += ", ";
+        if (i != 0) {
+            list += ", ";
+        }
         list += shortLabelName(known.labels[i]);
     }
     return list;

@@ -28,15 +28,15 @@ std::uint64_t readPart(const AudioOwner& owner, const AudioChunkPart& part, std:
     const AudioChunkRead read = readAudioChunk(file, part, buffer);
     // not covered when true: every outcome has its case
     switch (read.outcome) {
-        case AudioChunkRead::Outcome::read:
+        case AudioChunkRead::Outcome::kRead:
             break;
-        case AudioChunkRead::Outcome::seekRefused:
+        case AudioChunkRead::Outcome::kSeekRefused:
             if (logEnabled()) {
                 logMessage("importAudio: seek error: %lld, pos: %lld",
                            static_cast<long long>(part.filePosition), static_cast<long long>(file.tell()));
             }
             break;
-        case AudioChunkRead::Outcome::cutShort:
+        case AudioChunkRead::Outcome::kCutShort:
             logMessage("importAudio: read error: %lld, read: %lld", static_cast<long long>(part.bytes),
                        static_cast<long long>(read.bytes));
             break;
@@ -46,8 +46,9 @@ std::uint64_t readPart(const AudioOwner& owner, const AudioChunkPart& part, std:
 
 /// WAVE samples of 8 bits are unsigned around 128; the host's converter takes signed ones.
 void makeSigned(std::byte* samples, std::size_t count) noexcept {
-    for (std::size_t i = 0; i < count; ++i)
+    for (std::size_t i = 0; i < count; ++i) {
         samples[i] ^= std::byte{0x80};  // the same as adding 128 modulo 256
+    }
 }
 
 /// The host's converter for samples of this kind, or null.
@@ -96,10 +97,14 @@ void convertIntegers(IntegerConverter convert, const AudioSamples& samples, floa
 
 std::uint64_t readAudioBytes(const AudioOwner& owner, const AviStream& stream, std::uint64_t startBytes,
                              std::byte* buffer, std::uint64_t sizeBytes) {
-    if (sizeBytes == 0) return 0;
+    if (sizeBytes == 0) {
+        return 0;
+    }
     ChunkList::Iterator chunk = stream.findByPosition(startBytes);
     const ChunkList::Iterator end = stream.entries().end();
-    if (chunk == end) return 0;
+    if (chunk == end) {
+        return 0;
+    }
 
     const bool logging = logEnabled();
     std::uint64_t done = 0;
@@ -114,7 +119,9 @@ std::uint64_t readAudioBytes(const AudioOwner& owner, const AviStream& stream, s
         if (part.bytes != 0) {
             const std::uint64_t got = readPart(owner, part, buffer + done);
             done += got;
-            if (got < part.bytes) break;
+            if (got < part.bytes) {
+                break;
+            }
         }
         // A damaged index can hold millions of empty chunks in a row. They are gone through for the log only.
         if (part.bytes == 0 && !logging) {
@@ -149,14 +156,18 @@ host::ImporterResult deliverAudio(const AudioSamples& samples, LazyImporterSuite
             }
             break;
         case host::kPrAudioSampleType_32BitFloat:
-            if (buffers != nullptr) deinterleaveFloat(bytes, buffers, channels, framesRead);
+            if (buffers != nullptr) {
+                deinterleaveFloat(bytes, buffers, channels, framesRead);
+            }
             break;
         default:
             return host::ImporterResult::imDecompressionError;
     }
     if (buffers != nullptr && framesRead < size) {
         for (std::uint32_t c = 0; c < channels; ++c) {
-            if (buffers[c] != nullptr) std::fill(buffers[c] + framesRead, buffers[c] + size, 0.0f);
+            if (buffers[c] != nullptr) {
+                std::fill(buffers[c] + framesRead, buffers[c] + size, 0.0f);
+            }
         }
     }
     return host::ImporterResult::imNoErr;

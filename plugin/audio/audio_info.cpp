@@ -33,7 +33,9 @@ host::ImporterResult AudioInfo::init(const AviStream& stream) {
 
     m_rejection = analyse(stream.format);
     m_valid = m_rejection.empty();
-    if (m_valid) return host::ImporterResult::imNoErr;
+    if (m_valid) {
+        return host::ImporterResult::imNoErr;
+    }
     logMessage("%s", m_rejection.c_str());
     return host::ImporterResult::imBadFile;
 }
@@ -70,7 +72,9 @@ void AudioInfo::fillFileInfo(host::imFileInfoRec8& record) const {
     const std::uint32_t channels = m_format.nChannels;
     const std::uint32_t rate = m_format.nSamplesPerSec;
 
-    if (!m_valid) logMessage("Audio is INVALID! Dummy:");
+    if (!m_valid) {
+        logMessage("Audio is INVALID! Dummy:");
+    }
     if (logEnabled()) {
         const std::uint32_t mask = m_format.dwChannelMask;
         logMessage("Audio info:");
@@ -99,7 +103,9 @@ void AudioInfo::fillFileInfo(host::imFileInfoRec8& record) const {
 
 host::ImporterResult AudioInfo::importAudio(const host::imImportAudioRec7& record) {
     // The host knows the dummy as empty, so its buffers stay as they are.
-    if (!m_valid) return host::ImporterResult::imNoErr;
+    if (!m_valid) {
+        return host::ImporterResult::imNoErr;
+    }
 
     const std::int64_t position = record.position;
     const std::uint32_t size = record.size;
@@ -143,17 +149,23 @@ host::ImporterResult AudioInfo::importAudio(const host::imImportAudioRec7& recor
     const std::uint64_t done = readAudioBytes(m_owner, *m_stream, startPosBytes, bytes, sizeBytes);
     const std::uint64_t fill = sizeBytes - done;
     logMessage("fill    : %lld", static_cast<long long>(fill));
-    if (fill != 0) std::memset(bytes + done, 0, fill);
+    if (fill != 0) {
+        std::memset(bytes + done, 0, fill);
+    }
     const AudioSamples samples{{bytes, sizeBytes}, m_sampleType, m_format.nChannels, blockAlign};
     return deliverAudio(samples, *m_owner.suites, buffers, size);
 }
 
 host::ImporterResult AudioInfo::getChannelLayout(host::imGetAudioChannelLayoutRec& record) const {
-    if (!m_valid) return host::ImporterResult::imUnsupported;
+    if (!m_valid) {
+        return host::ImporterResult::imUnsupported;
+    }
 
     // Channels without a label keep what the host preset.
     const ChannelLabels known = channelLabelsOf(m_format);
-    for (std::size_t i = 0; i < known.count; ++i) record.outChannelLabels[i] = known.labels[i];
+    for (std::size_t i = 0; i < known.count; ++i) {
+        record.outChannelLabels[i] = known.labels[i];
+    }
 
     if (logEnabled()) {
         logMessage("Audio channel layout (%d channels):", static_cast<int>(m_format.nChannels));
@@ -167,7 +179,9 @@ host::ImporterResult AudioInfo::getChannelLayout(host::imGetAudioChannelLayoutRe
 }
 
 std::string AudioInfo::description() const {
-    if (m_valid) return audioDescription(m_format, m_sampleType, m_numAudioSampleFrames);
+    if (m_valid) {
+        return audioDescription(m_format, m_sampleType, m_numAudioSampleFrames);
+    }
     return "    Not usable: " +
            (m_rejection.empty() ? std::string("no audio stream was analysed") : m_rejection);
 }

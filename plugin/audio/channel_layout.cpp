@@ -9,7 +9,9 @@ namespace orvantis {
 namespace {
 
 std::uint32_t speakerMask(const WaveFormatExtensible& format) noexcept {
-    if (format.wFormatTag == kWaveFormatExtensible) return format.dwChannelMask;
+    if (format.wFormatTag == kWaveFormatExtensible) {
+        return format.dwChannelMask;
+    }
     // Without a mask only stereo and 5.1 have an order that everybody keeps: that of the mask bits. All bits
     // set makes the walk take the lowest ones.
     const std::uint32_t channels = labelledChannels(format);
@@ -143,7 +145,9 @@ ChannelLabels channelLabelsOf(const WaveFormatExtensible& format) noexcept {
     ChannelLabels result;
     for (unsigned bit = 0; bit < 32 && result.count < channels; ++bit) {
         const std::uint32_t speakerBit = 1u << bit;
-        if ((mask & speakerBit) != 0) result.labels[result.count++] = channelLabelFromSpeakerBit(speakerBit);
+        if ((mask & speakerBit) != 0) {
+            result.labels[result.count++] = channelLabelFromSpeakerBit(speakerBit);
+        }
     }
     return result;
 }

@@ -20,8 +20,12 @@ static_assert(sizeof(float) == kWordBytes);
 /// Frames `first` to `end` - 1 of one channel, whose words lie `frameBytes` apart from `source` on.
 void copyChannel(const std::byte* source, std::size_t frameBytes, float* channel, std::size_t first,
                  std::size_t end) {
-    if (channel == nullptr) return;
-    for (std::size_t f = first; f < end; ++f) std::memcpy(channel + f, source + f * frameBytes, kWordBytes);
+    if (channel == nullptr) {
+        return;
+    }
+    for (std::size_t f = first; f < end; ++f) {
+        std::memcpy(channel + f, source + f * frameBytes, kWordBytes);
+    }
 }
 
 #if defined(ORVANTIS_SSE2)
@@ -97,8 +101,9 @@ std::size_t copyStereo(const std::byte* source, float* const* channels, std::siz
 /// by one.
 std::uint32_t groupSize(float* const* channels, std::uint32_t remaining) {
     for (const std::uint32_t size : {4u, 2u}) {
-        if (remaining >= size && std::find(channels, channels + size, nullptr) == channels + size)
+        if (remaining >= size && std::find(channels, channels + size, nullptr) == channels + size) {
             return size;
+        }
     }
     return 1;
 }
@@ -115,7 +120,9 @@ void copyFrames(const std::byte* source, float* const* channels, std::uint32_t c
         const std::uint32_t group = groupSize(channels + c, channelCount - c);
         const std::byte* const words = source + c * kWordBytes;
         std::size_t rest = first;
-        if (group == 4) rest = copyFourChannels(words, frameBytes, channels + c, first, end);
+        if (group == 4) {
+            rest = copyFourChannels(words, frameBytes, channels + c, first, end);
+        }
         if (group == 2) {
             rest = channelCount == 2 ? copyStereo(words, channels, first, end)
                                      : copyTwoChannels(words, frameBytes, channels + c, first, end);
@@ -126,16 +133,22 @@ void copyFrames(const std::byte* source, float* const* channels, std::uint32_t c
     }
 #endif
     // not covered when true: on processors with vectors the groups have taken all channels
-    for (; c < channelCount; ++c) copyChannel(source + c * kWordBytes, frameBytes, channels[c], first, end);
+    for (; c < channelCount; ++c) {
+        copyChannel(source + c * kWordBytes, frameBytes, channels[c], first, end);
+    }
 }
 
 }  // namespace
 
 void deinterleaveFloat(const std::byte* source, float* const* channels, std::uint32_t channelCount,
                        std::size_t frames) noexcept {
-    if (frames == 0 || channelCount == 0) return;
+    if (frames == 0 || channelCount == 0) {
+        return;
+    }
     if (channelCount == 1) {
-        if (channels[0] != nullptr) std::memcpy(channels[0], source, frames * kWordBytes);
+        if (channels[0] != nullptr) {
+            std::memcpy(channels[0], source, frames * kWordBytes);
+        }
         return;
     }
     // The source is read once for each group of channels: in blocks that stay in the first-level cache

@@ -32,11 +32,11 @@ template <class A = Machine>
 constexpr typename A::U32 framesInBuffer(typename A::U32 bytes, typename A::U32 size,
                                          typename A::U32 blockAlign) noexcept {
     return A::choose(
-        A::template guarded<Guard::sampleFrameHasSize>(blockAlign != typename A::U32{0}),
+        A::template guarded<Guard::kSampleFrameHasSize>(blockAlign != typename A::U32{0}),
         [&] {
             const typename A::U32 held = bytes / blockAlign;
             return A::choose(
-                A::template guarded<Guard::framesInBuffer>(size <= held), [&] { return size; },
+                A::template guarded<Guard::kFramesInBuffer>(size <= held), [&] { return size; },
                 [&] { return held; });
         },
         [] { return typename A::U32{0}; });

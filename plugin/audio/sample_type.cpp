@@ -20,7 +20,9 @@ std::uint32_t audioSampleTypeFromFormat(std::uint32_t formatCode, std::uint32_t 
                 break;
         }
     }
-    if (formatCode == kWaveFormatIeeeFloat && bitsPerSample == 32) return host::kPrAudioSampleType_32BitFloat;
+    if (formatCode == kWaveFormatIeeeFloat && bitsPerSample == 32) {
+        return host::kPrAudioSampleType_32BitFloat;
+    }
     return host::kPrAudioSampleType_Other;
 }
 

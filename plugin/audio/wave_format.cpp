@@ -14,7 +14,9 @@ static_assert(std::endian::native == std::endian::little);
 WaveFormatExtensible waveFormatFromBytes(std::span<const std::uint8_t> bytes) noexcept {
     WaveFormatExtensible format{};
     const std::size_t count = std::min(bytes.size(), sizeof format);
-    if (count != 0) std::memcpy(&format, bytes.data(), count);
+    if (count != 0) {
+        std::memcpy(&format, bytes.data(), count);
+    }
     return format;
 }
 
@@ -23,7 +25,9 @@ WaveGuid guidFromFormatTag(std::uint32_t tag) noexcept {
 }
 
 WaveGuid sampleFormatGuid(const WaveFormatExtensible& format) noexcept {
-    if (format.wFormatTag == kWaveFormatExtensible) return format.SubFormat;
+    if (format.wFormatTag == kWaveFormatExtensible) {
+        return format.SubFormat;
+    }
     return guidFromFormatTag(format.wFormatTag);
 }
 

@@ -10,9 +10,11 @@ AudioChunkPart audioChunkPart(const IndexEntry& chunk, std::uint64_t offset, std
 
 AudioChunkRead readAudioChunk(fileio::File& file, const AudioChunkPart& part, std::byte* dest) {
     using Outcome = AudioChunkRead::Outcome;
-    if (!file.seek(part.filePosition)) return {Outcome::seekRefused, 0};
+    if (!file.seek(part.filePosition)) {
+        return {Outcome::kSeekRefused, 0};
+    }
     const std::uint64_t got = file.read(dest, part.bytes);
-    return {got < part.bytes ? Outcome::cutShort : Outcome::read, got};
+    return {got < part.bytes ? Outcome::kCutShort : Outcome::kRead, got};
 }
 
 }  // namespace orvantis

@@ -23,9 +23,9 @@ AudioChunkPart audioChunkPart(const IndexEntry& chunk, std::uint64_t offset, std
 /// What became of a request for a part of a chunk.
 struct [[nodiscard]] AudioChunkRead {
     enum class Outcome {
-        read,         ///< all bytes are there
-        seekRefused,  ///< the file stands where it stood; nothing was read
-        cutShort,     ///< the file ended, or reading failed, behind the first `bytes` ones
+        kRead,         ///< all bytes are there
+        kSeekRefused,  ///< the file stands where it stood; nothing was read
+        kCutShort,     ///< the file ended, or reading failed, behind the first `bytes` ones
     };
 
     Outcome outcome;

@@ -35,7 +35,9 @@ struct LegacyList {
     bool wanted = false;
 
     void add(std::uint64_t base, const AviOldIndexEntry& entry) noexcept {
-        if (!wanted) return;
+        if (!wanted) {
+            return;
+        }
         try {
             chunks.add(base, entry.dwOffset, entry.dwSize, (entry.dwFlags & kOldIndexKeyFrame) != 0);
         } catch (const std::exception&) {
@@ -50,11 +52,15 @@ bool readLegacyIndex(IndexInput& input, const RiffChunk& idx1, std::uint64_t bas
     constexpr std::uint32_t kEntryBytes = sizeof(AviOldIndexEntry);
     static_assert(IndexInput::kPieceBytes % kEntryBytes == 0);
     const std::uint32_t bytes = idx1.dataSize();
-    if (!input.holds(idx1.dataPosition(), bytes)) return false;
+    if (!input.holds(idx1.dataPosition(), bytes)) {
+        return false;
+    }
     for (std::uint32_t done = 0; done < bytes;) {
         const std::uint32_t count = std::min(bytes - done, IndexInput::kPieceBytes);
         const std::byte* const piece = input.read(idx1.dataPosition() + done, count);
-        if (piece == nullptr) return false;
+        if (piece == nullptr) {
+            return false;
+        }
         const std::uint32_t whole = count / kEntryBytes * kEntryBytes;
         AviOldIndexEntry entry;
         for (std::uint32_t at = 0; at < whole; at += kEntryBytes) {
@@ -83,7 +89,9 @@ OpenDmlIndexReader::OpenDmlIndexReader(IndexInput& input, Problems& errors)
 
 void OpenDmlIndexReader::record(const AviStream& stream, std::uint64_t position, std::uint32_t size,
                                 const char* message) noexcept {
-    if (!m_errors.hasRoom()) return;  // hostile files have problems by the million
+    if (!m_errors.hasRoom()) {
+        return;  // hostile files have problems by the million
+    }
     try {
         std::string line = "readIndex: stream[";
         line += std::to_string(stream.index);
@@ -94,15 +102,19 @@ void OpenDmlIndexReader::record(const AviStream& stream, std::uint64_t position,
         line += ": ";
         line += message;
         line += '\n';
-        m_errors.add({ProblemPlace::Part::streamList, stream.index}, line);
+        m_errors.add({ProblemPlace::Part::kStreamList, stream.index}, line);
     } catch (const std::exception&) {
         return;  // out of memory
     }
 }
 
 bool OpenDmlIndexReader::mayRead(std::uint64_t position, std::uint32_t size) const {
-    if (m_chunksLeft == 0 || !isInBudget(size, m_bytesLeft)) return false;
-    if (std::find(m_chain.begin(), m_chain.end(), position) != m_chain.end()) return false;
+    if (m_chunksLeft == 0 || !isInBudget(size, m_bytesLeft)) {
+        return false;
+    }
+    if (std::find(m_chain.begin(), m_chain.end(), position) != m_chain.end()) {
+        return false;
+    }
     return m_input.holds(position, size);
 }
 
@@ -117,7 +129,9 @@ bool OpenDmlIndexReader::readEntries(std::uint64_t position, std::uint32_t size,
     static_assert(kEntryBytes % sizeof(AviStdIndexEntry) == 0);
 
     const std::byte* piece = m_input.read(position, std::min(size, kHeaderBytes + kPieceBytes));
-    if (piece == nullptr) return false;
+    if (piece == nullptr) {
+        return false;
+    }
     std::memcpy(&header, piece, sizeof(header));
     const std::uint32_t entrySize = 4U * header.wLongsPerEntry;
     count = entriesInData(size, header.nEntriesInUse, entrySize);
@@ -125,13 +139,17 @@ bool OpenDmlIndexReader::readEntries(std::uint64_t position, std::uint32_t size,
 
     const std::size_t named = stream.superIndex.size();
     const bool names = isSuperIndex(header) && m_chain.size() < kMaxSuperIndexDepth;
-    if (names) stream.superIndex.resize(named + count);
+    if (names) {
+        stream.superIndex.resize(named + count);
+    }
     const std::uint64_t base = header.qwBaseOffset;
     // To the end even where the entries in use end before it: an index that cannot be read whole is no index.
     for (std::uint32_t done = 0, bytes = 0; done < size - kHeaderBytes; done += bytes) {
         bytes = std::min(size - kHeaderBytes - done, kPieceBytes);
         piece = done == 0 ? piece + kHeaderBytes : m_input.read(position + kHeaderBytes + done, bytes);
-        if (piece == nullptr) return false;
+        if (piece == nullptr) {
+            return false;
+        }
         const std::uint32_t usedHere = usedInPiece(bytes, used, done);
         if (names && usedHere != 0) {
             std::memcpy(&stream.superIndex[named + done / kEntryBytes], piece, usedHere);
@@ -156,7 +174,9 @@ bool OpenDmlIndexReader::readNamedIndexes(std::size_t first, std::uint32_t count
         // By value: the list grows when a named index is a super index itself.
         const AviSuperIndexEntry entry = stream.superIndex[i];
         const std::uint64_t position = entry.qwOffset + kChunkHeaderBytes;
-        if (!readIndex(position, sizeWithoutHeader(entry.dwSize), stream)) complete = false;
+        if (!readIndex(position, sizeWithoutHeader(entry.dwSize), stream)) {
+            complete = false;
+        }
     }
     m_chain.pop_back();
     return complete;
@@ -178,7 +198,9 @@ bool OpenDmlIndexReader::readIndex(std::uint64_t position, std::uint32_t size, A
     try {
         AviStdIndexHeader header;
         std::uint32_t count = 0;
-        if (!mayRead(position, size) || !readEntries(position, size, header, count, stream)) return fail();
+        if (!mayRead(position, size) || !readEntries(position, size, header, count, stream)) {
+            return fail();
+        }
         // One on a bad sector takes nothing from those behind it.
         --m_chunksLeft;
         m_bytesLeft -= size;
@@ -194,7 +216,9 @@ bool OpenDmlIndexReader::readIndex(std::uint64_t position, std::uint32_t size, A
             return true;
         }
         if (isSuperIndex(header)) {
-            if (m_chain.size() == kMaxSuperIndexDepth) return fail();
+            if (m_chain.size() == kMaxSuperIndexDepth) {
+                return fail();
+            }
             return readNamedIndexes(named, count, position, stream);
         }
         const std::string message = "unknown bIndexType: " + std::to_string(header.bIndexType) +
@@ -215,18 +239,26 @@ bool OpenDmlIndexReader::readOpenDmlIndex(std::uint64_t position, std::uint32_t 
 
 void buildChunkLists(IndexInput& input, const RiffChunk* idx1, const RiffChunk* movi,
                      std::span<const std::unique_ptr<AviStream>> streams) noexcept {
-    if (idx1 == nullptr || movi == nullptr) return;
+    if (idx1 == nullptr || movi == nullptr) {
+        return;
+    }
     // The offsets of idx1 point at chunk headers and count from the list type, 8 bytes into the list.
     constexpr std::uint64_t kTypeOffset = 8;
     std::array<LegacyList, kLegacyPositions + 1> lists;
     const std::size_t positions = std::min<std::size_t>(streams.size(), kLegacyPositions);
-    for (std::size_t p = 0; p < positions; ++p) lists[p].wanted = true;
+    for (std::size_t p = 0; p < positions; ++p) {
+        lists[p].wanted = true;
+    }
     try {
-        if (!readLegacyIndex(input, *idx1, movi->offset + kTypeOffset + kChunkHeaderBytes, lists)) return;
+        if (!readLegacyIndex(input, *idx1, movi->offset + kTypeOffset + kChunkHeaderBytes, lists)) {
+            return;
+        }
     } catch (const std::exception&) {
         return;  // out of memory
     }
-    for (std::size_t p = 0; p < positions; ++p) streams[p]->legacyEntries = lists[p].chunks.finish();
+    for (std::size_t p = 0; p < positions; ++p) {
+        streams[p]->legacyEntries = lists[p].chunks.finish();
+    }
 }
 
 }  // namespace orvantis

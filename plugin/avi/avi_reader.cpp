@@ -32,16 +32,18 @@ constexpr std::string_view kCorrupt = "riff structure is corrupt or invalid\n";
 
 std::size_t countChunks(const std::vector<RiffChunk>& list) noexcept {
     std::size_t count = list.size();
-    for (const RiffChunk& chunk : list) count += countChunks(chunk.children);  // at most kMaxListDepth deep
+    for (const RiffChunk& chunk : list) {
+        count += countChunks(chunk.children);  // at most kMaxListDepth deep
+    }
     return count;
 }
 
-constexpr ProblemPlace kInStructure{ProblemPlace::Part::structure};
-constexpr ProblemPlace kInHeaders{ProblemPlace::Part::headers};
-constexpr ProblemPlace kAtTheEnd{ProblemPlace::Part::end};
+constexpr ProblemPlace kInStructure{ProblemPlace::Part::kStructure};
+constexpr ProblemPlace kInHeaders{ProblemPlace::Part::kHeaders};
+constexpr ProblemPlace kAtTheEnd{ProblemPlace::Part::kEnd};
 
 void addStreamProblem(Problems& problems, std::uint64_t ordinal, const char* problem) {
-    problems.add({ProblemPlace::Part::streamList, ordinal},
+    problems.add({ProblemPlace::Part::kStreamList, ordinal},
                  "stream[" + std::to_string(ordinal) + "]: " + problem + "\n");
 }
 
@@ -70,9 +72,13 @@ bool AviReader::parse(fileio::File& source, bool headerOnly) {
         errors.add(kAtTheEnd, kCorrupt);
     }
     m_indexesPending = usable;
-    if (!usable) dropIndexes();
+    if (!usable) {
+        dropIndexes();
+    }
     errors.putInOrder();
-    if (usable && !headerOnly) readIndexes();
+    if (usable && !headerOnly) {
+        readIndexes();
+    }
     return usable;
 }
 
@@ -92,25 +98,41 @@ bool AviReader::parseHeaders(bool headerOnly) {
     // its headers say is not asked for it.
     const StartOfWalk walked = walkUpTo(m_input, {start, fileSize}, kWalkRules, riffCode("movi"), chunks);
     m_restOfWalk = walked.rest;
-    if (!walked.sound) errors.add(kInStructure, kCorrupt);
-    if (!headerOnly) finishWalk();
+    if (!walked.sound) {
+        errors.add(kInStructure, kCorrupt);
+    }
+    if (!headerOnly) {
+        finishWalk();
+    }
     // The rest may be damaged, which is told too.
     const auto fail = [&](const char* problem) {
         finishWalk();
         errors.add(kInHeaders, problem);
         return false;
     };
-    if (chunks.empty()) return fail("riff structure is empty\n");
+    if (chunks.empty()) {
+        return fail("riff structure is empty\n");
+    }
     // not covered when true: its first 12 bytes were just seen
-    if (!chunks.front().isListOf(riffCode("AVI "))) return fail("AVI chunk missing\n");
+    if (!chunks.front().isListOf(riffCode("AVI "))) {
+        return fail("AVI chunk missing\n");
+    }
     const std::vector<RiffChunk>& form = chunks.front().children;
-    if (findList(form, riffCode("hdrl")) == nullptr) finishWalk();  // headers behind the data
+    if (findList(form, riffCode("hdrl")) == nullptr) {
+        finishWalk();  // headers behind the data
+    }
     const RiffChunk* hdrl = findList(form, riffCode("hdrl"));
-    if (hdrl == nullptr) return fail("hdrl missing\n");
+    if (hdrl == nullptr) {
+        return fail("hdrl missing\n");
+    }
     const RiffChunk* avih = findChunk(hdrl->children, riffCode("avih"));
-    if (avih == nullptr) return fail("avih missing\n");
+    if (avih == nullptr) {
+        return fail("avih missing\n");
+    }
     AviMainHeader header;
-    if (!readChunkData(*avih, &header, sizeof(header))) return fail("avih data read error\n");
+    if (!readChunkData(*avih, &header, sizeof(header))) {
+        return fail("avih data read error\n");
+    }
     mainHeader = header;
 
     std::uint64_t ordinal = 0;
@@ -126,12 +148,16 @@ bool AviReader::parseHeaders(bool headerOnly) {
 }
 
 void AviReader::finishWalk() noexcept {
-    if (!m_restOfWalk) return;
+    if (!m_restOfWalk) {
+        return;
+    }
     const RestOfWalk rest = *m_restOfWalk;
     m_restOfWalk.reset();
     const bool sound = walkRest(m_input, rest, kWalkRules, chunks.front().children);
     // Damage of the first part is noted already.
-    if (!sound && rest.sound) errors.add(kInStructure, kCorrupt);
+    if (!sound && rest.sound) {
+        errors.add(kInStructure, kCorrupt);
+    }
 }
 
 void AviReader::addStream(const RiffChunk& strl, std::uint64_t ordinal) {
@@ -140,7 +166,9 @@ void AviReader::addStream(const RiffChunk& strl, std::uint64_t ordinal) {
     try {
         if (streams.size() < maxStreams) {
             auto stream = std::make_unique<AviStream>(ordinal);
-            if (parseStreamList(strl, *stream)) streams.push_back(std::move(stream));
+            if (parseStreamList(strl, *stream)) {
+                streams.push_back(std::move(stream));
+            }
             return;
         }
     } catch (const std::exception&) {
@@ -156,10 +184,16 @@ bool AviReader::parseStreamList(const RiffChunk& strl, AviStream& stream) {
         return false;
     };
     const RiffChunk* strh = findChunk(strl.children, riffCode("strh"));
-    if (strh == nullptr) return fail("strh missing in strl");
+    if (strh == nullptr) {
+        return fail("strh missing in strl");
+    }
     const RiffChunk* strf = findChunk(strl.children, riffCode("strf"));
-    if (strf == nullptr) return fail("strf missing in strl");
-    if (!readChunkData(*strh, &stream.header, sizeof(stream.header))) return fail("strh data read error");
+    if (strf == nullptr) {
+        return fail("strf missing in strl");
+    }
+    if (!readChunkData(*strh, &stream.header, sizeof(stream.header))) {
+        return fail("strh data read error");
+    }
 
     const std::uint32_t formatSize = strf->dataSize();
     if (formatSize > m_formatBytesLeft || !m_input.holds(strf->dataPosition(), formatSize)) {
@@ -171,7 +205,9 @@ bool AviReader::parseStreamList(const RiffChunk& strl, AviStream& stream) {
     } catch (const std::exception&) {
         return fail("strf data read error");
     }
-    if (!readChunkData(*strf, stream.format.data(), formatSize)) return fail("strf data read error");
+    if (!readChunkData(*strf, stream.format.data(), formatSize)) {
+        return fail("strf data read error");
+    }
 
     if (const RiffChunk* indx = findChunk(strl.children, riffCode("indx"))) {
         m_pendingIndexes.push_back(PendingIndex{&stream, indx->dataPosition(), indx->dataSize()});
@@ -181,28 +217,44 @@ bool AviReader::parseStreamList(const RiffChunk& strl, AviStream& stream) {
 
 void AviReader::readExtHeader(const RiffChunk& odml) {
     const RiffChunk* dmlh = findChunk(odml.children, riffCode("dmlh"));
-    if (dmlh == nullptr) return;
+    if (dmlh == nullptr) {
+        return;
+    }
     AviExtHeader header = extHeader;  // a shorter one leaves the rest of an earlier one
     const std::size_t count = std::min<std::size_t>(dmlh->dataSize(), sizeof(header));
-    if (readChunkData(*dmlh, &header, count)) extHeader = header;
+    if (readChunkData(*dmlh, &header, count)) {
+        extHeader = header;
+    }
 }
 
 bool AviReader::readChunkData(const RiffChunk& chunk, void* dest, std::size_t count) noexcept {
-    if (chunk.dataSize() < count) return false;
-    if (count > FileWindow::kWindowBytes) return m_input.readBulk(chunk.dataPosition(), dest, count);
+    if (chunk.dataSize() < count) {
+        return false;
+    }
+    if (count > FileWindow::kWindowBytes) {
+        return m_input.readBulk(chunk.dataPosition(), dest, count);
+    }
     return m_input.readSmall(chunk.dataPosition(), dest, count);
 }
 
 void AviReader::readIndexes() {
-    if (!m_indexesPending) return;
+    if (!m_indexesPending) {
+        return;
+    }
     m_indexesPending = false;
     finishWalk();
     std::optional<RiffChunk> idx1;
     std::optional<RiffChunk> movi;
     const std::vector<RiffChunk>& form = chunks.front().children;
-    if (const RiffChunk* found = findChunk(form, riffCode("idx1"))) idx1 = *found;
-    if (const RiffChunk* found = findList(form, riffCode("movi"))) movi = *found;
-    if (countChunks(chunks) > kMaxKeptChunks) chunks = {};
+    if (const RiffChunk* found = findChunk(form, riffCode("idx1"))) {
+        idx1 = *found;
+    }
+    if (const RiffChunk* found = findList(form, riffCode("movi"))) {
+        movi = *found;
+    }
+    if (countChunks(chunks) > kMaxKeptChunks) {
+        chunks = {};
+    }
     IndexInput input(m_input);
     readOpenDmlIndexes(input);
     if (idx1 && idx1->dataSize() % sizeof(AviOldIndexEntry) != 0) {
@@ -221,7 +273,9 @@ void AviReader::dropIndexes() noexcept {
 }
 
 void AviReader::readOpenDmlIndexes(IndexInput& input) {
-    if (m_pendingIndexes.empty()) return;
+    if (m_pendingIndexes.empty()) {
+        return;
+    }
     try {
         OpenDmlIndexReader indexes(input, errors);
         for (const PendingIndex& pending : m_pendingIndexes) {
@@ -236,7 +290,9 @@ void AviReader::readOpenDmlIndexes(IndexInput& input) {
 std::vector<std::size_t> AviReader::streamsOfType(std::uint32_t type) const {
     std::vector<std::size_t> result;
     for (std::size_t i = 0; i < streams.size(); ++i) {
-        if (streams[i]->header.fccType == type) result.push_back(i);
+        if (streams[i]->header.fccType == type) {
+            result.push_back(i);
+        }
     }
     return result;
 }

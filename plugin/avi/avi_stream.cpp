@@ -16,7 +16,9 @@ AviStream::AviStream(std::uint64_t ordinal) : index(ordinal) {
 BitmapInfoHeader AviStream::formatHeader() const noexcept {
     BitmapInfoHeader result{};
     const std::size_t count = std::min(format.size(), sizeof(result));
-    if (count != 0) std::memcpy(&result, format.data(), count);
+    if (count != 0) {
+        std::memcpy(&result, format.data(), count);
+    }
     return result;
 }
 
@@ -24,8 +26,12 @@ std::span<const std::uint8_t> AviStream::extraData() const noexcept {
     constexpr std::size_t kVideoHeader = sizeof(BitmapInfoHeader);
     constexpr std::size_t kAudioHeader = 18;  // WAVEFORMATEX
     std::size_t fixed = 0;
-    if (header.fccType == kStreamTypeVideo) fixed = kVideoHeader;
-    if (header.fccType == kStreamTypeAudio) fixed = kAudioHeader;
+    if (header.fccType == kStreamTypeVideo) {
+        fixed = kVideoHeader;
+    }
+    if (header.fccType == kStreamTypeAudio) {
+        fixed = kAudioHeader;
+    }
     return std::span<const std::uint8_t>(format).subspan(std::min(fixed, format.size()));
 }
 
@@ -34,7 +40,9 @@ std::int64_t AviStream::nearestWithData(std::uint64_t entry, std::int64_t frameC
     // long a run of empty chunks is, it is not gone through.
     const ChunkList& list = entries();
     const std::uint64_t start = list[static_cast<std::size_t>(entry)].start;
-    if (start != 0) return static_cast<std::int64_t>(list.findByPosition(start - 1).number());
+    if (start != 0) {
+        return static_cast<std::int64_t>(list.findByPosition(start - 1).number());
+    }
     const auto first = static_cast<std::int64_t>(list.findByPosition(0).number());
     return first < std::min(frameCount, static_cast<std::int64_t>(list.size())) ? first : -1;
 }

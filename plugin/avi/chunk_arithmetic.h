@@ -14,7 +14,7 @@ inline constexpr std::uint32_t kDeltaFrameBit = 0x80000000;
 /// Whether an offset can be told as 32 bits from `base` on, modulo 2^64.
 template <class A = Machine>
 constexpr typename A::Bool isNarrow(typename A::U64 offset, typename A::U64 base) noexcept {
-    return A::template guarded<Guard::narrowOffset>(offset - base <= typename A::U64{0xFFFFFFFF});
+    return A::template guarded<Guard::kNarrowOffset>(offset - base <= typename A::U64{0xFFFFFFFF});
 }
 /// Those 32 bits, and the way back.
 template <class A = Machine>
@@ -29,7 +29,7 @@ constexpr typename A::U64 wideOffset(typename A::U32 narrow, typename A::U64 bas
 /// Whether a size leaves room for the mark of a delta frame.
 template <class A = Machine>
 constexpr typename A::Bool leavesRoomForMark(typename A::U32 size) noexcept {
-    return A::template guarded<Guard::narrowSize>(size < typename A::U32{kDeltaFrameBit});
+    return A::template guarded<Guard::kNarrowSize>(size < typename A::U32{kDeltaFrameBit});
 }
 template <class A = Machine>
 constexpr typename A::U32 markedSize(typename A::U32 size, typename A::Bool keyFrame) noexcept {
@@ -40,7 +40,7 @@ constexpr typename A::U32 markedSize(typename A::U32 size, typename A::Bool keyF
 /// Whether a list of `count` chunks, `blockChunks` to a block, may open another block.
 template <class A = Machine>
 constexpr typename A::Bool mayOpenBlock(typename A::U64 count, typename A::U64 blockChunks) noexcept {
-    return A::template guarded<Guard::chunkNumbers>(count <= typename A::U64{kMaxChunkNumber} - blockChunks);
+    return A::template guarded<Guard::kChunkNumbers>(count <= typename A::U64{kMaxChunkNumber} - blockChunks);
 }
 
 /// Whether a chunk of `size` bytes that starts at or ahead of `bytePos` in its stream has that byte.
@@ -54,7 +54,7 @@ constexpr typename A::Bool hasByte(typename A::U64 bytePos, typename A::U64 star
 template <class A = Machine>
 constexpr typename A::U64 bytesBehind(typename A::U64 offset, typename A::U64 fileSize) noexcept {
     return A::choose(
-        A::template guarded<Guard::claimStartsInFile>(offset <= fileSize), [&] { return fileSize - offset; },
+        A::template guarded<Guard::kClaimStartsInFile>(offset <= fileSize), [&] { return fileSize - offset; },
         [] { return typename A::U64{0}; });
 }
 
@@ -64,7 +64,7 @@ constexpr typename A::U64 partOfChunk(typename A::U32 size, typename A::U64 offs
                                       typename A::U64 wanted) noexcept {
     const typename A::U64 left = static_cast<typename A::U64>(size) - offset;
     return A::choose(
-        A::template guarded<Guard::audioPart>(left <= wanted), [&] { return left; }, [&] { return wanted; });
+        A::template guarded<Guard::kAudioPart>(left <= wanted), [&] { return left; }, [&] { return wanted; });
 }
 
 }  // namespace orvantis

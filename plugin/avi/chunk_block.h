@@ -33,7 +33,9 @@ struct ChunkBlock {
     std::uint32_t sizeMask() const noexcept { return wide ? 0xFFFFFFFFU : ~kStdIndexDeltaFrame; }
     std::uint32_t sizeAt(std::size_t i) const noexcept { return entries[i].dwSize & sizeMask(); }
     std::uint64_t offsetAt(std::size_t i) const noexcept {
-        if (wide) return std::uint64_t{wide->offsetHigh[i]} << 32 | entries[i].dwOffset;
+        if (wide) {
+            return std::uint64_t{wide->offsetHigh[i]} << 32 | entries[i].dwOffset;
+        }
         return wideOffset(entries[i].dwOffset, base);
     }
     bool keyFrameAt(std::size_t i) const noexcept {

@@ -12,17 +12,23 @@ IndexEntry ChunkList::operator[](std::size_t number) const noexcept {
 }
 
 IndexEntry ChunkList::at(std::size_t number) const {
-    if (number >= m_count) throw std::out_of_range("ChunkList::at");
+    if (number >= m_count) {
+        throw std::out_of_range("ChunkList::at");
+    }
     return (*this)[number];
 }
 
 std::uint64_t ChunkList::totalBytes() const noexcept {
-    if (empty()) return 0;
+    if (empty()) {
+        return 0;
+    }
     return blockOf(m_count - 1).startAt((m_count - 1) % ChunkBlock::kChunks + 1);
 }
 
 ChunkList::Iterator ChunkList::findByPosition(std::uint64_t bytePos) const noexcept {
-    if (empty()) return end();
+    if (empty()) {
+        return end();
+    }
     // The last block that starts at or ahead of the position; the first one starts at 0.
     std::size_t low = 0;
     std::size_t high = (m_count - 1) / ChunkBlock::kChunks + 1;
@@ -37,7 +43,9 @@ ChunkList::Iterator ChunkList::findByPosition(std::uint64_t bytePos) const noexc
     std::uint64_t start = found.start;
     for (std::size_t i = 0; i < count; ++i) {
         const std::uint32_t size = found.entries[i].dwSize & mask;
-        if (hasByte(bytePos, start, size)) return {*this, &found, first + i, start};
+        if (hasByte(bytePos, start, size)) {
+            return {*this, &found, first + i, start};
+        }
         start += size;
     }
     return end();

@@ -28,7 +28,9 @@ bool rebase(ChunkBlock& block, std::size_t count, std::uint64_t offset) noexcept
         lowest = std::min(lowest, block.offsetAt(i));
         highest = std::max(highest, block.offsetAt(i));
     }
-    if (!isNarrow(highest, lowest)) return false;
+    if (!isNarrow(highest, lowest)) {
+        return false;
+    }
     for (std::size_t i = 0; i < count; ++i) {
         block.entries[i].dwOffset = narrowOffset(block.offsetAt(i), lowest);
     }
@@ -43,7 +45,9 @@ void widen(ChunkBlock& block, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) {
         const IndexEntry entry = block.entryAt(i, 0);
         wide->offsetHigh[i] = static_cast<std::uint32_t>(entry.offset >> 32);
-        if (!entry.keyFrame) wide->deltaFrames |= std::uint64_t{1} << i;
+        if (!entry.keyFrame) {
+            wide->deltaFrames |= std::uint64_t{1} << i;
+        }
         block.entries[i] = {static_cast<std::uint32_t>(entry.offset), entry.size};
     }
     block.wide = std::move(wide);
@@ -53,10 +57,14 @@ void widen(ChunkBlock& block, std::size_t count) {
 
 void ChunkListBuilder::openBlock(std::uint64_t base) {
     // not covered when true: 4,294,967,232 chunks would take 35 GB
-    if (!mayOpenBlock(m_list.m_count, ChunkBlock::kChunks)) throw std::bad_alloc();
+    if (!mayOpenBlock(m_list.m_count, ChunkBlock::kChunks)) {
+        throw std::bad_alloc();
+    }
     const std::size_t number = m_list.m_count / ChunkBlock::kChunks;
     const std::size_t segment = number / ChunkList::kSegmentBlocks;
-    if (segment == 0 && number >= m_firstSegmentBlocks) growFirstSegment();
+    if (segment == 0 && number >= m_firstSegmentBlocks) {
+        growFirstSegment();
+    }
     if (segment >= m_list.m_segments.size()) {
         m_list.m_segments.push_back(std::make_unique_for_overwrite<ChunkBlock[]>(ChunkList::kSegmentBlocks));
     }
@@ -70,7 +78,9 @@ void ChunkListBuilder::growFirstSegment() {
     constexpr std::size_t kGrowth = 4;
     const std::size_t blocks =
         std::min(std::max<std::size_t>(m_firstSegmentBlocks * kGrowth, 1), ChunkList::kSegmentBlocks);
-    if (m_list.m_segments.empty()) m_list.m_segments.emplace_back();
+    if (m_list.m_segments.empty()) {
+        m_list.m_segments.emplace_back();
+    }
     m_list.m_segments[0] = copyOf(m_list.m_segments[0], m_firstSegmentBlocks, blocks);
     m_firstSegmentBlocks = blocks;
 }
@@ -96,7 +106,9 @@ void ChunkListBuilder::addOutOfLine(std::uint64_t offset, std::uint32_t size, bo
 void ChunkListBuilder::add(std::uint64_t base, std::span<const AviStdIndexEntry> entries) {
     while (!entries.empty()) {
         const std::size_t at = m_list.m_count % ChunkBlock::kChunks;
-        if (at == 0) openBlock(base);
+        if (at == 0) {
+            openBlock(base);
+        }
         const std::size_t count = std::min(entries.size(), ChunkBlock::kChunks - at);
         if (m_block->base == base && !m_block->wide) {
             std::memcpy(&m_block->entries[at], entries.data(), count * sizeof(AviStdIndexEntry));
@@ -116,7 +128,9 @@ void ChunkListBuilder::backTo(const Mark& mark) noexcept {
     m_list.m_count = mark.count;
     m_bytes = mark.bytes;
     // A block that was changed meanwhile still tells the same of what is left in it.
-    if (mark.count % ChunkBlock::kChunks != 0) m_block = &blockAt(mark.count / ChunkBlock::kChunks);
+    if (mark.count % ChunkBlock::kChunks != 0) {
+        m_block = &blockAt(mark.count / ChunkBlock::kChunks);
+    }
 }
 
 ChunkList ChunkListBuilder::finish() noexcept {

@@ -22,7 +22,9 @@ class ChunkListBuilder {
     /// appended fastest. Throws std::bad_alloc, and then nothing was appended.
     void add(std::uint64_t base, std::uint32_t offset, std::uint32_t size, bool keyFrame) {
         const std::size_t at = m_list.m_count % ChunkBlock::kChunks;
-        if (at == 0) openBlock(base);
+        if (at == 0) {
+            openBlock(base);
+        }
         if (m_block->base == base && !m_block->wide && leavesRoomForMark(size)) {
             m_block->entries[at] = {offset, markedSize(size, keyFrame)};
         } else {

@@ -18,7 +18,9 @@ inline bool hasRoomFor(const std::string& text, std::size_t bytes) noexcept {
 
 /// Appends `line`, or nothing.
 inline void appendBounded(std::string& text, std::string_view line) noexcept {
-    if (!hasRoomFor(text, line.size())) return;
+    if (!hasRoomFor(text, line.size())) {
+        return;
+    }
     try {
         text.append(line);
     } catch (const std::exception&) {

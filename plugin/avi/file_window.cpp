@@ -39,8 +39,12 @@ bool FileWindow::refill(Window& window, std::uint64_t position) noexcept {
     --m_refillsLeft;
     window.count = 0;
     try {
-        if (!window.bytes) window.bytes = std::make_unique_for_overwrite<std::byte[]>(kWindowBytes);
-        if (!m_file->seek(static_cast<std::int64_t>(position))) return false;
+        if (!window.bytes) {
+            window.bytes = std::make_unique_for_overwrite<std::byte[]>(kWindowBytes);
+        }
+        if (!m_file->seek(static_cast<std::int64_t>(position))) {
+            return false;
+        }
         window.count = static_cast<std::size_t>(m_file->read(window.bytes.get(), kWindowBytes));
     } catch (const std::exception&) {
         return false;
@@ -50,19 +54,31 @@ bool FileWindow::refill(Window& window, std::uint64_t position) noexcept {
 }
 
 bool FileWindow::readSmall(std::uint64_t position, void* destination, std::size_t count) noexcept {
-    if (count == 0) return true;
+    if (count == 0) {
+        return true;
+    }
     const std::byte* found = m_first.find(position, count);
-    if (found == nullptr) found = m_second.find(position, count);
+    if (found == nullptr) {
+        found = m_second.find(position, count);
+    }
     if (found == nullptr && m_windowed && !meetsTrouble(position)) {
-        if (m_refillsLeft == 0) return false;
+        if (m_refillsLeft == 0) {
+            return false;
+        }
         Window& window = m_first.count == 0 ? m_first : m_second;
-        if (refill(window, position)) found = window.find(position, count);
+        if (refill(window, position)) {
+            found = window.find(position, count);
+        }
         if (found == nullptr) {
-            if (!holds(position, count)) return false;  // the end of the file is no trouble
+            if (!holds(position, count)) {
+                return false;  // the end of the file is no trouble
+            }
             noteTrouble(position);
         }
     }
-    if (found == nullptr) return holds(position, count) && readExactly(position, destination, count);
+    if (found == nullptr) {
+        return holds(position, count) && readExactly(position, destination, count);
+    }
     std::memcpy(destination, found, count);
     return true;
 }
@@ -87,10 +103,16 @@ bool FileWindow::readExactly(std::uint64_t position, void* destination, std::uin
 }
 
 bool FileWindow::readBulk(std::uint64_t position, void* destination, std::uint64_t count) noexcept {
-    if (!holds(position, count)) return false;
-    if (count == 0) return true;
+    if (!holds(position, count)) {
+        return false;
+    }
+    if (count == 0) {
+        return true;
+    }
     const std::byte* found = m_first.find(position, count);
-    if (found == nullptr) found = m_second.find(position, count);
+    if (found == nullptr) {
+        found = m_second.find(position, count);
+    }
     if (found != nullptr) {
         std::memcpy(destination, found, static_cast<std::size_t>(count));
         return true;

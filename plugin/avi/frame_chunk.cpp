@@ -16,7 +16,9 @@ namespace {
 void checkClaim(fileio::File& file, const ChunkPlace& chunk) {
     const auto fileSize = static_cast<std::uint64_t>(std::max<std::int64_t>(file.size(), 0));
     const std::uint64_t left = bytesBehind(chunk.offset, fileSize);
-    if (left < chunk.size) throw fileio::ReadError(chunk.size, left);
+    if (left < chunk.size) {
+        throw fileio::ReadError(chunk.size, left);
+    }
 }
 
 // Why a read failed. Without memory for the whole text that is what there is to say, in few enough characters
@@ -35,13 +37,15 @@ FrameChunkRead readFrameChunk(fileio::File& file, const AviStream& stream, std::
                               std::int64_t frameCount, FrameChunk& chunk) {
     using Outcome = FrameChunkRead::Outcome;
     const ChunkList& list = stream.entries();
-    if (frameNumber >= list.size()) throw std::out_of_range("readFrameChunk");
+    if (frameNumber >= list.size()) {
+        throw std::out_of_range("readFrameChunk");
+    }
     FrameChunkRead result;
     ChunkPlace place = list.placeOf(static_cast<std::size_t>(frameNumber));
     if (place.size == 0) {
         const std::int64_t nearest = stream.nearestWithData(frameNumber, frameCount);
         if (nearest < 0) {
-            result.outcome = Outcome::noneWithData;
+            result.outcome = Outcome::kNoneWithData;
             return result;
         }
         result.substitute = static_cast<std::uint64_t>(nearest);
@@ -49,11 +53,13 @@ FrameChunkRead readFrameChunk(fileio::File& file, const AviStream& stream, std::
     }
     try {
         file.seekTo(static_cast<std::int64_t>(place.offset));
-        if (place.size > chunk.buffer.capacity()) checkClaim(file, place);
+        if (place.size > chunk.buffer.capacity()) {
+            checkClaim(file, place);
+        }
         file.readExact(chunk.buffer.ensure(place.size), place.size);
         chunk.bytes = place.size;
     } catch (const std::exception& error) {
-        result.outcome = Outcome::failed;
+        result.outcome = Outcome::kFailed;
         result.failure = reasonOf(error);
     }
     return result;

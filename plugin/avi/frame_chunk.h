@@ -22,12 +22,12 @@ struct FrameChunk {
 /// What became of a request for one frame's chunk.
 struct [[nodiscard]] FrameChunkRead {
     enum class Outcome {
-        read,          ///< the bytes are there
-        noneWithData,  ///< neither this chunk nor one that could repeat in its place has data
-        failed,        ///< seek or read failed
+        kRead,          ///< the bytes are there
+        kNoneWithData,  ///< neither this chunk nor one that could repeat in its place has data
+        kFailed,        ///< seek or read failed
     };
 
-    Outcome outcome = Outcome::read;
+    Outcome outcome = Outcome::kRead;
     /// The frame whose chunk was taken in place of an empty one, whether or not it could be read.
     std::optional<std::uint64_t> substitute{};
     std::string failure{};  ///< of failed: what the file said

@@ -14,7 +14,7 @@ inline constexpr std::uint32_t kLegacyPositions = 100;
 /// Whether index data of that size has a header.
 template <class A = Machine>
 constexpr typename A::Bool hasIndexHeader(typename A::U32 dataSize) noexcept {
-    return A::template guarded<Guard::indexHeaderInData>(dataSize >= typename A::U32{kIndexHeaderSize});
+    return A::template guarded<Guard::kIndexHeaderInData>(dataSize >= typename A::U32{kIndexHeaderSize});
 }
 
 /// How many of the `claimed` entries of `entrySize` bytes index data with a header holds. Entries without a
@@ -23,11 +23,11 @@ template <class A = Machine>
 constexpr typename A::U32 entriesInData(typename A::U32 dataSize, typename A::U32 claimed,
                                         typename A::U32 entrySize) noexcept {
     return A::choose(
-        A::template guarded<Guard::indexEntryHasSize>(entrySize != typename A::U32{0}),
+        A::template guarded<Guard::kIndexEntryHasSize>(entrySize != typename A::U32{0}),
         [&] {
             const typename A::U32 held = (dataSize - typename A::U32{kIndexHeaderSize}) / entrySize;
             return A::choose(
-                A::template guarded<Guard::indexEntriesInData>(claimed <= held), [&] { return claimed; },
+                A::template guarded<Guard::kIndexEntriesInData>(claimed <= held), [&] { return claimed; },
                 [&] { return held; });
         },
         [&] { return claimed; });
@@ -39,10 +39,10 @@ template <class A = Machine>
 constexpr typename A::U32 usedInPiece(typename A::U32 bytes, typename A::U32 used,
                                       typename A::U32 done) noexcept {
     const typename A::U32 left = A::choose(
-        A::template guarded<Guard::indexUsedAhead>(done <= used), [&] { return used - done; },
+        A::template guarded<Guard::kIndexUsedAhead>(done <= used), [&] { return used - done; },
         [] { return typename A::U32{0}; });
     return A::choose(
-        A::template guarded<Guard::indexPieceInUse>(left <= bytes), [&] { return left; },
+        A::template guarded<Guard::kIndexPieceInUse>(left <= bytes), [&] { return left; },
         [&] { return bytes; });
 }
 
@@ -50,7 +50,7 @@ constexpr typename A::U32 usedInPiece(typename A::U32 bytes, typename A::U32 use
 template <class A = Machine>
 constexpr typename A::U32 sizeWithoutHeader(typename A::U32 size) noexcept {
     return A::choose(
-        A::template guarded<Guard::roomForChunkHeader>(size >= typename A::U32{8}),
+        A::template guarded<Guard::kRoomForChunkHeader>(size >= typename A::U32{8}),
         [&] { return size - typename A::U32{8}; }, [] { return typename A::U32{0}; });
 }
 
@@ -60,7 +60,7 @@ template <class A = Machine>
 constexpr typename A::U64 indexByteBudget(typename A::U64 fileSize, typename A::U64 spare) noexcept {
     constexpr std::uint64_t kMost = std::uint64_t{1} << 62;
     const typename A::U64 counted = A::choose(
-        A::template guarded<Guard::indexBudgetFits>(fileSize <= typename A::U64{kMost}),
+        A::template guarded<Guard::kIndexBudgetFits>(fileSize <= typename A::U64{kMost}),
         [&] { return fileSize; }, [] { return typename A::U64{kMost}; });
     return typename A::U64{2} * counted + spare;
 }
@@ -68,7 +68,7 @@ constexpr typename A::U64 indexByteBudget(typename A::U64 fileSize, typename A::
 /// Whether `size` bytes are left in the budget.
 template <class A = Machine>
 constexpr typename A::Bool isInBudget(typename A::U32 size, typename A::U64 bytesLeft) noexcept {
-    return A::template guarded<Guard::indexBudget>(static_cast<typename A::U64>(size) <= bytesLeft);
+    return A::template guarded<Guard::kIndexBudget>(static_cast<typename A::U64>(size) <= bytesLeft);
 }
 
 /// The stream position in a chunk code's first two characters, or kLegacyPositions when they are no digits.
@@ -78,7 +78,7 @@ constexpr typename A::U32 legacyPosition(typename A::U32 chunkCode) noexcept {
     const U32 tens = (chunkCode & U32{0xFF}) - U32{'0'};
     const U32 ones = (chunkCode >> 8 & U32{0xFF}) - U32{'0'};
     return A::choose(
-        A::template guarded<Guard::streamDigits>(tens < U32{10} && ones < U32{10}),
+        A::template guarded<Guard::kStreamDigits>(tens < U32{10} && ones < U32{10}),
         [&] { return tens * U32{10} + ones; }, [] { return U32{kLegacyPositions}; });
 }
 

@@ -11,7 +11,9 @@ namespace orvantis {
 void Problems::add(ProblemPlace place, std::string_view line) noexcept {
     const std::size_t begin = m_text.size();
     try {
-        if (m_runs.empty() || m_runs.back().place != place) m_runs.push_back({place, begin, begin});
+        if (m_runs.empty() || m_runs.back().place != place) {
+            m_runs.push_back({place, begin, begin});
+        }
     } catch (const std::exception&) {
         return;  // out of memory
     }
@@ -30,7 +32,9 @@ void Problems::clear() noexcept {
 
 void Problems::putInOrder() noexcept {
     const auto earlier = [](const Run& a, const Run& b) { return a.place < b.place; };
-    if (std::is_sorted(m_runs.begin(), m_runs.end(), earlier)) return;
+    if (std::is_sorted(m_runs.begin(), m_runs.end(), earlier)) {
+        return;
+    }
     try {
         std::string ordered;
         ordered.reserve(m_text.size());

@@ -15,10 +15,10 @@ namespace orvantis {
 /// In the order in which problems are told.
 struct ProblemPlace {
     enum class Part : std::uint8_t {
-        structure,   ///< the chunk tree
-        headers,     ///< what a usable file must have
-        streamList,  ///< a strl list, or the index that it names; `ordinal` counts the lists
-        end,         ///< what is behind the headers
+        kStructure,   ///< the chunk tree
+        kHeaders,     ///< what a usable file must have
+        kStreamList,  ///< a strl list, or the index that it names; `ordinal` counts the lists
+        kEnd,         ///< what is behind the headers
     };
 
     Part part;

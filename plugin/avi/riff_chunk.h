@@ -21,7 +21,9 @@ struct RiffChunk {
 
     /// Bytes of data behind the header, or behind the list type.
     std::uint32_t dataSize() const noexcept {
-        if (!isList()) return size;
+        if (!isList()) {
+            return size;
+        }
         return listDataSize(size);
     }
     /// File position of that data.
@@ -31,7 +33,9 @@ struct RiffChunk {
 /// The first chunk with this id (lists are asked for by their type), or null.
 inline const RiffChunk* findChunk(const std::vector<RiffChunk>& list, std::uint32_t id) noexcept {
     for (const RiffChunk& chunk : list) {
-        if (chunk.id == id) return &chunk;
+        if (chunk.id == id) {
+            return &chunk;
+        }
     }
     return nullptr;
 }
@@ -39,7 +43,9 @@ inline const RiffChunk* findChunk(const std::vector<RiffChunk>& list, std::uint3
 /// The first list or form of this type, or null.
 inline const RiffChunk* findList(const std::vector<RiffChunk>& list, std::uint32_t type) noexcept {
     for (const RiffChunk& chunk : list) {
-        if (chunk.isListOf(type)) return &chunk;
+        if (chunk.isListOf(type)) {
+            return &chunk;
+        }
     }
     return nullptr;
 }

@@ -36,7 +36,9 @@ class Walker {
         std::uint64_t consumed = 0;
         while (consumed < bytes) {
             RiffChunk* chunk = readHeader(list, position);
-            if (chunk == nullptr) return false;
+            if (chunk == nullptr) {
+                return false;
+            }
             if (chunk->isList() &&
                 (m_rules.descendTypes.empty() || contains(m_rules.descendTypes, chunk->type))) {
                 if (depth >= kMaxListDepth) {
@@ -44,13 +46,19 @@ class Walker {
                 } else if (!walkLevel(chunk->children, {chunk->dataPosition(), chunk->dataSize()},
                                       depth + 1)) {
                     sound = false;
-                    if (m_exhausted) return false;
+                    if (m_exhausted) {
+                        return false;
+                    }
                 }
             }
-            if (contains(m_rules.stopKeys, chunk->isList() ? chunk->type : chunk->id)) return sound;
+            if (contains(m_rules.stopKeys, chunk->isList() ? chunk->type : chunk->id)) {
+                return sound;
+            }
 
             const std::uint32_t padded = paddedLength(chunk->size);
-            if (!walkMovesOn(padded)) return false;
+            if (!walkMovesOn(padded)) {
+                return false;
+            }
             position += padded;
             consumed += padded;
             if (m_rest != nullptr && depth == kFormDepth && chunk->isListOf(m_pauseType)) {
@@ -69,7 +77,9 @@ class Walker {
             return nullptr;
         }
         std::uint32_t header[2];
-        if (!m_input.readSmall(position, header, sizeof(header))) return nullptr;
+        if (!m_input.readSmall(position, header, sizeof(header))) {
+            return nullptr;
+        }
         RiffChunk chunk;
         chunk.offset = position;
         chunk.id = header[0];

@@ -77,7 +77,9 @@ constinit bool g_processEnds = false;
 // The only thread left: no lock can be waited for, and none is needed. The file is the system's to close.
 void endLogOfProcess() noexcept {
     DiagnosticLog* const log = logState().log.get();
-    if (log == nullptr) return;
+    if (log == nullptr) {
+        return;
+    }
     log->writeLast("Module destroy");
     log->writeLast("Log closed");
 }

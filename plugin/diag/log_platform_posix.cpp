@@ -75,7 +75,9 @@ void writeTextUnlocked(const char* text, std::FILE& file) noexcept {
     std::array<char, 512> bytes{};  // each byte of the line twice, at worst
     std::size_t count = 0;
     for (; *text != '\0' && count + 2 <= bytes.size(); ++text) {
-        if (*text == '\n') bytes[count++] = '\r';
+        if (*text == '\n') {
+            bytes[count++] = '\r';
+        }
         bytes[count++] = *text;
     }
     const ssize_t written = ::write(::fileno(&file), bytes.data(), count);

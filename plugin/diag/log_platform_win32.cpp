@@ -80,7 +80,9 @@ void writeTextUnlocked(const char* text, std::FILE& file) noexcept {
     std::array<char, 512> bytes{};  // each byte of the line twice, at worst
     DWORD count = 0;
     for (; *text != '\0' && count + 2 <= bytes.size(); ++text) {
-        if (*text == '\n') bytes[count++] = '\r';
+        if (*text == '\n') {
+            bytes[count++] = '\r';
+        }
         bytes[count++] = *text;
     }
     // Neither of these looks at the stream's lock.

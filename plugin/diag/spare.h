@@ -38,7 +38,9 @@ class Loan {
  public:
     /// Throws std::bad_alloc, and what the construction of a T throws, when there is no spare.
     explicit Loan(Spare<T>& spare) : m_spare(spare), m_object(spare.take()) {
-        if (!m_object) m_object = std::make_unique<T>();
+        if (!m_object) {
+            m_object = std::make_unique<T>();
+        }
     }
     Loan(const Loan&) = delete;
     Loan& operator=(const Loan&) = delete;

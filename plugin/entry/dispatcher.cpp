@@ -28,7 +28,9 @@ std::uint32_t numberIn(const void* parameter) noexcept {
 
 template <class Record>
 Record& recordIn(void* parameter) {
-    if (parameter == nullptr) throw std::logic_error("record is NULL");
+    if (parameter == nullptr) {
+        throw std::logic_error("record is NULL");
+    }
     return *static_cast<Record*>(parameter);
 }
 

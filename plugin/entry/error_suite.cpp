@@ -34,7 +34,9 @@ void dropErrorSuite() {
 }
 
 void postErrorEvent(const char* title, const char* description) {
-    if (!g_errorSuite()) return;
+    if (!g_errorSuite()) {
+        return;
+    }
     const std::u16string wideTitle = utf16FromUtf8(title);
     const std::u16string wideDescription = utf16FromUtf8(description);
     g_errorSuite()->get().SetEventStringUnicode(host::kEventTypeError, wideTitle.c_str(),

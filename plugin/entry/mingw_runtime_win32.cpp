@@ -34,7 +34,9 @@ DWORD WINAPI allocateSlot() {
     const DWORD slot = __real___imp_TlsAlloc();
     if (slot != TLS_OUT_OF_INDEXES) {
         const std::size_t place = g_slotCount.fetch_add(1);
-        if (place < kMostSlots) g_slots[place] = slot;
+        if (place < kMostSlots) {
+            g_slots[place] = slot;
+        }
     }
     return slot;
 }
@@ -43,13 +45,17 @@ DWORD WINAPI allocateSlot() {
 // module this is its last moment in here. Other threads that were in here and live on cannot be reached.
 void leaveThread(HINSTANCE module) {
     const auto* callback = reinterpret_cast<const PIMAGE_TLS_CALLBACK*>(_tls_used.AddressOfCallBacks);
-    for (; *callback != nullptr; ++callback) (*callback)(module, DLL_THREAD_DETACH, nullptr);
+    for (; *callback != nullptr; ++callback) {
+        (*callback)(module, DLL_THREAD_DETACH, nullptr);
+    }
 }
 
 void giveBack(HINSTANCE module) {
     leaveThread(module);
     const std::size_t count = g_slotCount < kMostSlots ? g_slotCount.load() : kMostSlots;
-    for (std::size_t i = 0; i < count; ++i) TlsFree(g_slots[i]);
+    for (std::size_t i = 0; i < count; ++i) {
+        TlsFree(g_slots[i]);
+    }
     __gnu_cxx::__freeres();
 }
 
@@ -64,7 +70,9 @@ const TlsAllocFn __wrap___imp_TlsAlloc = allocateSlot;
 BOOL WINAPI orvantisModuleEntry(HINSTANCE module, DWORD reason, LPVOID reserved) {
     const BOOL result = DllMainCRTStartup(module, reason, reserved);
     // At the end of the process there is nobody to give anything back to.
-    if (reason == DLL_PROCESS_DETACH && reserved == nullptr) giveBack(module);
+    if (reason == DLL_PROCESS_DETACH && reserved == nullptr) {
+        giveBack(module);
+    }
     return result;
 }
 }

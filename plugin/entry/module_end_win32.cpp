@@ -8,6 +8,8 @@
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE /*module*/, DWORD reason, LPVOID reserved) {
     // Null behind FreeLibrary.
-    if (reason == DLL_PROCESS_DETACH && reserved != nullptr) orvantis::noteProcessEnd();
+    if (reason == DLL_PROCESS_DETACH && reserved != nullptr) {
+        orvantis::noteProcessEnd();
+    }
     return TRUE;
 }

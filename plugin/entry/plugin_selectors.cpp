@@ -57,7 +57,9 @@ host::ImporterResult getIndFormat(std::uint32_t index, host::imIndFormatRec* for
         logMessage("index %u: imBadFormatIndex", index);
         return host::ImporterResult::imBadFormatIndex;
     }
-    if (formatRecord == nullptr) throw std::logic_error("record is NULL");
+    if (formatRecord == nullptr) {
+        throw std::logic_error("record is NULL");
+    }
     host::imIndFormatRec& record = *formatRecord;
     record.filetype = static_cast<std::int32_t>(host::kFileTypeAviv);
     record.canWriteTimecode = 0;
@@ -72,16 +74,22 @@ host::ImporterResult getIndFormat(std::uint32_t index, host::imIndFormatRec* for
 host::ImporterResult getSubTypeNames(const host::imStdParms* stdParms, std::uint32_t fileType,
                                      host::imSubTypeDescriptionRec** descriptions) {
     logMessage("filetype: %s", fourccToString(fileType, true).c_str());
-    if (descriptions == nullptr) throw std::logic_error("sub-type record is NULL");
+    if (descriptions == nullptr) {
+        throw std::logic_error("sub-type record is NULL");
+    }
     const host::piSuites* const suites = stdParms != nullptr ? stdParms->piSuites : nullptr;
     const host::MemoryFunctions* const memory = suites != nullptr ? suites->memFuncs : nullptr;
-    if (memory == nullptr) throw std::logic_error("memory functions are NULL");
+    if (memory == nullptr) {
+        throw std::logic_error("memory functions are NULL");
+    }
 
     // The host tells the number of entries from the size of the block, so the block has no slack.
     const std::span<const SubTypeInfo> rows = SubTypeInfos();
     void* const block =
         memory->newPtr(static_cast<std::uint32_t>(rows.size() * sizeof(host::imSubTypeDescriptionRec)));
-    if (block == nullptr) throw std::bad_alloc();
+    if (block == nullptr) {
+        throw std::bad_alloc();
+    }
     auto* description = static_cast<host::imSubTypeDescriptionRec*>(block);
     *descriptions = description;
 

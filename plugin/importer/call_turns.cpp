@@ -6,7 +6,9 @@ namespace orvantis {
 CallTurn* CallTurns::outermostOf(std::uintptr_t thread) const noexcept {
     CallTurn* outermost = nullptr;
     for (CallTurn* turn = m_inside; turn != nullptr; turn = turn->next) {
-        if (turn->thread == thread) outermost = turn;
+        if (turn->thread == thread) {
+            outermost = turn;
+        }
     }
     return outermost;
 }
@@ -27,9 +29,13 @@ void CallTurns::lineUp(CallTurn& turn) noexcept {
 
 bool CallTurns::leave(const CallTurn& turn) noexcept {
     CallTurn** place = &m_inside;
-    while (*place != &turn) place = &(*place)->next;
+    while (*place != &turn) {
+        place = &(*place)->next;
+    }
     *place = turn.next;
-    if (turn.exclusive) m_exclusiveInside = false;
+    if (turn.exclusive) {
+        m_exclusiveInside = false;
+    }
     return admitWaiting();
 }
 
@@ -39,7 +45,9 @@ bool CallTurns::admitWaiting() noexcept {
            (!m_firstWaiting->exclusive || m_inside == nullptr)) {
         CallTurn& turn = *m_firstWaiting;
         m_firstWaiting = turn.next;
-        if (m_firstWaiting == nullptr) m_lastWaiting = nullptr;
+        if (m_firstWaiting == nullptr) {
+            m_lastWaiting = nullptr;
+        }
         admit(turn);
         admittedAny = true;
     }
@@ -50,7 +58,9 @@ void CallTurns::admit(CallTurn& turn) noexcept {
     turn.next = m_inside;
     m_inside = &turn;
     turn.admitted = true;
-    if (turn.exclusive) m_exclusiveInside = true;
+    if (turn.exclusive) {
+        m_exclusiveInside = true;
+    }
 }
 
 }  // namespace orvantis

@@ -28,24 +28,29 @@ host::ImporterResult openFile8(const host::imStdParms* stdParms, host::imFileRef
     if (privateData == nullptr) {
         created = std::make_unique<OrvantisImporter>(stdParms);
     } else {
-        call.emplace(privateData, ImporterCall::Kind::exclusive);
+        call.emplace(privateData, ImporterCall::Kind::kExclusive);
     }
     OrvantisImporter& importer = created ? *created : call->importer();
 
     importer.logFile();
-    if (!importer.open(record.fileinfo.filepath, record.inStreamIdx, record.inReadWrite))
+    if (!importer.open(record.fileinfo.filepath, record.inStreamIdx, record.inReadWrite)) {
         return host::ImporterResult::imBadFile;
+    }
 
     const auto osFile = reinterpret_cast<host::imFileRef>(importer.file().osHandle());
-    if (created) record.privatedata = publishImporter(std::move(created));  // the host's until imCloseFile
-    if (fileRef != nullptr) *fileRef = osFile;
+    if (created) {
+        record.privatedata = publishImporter(std::move(created));  // the host's until imCloseFile
+    }
+    if (fileRef != nullptr) {
+        *fileRef = osFile;
+    }
     record.fileinfo.fileref = osFile;
     record.fileinfo.filetype = static_cast<std::int32_t>(host::kFileTypeAviv);
     return host::ImporterResult::imNoErr;
 }
 
 host::ImporterResult getInfo8(host::imFileInfoRec8& record) {
-    const ImporterCall call(record.privatedata, ImporterCall::Kind::exclusive);
+    const ImporterCall call(record.privatedata, ImporterCall::Kind::kExclusive);
     OrvantisImporter& importer = call.importer();
     importer.logFile();
     const std::int32_t streamIndex = record.streamIdx;
@@ -53,8 +58,9 @@ host::ImporterResult getInfo8(host::imFileInfoRec8& record) {
 
     const host::ImporterResult result = importer.parse(streamIndex);
     if (result != host::ImporterResult::imNoErr && result != host::ImporterResult::imIterateStreams &&
-        result != host::ImporterResult::imBadStreamIndex)
+        result != host::ImporterResult::imBadStreamIndex) {
         return result;
+    }
 
     importer.setImporterId(record.vidInfo.importerID);
     importer.suites();
@@ -63,11 +69,15 @@ host::ImporterResult getInfo8(host::imFileInfoRec8& record) {
 
     const VideoInfo* const video = importer.videoInfo();
     record.hasVideo = video != nullptr ? 1 : 0;
-    if (video != nullptr) fillVideoFields(record, *video);
+    if (video != nullptr) {
+        fillVideoFields(record, *video);
+    }
 
     const AudioInfo* const audio = importer.audioInfo();
     record.hasAudio = audio != nullptr ? 1 : 0;
-    if (audio != nullptr) audio->fillFileInfo(record);
+    if (audio != nullptr) {
+        audio->fillFileInfo(record);
+    }
     return result;
 }
 
@@ -106,7 +116,9 @@ host::ImporterResult dataRateAnalysis(host::imDataRateAnalysisRec& record) {
     const std::size_t count = std::min(frames.size(), room);
     const std::uint32_t duration =
         static_cast<std::uint32_t>(video.frameRate().denominator) | host::kDataSampleKeyFrame;
-    for (std::size_t i = 0; i < count; ++i) samples[i] = {duration, frames.placeOf(i).size};
+    for (std::size_t i = 0; i < count; ++i) {
+        samples[i] = {duration, frames.placeOf(i).size};
+    }
     record.baserate = 0;
     return host::ImporterResult::imNoErr;
 }
@@ -116,7 +128,9 @@ host::ImporterResult getIndPixelFormat(std::uint32_t index, host::imIndPixelForm
     const OrvantisImporter& importer = call.importer();
     importer.logFile();
     const std::vector<FormatInfo>& formats = importer.requireVideoInfo().decodeFormats();
-    if (index >= formats.size()) return host::ImporterResult::imBadFormatIndex;
+    if (index >= formats.size()) {
+        return host::ImporterResult::imBadFormatIndex;
+    }
 
     const std::uint32_t pixelFormat = formats[index].pixelFormat;
     record.outPixelFormat = pixelFormat;
@@ -126,16 +140,24 @@ host::ImporterResult getIndPixelFormat(std::uint32_t index, host::imIndPixelForm
 }
 
 host::ImporterResult quietFile(host::imFileRef* fileRef, void* privateData) {
-    if (privateData == nullptr) return host::ImporterResult::imNoErr;  // nothing was opened
+    if (privateData == nullptr) {
+        return host::ImporterResult::imNoErr;  // nothing was opened
+    }
     quietImporter(privateData);
-    if (fileRef != nullptr) *fileRef = host::kInvalidFileRef;
+    if (fileRef != nullptr) {
+        *fileRef = host::kInvalidFileRef;
+    }
     return host::ImporterResult::imNoErr;
 }
 
 host::ImporterResult closeFile(host::imFileRef* fileRef, void* privateData) {
-    if (privateData == nullptr) return host::ImporterResult::imNoErr;
+    if (privateData == nullptr) {
+        return host::ImporterResult::imNoErr;
+    }
     closeImporter(privateData);
-    if (fileRef != nullptr) *fileRef = host::kInvalidFileRef;
+    if (fileRef != nullptr) {
+        *fileRef = host::kInvalidFileRef;
+    }
     return host::ImporterResult::imNoErr;
 }
 

@@ -30,13 +30,17 @@ struct alignas(64) Shard {
     /// Throws when the host holds no such importer. Under the lock.
     LiveImporter& find(const void* privateData) const {
         for (LiveImporter* live = first; live != nullptr; live = live->next) {
-            if (live->importer.get() == privateData && !live->closing) return *live;
+            if (live->importer.get() == privateData && !live->closing) {
+                return *live;
+            }
         }
         throw std::logic_error("importer is not open");
     }
     std::unique_ptr<LiveImporter> remove(LiveImporter& live) noexcept {
         LiveImporter** place = &first;
-        while (*place != &live) place = &(*place)->next;
+        while (*place != &live) {
+            place = &(*place)->next;
+        }
         *place = live.next;
         return std::unique_ptr<LiveImporter>(&live);
     }
@@ -59,7 +63,9 @@ static_assert(kShards == std::size_t{1} << (64 - 56));
 
 /// Under the shard's lock, which is free while this waits.
 void awaitTurn(Shard& shard, const CallTurn& turn) noexcept {
-    while (!turn.admitted) shard.lock.wait();
+    while (!turn.admitted) {
+        shard.lock.wait();
+    }
 }
 
 /// The last turn on an importer that takes no more calls. Under the shard's lock; the importer is destroyed
@@ -85,13 +91,16 @@ OrvantisImporter* publishImporter(std::unique_ptr<OrvantisImporter> importer) {
 }
 
 ImporterCall::ImporterCall(void* privateData, Kind kind)
-    : m_live(nullptr), m_turn(currentThread(), kind == Kind::exclusive), m_quietTurn(m_turn.thread, true) {
-    if (privateData == nullptr) throw std::logic_error("importer is NULL");
+    : m_live(nullptr), m_turn(currentThread(), kind == Kind::kExclusive), m_quietTurn(m_turn.thread, true) {
+    if (privateData == nullptr) {
+        throw std::logic_error("importer is NULL");
+    }
     Shard& shard = shardOf(privateData);
     const std::lock_guard lock(shard.lock);
     m_live = &shard.find(privateData);
-    if (m_turn.exclusive && m_live->turns.outermostOf(m_turn.thread) != nullptr)
+    if (m_turn.exclusive && m_live->turns.outermostOf(m_turn.thread) != nullptr) {
         throw std::logic_error("importer is in use by a call of the same thread");
+    }
     m_turn.quietTurn = &m_quietTurn;
     m_live->turns.arrive(m_turn);
     awaitTurn(shard, m_turn);
@@ -101,15 +110,21 @@ ImporterCall::~ImporterCall() {
     Shard& shard = shardOf(m_live->importer.get());
     std::unique_ptr<LiveImporter> closed;  // destroyed behind the lock
     std::unique_lock lock(shard.lock);
-    if (m_live->turns.leave(m_turn)) shard.lock.wakeAll();
+    if (m_live->turns.leave(m_turn)) {
+        shard.lock.wakeAll();
+    }
     if (m_turn.quiets) {
         awaitTurn(shard, m_quietTurn);
         lock.unlock();
         m_live->importer->quiet();
         lock.lock();
-        if (m_live->turns.leave(m_quietTurn)) shard.lock.wakeAll();
+        if (m_live->turns.leave(m_quietTurn)) {
+            shard.lock.wakeAll();
+        }
     }
-    if (m_turn.closes) closed = retire(shard, *m_live);
+    if (m_turn.closes) {
+        closed = retire(shard, *m_live);
+    }
 }
 
 OrvantisImporter& ImporterCall::importer() const noexcept {
@@ -118,7 +133,7 @@ OrvantisImporter& ImporterCall::importer() const noexcept {
 
 namespace {
 
-enum class What { quiet, close };
+enum class What { kQuiet, kClose };
 
 /// From inside a call of this thread: leaves the rest to the outermost one, and returns true. A quiet takes
 /// its place in the queue at once: who re-opens the file after it must come after it. Nobody lines up behind
@@ -129,8 +144,10 @@ bool leaveToOuterCall(Shard& shard, void* privateData, What what) {
         const std::lock_guard lock(shard.lock);
         LiveImporter& live = shard.find(privateData);
         CallTurn* const outer = live.turns.outermostOf(currentThread());
-        if (outer == nullptr) return false;
-        if (what == What::close) {
+        if (outer == nullptr) {
+            return false;
+        }
+        if (what == What::kClose) {
             outer->closes = live.closing = true;
         } else if (!outer->quiets) {
             outer->quiets = true;
@@ -145,15 +162,19 @@ bool leaveToOuterCall(Shard& shard, void* privateData, What what) {
 }  // namespace
 
 void quietImporter(void* privateData) {
-    if (leaveToOuterCall(shardOf(privateData), privateData, What::quiet)) return;
-    const ImporterCall call(privateData, ImporterCall::Kind::exclusive);
+    if (leaveToOuterCall(shardOf(privateData), privateData, What::kQuiet)) {
+        return;
+    }
+    const ImporterCall call(privateData, ImporterCall::Kind::kExclusive);
     call.importer().logFile();
     call.importer().quiet();
 }
 
 void closeImporter(void* privateData) {
     Shard& shard = shardOf(privateData);
-    if (leaveToOuterCall(shard, privateData, What::close)) return;
+    if (leaveToOuterCall(shard, privateData, What::kClose)) {
+        return;
+    }
     std::unique_ptr<LiveImporter> closed;
     {
         const std::lock_guard lock(shard.lock);

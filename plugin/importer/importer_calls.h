@@ -21,13 +21,13 @@ OrvantisImporter* publishImporter(std::unique_ptr<OrvantisImporter> importer);
 class ImporterCall {
  public:
     enum class Kind {
-        shared,     ///< side by side with other calls
-        exclusive,  ///< changes the file or the analyses, so it waits until all other calls have left
+        kShared,     ///< side by side with other calls
+        kExclusive,  ///< changes the file or the analyses, so it waits until all other calls have left
     };
 
     /// Throws std::logic_error when `privateData` is null or no importer that the host holds, and for an
     /// exclusive call that this thread makes from inside another one on the same importer.
-    explicit ImporterCall(void* privateData, Kind kind = Kind::shared);
+    explicit ImporterCall(void* privateData, Kind kind = Kind::kShared);
     /// Carries out what quietImporter and closeImporter have left to this call.
     ~ImporterCall();
     ImporterCall(const ImporterCall&) = delete;

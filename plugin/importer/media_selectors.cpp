@@ -36,7 +36,9 @@ host::ImporterResult getSourceVideo(const host::imSourceVideoRec& record) {
         logMessage("outFrame: %p", static_cast<const void*>(outFrame));
     }
     const VideoInfo& video = importer.requireVideoInfo();
-    if (outFrame == nullptr) throw std::logic_error("outFrame is NULL");
+    if (outFrame == nullptr) {
+        throw std::logic_error("outFrame is NULL");
+    }
 
     ImporterSuites& suites = importer.suites();
     const Loan<FrameRequest> loan(importer.spareRequest());
@@ -49,8 +51,12 @@ host::ImporterResult getSourceVideo(const host::imSourceVideoRec& record) {
         const std::lock_guard lock(importer.filePosition());
         result = readFrame(video, importer.file(), request);
     }
-    if (result == host::ImporterResult::imNoErr) result = decodeFrame(video, suites, request);
-    if (result == host::ImporterResult::imNoErr) *outFrame = request.frame.release();
+    if (result == host::ImporterResult::imNoErr) {
+        result = decodeFrame(video, suites, request);
+    }
+    if (result == host::ImporterResult::imNoErr) {
+        *outFrame = request.frame.release();
+    }
     return result;
 }
 

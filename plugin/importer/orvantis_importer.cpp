@@ -47,7 +47,9 @@ bool OrvantisImporter::open(const char16_t* path, std::int32_t streamIndex, std:
     std::u16string filePath(path != nullptr ? path : u"");
     std::string filePathUtf8 = utf8FromUtf16(filePath);
     logMessage("Open: '%s', stream: %d", filePathUtf8.c_str(), streamIndex);
-    if (path == nullptr || !m_file.open(path, openModeFor(readWrite))) return false;
+    if (path == nullptr || !m_file.open(path, openModeFor(readWrite))) {
+        return false;
+    }
 
     m_filePath = std::move(filePath);
     m_filePathUtf8 = std::move(filePathUtf8);
@@ -81,7 +83,9 @@ host::ImporterResult OrvantisImporter::parse(std::int32_t streamIndex) {
         auto videoInfo = std::make_unique<VideoInfo>(m_suites);
         const host::ImporterResult result =
             videoInfo->analyseFormat(*m_aviReader.streams[videoStreams.front()]);
-        if (result != host::ImporterResult::imNoErr) return result;
+        if (result != host::ImporterResult::imNoErr) {
+            return result;
+        }
         m_aviReader.readIndexes();
         videoInfo->analyseTiming();
         m_videoInfo = std::move(videoInfo);
@@ -100,29 +104,40 @@ host::ImporterResult OrvantisImporter::parse(std::int32_t streamIndex) {
     }
     // A single unusable stream is dropped; one among several stays as a silent placeholder, so that the
     // streams after it keep their places in the host.
-    if (audioInfo->valid() || streamIndex != 0 || m_audioStreamCount > 1) m_audioInfo = std::move(audioInfo);
+    if (audioInfo->valid() || streamIndex != 0 || m_audioStreamCount > 1) {
+        m_audioInfo = std::move(audioInfo);
+    }
 
     // On purpose the last of several audio streams is answered with imBadStreamIndex although its info is
     // filled: the host takes the info and stops asking.
-    if (m_audioStreamCount > static_cast<std::int64_t>(streamIndex) + 1)
+    if (m_audioStreamCount > static_cast<std::int64_t>(streamIndex) + 1) {
         return host::ImporterResult::imIterateStreams;
+    }
     return streamIndex >= 1 ? host::ImporterResult::imBadStreamIndex : host::ImporterResult::imNoErr;
 }
 
 void OrvantisImporter::quiet() noexcept {
     m_file.close();
     m_spareRequest.drop();
-    if (m_videoInfo) m_videoInfo->decoder().dropSpareSession();
-    if (m_audioInfo) m_audioInfo->releaseBuffers();
+    if (m_videoInfo) {
+        m_videoInfo->decoder().dropSpareSession();
+    }
+    if (m_audioInfo) {
+        m_audioInfo->releaseBuffers();
+    }
 }
 
 const VideoInfo& OrvantisImporter::requireVideoInfo() const {
-    if (!m_videoInfo) throw std::logic_error("m_videoInfo is NULL");
+    if (!m_videoInfo) {
+        throw std::logic_error("m_videoInfo is NULL");
+    }
     return *m_videoInfo;
 }
 
 AudioInfo& OrvantisImporter::requireAudioInfo() {
-    if (!m_audioInfo) throw std::logic_error("m_audioInfo is NULL");
+    if (!m_audioInfo) {
+        throw std::logic_error("m_audioInfo is NULL");
+    }
     return *m_audioInfo;
 }
 
@@ -137,7 +152,9 @@ std::string OrvantisImporter::describeStreams() {
 }
 
 void OrvantisImporter::logFile() const {
-    if (!logEnabled()) return;
+    if (!logEnabled()) {
+        return;
+    }
     logMessage("m_filePathUtf8: '%s'", m_filePathUtf8.c_str());
     logMessage("m_streamIndex:  %d", m_streamIndex);
 }

@@ -31,7 +31,9 @@ class HostFrame {
     /// Hands the buffer to the host.
     host::PPixHand release() noexcept { return std::exchange(m_ppix, nullptr); }
     void reset() noexcept {
-        if (m_ppix != nullptr) m_suite->Dispose(std::exchange(m_ppix, nullptr));
+        if (m_ppix != nullptr) {
+            m_suite->Dispose(std::exchange(m_ppix, nullptr));
+        }
     }
 
  private:

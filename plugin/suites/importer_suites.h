@@ -30,7 +30,9 @@ class LazyImporterSuites {
     explicit LazyImporterSuites(const host::SPBasicSuite* basicSuite) noexcept : m_basicSuite(basicSuite) {}
 
     ImporterSuites& get() {
-        if (!m_suites) m_suites = std::make_unique<ImporterSuites>(m_basicSuite);
+        if (!m_suites) {
+            m_suites = std::make_unique<ImporterSuites>(m_basicSuite);
+        }
         return *m_suites;
     }
 

@@ -8,7 +8,7 @@
 namespace orvantis {
 
 /// Success, or a number of the host's choosing that is only logged.
-enum class SuiteResult : std::int32_t { noError = host::kSuiteNoError, failed = host::kSuiteFailed };
+enum class SuiteResult : std::int32_t { kNoError = host::kSuiteNoError, kFailed = host::kSuiteFailed };
 
 constexpr std::int32_t numberOf(SuiteResult result) noexcept {
     return static_cast<std::int32_t>(result);

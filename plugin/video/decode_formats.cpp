@@ -32,7 +32,9 @@ std::vector<FormatInfo> buildDecodeFormats(FormatData format) {
     // functions with its path in their names, which would be in the symbols.)
     std::vector<FormatInfo> narrowed;
     for (const FormatInfo& row : candidates) {
-        if (std::ranges::find(preferred, row.pixelFormat) != preferred.end()) narrowed.push_back(row);
+        if (std::ranges::find(preferred, row.pixelFormat) != preferred.end()) {
+            narrowed.push_back(row);
+        }
     }
     return narrowed.empty() ? candidates : narrowed;
 }

@@ -111,11 +111,17 @@ const FormatTable& keep(const FormatTable& built) {
     BuiltTables& kept = builtTables();
     const std::lock_guard lock(kept.mutex);
     for (const FormatTable& table : kept.tablesInPlace()) {
-        if (sameAnswers(table, built)) return table;
+        if (sameAnswers(table, built)) {
+            return table;
+        }
     }
-    if (kept.inPlaceCount < BuiltTables::kInPlace) return kept.inPlace[kept.inPlaceCount++] = built;
+    if (kept.inPlaceCount < BuiltTables::kInPlace) {
+        return kept.inPlace[kept.inPlaceCount++] = built;
+    }
     for (const FormatTable* const table : kept.others) {
-        if (sameAnswers(*table, built)) return *table;
+        if (sameAnswers(*table, built)) {
+            return *table;
+        }
     }
     kept.others.reserve(kept.others.size() + 1);
     return *kept.others.emplace_back(new FormatTable(built));
@@ -136,7 +142,9 @@ void buildFormatTables(const host::SPBasicSuite* basicSuite) {
         for (FormatInfo& row : table) {
             std::int32_t isTopLeft = 0;  // a host that fails leaves it alone
             suite.get().FormatIsOriginTopLeft(row.pixelFormat, &isTopLeft);
-            if (isTopLeft != 0) row.flags |= kIsTopLeft;
+            if (isTopLeft != 0) {
+                row.flags |= kIsTopLeft;
+            }
         }
     }
     putInForce(table);

@@ -6,9 +6,13 @@
 namespace orvantis {
 
 FrameDecoder::Use::Use(FrameDecoder& decoder) : m_decoder(decoder) {
-    if (!decoder.m_mainInUse.exchange(true, std::memory_order_acquire)) return;
+    if (!decoder.m_mainInUse.exchange(true, std::memory_order_acquire)) {
+        return;
+    }
     m_own = decoder.m_spare.take();
-    if (!m_own) m_own = std::make_unique<DecodeSession>();
+    if (!m_own) {
+        m_own = std::make_unique<DecodeSession>();
+    }
 }
 
 FrameDecoder::Use::~Use() {

@@ -61,7 +61,9 @@ void endDecompression(DecodeSession& session) {
 
 host::ImporterResult beginDecompression(const VideoInfo& video, DecodeSession& session,
                                         const FormatInfo& info) {
-    if (logEnabled()) logStart(video.compressedFormat(), info);
+    if (logEnabled()) {
+        logStart(video.compressedFormat(), info);
+    }
     try {
         session.output = session.codec.decompressBegin(video.formatData(), outputFormatOf(info));
     } catch (const std::exception& error) {
@@ -79,7 +81,7 @@ host::ImporterResult createFrame(ImporterSuites& suites, FrameRequest& request) 
     host::PPixHand frame = nullptr;
     const SuiteResult result{suites.ppixCreator.get().CreatePPix(&frame, host::kBufferAccessWriteOnly,
                                                                  wanted.inPixelFormat, &bounds)};
-    if (result != SuiteResult::noError || frame == nullptr) {
+    if (result != SuiteResult::kNoError || frame == nullptr) {
         logMessage("ERROR: CreatePPix() failed: %d", static_cast<int>(result));
         return host::ImporterResult::imOtherErr;
     }
@@ -93,13 +95,13 @@ host::ImporterResult describeFrame(const host::PPixSuite& suite, const FrameRequ
                                    std::int32_t height, OrvantisOutputBuffer& output) {
     char* pixels = nullptr;
     SuiteResult result{suite.GetPixels(request.frame.get(), host::kBufferAccessWriteOnly, &pixels)};
-    if (result != SuiteResult::noError || pixels == nullptr) {
+    if (result != SuiteResult::kNoError || pixels == nullptr) {
         logMessage("ERROR: GetPixels() failed: %d", static_cast<int>(result));
         return host::ImporterResult::imOtherErr;
     }
     std::int32_t rowBytes = 0;
     result = SuiteResult{suite.GetRowBytes(request.frame.get(), &rowBytes)};
-    if (result != SuiteResult::noError) {
+    if (result != SuiteResult::kNoError) {
         logMessage("ERROR: GetRowBytes() failed: %d", static_cast<int>(result));
         return host::ImporterResult::imOtherErr;
     }
@@ -115,21 +117,29 @@ host::ImporterResult describeFrame(const host::PPixSuite& suite, const FrameRequ
 
 host::ImporterResult prepareFrame(const VideoInfo& video, FrameRequest& request) {
     const std::uint32_t frameIndex = video.frameIndexAt(request.frameTime);
-    if (logEnabled()) logPlace(video, request, frameIndex);
+    if (logEnabled()) {
+        logPlace(video, request, frameIndex);
+    }
     if (std::int64_t{frameIndex} >= video.numFrames()) {
         logMessage("frameIndex out of bounds");
         return host::ImporterResult::imFrameNotFound;
     }
     request.frameIndex = frameIndex;
-    if (logEnabled()) logFrameFormats(request);
+    if (logEnabled()) {
+        logFrameFormats(request);
+    }
 
     if (request.frameFormats.empty()) {
         logMessage("ERROR: frameFormats is empty");
         return host::ImporterResult::imOtherErr;
     }
     host::imFrameFormat& wanted = request.frameFormats.front();
-    if (wanted.inFrameWidth == 0) wanted.inFrameWidth = video.width();
-    if (wanted.inFrameHeight == 0) wanted.inFrameHeight = video.height();
+    if (wanted.inFrameWidth == 0) {
+        wanted.inFrameWidth = video.width();
+    }
+    if (wanted.inFrameHeight == 0) {
+        wanted.inFrameHeight = video.height();
+    }
     if (wanted.inFrameWidth != video.width() || wanted.inFrameHeight != video.height()) {
         logMessage("ERROR: frame size mismatch (%d, %d) != (%d, %d)", static_cast<int>(wanted.inFrameWidth),
                    static_cast<int>(wanted.inFrameHeight), static_cast<int>(video.width()),
@@ -149,11 +159,11 @@ host::ImporterResult readFrame(const VideoInfo& video, fileio::File& file, Frame
     }
     // not covered when true: every outcome has its case
     switch (read.outcome) {
-        case Outcome::read:
+        case Outcome::kRead:
             return host::ImporterResult::imNoErr;
-        case Outcome::noneWithData:
+        case Outcome::kNoneWithData:
             return host::ImporterResult::imFrameNotFound;
-        case Outcome::failed:
+        case Outcome::kFailed:
             break;
     }
     logMessage("Failed to read frame from AVI: %s", read.failure.c_str());
@@ -179,15 +189,21 @@ host::ImporterResult decodeFrame(const VideoInfo& video, ImporterSuites& suites,
     }
     if (!session.begun) {
         const host::ImporterResult result = beginDecompression(video, session, info);
-        if (result != host::ImporterResult::imNoErr) return result;
+        if (result != host::ImporterResult::imNoErr) {
+            return result;
+        }
     }
 
     host::ImporterResult result = createFrame(suites, request);
-    if (result != host::ImporterResult::imNoErr) return result;
+    if (result != host::ImporterResult::imNoErr) {
+        return result;
+    }
 
     OrvantisOutputBuffer output{};
     result = describeFrame(suites.ppix.get(), request, video.height(), output);
-    if (result != host::ImporterResult::imNoErr) return result;
+    if (result != host::ImporterResult::imNoErr) {
+        return result;
+    }
 
     try {
         session.codec.decompress({request.chunk.buffer.data(), request.chunk.bytes}, output);

@@ -35,7 +35,9 @@ FrameRate sanitiseFrameRate(std::int32_t rate, std::int32_t scale) {
 
 FrameRate limitDuration(FrameRate rate, std::int64_t frameCount) {
     const std::uint64_t duration = durationOf(rate.denominator, frameCount);
-    if (isHostDuration(duration)) return rate;
+    if (isHostDuration(duration)) {
+        return rate;
+    }
 
     logMessage("Video duration overflow detected, adjusting FPS");
     const RateTerms<> scaled = scaledRate(rate.numerator, rate.denominator, duration);

@@ -30,7 +30,7 @@ constexpr typename A::U64 multiplyDivide(typename A::U32 factor, typename A::U64
     // Long division by one 32-bit digit: the remainder of the high part stands ahead of the low digit.
     const U64 quotientHigh = high / by;
     return A::choose(
-        A::template guarded<Guard::quotientFits>(quotientHigh <= U64{0xFFFFFFFF}),
+        A::template guarded<Guard::kQuotientFits>(quotientHigh <= U64{0xFFFFFFFF}),
         [&] {
             const U64 quotientLow = ((high % by) << 32 | (low & U64{0xFFFFFFFF})) / by;
             return quotientHigh << 32 | quotientLow;
@@ -60,13 +60,13 @@ constexpr typename A::U32 frameIndex(typename A::I64 frameTime, typename A::I32 
     using I32 = typename A::I32;
     using I64 = typename A::I64;
     return A::choose(
-        A::template guarded<Guard::rateHasNumerator>(numerator != I32{0}),
+        A::template guarded<Guard::kRateHasNumerator>(numerator != I32{0}),
         [&] {
             // Truncating division commutes with the sign, so the sizes are divided and the sign is put back
             // at the end. A size beyond 64 bits saturates: every time then lies in frame 0.
             const U64 ticks = ticksPerFrame<A>(numerator, denominator, ticksPerSecond);
             return A::choose(
-                A::template guarded<Guard::frameLastsATick>(ticks != U64{0}),
+                A::template guarded<Guard::kFrameLastsATick>(ticks != U64{0}),
                 [&] {
                     const U64 index = magnitude<A>(frameTime) / ticks;
                     const auto negative =

@@ -21,14 +21,18 @@ const char* orEmpty(const char* text) noexcept {
 }
 
 std::string bufferText(const void* data, std::uint64_t bytes) {
-    if (data == nullptr) return "null";
+    if (data == nullptr) {
+        return "null";
+    }
     return formatString("{0x%llx,%llu}",
                         static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(data)),
                         static_cast<unsigned long long>(bytes));
 }
 
 std::string frameFormatText(const OrvantisFrameFormat* format) {
-    if (format == nullptr) return "null";
+    if (format == nullptr) {
+        return "null";
+    }
     return formatString("{%u,%u,%u,%u,%u (%s),%u,%u (%s),%u,%u}", format->width, format->height,
                         format->word3, format->word4, format->type, codecTypeName(format->type),
                         format->flags, format->colorSpace, colorSpaceName(format->colorSpace), format->range,
@@ -41,16 +45,21 @@ OrvantisCodec::OrvantisCodec() {
     static_cast<void>(importedCompressQuery);
 
     CodecResult result{orvantis_library_init()};
-    if (result != CodecResult::success)
+    if (result != CodecResult::kSuccess) {
         throw OrvantisError("OrvantisCodec(): orvantis_library_init()", result);
+    }
 
     // When opening fails there is no session, and the library wants no close call of either kind.
     result = CodecResult{orvantis_open(&m_handle)};
-    if (result != CodecResult::success) throw OrvantisError("OrvantisCodec(): orvantis_open()", result);
+    if (result != CodecResult::kSuccess) {
+        throw OrvantisError("OrvantisCodec(): orvantis_open()", result);
+    }
 }
 
 OrvantisCodec::~OrvantisCodec() {
-    if (m_handle == 0) return;
+    if (m_handle == 0) {
+        return;
+    }
     orvantis_close(m_handle);
     orvantis_library_close();
 }
@@ -60,7 +69,7 @@ OrvantisFrameFormat OrvantisCodec::decompressQuery(FormatData format,
     OrvantisFrameFormat answer = emptyFrameFormat();
     const CodecResult result{
         orvantis_decompress_query(m_handle, format.data(), format.size(), output, &answer)};
-    if (result != CodecResult::success) {
+    if (result != CodecResult::kSuccess) {
         throw OrvantisError("decompressQuery(" + bufferText(format.data(), format.size()) + "," +
                                 frameFormatText(output) + ")",
                             result);
@@ -78,7 +87,7 @@ OrvantisFrameFormat OrvantisCodec::decompressBegin(FormatData format, const Orva
     OrvantisFrameFormat produced = emptyFrameFormat();
     const CodecResult result{
         orvantis_decompress_begin(m_handle, format.data(), format.size(), &output, &produced)};
-    if (result != CodecResult::success) {
+    if (result != CodecResult::kSuccess) {
         throw OrvantisError("decompressBegin(" + bufferText(format.data(), format.size()) + "," +
                                 frameFormatText(&output) + ")",
                             result);
@@ -88,7 +97,7 @@ OrvantisFrameFormat OrvantisCodec::decompressBegin(FormatData format, const Orva
 
 void OrvantisCodec::decompress(std::span<const std::byte> frame, const OrvantisOutputBuffer& output) {
     const CodecResult result{orvantis_decompress(m_handle, frame.data(), frame.size(), &output)};
-    if (result != CodecResult::success) {
+    if (result != CodecResult::kSuccess) {
         throw OrvantisError("decompress(" + bufferText(frame.data(), frame.size()) + "," +
                                 bufferText(output.pixels, output.totalBytes) + ")",
                             result);
@@ -97,13 +106,15 @@ void OrvantisCodec::decompress(std::span<const std::byte> frame, const OrvantisO
 
 void OrvantisCodec::decompressEnd() {
     const CodecResult result{orvantis_decompress_end(m_handle)};
-    if (result != CodecResult::success) throw OrvantisError("decompressEnd()", result);
+    if (result != CodecResult::kSuccess) {
+        throw OrvantisError("decompressEnd()", result);
+    }
 }
 
 std::uint32_t OrvantisCodec::getParam(std::uint32_t parameter, std::uint32_t value) const {
     std::uint32_t answer = value;
     const CodecResult result{orvantis_get_param(m_handle, parameter, &answer, sizeof answer)};
-    if (result != CodecResult::success) {
+    if (result != CodecResult::kSuccess) {
         throw OrvantisError(formatString("getParam(%u,%u)", parameter, value), result);
     }
     return answer;

@@ -10,7 +10,7 @@
 namespace orvantis {
 
 /// What a function of the codec library answers; every value but success is a code of its own.
-enum class CodecResult : std::int32_t { success = kOrvantisSuccess };
+enum class CodecResult : std::int32_t { kSuccess = kOrvantisSuccess };
 
 /// "Orvantis error (<code>): <the library's text>: <context>". The context names the call that failed.
 class OrvantisError : public std::runtime_error {

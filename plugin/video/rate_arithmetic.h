@@ -19,8 +19,8 @@ inline constexpr std::uint64_t kMaxHostDuration = 2147483647;  // the host keeps
 /// Whether a stream's rate and scale are a rate at all.
 template <class A = Machine>
 constexpr typename A::Bool isRate(typename A::I32 rate, typename A::I32 scale) noexcept {
-    return A::template guarded<Guard::rateGiven>(rate != typename A::I32{0}) &&
-           A::template guarded<Guard::scaleGiven>(scale != typename A::I32{0});
+    return A::template guarded<Guard::kRateGiven>(rate != typename A::I32{0}) &&
+           A::template guarded<Guard::kScaleGiven>(scale != typename A::I32{0});
 }
 
 /// The low 32 bits of a whole number within 64 bits. A rate of -2147483648 / -1 is the only one whose
@@ -69,10 +69,10 @@ template <class A = Machine>
 constexpr typename A::I64 usableDivisor(typename A::I64 last) noexcept {
     using I64 = typename A::I64;
     return A::choose(
-        A::template guarded<Guard::divisorNotZero>(last != I64{0}),
+        A::template guarded<Guard::kDivisorNotZero>(last != I64{0}),
         [&] {
             return A::choose(
-                A::template guarded<Guard::divisorPositive>(last > I64{0}), [&] { return last; },
+                A::template guarded<Guard::kDivisorPositive>(last > I64{0}), [&] { return last; },
                 [&] { return I64{0} - last; });
         },
         [] { return I64{1}; });
@@ -94,7 +94,7 @@ constexpr typename A::U64 durationOf(typename A::I32 denominator, typename A::I6
 /// Whether the host can keep a duration.
 template <class A = Machine>
 constexpr typename A::Bool isHostDuration(typename A::U64 duration) noexcept {
-    return A::template guarded<Guard::durationFits>(duration <= typename A::U64{kMaxHostDuration});
+    return A::template guarded<Guard::kDurationFits>(duration <= typename A::U64{kMaxHostDuration});
 }
 
 /// A rate whose duration the host cannot keep, scaled down; at least 1 / 1.
@@ -108,10 +108,10 @@ RateTerms<A> scaledRate(typename A::I32 numerator, typename A::I32 denominator,
     const I32 scaled = low32<A>(A::real(numerator) * factor);
     const I32 below = low32<A>(A::real(denominator) * factor);
     return {A::choose(
-                A::template guarded<Guard::limitedNumerator>(scaled >= I32{1}), [&] { return scaled; },
+                A::template guarded<Guard::kLimitedNumerator>(scaled >= I32{1}), [&] { return scaled; },
                 [] { return I32{1}; }),
             A::choose(
-                A::template guarded<Guard::limitedDenominator>(below >= I32{1}), [&] { return below; },
+                A::template guarded<Guard::kLimitedDenominator>(below >= I32{1}), [&] { return below; },
                 [] { return I32{1}; })};
 }
 

@@ -196,10 +196,14 @@ class Session {
         const auto letPass = [&] { (void)async.getFrame(clip.frameTime(frames.back()), wanted); };
         note("aiInitiateAsyncRead", async.initiate(0, wanted));
         note("aiCancelAsyncRead", async.cancel(0, wanted));
-        if (!frames.empty()) letPass();
+        if (!frames.empty()) {
+            letPass();
+        }
         note("aiFlush", async.flush());
         note("aiInitiateAsyncRead", async.initiate(0, wanted));
-        if (!frames.empty()) letPass();
+        if (!frames.empty()) {
+            letPass();
+        }
         note("aiClose", async.close());
     }
 

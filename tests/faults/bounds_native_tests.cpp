@@ -53,9 +53,10 @@ Cost costOf(const Bytes& bytes) {
     cost.largestRead = file.counts().largestRead;
     for (const auto& stream : reader.streams) {
         const std::size_t count = usable ? stream->entries().size() : 0;
-        for (std::size_t i = 0; i < count; i += std::max<std::size_t>(count / 64, 1))
+        for (std::size_t i = 0; i < count; i += std::max<std::size_t>(count / 64, 1)) {
             static_cast<void>(
                 orvantis::readFrameChunk(file, *stream, i, static_cast<std::int64_t>(count), chunk));
+        }
     }
     cost.peakBytes = orvantis::test::counted().peak;
     return cost;
@@ -100,7 +101,9 @@ TEST_F(Bounds, HoldForEveryFileOfTheCorpora) {
     for (const char* folder : {"corpus/parse_fuzzer", "corpus/session_fuzzer", "regressions"}) {
         for (const fs::directory_entry& entry :
              fs::directory_iterator(fs::path(ORVANTIS_FUZZ_FOLDER) / folder)) {
-            if (!entry.is_regular_file() || entry.path().extension() == ".md") continue;
+            if (!entry.is_regular_file() || entry.path().extension() == ".md") {
+                continue;
+            }
             const std::string text = orvantis::test::readFile(entry.path());
             const Cost cost = costOf(Bytes(text.begin(), text.end()));
             expectWithinBounds(cost, entry.path().string());
@@ -168,7 +171,9 @@ double parseTime(int streams) {
         EXPECT_TRUE(reader.parse(file, false));
         least = std::min(least, static_cast<double>(std::clock() - start));
         std::size_t entries = 0;
-        for (const auto& stream : reader.streams) entries += stream->entries().size();
+        for (const auto& stream : reader.streams) {
+            entries += stream->entries().size();
+        }
         EXPECT_EQ(entries, 200'000U);
     }
     return least;

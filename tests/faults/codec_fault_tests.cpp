@@ -24,8 +24,9 @@ std::uint64_t callsOf(const std::string& account, std::string_view function, std
     const std::string called = ' ' + std::string(function) + '(';
     std::uint64_t count = 0;
     std::istringstream lines(account);
-    for (std::string line; std::getline(lines, line);)
+    for (std::string line; std::getline(lines, line);) {
         count += line.find(called) != std::string::npos && line.ends_with(result) ? 1U : 0U;
+    }
     return count;
 }
 
@@ -61,8 +62,12 @@ class CodecCallFaults : public SessionFaults, public ::testing::WithParamInterfa
                     reached = callsOf(calls, function) >= n;
                     expectUndone(plan, calls);
                 });
-            if (!good) break;
-            if (!reached) return n - 1;
+            if (!good) {
+                break;
+            }
+            if (!reached) {
+                return n - 1;
+            }
         }
         ADD_FAILURE() << "no end";
         return 0;
@@ -77,14 +82,14 @@ class CodecCallFaults : public SessionFaults, public ::testing::WithParamInterfa
 };
 
 TEST_P(CodecCallFaults, EachFailsOnce) {
-    start(Log::on);
+    start(Log::kOn);
     const std::uint64_t calls = failEach("");
     EXPECT_GT(calls, 0U);
     RecordProperty("calls", std::to_string(calls));
 }
 
 TEST_P(CodecCallFaults, EachFailsAndSoDoAllOfThatFunctionBehindIt) {
-    start(Log::off);
+    start(Log::kOff);
     EXPECT_GT(failEach("+"), 0U);
 }
 

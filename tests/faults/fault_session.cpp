@@ -43,10 +43,12 @@ bool isDocumented(const simhost::SessionStep& step) {
 }  // namespace
 
 void SessionFaults::start(Log log) {
-    if (log == Log::on) m_log = std::make_unique<orvantis::test::LogCapture>();
+    if (log == Log::kOn) {
+        m_log = std::make_unique<orvantis::test::LogCapture>();
+    }
     clips::Shape shape;
     shape.frames = 3;
-    shape.openDml = orvantis::test::OpenDml::superIndex;
+    shape.openDml = orvantis::test::OpenDml::kSuperIndex;
     auto avi = clips::builder(shape);
     avi.addChunk(0, {});  // repeats the frame before
     const auto bytes = avi.build();

@@ -19,13 +19,13 @@
 
 class SessionFaults : public ::testing::Test {
  protected:
-    enum class Log { on, off };
+    enum class Log { kOn, kOff };
     /// More calls of one kind than a session ever makes: no end is in sight.
     static constexpr std::uint64_t kMost = 5000;
 
     /// Loads the plug-in, writes the clip, and plays it twice without a fault: the two sessions have to be
     /// equal.
-    void start(Log log = Log::on);
+    void start(Log log = Log::kOn);
 
     /// A session in which `arm` has prepared the failure and `disarm` takes it back, checked; then one
     /// without a failure that has to equal the first of all. `what` names the failure in messages. False when

@@ -58,7 +58,7 @@ TEST_F(FileOperationFaults, EachFailsOnce) {
 }
 
 TEST_F(FileOperationFaults, EachFailsAndSoDoAllOfItsKindBehindIt) {
-    start(Log::off);
+    start(Log::kOff);
     EXPECT_GT(failEach(true), 50U);
 }
 

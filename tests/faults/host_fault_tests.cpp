@@ -21,8 +21,12 @@ class HostCallFaults : public SessionFaults {
                     struck = host.injectedFaults();
                     host.clearFaults();
                 });
-            if (struck == 0) return n - 1;
-            if (!good) break;
+            if (struck == 0) {
+                return n - 1;
+            }
+            if (!good) {
+                break;
+            }
         }
         ADD_FAILURE() << "no end";
         return 0;
@@ -37,12 +41,12 @@ TEST_F(HostCallFaults, EachFailsOnce) {
 }
 
 TEST_F(HostCallFaults, EachFailsOnceWithAPositiveResult) {
-    start(Log::off);
+    start(Log::kOff);
     EXPECT_GT(failEach(1, false), 100U);
 }
 
 TEST_F(HostCallFaults, EachFailsAndSoDoAllBehindIt) {
-    start(Log::off);
+    start(Log::kOff);
     // Giving suites, frames and memory back fails too: the simulated host counts those as given back.
     EXPECT_GT(failEach(host::kSuiteOutOfMemory, true), 100U);
 }

@@ -44,7 +44,9 @@ class AllocationFaults : public SessionFaults, public ::testing::WithParamInterf
             const bool good = survives(
                 "allocation " + std::to_string(n), [&](simhost::Host&) { startFailing(n, false); },
                 [&](simhost::Host&) { allocations = stopFailing(); });
-            if (allocations < n) return allocations;
+            if (allocations < n) {
+                return allocations;
+            }
             if (!good) {
                 ADD_FAILURE() << "stopped at allocation " << n;
                 return 0;
@@ -56,14 +58,14 @@ class AllocationFaults : public SessionFaults, public ::testing::WithParamInterf
 };
 
 TEST_P(AllocationFaults, EachFailsOnceWithTheLogOff) {
-    start(Log::off);
+    start(Log::kOff);
     const std::uint64_t allocations = failEach(GetParam(), kShares);
     EXPECT_GT(allocations, 100U);
     RecordProperty("allocations", std::to_string(allocations));
 }
 
 TEST_P(AllocationFaults, EachFailsOnceWithTheLogOn) {
-    start(Log::on);
+    start(Log::kOn);
     const std::uint64_t allocations =
         failEach(GetParam(), orvantis::test::takesEverything() ? kShares : kShares * 5);
     EXPECT_GT(allocations, 500U);
@@ -71,7 +73,7 @@ TEST_P(AllocationFaults, EachFailsOnceWithTheLogOn) {
 }
 
 TEST_P(AllocationFaults, EachFailsAndSoDoAllBehindIt) {
-    start(Log::off);
+    start(Log::kOff);
     std::uint64_t total = 0;
     // With nothing left the plug-in gets less far, and makes fewer attempts: every number up to those of an
     // undisturbed session is gone through.

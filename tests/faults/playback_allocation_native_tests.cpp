@@ -40,7 +40,9 @@ TEST_F(PlaybackAllocations, OnlyTheFirstFrameAndSoundTakeMemoryAndQuietGivesItBa
     ASSERT_EQ(clip.getInfo(0).result, host::imNoErr);
     for (int round = 0; round < 2; ++round) {
         EXPECT_GT(play(clip, 0), 0U) << "the counter counts";
-        for (std::uint32_t index = 1; index < 5; ++index) EXPECT_EQ(play(clip, index), 0U) << index;
+        for (std::uint32_t index = 1; index < 5; ++index) {
+            EXPECT_EQ(play(clip, index), 0U) << index;
+        }
         ASSERT_EQ(clip.quiet(), host::imNoErr);
         ASSERT_EQ(clip.reopen().result, host::imNoErr);
     }
@@ -65,16 +67,19 @@ TEST_F(PlaybackAllocations, ReadingAheadTakesTheSameLittleForEveryFrame) {
     int steadyRounds = 0;
     for (int round = 0; round < kRounds; ++round) {
         orvantis::test::startCounting();
-        for (std::uint32_t i = 0; i < kAhead; ++i)
+        for (std::uint32_t i = 0; i < kAhead; ++i) {
             EXPECT_EQ(async.initiate(clip.frameTime(i), wanted), host::aiNoError);
-        for (std::uint32_t i = 0; i < kAhead; ++i)
+        }
+        for (std::uint32_t i = 0; i < kAhead; ++i) {
             EXPECT_TRUE(async.getFrame(clip.frameTime(i), wanted).frame);
+        }
         const std::uint64_t calls = orvantis::test::counted().calls;
         ASSERT_GE(calls, kAhead * kForARequest) << round;
-        if (calls == kAhead * kForARequest)
+        if (calls == kAhead * kForARequest) {
             ++steadyRounds;
-        else if (round >= 2)  // the second round takes the buffers of the first in another order
+        } else if (round >= 2) {  // the second round takes the buffers of the first in another order
             beyond += calls - kAhead * kForARequest;
+        }
     }
     EXPECT_LE(beyond, kMostThreads);
     EXPECT_GE(steadyRounds, kRounds / 2);

@@ -22,10 +22,14 @@ class RefusedFiles : public ClipTest {
         openOne();
         host().clearTrace();
         orvantis::test::startCounting();
-        for (std::size_t i = 0; i < kClips; ++i) openOne();
+        for (std::size_t i = 0; i < kClips; ++i) {
+            openOne();
+        }
         host().clearTrace();
         const std::size_t kept = orvantis::test::counted().current;
-        for (const auto& clip : clips) EXPECT_EQ(clip->close(), host::imNoErr);
+        for (const auto& clip : clips) {
+            EXPECT_EQ(clip->close(), host::imNoErr);
+        }
         return kept / kClips;
     }
 };

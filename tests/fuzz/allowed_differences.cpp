@@ -69,7 +69,9 @@ bool beyondTheFile(const Difference& d) {
 
 // The same chunks in the same order, all of them shifted by one distance.
 bool shiftedEntries(const Difference& d) {
-    if (d.ours->entries().size() != d.theirs->entries.size() || d.theirs->entries.empty()) return false;
+    if (d.ours->entries().size() != d.theirs->entries.size() || d.theirs->entries.empty()) {
+        return false;
+    }
     const auto shiftAt = [&](std::size_t i) {
         return d.ours->entries().placeOf(i).offset - static_cast<std::uint64_t>(d.theirs->entries[i].header);
     };
@@ -83,42 +85,42 @@ bool shiftedEntries(const Difference& d) {
 }
 
 constexpr std::array kAllowed = {
-    AllowedDifference{"refused by the peer", Compared::acceptance,
+    AllowedDifference{"refused by the peer", Compared::kAcceptance,
                       "the peer refuses a file for formats or rates that the plug-in shows as a placeholder",
                       anyFile},
     AllowedDifference{
-        "odd rate", Compared::rate,
+        "odd rate", Compared::kRate,
         "a rate or scale of 0 or beyond 31 bits: the peer takes another from the main header, the "
         "plug-in keeps what the file says until the rate is sanitised",
         oddRate},
-    AllowedDifference{"sizes as stored", Compared::rate,
+    AllowedDifference{"sizes as stored", Compared::kRate,
                       "a stream with a sample size: the peer counts bytes instead of frames", hasSampleSize},
-    AllowedDifference{"no picture", Compared::picture,
+    AllowedDifference{"no picture", Compared::kPicture,
                       "width or height of 0 or less: the codec library is asked, not the header",
                       withoutPicture},
-    AllowedDifference{"sound by its extension", Compared::sound,
+    AllowedDifference{"sound by its extension", Compared::kSound,
                       "the peer looks into the extension of a format and corrects rate and channels of 0",
                       oddSound},
-    AllowedDifference{"chunks as bytes", Compared::entries,
+    AllowedDifference{"chunks as bytes", Compared::kEntries,
                       "a video stream with a sample size: the peer's timestamps are no frame numbers",
                       hasSampleSize},
-    AllowedDifference{"later start", Compared::entries,
+    AllowedDifference{"later start", Compared::kEntries,
                       "dwStart other than 0: the peer counts frames from there", startsLater},
     AllowedDifference{
-        "damaged OpenDML index", Compared::entries,
+        "damaged OpenDML index", Compared::kEntries,
         "of an OpenDML index that names what is not there the plug-in takes nothing and goes by "
         "idx1, the peer takes what it can",
         incompleteOpenDml},
-    AllowedDifference{"offsets from the file's start", Compared::entries,
+    AllowedDifference{"offsets from the file's start", Compared::kEntries,
                       "idx1 with offsets that count from elsewhere: the peer guesses from the first one, the "
                       "plug-in counts from movi as the format has it",
                       shiftedEntries},
     AllowedDifference{
-        "entries beyond the file", Compared::entries,
+        "entries beyond the file", Compared::kEntries,
         "the peer guesses what the offsets count from, the plug-in reads the index as it stands "
         "and says so when the frame is wanted",
         beyondTheFile},
-    AllowedDifference{"empty, repeated or far entries", Compared::entries,
+    AllowedDifference{"empty, repeated or far entries", Compared::kEntries,
                       "the peer leaves out empty chunks and those at the place of another, and guesses what "
                       "offsets count from; the plug-in shows a repeated frame and reads what the index says",
                       oddEntries},

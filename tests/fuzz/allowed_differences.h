@@ -11,7 +11,7 @@
 namespace fuzz {
 
 /// What is compared.
-enum class Compared { acceptance, streamCount, kind, rate, picture, sound, entries };
+enum class Compared { kAcceptance, kStreamCount, kKind, kRate, kPicture, kSound, kEntries };
 
 struct Difference {
     Compared what;

@@ -23,9 +23,13 @@ constexpr int kTries = 3;
 void mutateData(ChunkTree& tree, Dice& dice, ByteMutator mutateBytes, std::size_t room) {
     std::vector<ChunkNode*> chunks;
     forEachChunk(tree.root, [&](ChunkNode& node) {
-        if (!node.isList && !node.data.empty()) chunks.push_back(&node);
+        if (!node.isList && !node.data.empty()) {
+            chunks.push_back(&node);
+        }
     });
-    if (chunks.empty()) return;
+    if (chunks.empty()) {
+        return;
+    }
     Bytes& data = dice.of(chunks)->data;
     const std::size_t size = data.size();
     data.resize(size + std::min<std::size_t>(room, 64));
@@ -41,15 +45,23 @@ void mutateTree(ChunkTree& tree, Dice& dice, ByteMutator mutateBytes, std::size_
     }
     bool moved = false;
     for (const TreeMutation* mutation : chosen) {
-        if (mutation->movesChunks) moved = mutation->apply(tree, dice) || moved;
+        if (mutation->movesChunks) {
+            moved = mutation->apply(tree, dice) || moved;
+        }
     }
-    if (dice.oneIn(4)) mutateData(tree, dice, mutateBytes, room);
+    if (dice.oneIn(4)) {
+        mutateData(tree, dice, mutateBytes, room);
+    }
     if (moved && !dice.oneIn(kBrokenOneIn)) {
         repairLinks(tree, links);
-        if (dice.oneIn(2)) repairCounts(tree);
+        if (dice.oneIn(2)) {
+            repairCounts(tree);
+        }
     }
     for (const TreeMutation* mutation : chosen) {
-        if (!mutation->movesChunks) mutation->apply(tree, dice);
+        if (!mutation->movesChunks) {
+            mutation->apply(tree, dice);
+        }
     }
 }
 
@@ -68,7 +80,9 @@ std::size_t mutateAvi(std::uint8_t* data, std::size_t size, std::size_t mostByte
         const std::size_t room = mostBytes < size ? 0 : mostBytes - size;
         for (int tries = 0; tries < kTries; ++tries) {
             ChunkTree tree = readTree(before);
-            if (tree.root.children.empty()) break;
+            if (tree.root.children.empty()) {
+                break;
+            }
             mutateTree(tree, dice, mutateBytes, room);
             const Bytes after = writeTree(tree);
             const std::size_t most = dice.oneIn(kGrowsOneIn) ? mostBytes : std::min(mostBytes, size);
@@ -90,8 +104,12 @@ std::size_t crossAvi(const std::uint8_t* first, std::size_t firstSize, const std
     for (std::size_t count = 1 + dice.below(3); count > 0; --count) {
         changed = takeChunkFrom(tree, other, dice) || changed;
     }
-    if (!changed) return 0;
-    if (!dice.oneIn(kBrokenOneIn)) repairLinks(tree, links);
+    if (!changed) {
+        return 0;
+    }
+    if (!dice.oneIn(kBrokenOneIn)) {
+        repairLinks(tree, links);
+    }
     const Bytes bytes = writeTree(tree);
     return bytes.size() <= mostBytes ? put(bytes, out) : 0;
 }

@@ -20,7 +20,9 @@ int g_byteMutations = 0;
 
 std::size_t flipFirstByte(std::uint8_t* data, std::size_t size, std::size_t) {
     ++g_byteMutations;
-    if (size != 0) data[0] = static_cast<std::uint8_t>(~data[0]);
+    if (size != 0) {
+        data[0] = static_cast<std::uint8_t>(~data[0]);
+    }
     return size;
 }
 
@@ -66,7 +68,9 @@ TEST(AviMutator, DependsOnTheSeedAlone) {
 TEST(AviMutator, NeverExceedsTheRoom) {
     for (const Contents& file : exampleFiles()) {
         for (const std::size_t most : {file.size(), file.size() + 1, file.size() + 100}) {
-            for (std::uint64_t seed = 0; seed < 200; ++seed) mutated(file, most, seed, fillToTheEnd);
+            for (std::uint64_t seed = 0; seed < 200; ++seed) {
+                mutated(file, most, seed, fillToTheEnd);
+            }
         }
     }
     for (std::uint64_t seed = 0; seed < 50; ++seed) {
@@ -80,11 +84,15 @@ TEST(AviMutator, NeverExceedsTheRoom) {
 TEST(AviMutator, LeavesAPartToTheOtherMutatorAndAllThatIsNoTree) {
     const Contents file = exampleFiles().front();
     g_byteMutations = 0;
-    for (std::uint64_t seed = 0; seed < 400; ++seed) mutated(file, 2 * file.size(), seed, flipFirstByte);
+    for (std::uint64_t seed = 0; seed < 400; ++seed) {
+        mutated(file, 2 * file.size(), seed, flipFirstByte);
+    }
     EXPECT_GT(g_byteMutations, 80);
     EXPECT_LT(g_byteMutations, 280);
     g_byteMutations = 0;
-    for (std::uint64_t seed = 0; seed < 20; ++seed) mutated(Contents(64, 1), 64, seed, flipFirstByte);
+    for (std::uint64_t seed = 0; seed < 20; ++seed) {
+        mutated(Contents(64, 1), 64, seed, flipFirstByte);
+    }
     EXPECT_EQ(g_byteMutations, 20);
 }
 
@@ -94,9 +102,13 @@ TEST(AviMutator, MostResultsAreStillAviFiles) {
     for (const Contents& file : exampleFiles()) {
         for (std::uint64_t seed = 0; seed < 200; ++seed) {
             const Contents result = mutated(file, 2 * file.size(), seed, flipFirstByte);
-            if (result[0] != file[0]) continue;  // the other mutator's
+            if (result[0] != file[0]) {
+                continue;  // the other mutator's
+            }
             ++all;
-            if (isUsable(result)) ++usable;
+            if (isUsable(result)) {
+                ++usable;
+            }
         }
     }
     EXPECT_GT(all, 400);
@@ -120,7 +132,9 @@ TEST(AviMutator, CrossingTakesChunksOfTheOtherFile) {
         // Only the other one has a list of this type.
         constexpr std::uint8_t kOdml[] = {'o', 'd', 'm', 'l'};
         const auto end = out.begin() + static_cast<std::ptrdiff_t>(size);
-        if (std::search(out.begin(), end, std::begin(kOdml), std::end(kOdml)) != end) ++found;
+        if (std::search(out.begin(), end, std::begin(kOdml), std::end(kOdml)) != end) {
+            ++found;
+        }
         EXPECT_EQ(std::count(out.begin() + 8192, out.end(), 0xA5), static_cast<std::ptrdiff_t>(kGuardBytes));
     }
     EXPECT_GT(found, 0);

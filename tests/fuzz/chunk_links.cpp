@@ -20,8 +20,12 @@ constexpr std::uint32_t kCodeOfIx = static_cast<std::uint32_t>('i') | static_cas
 
 const ChunkNode* findFirst(const ChunkNode& node, std::uint32_t type) {
     for (const ChunkNode& child : node.children) {
-        if (child.isList && child.type == type) return &child;
-        if (const ChunkNode* found = findFirst(child, type)) return found;
+        if (child.isList && child.type == type) {
+            return &child;
+        }
+        if (const ChunkNode* found = findFirst(child, type)) {
+            return found;
+        }
     }
     return nullptr;
 }
@@ -39,7 +43,9 @@ class Linker {
     bool link(ChunkLink::Kind kind, const ChunkNode& index, std::size_t entry, std::uint64_t at,
               bool absolute = false) {
         const auto found = m_places.find(at);
-        if (found == m_places.end()) return false;
+        if (found == m_places.end()) {
+            return false;
+        }
         m_links.push_back({kind, index.number, entry, found->second, absolute});
         return true;
     }
@@ -52,8 +58,8 @@ class Linker {
 void linkOldIndex(Linker& linker, const ChunkNode& index, std::uint64_t typeOffset) {
     for (std::size_t i = 0; i < index.data.size() / kOldEntryBytes; ++i) {
         const std::uint64_t offset = numberAt(index.data, i * kOldEntryBytes + 8, 4);
-        if (!linker.link(ChunkLink::Kind::oldIndex, index, i, typeOffset + offset)) {
-            linker.link(ChunkLink::Kind::oldIndex, index, i, offset, true);
+        if (!linker.link(ChunkLink::Kind::kOldIndex, index, i, typeOffset + offset)) {
+            linker.link(ChunkLink::Kind::kOldIndex, index, i, offset, true);
         }
     }
 }
@@ -63,13 +69,13 @@ void linkStandardIndex(Linker& linker, const ChunkNode& index) {
     for (std::size_t i = 0; i < entriesOf(index.data, kStandardEntryBytes); ++i) {
         const std::uint64_t data =
             base + numberAt(index.data, kIndexHeaderBytes + i * kStandardEntryBytes, 4);
-        linker.link(ChunkLink::Kind::standardIndex, index, i, data - kHeaderBytes);
+        linker.link(ChunkLink::Kind::kStandardIndex, index, i, data - kHeaderBytes);
     }
 }
 
 void linkSuperIndex(Linker& linker, const ChunkNode& index) {
     for (std::size_t i = 0; i < entriesOf(index.data, kSuperEntryBytes); ++i) {
-        linker.link(ChunkLink::Kind::superIndex, index, i,
+        linker.link(ChunkLink::Kind::kSuperIndex, index, i,
                     numberAt(index.data, kIndexHeaderBytes + i * kSuperEntryBytes, 8));
     }
 }
@@ -90,8 +96,12 @@ bool isData(const ChunkNode& node) {
 
 void appendOldEntries(const ChunkNode& list, std::uint64_t typeOffset, Bytes& bytes) {
     for (const ChunkNode& node : list.children) {
-        if (node.isList) appendOldEntries(node, typeOffset, bytes);
-        if (!isData(node)) continue;
+        if (node.isList) {
+            appendOldEntries(node, typeOffset, bytes);
+        }
+        if (!isData(node)) {
+            continue;
+        }
         const std::size_t at = bytes.size();
         bytes.resize(at + kOldEntryBytes);
         putNumber(bytes, at, 4, node.id);
@@ -106,7 +116,9 @@ std::uint64_t chunksOfStream(const ChunkNode& root, std::uint32_t stream) {
     forEachChunk(root, [&](const ChunkNode& node) {
         const std::uint32_t tens = (node.id & 0xFFU) - '0';
         const std::uint32_t ones = (node.id >> 8 & 0xFFU) - '0';
-        if (isData(node) && tens * 10 + ones == stream) ++count;
+        if (isData(node) && tens * 10 + ones == stream) {
+            ++count;
+        }
     });
     return count;
 }
@@ -141,8 +153,12 @@ std::vector<ChunkLink> linksOf(const ChunkTree& tree) {
         if (!node.isList && node.id == riffCode("idx1")) {
             linkOldIndex(linker, node, typeOffset);
         } else if (isOpenDmlIndex(node)) {
-            if (isStandardIndex(node.data)) linkStandardIndex(linker, node);
-            if (isSuperIndex(node.data)) linkSuperIndex(linker, node);
+            if (isStandardIndex(node.data)) {
+                linkStandardIndex(linker, node);
+            }
+            if (isSuperIndex(node.data)) {
+                linkSuperIndex(linker, node);
+            }
         }
     });
     return links;
@@ -158,36 +174,42 @@ void repairLinks(ChunkTree& tree, const std::vector<ChunkLink>& links) {
     std::unordered_map<std::uint32_t, std::uint64_t> bases;
     for (const ChunkLink& link : links) {
         const auto target = nodes.find(link.target);
-        if (link.kind != ChunkLink::Kind::standardIndex || target == nodes.end()) continue;
+        if (link.kind != ChunkLink::Kind::kStandardIndex || target == nodes.end()) {
+            continue;
+        }
         const auto base = bases.emplace(link.index, std::numeric_limits<std::uint64_t>::max()).first;
         base->second = std::min(base->second, target->second->offset);
     }
     for (const auto& [number, base] : bases) {
-        if (const auto index = nodes.find(number); index != nodes.end()) setBase(*index->second, base);
+        if (const auto index = nodes.find(number); index != nodes.end()) {
+            setBase(*index->second, base);
+        }
     }
 
     for (const ChunkLink& link : links) {
         const auto index = nodes.find(link.index);
         const auto target = nodes.find(link.target);
-        if (index == nodes.end() || target == nodes.end()) continue;
+        if (index == nodes.end() || target == nodes.end()) {
+            continue;
+        }
         Bytes& data = index->second->data;
         const ChunkNode& chunk = *target->second;
         const std::uint64_t size = bytesOf(chunk, true) - kHeaderBytes - (chunk.padding ? 1 : 0);
         switch (link.kind) {
-            case ChunkLink::Kind::oldIndex: {
+            case ChunkLink::Kind::kOldIndex: {
                 const std::size_t at = link.entry * kOldEntryBytes;
                 putNumber(data, at + 8, 4, chunk.offset - (link.absolute ? 0 : typeOffset));
                 putNumber(data, at + 12, 4, size);
                 break;
             }
-            case ChunkLink::Kind::standardIndex: {
+            case ChunkLink::Kind::kStandardIndex: {
                 const std::size_t at = kIndexHeaderBytes + link.entry * kStandardEntryBytes;
                 const std::uint64_t flag = numberAt(data, at + 4, 4) & kDeltaFrame;
                 putNumber(data, at, 4, chunk.offset + kHeaderBytes - bases.at(link.index));
                 putNumber(data, at + 4, 4, size | flag);
                 break;
             }
-            case ChunkLink::Kind::superIndex: {
+            case ChunkLink::Kind::kSuperIndex: {
                 const std::size_t at = kIndexHeaderBytes + link.entry * kSuperEntryBytes;
                 putNumber(data, at, 8, chunk.offset);
                 putNumber(data, at + 8, 4, size + kHeaderBytes);
@@ -201,8 +223,12 @@ void repairCounts(ChunkTree& tree) {
     const std::uint64_t frames = chunksOfStream(tree.root, 0);
     std::uint32_t stream = 0;
     forEachChunk(tree.root, [&](ChunkNode& node) {
-        if (node.id == riffCode("avih")) putNumber(node.data, 16, 4, frames);
-        if (node.id == riffCode("dmlh")) putNumber(node.data, 0, 4, frames);
+        if (node.id == riffCode("avih")) {
+            putNumber(node.data, 16, 4, frames);
+        }
+        if (node.id == riffCode("dmlh")) {
+            putNumber(node.data, 0, 4, frames);
+        }
         if (node.id == riffCode("strh")) {
             if (numberAt(node.data, 0, 4) == riffCode("vids")) {
                 putNumber(node.data, 32, 4, chunksOfStream(tree.root, stream));

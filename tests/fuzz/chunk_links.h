@@ -12,7 +12,7 @@ namespace fuzz {
 
 /// One entry of an index that points at a chunk's header or data.
 struct ChunkLink {
-    enum class Kind { oldIndex, standardIndex, superIndex };
+    enum class Kind { kOldIndex, kStandardIndex, kSuperIndex };
     Kind kind;
     std::uint32_t index;   ///< number of the chunk with the index
     std::size_t entry;     ///< of that index, from 0

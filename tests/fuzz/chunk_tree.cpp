@@ -19,14 +19,18 @@ std::uint32_t wordAt(std::span<const std::uint8_t> bytes, std::size_t at) {
 }
 
 void append(Bytes& bytes, std::uint32_t word) {
-    for (int i = 0; i < 4; ++i) bytes.push_back(static_cast<std::uint8_t>(word >> (8 * i)));
+    for (int i = 0; i < 4; ++i) {
+        bytes.push_back(static_cast<std::uint8_t>(word >> (8 * i)));
+    }
 }
 
 // Where a chunk id has none of them the rest of the list is data, not thousands of chunks.
 bool isCode(std::uint32_t id) {
     for (int i = 0; i < 4; ++i) {
         const std::uint32_t letter = id >> (8 * i) & 0xFFU;
-        if (letter < 0x20 || letter > 0x7E) return false;
+        if (letter < 0x20 || letter > 0x7E) {
+            return false;
+        }
     }
     return true;
 }
@@ -43,10 +47,14 @@ void readLevel(ChunkTree& tree, ChunkNode& list, std::span<const std::uint8_t> b
         const std::uint32_t claimed = wordAt(bytes, done + 4);
         const std::size_t left = bytes.size() - done - kHeaderBytes;
         const std::size_t size = std::min<std::size_t>(claimed, left);
-        if (size != claimed) node.claim = claimed;
+        if (size != claimed) {
+            node.claim = claimed;
+        }
         const auto content = bytes.subspan(done + kHeaderBytes, size);
         done += kHeaderBytes + size;
-        if (size % 2 != 0 && done < bytes.size()) node.padding = bytes[done++];
+        if (size % 2 != 0 && done < bytes.size()) {
+            node.padding = bytes[done++];
+        }
         node.isList = (node.id == riffCode("RIFF") || node.id == riffCode("LIST")) && size >= kTypeBytes &&
                       depth < kMostLevels;
         if (node.isList) {
@@ -86,7 +94,9 @@ void writeLevel(Bytes& bytes, const ChunkNode& list) {
         const std::uint64_t size = contentBytes(node);
         append(bytes, node.id);
         append(bytes, node.claim.value_or(static_cast<std::uint32_t>(size)));
-        if (node.isList) append(bytes, node.type);
+        if (node.isList) {
+            append(bytes, node.type);
+        }
         writeLevel(bytes, node);
         if (isPadded(node, size, &node == &list.children.back() && list.data.empty())) {
             bytes.push_back(node.padding.value_or(0));
@@ -123,7 +133,9 @@ Bytes writeTree(ChunkTree& tree) {
 
 void renumber(ChunkTree& tree, ChunkNode& node) {
     node.number = tree.nextNumber++;
-    for (ChunkNode& child : node.children) renumber(tree, child);
+    for (ChunkNode& child : node.children) {
+        renumber(tree, child);
+    }
 }
 
 std::uint64_t numberAt(const Bytes& data, std::size_t at, std::size_t bytes) {
@@ -135,8 +147,12 @@ std::uint64_t numberAt(const Bytes& data, std::size_t at, std::size_t bytes) {
 }
 
 void putNumber(Bytes& data, std::size_t at, std::size_t bytes, std::uint64_t value) {
-    if (at > data.size() || data.size() - at < bytes) return;
-    for (std::size_t i = 0; i < bytes; ++i) data[at + i] = static_cast<std::uint8_t>(value >> (8 * i));
+    if (at > data.size() || data.size() - at < bytes) {
+        return;
+    }
+    for (std::size_t i = 0; i < bytes; ++i) {
+        data[at + i] = static_cast<std::uint8_t>(value >> (8 * i));
+    }
 }
 
 }  // namespace fuzz

@@ -38,7 +38,9 @@ bool walksSoundly(const Bytes& file) {
 std::vector<Bytes> contentsOf(const Bytes& file, const orvantis::ChunkList& list) {
     std::vector<Bytes> contents;
     for (const orvantis::IndexEntry& entry : list) {
-        if (entry.offset > file.size() || file.size() - entry.offset < entry.size) return {};
+        if (entry.offset > file.size() || file.size() - entry.offset < entry.size) {
+            return {};
+        }
         const auto first = file.begin() + static_cast<std::ptrdiff_t>(entry.offset);
         contents.emplace_back(first, first + entry.size);
     }
@@ -49,7 +51,9 @@ std::vector<Bytes> contentsOf(const Bytes& file, const orvantis::ChunkList& list
 std::vector<std::vector<Bytes>> indexedContents(const Bytes& file) {
     MemoryFile source{std::span<const std::uint8_t>(file)};
     AviReader reader;
-    if (!reader.parse(source, false)) return {};
+    if (!reader.parse(source, false)) {
+        return {};
+    }
     std::vector<std::vector<Bytes>> contents;
     for (const auto& stream : reader.streams) {
         contents.push_back(contentsOf(file, stream->legacyEntries));
@@ -124,7 +128,9 @@ TEST(ChunkLinks, ANewOldIndexNamesEveryChunkOfTheMovi) {
         ChunkTree tree = readTree(file);
         Bytes found;
         forEachChunk(tree.root, [&](const ChunkNode& node) {
-            if (node.id == riffCode("idx1")) found = node.data;
+            if (node.id == riffCode("idx1")) {
+                found = node.data;
+            }
         });
         EXPECT_EQ(makeOldIndex(tree), found);
     }
@@ -132,7 +138,9 @@ TEST(ChunkLinks, ANewOldIndexNamesEveryChunkOfTheMovi) {
 
 TEST(TreeMutations, ThoseThatKeepTheTreeAreReadAsWhatTheyMade) {
     for (const TreeMutation& mutation : treeMutations()) {
-        if (!mutation.keepsTree) continue;
+        if (!mutation.keepsTree) {
+            continue;
+        }
         std::size_t applied = 0;
         for (const Bytes& example : exampleFiles()) {
             for (std::uint64_t seed = 0; seed < 40; ++seed) {
@@ -157,7 +165,9 @@ TEST(TreeMutations, ThoseThatKeepTheTreeAreReadAsWhatTheyMade) {
 TEST(TreeMutations, TheOthersLieAboutSizes) {
     const Bytes file = exampleFiles().front();
     for (const TreeMutation& mutation : treeMutations()) {
-        if (mutation.keepsTree) continue;
+        if (mutation.keepsTree) {
+            continue;
+        }
         ChunkTree tree = readTree(file);
         tree.root.children.front().claim = 1;
         Dice dice(1);

@@ -20,7 +20,9 @@ extern "C" std::size_t LLVMFuzzerCustomCrossOver(const std::uint8_t* data1, std:
 std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size, std::size_t maxSize,
                                     unsigned int seed) {
     static const bool bytesOnly = std::getenv("ORVANTIS_FUZZ_BYTES_ONLY") != nullptr;
-    if (bytesOnly) return LLVMFuzzerMutate(data, size, maxSize);
+    if (bytesOnly) {
+        return LLVMFuzzerMutate(data, size, maxSize);
+    }
     return fuzz::mutateAvi(data, size, maxSize, seed, LLVMFuzzerMutate);
 }
 

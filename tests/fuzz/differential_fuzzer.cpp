@@ -22,7 +22,9 @@ using orvantis::AviStream;
 
 void settle(const Difference& difference, const char* what) {
     for (const fuzz::AllowedDifference& allowed : fuzz::allowedDifferences()) {
-        if (allowed.what == difference.what && allowed.applies(difference)) return;
+        if (allowed.what == difference.what && allowed.applies(difference)) {
+            return;
+        }
     }
     std::fprintf(stderr, "a difference that no row allows: %s\n", what);
     if (difference.ours != nullptr) {
@@ -35,7 +37,7 @@ void settle(const Difference& difference, const char* what) {
 
 bool sameKind(const AviStream& ours, const PeerStream& theirs) {
     const bool video = ours.header.fccType == orvantis::kStreamTypeVideo;
-    return theirs.kind == (video ? PeerStream::Kind::video : PeerStream::Kind::audio);
+    return theirs.kind == (video ? PeerStream::Kind::kVideo : PeerStream::Kind::kAudio);
 }
 
 bool sameRate(const AviStream& ours, const PeerStream& theirs) {
@@ -57,7 +59,9 @@ bool sameSound(const AviStream& ours, const PeerStream& theirs) {
 
 // Each frame of the one is the same chunk in the other.
 bool sameEntries(const AviStream& ours, const PeerStream& theirs) {
-    if (ours.entries().size() != theirs.entries.size()) return false;
+    if (ours.entries().size() != theirs.entries.size()) {
+        return false;
+    }
     for (std::size_t i = 0; i < theirs.entries.size(); ++i) {
         const orvantis::ChunkPlace place = ours.entries().placeOf(i);
         const fuzz::PeerEntry& entry = theirs.entries[i];
@@ -72,16 +76,20 @@ bool sameEntries(const AviStream& ours, const PeerStream& theirs) {
 
 void compare(const AviStream& ours, const PeerStream& theirs, std::uint64_t fileSize) {
     const auto demand = [&](bool same, Compared what, const char* name) {
-        if (!same) settle({what, &ours, &theirs, fileSize}, name);
+        if (!same) {
+            settle({what, &ours, &theirs, fileSize}, name);
+        }
     };
-    demand(sameKind(ours, theirs), Compared::kind, "kind of a stream");
-    if (!sameKind(ours, theirs)) return;
-    if (theirs.kind == PeerStream::Kind::video) {
-        demand(sameRate(ours, theirs), Compared::rate, "rate of a video");
-        demand(samePicture(ours, theirs), Compared::picture, "picture of a video");
-        demand(sameEntries(ours, theirs), Compared::entries, "index of a video");
+    demand(sameKind(ours, theirs), Compared::kKind, "kind of a stream");
+    if (!sameKind(ours, theirs)) {
+        return;
+    }
+    if (theirs.kind == PeerStream::Kind::kVideo) {
+        demand(sameRate(ours, theirs), Compared::kRate, "rate of a video");
+        demand(samePicture(ours, theirs), Compared::kPicture, "picture of a video");
+        demand(sameEntries(ours, theirs), Compared::kEntries, "index of a video");
     } else {
-        demand(sameSound(ours, theirs), Compared::sound, "format of a sound");
+        demand(sameSound(ours, theirs), Compared::kSound, "format of a sound");
     }
 }
 
@@ -89,20 +97,24 @@ void compare(const AviStream& ours, const PeerStream& theirs, std::uint64_t file
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::span<const std::uint8_t> input(data, size);
-    if (!fuzz::isPlain(fuzz::readTree(input))) return 0;
+    if (!fuzz::isPlain(fuzz::readTree(input))) {
+        return 0;
+    }
     orvantis::test::MemoryFile file(input);
     AviReader reader;
     const bool usable = reader.parse(file, false);
     FUZZ_CHECK(usable);  // a plain file is usable
     const auto peer = fuzz::readAsPeer(input);
     if (!peer) {
-        settle({Compared::acceptance, nullptr, nullptr, size}, "the peer refuses the file");
+        settle({Compared::kAcceptance, nullptr, nullptr, size}, "the peer refuses the file");
         return 0;
     }
     if (peer->size() != reader.streams.size()) {
-        settle({Compared::streamCount, nullptr, nullptr, size}, "number of streams");
+        settle({Compared::kStreamCount, nullptr, nullptr, size}, "number of streams");
         return 0;
     }
-    for (std::size_t i = 0; i < peer->size(); ++i) compare(*reader.streams[i], (*peer)[i], size);
+    for (std::size_t i = 0; i < peer->size(); ++i) {
+        compare(*reader.streams[i], (*peer)[i], size);
+    }
     return 0;
 }

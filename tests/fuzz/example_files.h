@@ -21,9 +21,10 @@ inline orvantis::test::AviBuilder exampleBuilder(orvantis::test::OpenDml kind) {
 
 inline std::vector<orvantis::test::Bytes> exampleFiles() {
     using orvantis::test::OpenDml;
-    return {exampleBuilder(OpenDml::none).build(), exampleBuilder(OpenDml::none).chunksPerRecList(2).build(),
-            exampleBuilder(OpenDml::standardIndex).build(),
-            exampleBuilder(OpenDml::superIndex).chunksPerForm(4).entriesPerStandardIndex(2).junk(40).build()};
+    return {
+        exampleBuilder(OpenDml::kNone).build(), exampleBuilder(OpenDml::kNone).chunksPerRecList(2).build(),
+        exampleBuilder(OpenDml::kStandardIndex).build(),
+        exampleBuilder(OpenDml::kSuperIndex).chunksPerForm(4).entriesPerStandardIndex(2).junk(40).build()};
 }
 
 }  // namespace fuzz

@@ -27,7 +27,9 @@ int distanceFromTolerance(Wide an, Wide ad, Wide bn, Wide bd) {
     const Wide gap = difference - scale;
     // Doubles of the size of |a| carry an error of about |a| / 2^52, so that much on either side is theirs.
     const Wide doubt = (magnitude(an * bd) * 100 >> 48) + 1;
-    if (magnitude(gap) <= doubt) return 0;
+    if (magnitude(gap) <= doubt) {
+        return 0;
+    }
     return gap < 0 ? -1 : 1;
 }
 
@@ -44,10 +46,14 @@ void checkSanitised(std::int32_t rate, std::int32_t scale) {
     const Wide bottom = magnitude(scale);
     const Wide size = (2 * top + bottom) / (2 * bottom);
     const Wide rounded = (rate < 0) != (scale < 0) ? -size : size;
-    if (size > std::numeric_limits<std::int32_t>::max() / 1000) return;  // beyond 32 bits: wraps as it does
+    if (size > std::numeric_limits<std::int32_t>::max() / 1000) {
+        return;  // beyond 32 bits: wraps as it does
+    }
     const int whole = distanceFromTolerance(rate, scale, rounded, 1);
     const int drop = distanceFromTolerance(rate, scale, rounded * 1000, 1001);
-    if (whole == 0 || drop == 0) return;
+    if (whole == 0 || drop == 0) {
+        return;
+    }
     Wide numerator = rate;
     Wide denominator = scale;
     if (whole < 0) {
@@ -62,9 +68,13 @@ void checkSanitised(std::int32_t rate, std::int32_t scale) {
 
 void checkLimited(FrameRate rate, std::int64_t frames) {
     const FrameRate result = orvantis::limitDuration(rate, frames);
-    if (rate.denominator <= 0 || frames < 0) return;  // wraps, and cannot come from a list of chunks
+    if (rate.denominator <= 0 || frames < 0) {
+        return;  // wraps, and cannot come from a list of chunks
+    }
     const Wide duration = Wide{rate.denominator} * frames;
-    if (duration > std::numeric_limits<std::int64_t>::max()) return;
+    if (duration > std::numeric_limits<std::int64_t>::max()) {
+        return;
+    }
     if (duration <= kMaxHostDuration) {
         FUZZ_CHECK(result == rate);
         return;
@@ -80,7 +90,9 @@ void checkIndex(std::int64_t time, FrameRate rate, std::int64_t ticks) {
     std::uint32_t expected = std::numeric_limits<std::uint32_t>::max();
     if (rate.numerator != 0) {
         const Wide ticksPerFrame = Wide{rate.denominator} * ticks / rate.numerator;
-        if (ticksPerFrame != 0) expected = static_cast<std::uint32_t>(Wide{time} / ticksPerFrame);
+        if (ticksPerFrame != 0) {
+            expected = static_cast<std::uint32_t>(Wide{time} / ticksPerFrame);
+        }
     }
     FUZZ_CHECK(orvantis::frameIndexOfTime(time, rate, ticks) == expected);
 }

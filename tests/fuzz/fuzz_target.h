@@ -29,7 +29,9 @@ class Numbers {
         static_assert(std::is_integral_v<Number>);
         Number number = 0;
         const std::size_t count = m_rest.size() < sizeof(number) ? m_rest.size() : sizeof(number);
-        if (count != 0) std::memcpy(&number, m_rest.data(), count);
+        if (count != 0) {
+            std::memcpy(&number, m_rest.data(), count);
+        }
         m_rest = m_rest.subspan(count);
         return number;
     }
@@ -47,7 +49,8 @@ class Numbers {
 }  // namespace fuzz
 
 /// Ends the process, which the fuzzer takes for a find.
-#define FUZZ_CHECK(condition)                                         \
-    do {                                                              \
-        if (!(condition)) fuzz::fail(#condition, __FILE__, __LINE__); \
+#define FUZZ_CHECK(condition)                           \
+    do {                                                \
+        if (!(condition))                               \
+            fuzz::fail(#condition, __FILE__, __LINE__); \
     } while (false)

@@ -35,7 +35,7 @@ void putFile(const std::string& name, const Bytes& bytes) {
     put("rescue_fuzzer", name, bytes);
 }
 
-AviBuilder clip(OpenDml kind = OpenDml::none, std::uint32_t audioStreams = 1) {
+AviBuilder clip(OpenDml kind = OpenDml::kNone, std::uint32_t audioStreams = 1) {
     clips::Shape shape;
     shape.frames = 3;
     shape.audioStreams = audioStreams;
@@ -45,17 +45,19 @@ AviBuilder clip(OpenDml kind = OpenDml::none, std::uint32_t audioStreams = 1) {
 
 void honestFiles() {
     putFile("plain", clip().build());
-    putFile("standard-index", clip(OpenDml::standardIndex).build());
-    putFile("super-index", clip(OpenDml::superIndex).build());
-    putFile("super-index-only", clip(OpenDml::superIndex).idx1(false).build());
-    putFile("forms", clip(OpenDml::superIndex).chunksPerForm(2).entriesPerStandardIndex(1).build());
+    putFile("standard-index", clip(OpenDml::kStandardIndex).build());
+    putFile("super-index", clip(OpenDml::kSuperIndex).build());
+    putFile("super-index-only", clip(OpenDml::kSuperIndex).idx1(false).build());
+    putFile("forms", clip(OpenDml::kSuperIndex).chunksPerForm(2).entriesPerStandardIndex(1).build());
     putFile("rec-lists", clip().chunksPerRecList(2).build());
     putFile("absolute-offsets", clip().absoluteIdx1Offsets(true).build());
     putFile("no-index", clip().idx1(false).build());
-    putFile("number-first", clip(OpenDml::superIndex).indexNumberFirst(true).junk(40).build());
-    putFile("three-sounds", clip(OpenDml::superIndex, 3).build());
+    putFile("number-first", clip(OpenDml::kSuperIndex).indexNumberFirst(true).junk(40).build());
+    putFile("three-sounds", clip(OpenDml::kSuperIndex, 3).build());
     AviBuilder empty = clip();
-    for (int i = 0; i < 4; ++i) empty.addChunk(0, {}).addChunk(1, {});
+    for (int i = 0; i < 4; ++i) {
+        empty.addChunk(0, {}).addChunk(1, {});
+    }
     putFile("empty-chunks", empty.addChunk(0, clips::codedPicture(7)).build());
     AviBuilder none;
     none.addStream(orvantis::test::videoStream("O8Y2", 16, 4, 25, 1));
@@ -81,13 +83,15 @@ void honestFiles() {
 }
 
 void patch(Bytes& bytes, std::size_t at, std::uint32_t value) {
-    for (std::size_t i = 0; i < 4; ++i) bytes.at(at + i) = static_cast<std::uint8_t>(value >> (8 * i));
+    for (std::size_t i = 0; i < 4; ++i) {
+        bytes.at(at + i) = static_cast<std::uint8_t>(value >> (8 * i));
+    }
 }
 
 void lyingFiles() {
     for (const std::uint32_t size : {0U, 1U, 0x7FFFFFF0U, 0xFFFFFFF7U, 0xFFFFFFFFU}) {
         const std::string suffix = "-" + std::to_string(size);
-        AviBuilder avi = clip(OpenDml::superIndex);
+        AviBuilder avi = clip(OpenDml::kSuperIndex);
         const Bytes bytes = avi.build();
         const std::pair<const char*, std::uint64_t> places[] = {
             {"riff", 0},
@@ -127,12 +131,16 @@ RiffBuilder& openStream(RiffBuilder& riff) {
 void oddStructures() {
     RiffBuilder nested;
     openHeaders(nested);
-    for (int i = 0; i < 70; ++i) nested.beginList("LIST", "strl");
+    for (int i = 0; i < 70; ++i) {
+        nested.beginList("LIST", "strl");
+    }
     putFile("nested-lists", nested.take());
 
     RiffBuilder overlapping;
     openHeaders(overlapping);
-    for (int i = 0; i < 20; ++i) overlapping.code("LIST").u32(0xFFFFFFFF).code("strl").u32(4).u32(0);
+    for (int i = 0; i < 20; ++i) {
+        overlapping.code("LIST").u32(0xFFFFFFFF).code("strl").u32(4).u32(0);
+    }
     putFile("overlapping-lists", overlapping.take());
 
     // A super index that names itself, and one that names another eight deep.
@@ -171,8 +179,12 @@ void streamFormats() {
     const auto putFormat = [](const std::string& name, const StreamPlan& plan, std::uint32_t size) {
         RiffBuilder out;
         out.u8(3);
-        for (int i = 0; i < 7; ++i) out.u16(static_cast<std::uint16_t>(i * 200)).u16(i == 1 ? 0 : 200);
-        for (int i = 0; i < 5; ++i) out.u64(static_cast<std::uint64_t>(i) * 25).u32(size);
+        for (int i = 0; i < 7; ++i) {
+            out.u16(static_cast<std::uint16_t>(i * 200)).u16(i == 1 ? 0 : 200);
+        }
+        for (int i = 0; i < 5; ++i) {
+            out.u64(static_cast<std::uint64_t>(i) * 25).u32(size);
+        }
         out.u32(0);
         out.u32(plan.type)
             .u32(plan.handler)

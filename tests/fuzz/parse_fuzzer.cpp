@@ -75,10 +75,14 @@ void checkPosition(const AviStream& stream, std::uint64_t position) {
 // What nearestWithData() says, by going through the list.
 std::int64_t plainNearest(const ChunkList& entries, std::size_t at, std::int64_t frameCount) {
     for (std::size_t i = at; i-- > 0;) {
-        if (entries[i].size != 0) return static_cast<std::int64_t>(i);
+        if (entries[i].size != 0) {
+            return static_cast<std::int64_t>(i);
+        }
     }
     for (std::size_t i = 1; i < entries.size() && static_cast<std::int64_t>(i) < frameCount; ++i) {
-        if (entries[i].size != 0) return static_cast<std::int64_t>(i);
+        if (entries[i].size != 0) {
+            return static_cast<std::int64_t>(i);
+        }
     }
     return -1;
 }
@@ -122,10 +126,10 @@ void checkFrames(MemoryFile& file, const AviStream& stream) {
         const orvantis::FrameChunkRead result =
             orvantis::readFrameChunk(file, stream, i, static_cast<std::int64_t>(entries), chunk);
         FUZZ_CHECK(result.substitute.has_value() ==
-                   (stream.entries()[i].size == 0 && result.outcome != Outcome::noneWithData));
-        FUZZ_CHECK(result.failure.empty() == (result.outcome != Outcome::failed));
+                   (stream.entries()[i].size == 0 && result.outcome != Outcome::kNoneWithData));
+        FUZZ_CHECK(result.failure.empty() == (result.outcome != Outcome::kFailed));
         FUZZ_CHECK(chunk.buffer.capacity() <= file.bytes().size());
-        if (result.outcome == Outcome::read && stream.entries()[i].size != 0) {
+        if (result.outcome == Outcome::kRead && stream.entries()[i].size != 0) {
             FUZZ_CHECK(chunk.bytes == stream.entries()[i].size);
             FUZZ_CHECK(std::memcmp(chunk.buffer.data(), file.bytes().data() + stream.entries()[i].offset,
                                    chunk.bytes) == 0);
@@ -164,7 +168,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     FUZZ_CHECK(second.parse(file, false) == usable);  // starts from nothing
     checkSame(reader, second);
 
-    if (!usable) return 0;
+    if (!usable) {
+        return 0;
+    }
     for (const auto& stream : reader.streams) {
         checkLookups(*stream);
         checkFrames(file, *stream);

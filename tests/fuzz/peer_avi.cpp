@@ -21,7 +21,9 @@ int readSource(void* opaque, std::uint8_t* buffer, int count) {
     auto& source = *static_cast<Source*>(opaque);
     const auto size = static_cast<std::int64_t>(source.file.size());
     const std::int64_t take = std::min<std::int64_t>(count, size - std::min(source.at, size));
-    if (take <= 0) return AVERROR_EOF;
+    if (take <= 0) {
+        return AVERROR_EOF;
+    }
     std::memcpy(buffer, source.file.data() + source.at, static_cast<std::size_t>(take));
     source.at += take;
     return static_cast<int>(take);
@@ -30,10 +32,18 @@ int readSource(void* opaque, std::uint8_t* buffer, int count) {
 std::int64_t seekSource(void* opaque, std::int64_t offset, int whence) {
     auto& source = *static_cast<Source*>(opaque);
     const auto size = static_cast<std::int64_t>(source.file.size());
-    if (whence == AVSEEK_SIZE) return size;
-    if (whence == SEEK_CUR) offset += source.at;
-    if (whence == SEEK_END) offset += size;
-    if (offset < 0) return AVERROR(EINVAL);
+    if (whence == AVSEEK_SIZE) {
+        return size;
+    }
+    if (whence == SEEK_CUR) {
+        offset += source.at;
+    }
+    if (whence == SEEK_END) {
+        offset += size;
+    }
+    if (offset < 0) {
+        return AVERROR(EINVAL);
+    }
     return source.at = offset;
 }
 
@@ -48,8 +58,12 @@ struct Closer {
 PeerStream describe(AVStream& from) {
     PeerStream stream;
     const AVCodecParameters& parameters = *from.codecpar;
-    if (parameters.codec_type == AVMEDIA_TYPE_VIDEO) stream.kind = PeerStream::Kind::video;
-    if (parameters.codec_type == AVMEDIA_TYPE_AUDIO) stream.kind = PeerStream::Kind::audio;
+    if (parameters.codec_type == AVMEDIA_TYPE_VIDEO) {
+        stream.kind = PeerStream::Kind::kVideo;
+    }
+    if (parameters.codec_type == AVMEDIA_TYPE_AUDIO) {
+        stream.kind = PeerStream::Kind::kAudio;
+    }
     stream.tag = parameters.codec_tag;
     stream.width = parameters.width;
     stream.height = parameters.height;
@@ -76,10 +90,14 @@ std::optional<std::vector<PeerStream>> readAsPeer(std::span<const std::uint8_t> 
     AVFormatContext* opened = avformat_alloc_context();
     opened->pb = io.get();
     // By its name: what a file looks like is not the question.
-    if (avformat_open_input(&opened, "", av_find_input_format("avi"), nullptr) < 0) return {};
+    if (avformat_open_input(&opened, "", av_find_input_format("avi"), nullptr) < 0) {
+        return {};
+    }
     const std::unique_ptr<AVFormatContext, Closer> context(opened);
     std::vector<PeerStream> streams;
-    for (unsigned i = 0; i < opened->nb_streams; ++i) streams.push_back(describe(*opened->streams[i]));
+    for (unsigned i = 0; i < opened->nb_streams; ++i) {
+        streams.push_back(describe(*opened->streams[i]));
+    }
     return streams;
 }
 

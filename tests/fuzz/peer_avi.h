@@ -15,8 +15,8 @@ struct PeerEntry {
 };
 
 struct PeerStream {
-    enum class Kind { video, audio, other };
-    Kind kind = Kind::other;
+    enum class Kind { kVideo, kAudio, kOther };
+    Kind kind = Kind::kOther;
     std::uint32_t tag = 0;  ///< compression, or format tag
     int width = 0;
     int height = 0;

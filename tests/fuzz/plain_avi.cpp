@@ -25,10 +25,16 @@ bool isPlainStream(const ChunkNode& strl) {
     }
     const Bytes& header = strl.children[0].data;
     const Bytes& format = strl.children[1].data;
-    if (header.size() != 56) return false;
+    if (header.size() != 56) {
+        return false;
+    }
     const std::uint64_t type = numberAt(header, 0, 4);
-    if (type == riffCode("vids")) return format.size() >= 40 && numberAt(format, 0, 4) == 40;
-    if (type == riffCode("auds")) return format.size() >= 16;
+    if (type == riffCode("vids")) {
+        return format.size() >= 40 && numberAt(format, 0, 4) == 40;
+    }
+    if (type == riffCode("auds")) {
+        return format.size() >= 16;
+    }
     return false;
 }
 
@@ -41,15 +47,21 @@ bool isPlainHeader(const ChunkNode& hdrl) {
         const ChunkNode& node = hdrl.children[i];
         const bool known = node.isList ? node.type == riffCode("strl") || node.type == riffCode("odml")
                                        : node.id == riffCode("JUNK");
-        if (!known || (node.isList && node.id != riffCode("LIST"))) return false;
-        if (node.type == riffCode("strl") && !isPlainStream(node)) return false;
+        if (!known || (node.isList && node.id != riffCode("LIST"))) {
+            return false;
+        }
+        if (node.type == riffCode("strl") && !isPlainStream(node)) {
+            return false;
+        }
     }
     return true;
 }
 
 bool isPlainMovi(const ChunkNode& movi) {
     return std::all_of(movi.children.begin(), movi.children.end(), [](const ChunkNode& node) {
-        if (node.isList) return node.id == riffCode("LIST") && node.type == riffCode("rec ");
+        if (node.isList) {
+            return node.id == riffCode("LIST") && node.type == riffCode("rec ");
+        }
         const std::uint32_t first = node.id & 0xFFU;
         return (first >= '0' && first <= '9') || first == 'i' || node.id == riffCode("JUNK");
     });
@@ -62,21 +74,35 @@ bool isPlain(const ChunkTree& tree) {
     forEachChunk(tree.root, [&](const ChunkNode& node) {
         whole = whole && !node.claim && (!node.isList || node.data.empty());
     });
-    if (!whole) return false;
+    if (!whole) {
+        return false;
+    }
     const ChunkNode& form = tree.root.children.front();
-    if (form.id != riffCode("RIFF") || form.type != riffCode("AVI ")) return false;
+    if (form.id != riffCode("RIFF") || form.type != riffCode("AVI ")) {
+        return false;
+    }
     for (std::size_t i = 1; i < tree.root.children.size(); ++i) {
         const ChunkNode& other = tree.root.children[i];
-        if (other.id != riffCode("RIFF") || other.type != riffCode("AVIX")) return false;
+        if (other.id != riffCode("RIFF") || other.type != riffCode("AVIX")) {
+            return false;
+        }
     }
     std::uint32_t place = 0;
     for (const ChunkNode& node : form.children) {
         const std::uint32_t code = node.isList ? node.type : node.id;
-        if (code == riffCode("JUNK") || code == riffCode("INFO")) continue;
+        if (code == riffCode("JUNK") || code == riffCode("INFO")) {
+            continue;
+        }
         constexpr std::uint32_t kOrder[] = {riffCode("hdrl"), riffCode("movi"), riffCode("idx1")};
-        if (place >= 3 || code != kOrder[place] || node.id == riffCode("RIFF")) return false;
-        if (place == 0 && !isPlainHeader(node)) return false;
-        if (place == 1 && !isPlainMovi(node)) return false;
+        if (place >= 3 || code != kOrder[place] || node.id == riffCode("RIFF")) {
+            return false;
+        }
+        if (place == 0 && !isPlainHeader(node)) {
+            return false;
+        }
+        if (place == 1 && !isPlainMovi(node)) {
+            return false;
+        }
         ++place;
     }
     return place >= 2;

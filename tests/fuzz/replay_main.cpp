@@ -22,7 +22,9 @@ std::vector<fs::path> filesOf(int count, char** arguments) {
             continue;
         }
         for (const fs::directory_entry& entry : fs::recursive_directory_iterator(path)) {
-            if (entry.is_regular_file() && entry.path().extension() != ".md") files.push_back(entry.path());
+            if (entry.is_regular_file() && entry.path().extension() != ".md") {
+                files.push_back(entry.path());
+            }
         }
     }
     std::sort(files.begin(), files.end());

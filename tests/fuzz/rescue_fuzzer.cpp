@@ -33,7 +33,9 @@ void checkFound(const ClipScan& scan) {
         FUZZ_CHECK(stretch.place.end <= scan.fileSize);
         last = stretch.place.end;
         bytes += stretch.place.bytes();
-        while (next < scan.chunks.size() && scan.chunks[next].end() <= stretch.place.begin) ++next;
+        while (next < scan.chunks.size() && scan.chunks[next].end() <= stretch.place.begin) {
+            ++next;
+        }
         FUZZ_CHECK(next == scan.chunks.size() || scan.chunks[next].offset() - 8 >= stretch.place.end);
     }
     FUZZ_CHECK(scan.damagedCount > scan.damaged.size() || scan.damagedBytes == bytes);
@@ -104,7 +106,9 @@ void rescueAll(std::span<const std::uint8_t> input) {
     FUZZ_CHECK(file.bytesRead <= (std::uint64_t{1} << 20) + 2048 * input.size());
     FUZZ_CHECK(!scan.headers.fault.empty() || last == input.size());
     checkFound(scan);
-    if (scan.chunks.empty()) return;
+    if (scan.chunks.empty()) {
+        return;
+    }
     (void)checkIndexes(file, scan);
     const std::vector<ChunkFact> found = foundChunks(scan);
     checkNewFile(file, bytes, scan);

@@ -71,7 +71,9 @@ class RunningHost {
         return options;
     }
     void check(bool good) const {
-        if (good) return;
+        if (good) {
+            return;
+        }
         std::fprintf(stderr, "%s\n", m_host.report().c_str());
         FUZZ_CHECK(good);
     }
@@ -97,10 +99,13 @@ struct World {
 };
 
 bool isDocumented(const simhost::SessionStep& step) {
-    if (step.name.starts_with("ai"))
+    if (step.name.starts_with("ai")) {
         return step.result >= host::aiNoError && step.result <= host::aiUnknownError;
+    }
     // What a host asks by mistake is answered by the guard: no format list at all.
-    if (step.name == "imGetSourceVideo" && step.result == host::kUnhandledException) return true;
+    if (step.name == "imGetSourceVideo" && step.result == host::kUnhandledException) {
+        return true;
+    }
     return std::find(kImporterAnswers.begin(), kImporterAnswers.end(), step.result) != kImporterAnswers.end();
 }
 
@@ -127,7 +132,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     FUZZ_CHECK(orvantis::test::counted().peak <= fuzz::memoryBound(size));
 
     for (const simhost::SessionStep& step : summary.steps) {
-        if (isDocumented(step)) continue;
+        if (isDocumented(step)) {
+            continue;
+        }
         std::fprintf(stderr, "%s answered %d\n", step.name.c_str(), step.result);
         FUZZ_CHECK(isDocumented(step));
     }

@@ -46,7 +46,9 @@ void video(World& world, const AviStream& stream, std::int64_t time) {
     const host::ImporterResult result = info.analyseFormat(stream);
     FUZZ_CHECK(result == host::ImporterResult::imNoErr || result == host::ImporterResult::imBadFile ||
                result == host::ImporterResult::imOtherErr);
-    if (result != host::ImporterResult::imNoErr) return;
+    if (result != host::ImporterResult::imNoErr) {
+        return;
+    }
     info.analyseTiming();
     FUZZ_CHECK(info.width() > 0 && info.height() > 0);
     FUZZ_CHECK(info.numFrames() == static_cast<std::int64_t>(stream.entries().size()));
@@ -67,7 +69,9 @@ void request(orvantis::AudioInfo& info, std::int64_t position, std::uint32_t siz
         channel.shrink_to_fit();
         buffers.push_back(channel.data());
     }
-    if (missingOne && !buffers.empty()) buffers.front() = nullptr;
+    if (missingOne && !buffers.empty()) {
+        buffers.front() = nullptr;
+    }
     host::imImportAudioRec7 record{};
     record.position = position;
     record.size = size;
@@ -75,7 +79,9 @@ void request(orvantis::AudioInfo& info, std::int64_t position, std::uint32_t siz
     const host::ImporterResult result = info.importAudio(record);
     FUZZ_CHECK(result == host::ImporterResult::imNoErr ||
                result == host::ImporterResult::imDecompressionError);
-    if (result != host::ImporterResult::imNoErr || !info.valid()) return;
+    if (result != host::ImporterResult::imNoErr || !info.valid()) {
+        return;
+    }
     for (std::size_t c = missingOne ? 1 : 0; c < samples.size(); ++c) {
         FUZZ_CHECK(std::find(samples[c].begin(), samples[c].end(), kUntouched) == samples[c].end());
     }
@@ -98,7 +104,9 @@ void sound(World& world, const AviStream& stream, orvantis::test::MemoryFile& fi
     const host::ImporterResult labelled = info.getChannelLayout(layout);
     FUZZ_CHECK(labelled ==
                (info.valid() ? host::ImporterResult::imNoErr : host::ImporterResult::imUnsupported));
-    if (!info.valid()) return;
+    if (!info.valid()) {
+        return;
+    }
     for (int i = 0; i < 3; ++i) {
         const auto position = numbers.take<std::int64_t>();
         // Up to where 65,535 bytes a sample frame come to more than 32 bits, as long as what is left is
@@ -106,7 +114,9 @@ void sound(World& world, const AviStream& stream, orvantis::test::MemoryFile& fi
         const std::uint32_t size = numbers.take<std::uint32_t>() % 70'000;
         const std::uint32_t bytes = info.format().nBlockAlign * size;
         const std::uint64_t floats = std::uint64_t{info.format().nChannels} * size;
-        if (bytes > 500'000 || floats > 140'000) continue;
+        if (bytes > 500'000 || floats > 140'000) {
+            continue;
+        }
         request(info, position, size, (size & 1) != 0);
         request(info, -1, std::min<std::uint32_t>(size, 10), false);
     }
@@ -138,7 +148,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const auto format = numbers.rest();
 
     AviStream stream(0);
-    if (!header.empty()) std::memcpy(&stream.header, header.data(), header.size());
+    if (!header.empty()) {
+        std::memcpy(&stream.header, header.data(), header.size());
+    }
     stream.format.assign(format.begin(), format.end());
     fuzz::Numbers list(lengths.data(), lengths.size());
     layOut(stream, list, chunks);

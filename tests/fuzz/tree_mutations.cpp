@@ -44,7 +44,9 @@ std::vector<Seat> allSeats(ChunkTree& tree) {
 std::vector<ChunkNode*> listsOf(ChunkTree& tree) {
     std::vector<ChunkNode*> lists{&tree.root};
     forEachChunk(tree.root, [&](ChunkNode& node) {
-        if (node.isList) lists.push_back(&node);
+        if (node.isList) {
+            lists.push_back(&node);
+        }
     });
     return lists;
 }
@@ -61,7 +63,9 @@ void removeSeat(const Seat& seat) {
 
 int levelsBelow(const ChunkNode& node) {
     int levels = 0;
-    for (const ChunkNode& child : node.children) levels = std::max(levels, levelsBelow(child));
+    for (const ChunkNode& child : node.children) {
+        levels = std::max(levels, levelsBelow(child));
+    }
     return levels + (node.isList ? 1 : 0);
 }
 
@@ -74,7 +78,9 @@ bool isTooDeep(const ChunkTree& tree) {
 template <class Change>
 bool within(ChunkTree& tree, const Change& change) {
     ChunkTree changed = tree;
-    if (!change(changed) || isTooDeep(changed)) return false;
+    if (!change(changed) || isTooDeep(changed)) {
+        return false;
+    }
     tree = std::move(changed);
     return true;
 }
@@ -124,7 +130,9 @@ std::uint64_t oddWideNumber(std::uint64_t truth, Dice& dice) {
 
 bool claimSize(ChunkTree& tree, Dice& dice) {
     const std::vector<Seat> seats = allSeats(tree);
-    if (seats.empty()) return false;
+    if (seats.empty()) {
+        return false;
+    }
     ChunkNode& node = dice.of(seats).node();
     const auto truth = static_cast<std::uint32_t>(bytesOf(node, true) - 8);
     node.claim = oddNumber(truth, dice);
@@ -142,7 +150,9 @@ bool trueSizes(ChunkTree& tree, Dice&) {
 
 bool changeCode(ChunkTree& tree, Dice& dice) {
     const auto seats = seatsOf(tree, [](const ChunkNode& node) { return !node.isList; });
-    if (seats.empty()) return false;
+    if (seats.empty()) {
+        return false;
+    }
     ChunkNode& node = dice.of(seats).node();
     if (dice.oneIn(2)) {
         node.id = dice.of(kChunkCodes);
@@ -155,9 +165,13 @@ bool changeCode(ChunkTree& tree, Dice& dice) {
 
 bool changeType(ChunkTree& tree, Dice& dice) {
     const auto seats = seatsOf(tree, [](const ChunkNode& node) { return node.isList; });
-    if (seats.empty()) return false;
+    if (seats.empty()) {
+        return false;
+    }
     ChunkNode& node = dice.of(seats).node();
-    if (dice.oneIn(4)) node.id = node.id == riffCode("RIFF") ? riffCode("LIST") : riffCode("RIFF");
+    if (dice.oneIn(4)) {
+        node.id = node.id == riffCode("RIFF") ? riffCode("LIST") : riffCode("RIFF");
+    }
     node.type = dice.of(kListTypes);
     return true;
 }
@@ -167,7 +181,9 @@ bool changeType(ChunkTree& tree, Dice& dice) {
 bool moveChunk(ChunkTree& tree, Dice& dice) {
     return within(tree, [&](ChunkTree& changed) {
         const std::vector<Seat> seats = allSeats(changed);
-        if (seats.empty()) return false;
+        if (seats.empty()) {
+            return false;
+        }
         const Seat seat = dice.of(seats);
         ChunkNode node = std::move(seat.node());
         removeSeat(seat);
@@ -179,7 +195,9 @@ bool moveChunk(ChunkTree& tree, Dice& dice) {
 bool duplicateChunk(ChunkTree& tree, Dice& dice) {
     return within(tree, [&](ChunkTree& changed) {
         const std::vector<Seat> seats = allSeats(changed);
-        if (seats.empty()) return false;
+        if (seats.empty()) {
+            return false;
+        }
         const Seat seat = dice.of(seats);
         ChunkNode copy = seat.node();
         renumber(changed, copy);
@@ -195,7 +213,9 @@ bool duplicateChunk(ChunkTree& tree, Dice& dice) {
 
 bool removeChunk(ChunkTree& tree, Dice& dice) {
     const std::vector<Seat> seats = allSeats(tree);
-    if (seats.empty()) return false;
+    if (seats.empty()) {
+        return false;
+    }
     removeSeat(dice.of(seats));
     return true;
 }
@@ -203,7 +223,9 @@ bool removeChunk(ChunkTree& tree, Dice& dice) {
 bool swapChunks(ChunkTree& tree, Dice& dice) {
     std::vector<ChunkNode*> lists = listsOf(tree);
     std::erase_if(lists, [](const ChunkNode* list) { return list->children.size() < 2; });
-    if (lists.empty()) return false;
+    if (lists.empty()) {
+        return false;
+    }
     ChunkNode& list = *dice.of(lists);
     const std::size_t at = dice.below(list.children.size() - 1);
     std::swap(list.children[at], list.children[at + 1 + dice.below(list.children.size() - at - 1)]);
@@ -214,7 +236,9 @@ bool wrapChunks(ChunkTree& tree, Dice& dice) {
     return within(tree, [&](ChunkTree& changed) {
         std::vector<ChunkNode*> lists = listsOf(changed);
         std::erase_if(lists, [](const ChunkNode* list) { return list->children.empty(); });
-        if (lists.empty()) return false;
+        if (lists.empty()) {
+            return false;
+        }
         ChunkNode& list = *dice.of(lists);
         const std::size_t first = dice.below(list.children.size());
         const std::size_t count = 1 + dice.below(list.children.size() - first);
@@ -234,7 +258,9 @@ bool wrapChunks(ChunkTree& tree, Dice& dice) {
 bool unwrapList(ChunkTree& tree, Dice& dice) {
     const auto seats =
         seatsOf(tree, [](const ChunkNode& node) { return node.isList && !node.children.empty(); });
-    if (seats.empty()) return false;
+    if (seats.empty()) {
+        return false;
+    }
     const Seat seat = dice.of(seats);
     const std::vector<ChunkNode> children = std::move(seat.node().children);
     removeSeat(seat);
@@ -246,7 +272,9 @@ bool unwrapList(ChunkTree& tree, Dice& dice) {
 // The second half of movi goes into a form of its own, as in files beyond the first gigabytes.
 bool splitForm(ChunkTree& tree, Dice& dice) {
     ChunkNode* const movi = findList(tree, riffCode("movi"));
-    if (movi == nullptr || movi->children.empty()) return false;
+    if (movi == nullptr || movi->children.empty()) {
+        return false;
+    }
     const std::size_t kept = dice.below(movi->children.size());
     const auto from = movi->children.begin() + static_cast<std::ptrdiff_t>(kept);
     ChunkNode rest;
@@ -285,7 +313,9 @@ bool insertChunk(ChunkTree& tree, Dice& dice) {
 
 bool resizeData(ChunkTree& tree, Dice& dice) {
     const auto seats = seatsOf(tree, [](const ChunkNode& node) { return !node.isList; });
-    if (seats.empty()) return false;
+    if (seats.empty()) {
+        return false;
+    }
     Bytes& data = dice.of(seats).node().data;
     const std::size_t before = data.size();
     switch (dice.below(4)) {
@@ -308,12 +338,16 @@ bool resizeData(ChunkTree& tree, Dice& dice) {
 bool rebuildOldIndex(ChunkTree& tree, Dice& dice) {
     auto seats = seatsOf(tree, [](const ChunkNode& node) { return node.id == riffCode("idx1"); });
     Bytes entries = makeOldIndex(tree);
-    if (entries.empty()) return false;
+    if (entries.empty()) {
+        return false;
+    }
     if (!seats.empty()) {
         dice.of(seats).node().data = std::move(entries);
         return true;
     }
-    if (tree.root.children.empty() || !tree.root.children.front().isList) return false;
+    if (tree.root.children.empty() || !tree.root.children.front().isList) {
+        return false;
+    }
     ChunkNode node;
     node.id = riffCode("idx1");
     node.number = tree.nextNumber++;
@@ -340,7 +374,9 @@ bool changeIndexEntry(ChunkTree& tree, Dice& dice) {
     const auto seats = seatsOf(tree, [](const ChunkNode& node) {
         return isAnyIndex(node) && node.data.size() >= firstEntryOf(node) + entryBytesOf(node);
     });
-    if (seats.empty()) return false;
+    if (seats.empty()) {
+        return false;
+    }
     ChunkNode& node = dice.of(seats).node();
     const std::size_t entryBytes = entryBytesOf(node);
     const std::size_t count = (node.data.size() - firstEntryOf(node)) / entryBytes;
@@ -359,7 +395,9 @@ bool changeIndexHeader(ChunkTree& tree, Dice& dice) {
     const auto seats = seatsOf(tree, [](const ChunkNode& node) {
         return isOpenDmlIndex(node) && node.data.size() >= kIndexHeaderBytes;
     });
-    if (seats.empty()) return false;
+    if (seats.empty()) {
+        return false;
+    }
     Bytes& data = dice.of(seats).node().data;
     switch (dice.below(5)) {
         case 0:
@@ -386,7 +424,9 @@ bool shuffleIndexEntries(ChunkTree& tree, Dice& dice) {
     const auto seats = seatsOf(tree, [](const ChunkNode& node) {
         return isAnyIndex(node) && node.data.size() >= firstEntryOf(node) + 2 * entryBytesOf(node);
     });
-    if (seats.empty()) return false;
+    if (seats.empty()) {
+        return false;
+    }
     ChunkNode& node = dice.of(seats).node();
     const std::size_t bytes = entryBytesOf(node);
     const std::size_t count = (node.data.size() - firstEntryOf(node)) / bytes;
@@ -448,7 +488,9 @@ bool changeHeaderField(ChunkTree& tree, Dice& dice) {
                std::any_of(kFields.begin(), kFields.end(),
                            [&](const Field& field) { return field.chunk == node.id; });
     });
-    if (seats.empty()) return false;
+    if (seats.empty()) {
+        return false;
+    }
     ChunkNode& node = dice.of(seats).node();
     const Field& any = dice.of(kFields);
     const Field& field =
@@ -468,7 +510,9 @@ bool changeHeaderField(ChunkTree& tree, Dice& dice) {
 
 bool changeStreamType(ChunkTree& tree, Dice& dice) {
     const auto seats = seatsOf(tree, [](const ChunkNode& node) { return node.id == riffCode("strh"); });
-    if (seats.empty()) return false;
+    if (seats.empty()) {
+        return false;
+    }
     constexpr std::array kTypes = {riffCode("vids"), riffCode("auds"), riffCode("txts")};
     putNumber(dice.of(seats).node().data, 0, 4, dice.of(kTypes));
     return true;
@@ -512,7 +556,9 @@ std::span<const TreeMutation> treeMutations() {
 bool takeChunkFrom(ChunkTree& tree, const ChunkTree& other, Dice& dice) {
     std::vector<const ChunkNode*> offers;
     forEachChunk(other.root, [&](const ChunkNode& node) { offers.push_back(&node); });
-    if (offers.empty()) return false;
+    if (offers.empty()) {
+        return false;
+    }
     return within(tree, [&](ChunkTree& changed) {
         ChunkNode copy = *dice.of(offers);
         renumber(changed, copy);

@@ -61,8 +61,9 @@ class PeFile {
         const std::uint32_t table = fileOffset(directory(0));
         const std::uint32_t addresses = fileOffset(at<std::uint32_t>(table + 28));
         std::uint32_t taken = 0;
-        for (std::uint32_t i = 0; i < at<std::uint32_t>(table + 20); ++i)
+        for (std::uint32_t i = 0; i < at<std::uint32_t>(table + 20); ++i) {
             taken += at<std::uint32_t>(addresses + 4 * i) != 0 ? 1U : 0U;
+        }
         return taken;
     }
 
@@ -89,7 +90,9 @@ class PeFile {
     template <class T>
     T at(std::uint32_t offset) const {
         T value{};
-        if (offset + sizeof(T) <= m_bytes.size()) std::memcpy(&value, m_bytes.data() + offset, sizeof(T));
+        if (offset + sizeof(T) <= m_bytes.size()) {
+            std::memcpy(&value, m_bytes.data() + offset, sizeof(T));
+        }
         return value;
     }
     std::uint32_t directory(std::uint32_t index) const {
@@ -125,7 +128,9 @@ class DataModule {
 
     Bytes resource(const wchar_t* type, WORD id) const {
         HRSRC found = FindResourceW(m_module, MAKEINTRESOURCEW(id), type);
-        if (found == nullptr) return {};
+        if (found == nullptr) {
+            return {};
+        }
         const auto* data = static_cast<const std::uint8_t*>(LockResource(LoadResource(m_module, found)));
         return Bytes(data, data + SizeofResource(m_module, found));
     }
@@ -138,7 +143,9 @@ std::string versionText(const Bytes& version, const wchar_t* name) {
     void* value = nullptr;
     UINT length = 0;
     const std::wstring path = std::wstring(L"\\StringFileInfo\\040904b0\\") + name;
-    if (!VerQueryValueW(version.data(), path.c_str(), &value, &length)) return {};
+    if (!VerQueryValueW(version.data(), path.c_str(), &value, &length)) {
+        return {};
+    }
     const std::wstring wide(static_cast<const wchar_t*>(value));
     return std::string(wide.begin(), wide.end());
 }

@@ -49,9 +49,13 @@ inline bool showsFrame(const simhost::Frame& frame, std::uint32_t index) {
                             frame.pixelFormat() == host::PrPixelFormat_XRGB_4444_8u;
     const std::size_t alpha = alphaFirst ? 0 : 3;
     const std::vector<std::uint8_t> picture = frame.picture();
-    if (picture.size() != 4u * kClipWidth * kClipHeight) return false;
+    if (picture.size() != 4u * kClipWidth * kClipHeight) {
+        return false;
+    }
     for (std::size_t i = 0; i < picture.size(); ++i) {
-        if (i % 4 != alpha && picture[i] != value) return false;
+        if (i % 4 != alpha && picture[i] != value) {
+            return false;
+        }
     }
     return true;
 }
@@ -63,7 +67,9 @@ class ServiceGate {
     ServiceGate(simhost::Host& host, simhost::Service service) {
         // The hook shares the state: a task may still pass it when the test is through with the gate.
         host.setHook([state = m_state, service](simhost::Service called) {
-            if (called == service) state->pass();
+            if (called == service) {
+                state->pass();
+            }
         });
     }
     ServiceGate(const ServiceGate&) = delete;

@@ -29,7 +29,9 @@ class AsyncCodecGate : public AsyncTest {
         ASSERT_NO_FATAL_FAILURE(openAsync());
     }
     void TearDown() override {
-        if (m_gate) m_gate->letThrough(100);
+        if (m_gate) {
+            m_gate->letThrough(100);
+        }
         AsyncTest::TearDown();
         m_gate.reset();
     }
@@ -68,7 +70,9 @@ class AsyncCodecGate : public AsyncTest {
     }
     /// Waits until a close is at work: further calls are turned away.
     void waitForClose() {
-        while (initiate(kClipFrames) != host::kUnhandledException) std::this_thread::yield();
+        while (initiate(kClipFrames) != host::kUnhandledException) {
+            std::this_thread::yield();
+        }
     }
     template <class Result>
     static bool isDone(std::future<Result>& future) {
@@ -98,7 +102,9 @@ TEST_F(AsyncCodecGate, OneFrameIsDecompressedAtATime) {
 TEST_F(AsyncCodecGate, AFlushFinishesTheFrameThatIsDecompressedAndBeginsNoOther) {
     orvantis::test::LogCapture log;
     open();
-    for (std::uint32_t i = 0; i < 7; ++i) ASSERT_EQ(initiate(i), host::aiNoError);
+    for (std::uint32_t i = 0; i < 7; ++i) {
+        ASSERT_EQ(initiate(i), host::aiNoError);
+    }
     ASSERT_TRUE(gate().arrived());
     auto flushed = flush();
     waitForFlush(log);
@@ -119,7 +125,9 @@ TEST_F(AsyncCodecGate, AFlushDoesNotWaitForAGetThatIsInFrontOfWhatItDrops) {
     open();
     auto waiting = get(0);
     ASSERT_TRUE(gate().arrived());
-    for (std::uint32_t i = 1; i < 7; ++i) ASSERT_EQ(initiate(i), host::aiNoError);
+    for (std::uint32_t i = 1; i < 7; ++i) {
+        ASSERT_EQ(initiate(i), host::aiNoError);
+    }
     EXPECT_EQ(async().flush(), host::aiNoError);
     EXPECT_FALSE(isDone(waiting));
     gate().letThrough();
@@ -132,7 +140,9 @@ TEST_F(AsyncCodecGate, AFlushDoesNotWaitForAGetThatIsInFrontOfWhatItDrops) {
 TEST_F(AsyncCodecGate, AGetTakesItsRequestOutOfTheMiddleAndAFlushDropsTheRest) {
     orvantis::test::LogCapture log;
     open();
-    for (std::uint32_t i = 0; i < 7; ++i) ASSERT_EQ(initiate(i), host::aiNoError);
+    for (std::uint32_t i = 0; i < 7; ++i) {
+        ASSERT_EQ(initiate(i), host::aiNoError);
+    }
     ASSERT_TRUE(gate().arrived());
     auto waiting = get(4);
     EXPECT_FALSE(isDone(waiting));
@@ -151,7 +161,9 @@ TEST_F(AsyncCodecGate, AGetTakesItsRequestOutOfTheMiddleAndAFlushDropsTheRest) {
 TEST_F(AsyncCodecGate, WhatAFlushDropsWritesNoLinesOfStepsThatDidNotRun) {
     orvantis::test::LogCapture log;
     open();
-    for (std::uint32_t i = 0; i < 3; ++i) ASSERT_EQ(initiate(i), host::aiNoError);
+    for (std::uint32_t i = 0; i < 3; ++i) {
+        ASSERT_EQ(initiate(i), host::aiNoError);
+    }
     ASSERT_TRUE(gate().arrived());
     auto flushed = flush();
     waitForFlush(log);
@@ -219,7 +231,9 @@ TEST_F(AsyncCodecGate, ASecondCloseNeitherWaitsForTheFirstNorDisturbsIt) {
 
 TEST_F(AsyncCodecGate, CloseFinishesTheFrameThatNobodyCollectsAndGivesItBack) {
     open();
-    for (std::uint32_t i = 0; i < 7; ++i) ASSERT_EQ(initiate(i), host::aiNoError);
+    for (std::uint32_t i = 0; i < 7; ++i) {
+        ASSERT_EQ(initiate(i), host::aiNoError);
+    }
     ASSERT_TRUE(gate().arrived());
     auto closed = close();
     waitForClose();
@@ -234,7 +248,9 @@ TEST_F(AsyncCodecGate, CloseFinishesTheFrameThatNobodyCollectsAndGivesItBack) {
 // A call that is inside gets its frame; what stands between is not decompressed first.
 TEST_F(AsyncCodecGate, CloseDropsWhatStandsInFrontOfAGetThatIsInside) {
     open();
-    for (std::uint32_t i = 0; i < 7; ++i) ASSERT_EQ(initiate(i), host::aiNoError);
+    for (std::uint32_t i = 0; i < 7; ++i) {
+        ASSERT_EQ(initiate(i), host::aiNoError);
+    }
     ASSERT_TRUE(gate().arrived());
     auto waiting = get(6);
     EXPECT_FALSE(isDone(waiting));

@@ -24,8 +24,9 @@ TEST_F(AsyncOverlap, TheNextFrameIsReadWhileOneIsDecompressed) {
     ASSERT_EQ(async().initiate(timeOf(1), anySize(kBgra)), host::aiNoError);
     // Frame 0 stands in the codec until it is let through below, so only reading ahead can bring these bytes.
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-    while (hooks->bytesRead < before + kFrameBytes && std::chrono::steady_clock::now() < deadline)
+    while (hooks->bytesRead < before + kFrameBytes && std::chrono::steady_clock::now() < deadline) {
         std::this_thread::yield();
+    }
     EXPECT_GE(hooks->bytesRead, before + kFrameBytes);
     EXPECT_FALSE(gate.anotherArrived()) << "read, but not decompressed";
     gate.letThrough(2);

@@ -34,7 +34,9 @@ TEST_F(AsyncSteps, BehindAFlushNoReadAndNoDecodeBegins) {
     std::atomic<int> frameReads = 0;
     orvantis::test::Latch reading(1), readOn(1);
     hooks->beforeRead = [&](std::uint64_t bytes) {
-        if (bytes != kFrameBytes || ++frameReads != 2) return;
+        if (bytes != kFrameBytes || ++frameReads != 2) {
+            return;
+        }
         reading.countDown();
         readOn.wait();
     };
@@ -42,11 +44,15 @@ TEST_F(AsyncSteps, BehindAFlushNoReadAndNoDecodeBegins) {
     openAsync();
     ASSERT_EQ(initiate(0), host::aiNoError);
     ASSERT_TRUE(gate.arrived());
-    for (std::uint32_t i = 1; i < 7; ++i) ASSERT_EQ(initiate(i), host::aiNoError);
+    for (std::uint32_t i = 1; i < 7; ++i) {
+        ASSERT_EQ(initiate(i), host::aiNoError);
+    }
     reading.wait();
     auto flushed = std::async(std::launch::async, [this] { return async().flush(); });
     for (bool seen = false; !seen; std::this_thread::yield()) {
-        for (const std::string& line : log.takeLines()) seen |= line.find("[OnFlush]") != std::string::npos;
+        for (const std::string& line : log.takeLines()) {
+            seen |= line.find("[OnFlush]") != std::string::npos;
+        }
     }
     EXPECT_EQ(flushed.wait_for(std::chrono::milliseconds(100)), std::future_status::timeout);
     readOn.countDown();
@@ -72,10 +78,12 @@ class AsyncSpares : public AsyncSteps {
     void start() { m_atStart = __sanitizer_get_current_allocated_bytes(); }
     /// All requests first, so that all of their buffers are in use at once.
     void playAtOnce(const simhost::AsyncClip& playing, std::uint32_t frames) {
-        for (std::uint32_t i = 0; i < frames; ++i)
+        for (std::uint32_t i = 0; i < frames; ++i) {
             ASSERT_EQ(playing.initiate(timeOf(i), anySize(kBgra)), host::aiNoError);
-        for (std::uint32_t i = 0; i < frames; ++i)
+        }
+        for (std::uint32_t i = 0; i < frames; ++i) {
             ASSERT_TRUE(playing.getFrame(timeOf(i), anySize(kBgra)).frame);
+        }
     }
 
  private:
@@ -83,7 +91,9 @@ class AsyncSpares : public AsyncSteps {
 };
 
 TEST_F(AsyncSpares, AreBoundedByTheirBytesAndFreedByAFlush) {
-    if (__sanitizer_get_current_allocated_bytes == nullptr) GTEST_SKIP() << "nobody counts the heap's bytes";
+    if (__sanitizer_get_current_allocated_bytes == nullptr) {
+        GTEST_SKIP() << "nobody counts the heap's bytes";
+    }
     constexpr std::uint32_t kFrames = 12;
     openAsync();
     orvantis::test::TempFolder folder;

@@ -75,33 +75,49 @@ void hostThread(simhost::Host& host, const simhost::AsyncClip& async, std::uint6
         const auto index = static_cast<std::uint32_t>(random() % (kClipFrames + 2));
         const host::PrTime time = simhost::firstTickOfFrame(index, 25, 1, host.ticksPerSecond());
         const auto wanted = anySize(formats[random() % 4]);
-        if (faults.any() && random() % 64 == 0) addFault(host, faults, random);
+        if (faults.any() && random() % 64 == 0) {
+            addFault(host, faults, random);
+        }
         const std::uint64_t what = random() % 100;
         std::int32_t result = host::aiNoError;
         if (what < 50) {
             result = async.initiate(time, wanted);
-            if (result != host::aiNoError && result != host::kUnhandledException) ++tally.wrong;
+            if (result != host::aiNoError && result != host::kUnhandledException) {
+                ++tally.wrong;
+            }
         } else if (what < 98) {
             const simhost::FrameAnswer answer = async.getFrame(time, wanted);
             result = answer.result;
             if (index >= kClipFrames) {
-                if (answer.frame) ++tally.wrong;
+                if (answer.frame) {
+                    ++tally.wrong;
+                }
                 ++tally.refused;
             } else if (result == host::aiNoError) {
-                if (!answer.frame || !showsFrame(*answer.frame, index)) ++tally.wrong;
+                if (!answer.frame || !showsFrame(*answer.frame, index)) {
+                    ++tally.wrong;
+                }
                 ++tally.delivered;
             } else {
-                if (answer.frame) ++tally.wrong;
+                if (answer.frame) {
+                    ++tally.wrong;
+                }
                 if (result == host::aiUnknownError) {
-                    if (!faults.any()) ++tally.wrong;
+                    if (!faults.any()) {
+                        ++tally.wrong;
+                    }
                     ++tally.failed;
                 }
             }
-            if (index >= kClipFrames && result != host::aiUnknownError && result != host::kUnhandledException)
+            if (index >= kClipFrames && result != host::aiUnknownError &&
+                result != host::kUnhandledException) {
                 ++tally.wrong;
+            }
         } else {
             result = async.flush();
-            if (result != host::aiNoError && result != host::kUnhandledException) ++tally.wrong;
+            if (result != host::aiNoError && result != host::kUnhandledException) {
+                ++tally.wrong;
+            }
         }
         // Turned away: the importer is closed.
         if (result == host::kUnhandledException) {
@@ -113,9 +129,9 @@ void hostThread(simhost::Host& host, const simhost::AsyncClip& async, std::uint6
 
 class AsyncStress : public AsyncTest {
  protected:
-    enum class Close { behindTheCalls, underTheCalls };
+    enum class Close { kBehindTheCalls, kUnderTheCalls };
 
-    void run(const Faults& faults, std::uint64_t usualOperations, Close close = Close::behindTheCalls) {
+    void run(const Faults& faults, std::uint64_t usualOperations, Close close = Close::kBehindTheCalls) {
         const std::uint64_t seed = numberFrom("ORVANTIS_STRESS_SEED", std::random_device{}());
         const std::uint64_t operations = numberFrom("ORVANTIS_STRESS_OPERATIONS", usualOperations);
         RecordProperty("seed", std::to_string(seed));
@@ -125,7 +141,7 @@ class AsyncStress : public AsyncTest {
         ASSERT_NO_FATAL_FAILURE(openClip());
 
         // Each with an importer of its own.
-        const std::uint64_t kRounds = close == Close::underTheCalls ? 40 : 10;
+        const std::uint64_t kRounds = close == Close::kUnderTheCalls ? 40 : 10;
         constexpr std::uint64_t kThreads = 4;
         const std::uint64_t each = operations / kRounds / kThreads;
         std::mt19937_64 random(seed);
@@ -145,19 +161,25 @@ class AsyncStress : public AsyncTest {
                     ++ended;
                 });
             }
-            if (close == Close::underTheCalls) {
-                while (tally.operations < closeAt && ended < kThreads) std::this_thread::yield();
+            if (close == Close::kUnderTheCalls) {
+                while (tally.operations < closeAt && ended < kThreads) {
+                    std::this_thread::yield();
+                }
                 EXPECT_EQ(async->call(host::aiClose, async->privateData()), host::aiNoError);
             }
-            for (std::thread& thread : threads) thread.join();
+            for (std::thread& thread : threads) {
+                thread.join();
+            }
             // What was not struck must not strike the next importer's opening.
             host().clearFaults();
-            if (faults.file != nullptr) faults.file->reads.failAt = faults.file->seeks.failAt = 0;
+            if (faults.file != nullptr) {
+                faults.file->reads.failAt = faults.file->seeks.failAt = 0;
+            }
         }
         EXPECT_EQ(tally.wrong.load(), 0u);
         EXPECT_GT(tally.delivered.load(), 0u);
         EXPECT_GT(tally.refused.load(), 0u);
-        if (close == Close::behindTheCalls) {
+        if (close == Close::kBehindTheCalls) {
             EXPECT_EQ(tally.late.load(), 0u);
             EXPECT_EQ(tally.operations.load(), each * kThreads * kRounds);
         } else {
@@ -209,7 +231,7 @@ TEST_F(AsyncStress, ClosingWhileEverythingFailsLeavesNothing) {
     orvantis::test::InstalledFileHooks hooks;
     faults.file = &*hooks;
 #endif
-    run(faults, 12'000, Close::underTheCalls);
+    run(faults, 12'000, Close::kUnderTheCalls);
 #ifndef _WIN32
     EXPECT_EQ(hooks->opened, hooks->closes);
 #endif
@@ -238,14 +260,22 @@ TEST_F(AsyncStress, ClosingUnderRunningCallsNeverHurts) {
                     const bool right =
                         answer.result == host::aiNoError && answer.frame && showsFrame(*answer.frame, index);
                     const bool late = answer.result == host::kUnhandledException && !answer.frame;
-                    if (!right && !late) ++wrong;
-                    if (late) return;
+                    if (!right && !late) {
+                        ++wrong;
+                    }
+                    if (late) {
+                        return;
+                    }
                 }
             });
         }
-        while (ready.load() < 3) std::this_thread::yield();
+        while (ready.load() < 3) {
+            std::this_thread::yield();
+        }
         EXPECT_EQ(async.call(host::aiClose, async.privateData()), host::aiNoError);
-        for (std::thread& thread : threads) thread.join();
+        for (std::thread& thread : threads) {
+            thread.join();
+        }
         ASSERT_EQ(wrong.load(), 0u);
     }
 }
@@ -267,12 +297,18 @@ TEST_F(AsyncStress, ImportersAreMadeAndClosedOnSeveralThreadsAtOnce) {
                 const bool made = async.creation().result == host::imNoErr;
                 const simhost::FrameAnswer answer =
                     made ? async.getFrame(timeOf(index), wanted) : simhost::FrameAnswer();
-                if (!answer.frame || !showsFrame(*answer.frame, index)) ++wrong;
-                if (async.flush() != host::aiNoError || async.close() != host::aiNoError) ++wrong;
+                if (!answer.frame || !showsFrame(*answer.frame, index)) {
+                    ++wrong;
+                }
+                if (async.flush() != host::aiNoError || async.close() != host::aiNoError) {
+                    ++wrong;
+                }
             }
         });
     }
-    for (std::thread& thread : threads) thread.join();
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
     EXPECT_EQ(wrong.load(), 0u);
 }
 

@@ -35,8 +35,9 @@ TEST_F(AsyncImporter, DeliversEveryInitiatedFrame) {
 TEST_F(AsyncImporter, FramesAreFoundInAnyOrderByIndexNotByTime) {
     openAsync();
     const auto formats = anySize(kBgra);
-    for (const std::uint32_t i : {5u, 30u, 2u})
+    for (const std::uint32_t i : {5u, 30u, 2u}) {
         ASSERT_EQ(async().initiate(timeOf(i), formats), host::aiNoError);
+    }
     for (const std::uint32_t i : {2u, 5u, 30u}) {
         const simhost::FrameAnswer answer =
             async().getFrame(timeOf(i) + 1, formats);  // another time, the same frame
@@ -84,7 +85,9 @@ TEST_F(AsyncImporter, InitiateLogsAndNeverWaits) {
          {std::string("[T] [#] ----------------------"), std::string("[T] [#] [OnInitiateAsyncRead]"),
           "[T] [#] REQUEST: Adding: 1, frameTime: " + std::to_string(timeOf(1)),
           std::string("[T] [#]     OnInitiateAsyncRead: [aiNoError] (0)")}) {
-        while (at < lines.size() && lines[at] != expected) ++at;
+        while (at < lines.size() && lines[at] != expected) {
+            ++at;
+        }
         EXPECT_LT(at, lines.size()) << expected;
     }
     gate.open();
@@ -110,8 +113,9 @@ TEST_F(AsyncImporter, CancelIsUnsupportedAndLeavesTheRequestPending) {
     EXPECT_EQ(async().cancel(timeOf(3), anySize(kBgra)), host::aiUnsupported);
     static_cast<void>(log.takeLines());
     ASSERT_TRUE(async().getFrame(timeOf(3), anySize(kBgra)).frame);
-    for (const std::string& line : log.takeLines())
+    for (const std::string& line : log.takeLines()) {
         EXPECT_EQ(line.find("Frame not found"), std::string::npos) << line;
+    }
 }
 
 TEST_F(AsyncImporter, OtherSelectorsAreUnsupported) {
@@ -181,8 +185,9 @@ TEST_F(AsyncImporter, ANullPlaceForTheFrameIsRefusedBeforeAnyWork) {
 TEST_F(AsyncImporter, FlushWaitsForTheTaskThatDecodesAndDisposesOfItsFrame) {
     openAsync();
     ServiceGate gate(host(), simhost::Service::kCreatePPix);
-    for (std::uint32_t i = 0; i < 3; ++i)
+    for (std::uint32_t i = 0; i < 3; ++i) {
         ASSERT_EQ(async().initiate(timeOf(i), anySize(kBgra)), host::aiNoError);
+    }
     gate.waitForArrival();
     std::future<std::int32_t> flush = std::async(std::launch::async, [this] { return async().flush(); });
     EXPECT_EQ(flush.wait_for(kWrongCodeWouldBeDone), std::future_status::timeout);
@@ -230,8 +235,9 @@ TEST_F(AsyncImporter, CloseWaitsForAGetThatIsWaiting) {
 
 TEST_F(AsyncImporter, CloseWithPendingRequestsWaitsForThemAndDisposesOfTheirFrames) {
     openAsync();
-    for (std::uint32_t i = 0; i < 10; ++i)
+    for (std::uint32_t i = 0; i < 10; ++i) {
         ASSERT_EQ(async().initiate(timeOf(i), anySize(kBgra)), host::aiNoError);
+    }
     // Its turn comes behind the others', so all ten are decoded.
     ASSERT_TRUE(async().getFrame(timeOf(10), anySize(kBgra)).frame);
     EXPECT_EQ(async().call(host::aiClose, async().privateData()), host::aiNoError);
@@ -283,12 +289,16 @@ TEST_F(AsyncImporter, OneTaskDecodesAtATime) {
             while (known < now && !most.compare_exchange_weak(known, now)) {
             }
         }
-        if (service == simhost::Service::kGetRowBytes) --inside;
+        if (service == simhost::Service::kGetRowBytes) {
+            --inside;
+        }
     });
-    for (std::uint32_t i = 0; i < kClipFrames; ++i)
+    for (std::uint32_t i = 0; i < kClipFrames; ++i) {
         static_cast<void>(async().initiate(timeOf(i), anySize(kBgra)));
-    for (std::uint32_t i = 0; i < kClipFrames; ++i)
+    }
+    for (std::uint32_t i = 0; i < kClipFrames; ++i) {
         ASSERT_TRUE(async().getFrame(timeOf(i), anySize(kBgra)).frame);
+    }
     EXPECT_EQ(most.load(), 1);
 }
 
@@ -328,7 +338,9 @@ TEST_F(AsyncImporter, CreationWritesItsTwoFieldsAndNothingElse) {
     const simhost::AsyncClip created(clip());
     importer().setRecordFill(0);
     ASSERT_EQ(created.creation().result, host::imNoErr);
-    for (const std::size_t offset : created.creation().changedBytes()) EXPECT_GE(offset, 16u);
+    for (const std::size_t offset : created.creation().changedBytes()) {
+        EXPECT_GE(offset, 16u);
+    }
     EXPECT_TRUE(created.creation().record.outAsyncEntry != nullptr);
     EXPECT_TRUE(created.creation().record.outAsyncPrivateData != nullptr);
 }

@@ -27,7 +27,9 @@ class FirstFrameGate {
  public:
     explicit FirstFrameGate(simhost::Host& host) {
         host.setHook([state = m_state](simhost::Service called) {
-            if (called != simhost::Service::kCreatePPix || state->seen.exchange(true)) return;
+            if (called != simhost::Service::kCreatePPix || state->seen.exchange(true)) {
+                return;
+            }
             state->arrived.countDown();
             state->open.wait();
         });
@@ -56,7 +58,9 @@ std::vector<std::uint32_t> decompressedBytes(const std::filesystem::path& trace)
     for (std::string line; std::getline(file, line);) {
         const std::size_t call = line.find(" decompress(");
         const std::size_t end = line.find(" bytes}", call);
-        if (call == std::string::npos || end == std::string::npos) continue;
+        if (call == std::string::npos || end == std::string::npos) {
+            continue;
+        }
         const std::size_t begin = line.rfind('{', end) + 1;
         sizes.push_back(static_cast<std::uint32_t>(std::stoul(line.substr(begin, end - begin))));
     }
@@ -69,7 +73,9 @@ std::string clipOfGrowingFrames() {
     using namespace orvantis::test;
     AviBuilder avi;
     avi.addStream(videoStream("O8RG", kClipWidth, kClipHeight, 25, 1));
-    for (std::uint32_t i = 0; i < kClipFrames; ++i) avi.addFilledChunk(0, kPictureBytes + i, frameValue(i));
+    for (std::uint32_t i = 0; i < kClipFrames; ++i) {
+        avi.addFilledChunk(0, kPictureBytes + i, frameValue(i));
+    }
     const Bytes bytes = avi.build();
     return std::string(bytes.begin(), bytes.end());
 }
@@ -93,14 +99,17 @@ TEST_F(AsyncTurns, FramesAreDecompressedInTheOrderInWhichTheyWereAskedFor) {
     ASSERT_EQ(playing.creation().result, host::imNoErr);
     std::uint32_t announced = 0;
     for (std::uint32_t i = 0; i < kFrames; ++i) {
-        for (; announced < kFrames && announced < i + kInFlight; ++announced)
+        for (; announced < kFrames && announced < i + kInFlight; ++announced) {
             ASSERT_EQ(playing.initiate(timeOf(announced % kClipFrames), anySize(kBgra)), host::aiNoError);
+        }
         ASSERT_TRUE(playing.getFrame(timeOf(i % kClipFrames), anySize(kBgra)).frame);
     }
     const std::vector<std::uint32_t> sizes = decompressedBytes(trace);
     ASSERT_EQ(sizes.size(), kFrames);
     std::uint32_t outOfOrder = 0;
-    for (std::uint32_t i = 0; i < kFrames; ++i) outOfOrder += sizes[i] != kPictureBytes + i % kClipFrames;
+    for (std::uint32_t i = 0; i < kFrames; ++i) {
+        outOfOrder += sizes[i] != kPictureBytes + i % kClipFrames;
+    }
     EXPECT_EQ(outOfOrder, 0u) << "of " << kFrames;
 }
 
@@ -113,7 +122,9 @@ TEST_F(AsyncTurns, HundredsOfPendingRequestsOfABlockedClipTakeNoThreads) {
     ASSERT_EQ(initiate(0), host::aiNoError);
     gate.waitForArrival();
     const unsigned before = threadCount();
-    for (std::uint32_t i = 1; i < kPending; ++i) ASSERT_EQ(initiate(i % kClipFrames), host::aiNoError);
+    for (std::uint32_t i = 1; i < kPending; ++i) {
+        ASSERT_EQ(initiate(i % kClipFrames), host::aiNoError);
+    }
     // Another clip's frame comes while all of them stand behind the one that is held.
     const simhost::FrameAnswer answer = other.getFrame(timeOf(9), anySize(kBgra));
     ASSERT_TRUE(answer.frame);
@@ -146,13 +157,16 @@ TEST_F(AsyncTurns, AFullPoolMakesFramesLaterNeverStuck) {
     };
     const auto held = std::make_shared<Held>();
     host().setHook([held](simhost::Service called) {
-        if (called != simhost::Service::kCreatePPix) return;
+        if (called != simhost::Service::kCreatePPix) {
+            return;
+        }
         held->full.countDown();
         held->open.wait();
     });
     for (std::uint32_t frame = 0; frame < kEach; ++frame) {
-        for (const auto& each : clips)
+        for (const auto& each : clips) {
             ASSERT_EQ(each->initiate(timeOf(frame), anySize(kBgra)), host::aiNoError);
+        }
     }
     held->full.wait();
     held->open.countDown();
@@ -174,7 +188,9 @@ TEST_F(AsyncTurns, HundredsOfRequestsBehindABlockedFrameAreDroppedWhileItIsBlock
     auto waiting =
         std::async(std::launch::async, [this] { return async().getFrame(timeOf(0), anySize(kBgra)); });
     gate.waitForArrival();
-    for (std::uint32_t i = 0; i < 700; ++i) ASSERT_EQ(initiate(i % kClipFrames), host::aiNoError);
+    for (std::uint32_t i = 0; i < 700; ++i) {
+        ASSERT_EQ(initiate(i % kClipFrames), host::aiNoError);
+    }
     EXPECT_EQ(async().flush(), host::aiNoError);
     gate.open();
     EXPECT_TRUE(waiting.get().frame);

@@ -123,8 +123,9 @@ TEST_F(CodecFailures, AFormatThatTheLibraryRefusesIsNotOffered) {
     simhost::Clip clip(importer(), path());
     const auto offered = [&clip] {
         std::string text;
-        for (const std::uint32_t format : clip.pixelFormats().formats)
+        for (const std::uint32_t format : clip.pixelFormats().formats) {
             text += simhost::codeText(format, false) + " ";
+        }
         return text;
     };
     {
@@ -141,8 +142,9 @@ TEST_F(CodecFailures, AFormatThatTheLibraryRefusesIsNotOffered) {
         std::string others;
         for (const std::string& code :
              formatlists::deliveredCodes({formatlists::Family::kYuv422, formatlists::Family::kRgb})) {
-            if (std::string_view("yuy2 yuy3 uyvy uyv7").find(code) == std::string_view::npos)
+            if (std::string_view("yuy2 yuy3 uyvy uyv7").find(code) == std::string_view::npos) {
                 others += code + " ";
+            }
         }
         EXPECT_EQ(offered(), others);
     }
@@ -156,7 +158,9 @@ TEST_F(CodecFailures, AVideoThatNoFormatSuitsIsABadFile) {
     simhost::Clip clip(importer(), path());
     std::string plan;
     const int rows = static_cast<int>(formatlists::deliveredFormats().size());
-    for (int row = 2; row <= rows + 1; ++row) plan += "decompress_query:" + std::to_string(row) + ",";
+    for (int row = 2; row <= rows + 1; ++row) {
+        plan += "decompress_query:" + std::to_string(row) + ",";
+    }
     {
         const CodecFaults faults(plan);
         EXPECT_EQ(clip.getInfo(0).result, host::imBadFile);
@@ -374,7 +378,9 @@ TEST_F(CodecFailures, EachCallOfASessionMayFailAndTheNextSessionIsGood) {
                 static_cast<void>(run(plan));
             }
             // Failures without consequence need no second session.
-            if (function == "get_param" && n % 20 != 0) continue;
+            if (function == "get_param" && n % 20 != 0) {
+                continue;
+            }
             const auto summary = run("behind " + plan);
             ASSERT_EQ(summary.text(), reference.text()) << plan;
             ASSERT_EQ(summary.pictureHash, reference.pictureHash) << plan;

@@ -135,8 +135,9 @@ TEST_F(FileFailures, EachOperationOfASessionMayFailAndTheNextSessionIsGood) {
         auto summary = simhost::runSession(simhost::Importer(host, plugin), options);
         EXPECT_TRUE(host.isClean()) << what << "\n" << host.report() << summary.text();
         EXPECT_EQ(hooks().opened, hooks().closes) << what;
-        for (const simhost::SessionStep& step : summary.steps)
+        for (const simhost::SessionStep& step : summary.steps) {
             EXPECT_NE(step.result, 99) << what << " " << step.name;
+        }
         return summary;
     };
 
@@ -151,9 +152,13 @@ TEST_F(FileFailures, EachOperationOfASessionMayFailAndTheNextSessionIsGood) {
                                {"size", &FileHooks::sizes, 0}};
     // The first session of the process reads the log switch too; count on the second.
     static_cast<void>(run("the first"));
-    for (Kind& kind : kinds) kind.count = (hooks().*kind.hook).count;
+    for (Kind& kind : kinds) {
+        kind.count = (hooks().*kind.hook).count;
+    }
     const auto reference = run("the reference");
-    for (Kind& kind : kinds) kind.count = (hooks().*kind.hook).count - kind.count;
+    for (Kind& kind : kinds) {
+        kind.count = (hooks().*kind.hook).count - kind.count;
+    }
     ASSERT_GT(kinds[1].count, 10U);
 
     for (const Kind& kind : kinds) {

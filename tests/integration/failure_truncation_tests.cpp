@@ -134,7 +134,7 @@ TEST_F(CutFiles, WithoutTheirIndexHaveNoFramesAndSilentSound) {
 class CutFilesWithAnEarlyIndex : public CutFiles {
  protected:
     void SetUp() override {
-        m_avi = clips::builder({.openDml = OpenDml::standardIndex});
+        m_avi = clips::builder({.openDml = OpenDml::kStandardIndex});
         m_whole = m_avi.build();
     }
     AviBuilder m_avi;
@@ -150,7 +150,9 @@ TEST_F(CutFilesWithAnEarlyIndex, InsideAFrameDeliverTheFramesBeforeIt) {
         for (const std::uint64_t there : {0U, 1U, 64U, 127U}) {
             simhost::Clip clip(importer(), placeCut(m_whole, data + there));
             ASSERT_EQ(clip.getInfo(0).result, host::imNoErr);
-            for (std::uint32_t before = 0; before < frame; ++before) expectFrame(clip, before);
+            for (std::uint32_t before = 0; before < frame; ++before) {
+                expectFrame(clip, before);
+            }
             static_cast<void>(log().news());
             EXPECT_EQ(clip.getFrame(frame, kYuy2).result, host::imFileReadFailed);
             EXPECT_TRUE(log().news().ends_with(
@@ -162,7 +164,9 @@ TEST_F(CutFilesWithAnEarlyIndex, InsideAFrameDeliverTheFramesBeforeIt) {
                 EXPECT_THAT(log().newLines(),
                             Contains("Failed to read frame from AVI: Read error: size: 128, read: 0"));
             }
-            if (frame > 0) expectFrame(clip, frame - 1);
+            if (frame > 0) {
+                expectFrame(clip, frame - 1);
+            }
         }
         simhost::Clip clip(importer(), placeCut(m_whole, data + 128));
         ASSERT_EQ(clip.getInfo(0).result, host::imNoErr);
@@ -180,8 +184,9 @@ TEST_F(CutFilesWithAnEarlyIndex, FailTheSameAsynchronously) {
     simhost::AsyncClip async = clip.createAsync();
     ASSERT_EQ(async.creation().result, host::imNoErr);
     const host::imFrameFormat formats[] = {{0, 0, kYuy2}};
-    for (std::uint32_t i = 0; i < 5; ++i)
+    for (std::uint32_t i = 0; i < 5; ++i) {
         ASSERT_EQ(async.initiate(clip.frameTime(i), formats), host::aiNoError);
+    }
     for (std::uint32_t i = 0; i < 5; ++i) {
         const auto answer = async.getFrame(clip.frameTime(i), formats);
         EXPECT_EQ(answer.result, i < 2 ? host::aiNoError : host::aiUnknownError) << i;
@@ -236,7 +241,9 @@ class CutAnywhere : public CutFiles, public testing::WithParamInterface<OpenDml>
     int play(const std::string& path) {
         simhost::Clip clip(importer(), path);
         const std::int32_t described = clip.getInfo(0).result;
-        if (described == host::imBadFile) return -1;
+        if (described == host::imBadFile) {
+            return -1;
+        }
         EXPECT_EQ(described, host::imNoErr);
         int delivered = 0;
         for (std::uint32_t i = 0; i < 3; ++i) {
@@ -276,20 +283,22 @@ TEST_P(CutAnywhere, AFileIsRefusedOrPlaysWhatIsLeftOfIt) {
         EXPECT_LE(delivered, before) << size;
         changes += delivered != before ? 1 : 0;
         before = delivered;
-        if (size == 0 || HasFailure()) break;
+        if (size == 0 || HasFailure()) {
+            break;
+        }
     }
     EXPECT_EQ(before, -1);
     // Without an early index all frames go at once: 3, 0, refused. With it they go one by one.
-    EXPECT_EQ(changes, GetParam() == OpenDml::standardIndex ? 4 : 2);
+    EXPECT_EQ(changes, GetParam() == OpenDml::kStandardIndex ? 4 : 2);
     ASSERT_EQ(play(place(u8"whole.avi", whole)), 3);
 }
 
 INSTANTIATE_TEST_SUITE_P(Indexes, CutAnywhere,
-                         testing::Values(OpenDml::none, OpenDml::standardIndex, OpenDml::superIndex),
+                         testing::Values(OpenDml::kNone, OpenDml::kStandardIndex, OpenDml::kSuperIndex),
                          [](const testing::TestParamInfo<OpenDml>& kind) {
-                             return kind.param == OpenDml::none            ? "Legacy"
-                                    : kind.param == OpenDml::standardIndex ? "Standard"
-                                                                           : "Super";
+                             return kind.param == OpenDml::kNone            ? "Legacy"
+                                    : kind.param == OpenDml::kStandardIndex ? "Standard"
+                                                                            : "Super";
                          });
 
 }  // namespace

@@ -151,7 +151,9 @@ class DataRates : public FileAnalysis {
                        std::uint32_t scale = 1) {
         AviBuilder avi;
         avi.addStream(orvantis::test::videoStream("O8Y2", 16, 4, rate, scale));
-        for (const std::uint32_t size : sizes) avi.addFilledChunk(0, size, 1);
+        for (const std::uint32_t size : sizes) {
+            avi.addFilledChunk(0, size, 1);
+        }
         simhost::Clip clip(importer(), place(u8"clip.avi", avi.build()));
         EXPECT_EQ(clip.getInfo(0).result, host::imNoErr);
         return clip;
@@ -213,7 +215,7 @@ TEST_F(DataRates, OfAFileWithoutFramesAreEmpty) {
 
 TEST_F(DataRates, ComeFromTheOpenDmlIndexWhereThatCounts) {
     startAndInit();
-    AviBuilder avi = clips::builder({.frames = 4, .openDml = orvantis::test::OpenDml::superIndex});
+    AviBuilder avi = clips::builder({.frames = 4, .openDml = orvantis::test::OpenDml::kSuperIndex});
     // Two frames in each form: idx1 covers the first form only.
     avi.chunksPerForm(4);
     simhost::Clip clip(importer(), place(u8"clip.avi", avi.build()));
@@ -236,12 +238,16 @@ class OfferedFormats : public FileAnalysis {
         const auto formats = clip.pixelFormats();
         EXPECT_EQ(formats.lastResult, host::imBadFormatIndex) << tag;
         std::string text;
-        for (const std::uint32_t format : formats.formats) text += simhost::codeText(format, false) + " ";
+        for (const std::uint32_t format : formats.formats) {
+            text += simhost::codeText(format, false) + " ";
+        }
         return text;
     }
     static std::string delivered(std::initializer_list<Family> families) {
         std::string text;
-        for (const std::string& code : formatlists::deliveredCodes(families)) text += code + " ";
+        for (const std::string& code : formatlists::deliveredCodes(families)) {
+            text += code + " ";
+        }
         return text;
     }
 };

@@ -104,7 +104,9 @@ TEST_F(ChangedFiles, AFileThatIsOpenCanBeNeitherCutNorReplacedNorRenamed) {
     EXPECT_TRUE(error) << "replaced";
     fs::rename(file(), folder() / "moved.avi", error);
     EXPECT_TRUE(error) << "renamed";
-    for (std::uint32_t i = 0; i < 5; ++i) expectFrame(clip, i);
+    for (std::uint32_t i = 0; i < 5; ++i) {
+        expectFrame(clip, i);
+    }
     ASSERT_EQ(clip.quiet(), host::imNoErr);
     fs::rename(file(), folder() / "moved.avi", error);
     EXPECT_FALSE(error) << error.message();
@@ -136,8 +138,9 @@ TEST_F(ChangedFiles, ClaimsThatTheFileCannotBackAnswerLikeAShortRead) {
     for (const std::uint64_t claim : {left + 1, std::uint64_t{0x7FFFFFFF}, std::uint64_t{0xFFFFFFFF}}) {
         Bytes bytes = good;
         // Picture 1 is entry 2 of idx1 (picture, sound, picture): 8 bytes of header, 16 an entry, size at 12.
-        for (std::size_t i = 0; i < 4; ++i)
+        for (std::size_t i = 0; i < 4; ++i) {
             bytes[avi.idx1Offset() + 8 + 2 * 16 + 12 + i] = static_cast<std::uint8_t>(claim >> (8 * i));
+        }
         simhost::Clip clip(importer(), place(u8"claim.avi", bytes));
         ASSERT_EQ(clip.getInfo(0).result, host::imNoErr);
         const std::string line = "Failed to read frame from AVI: Read error: size: " + std::to_string(claim) +
@@ -170,7 +173,9 @@ TEST_F(ChangedFiles, AFormatThatTheFileCannotBackIsRefusedLikeOneThatIsCut) {
     Bytes cut = good;
     cut.resize(size + 4 + 39);
     Bytes claimed = good;
-    for (std::size_t i = 0; i < 4; ++i) claimed[size + i] = i == 3 ? 0x7F : 0xF0;
+    for (std::size_t i = 0; i < 4; ++i) {
+        claimed[size + i] = i == 3 ? 0x7F : 0xF0;
+    }
     const std::string asCut = refusalOf(cut);
     EXPECT_TRUE(asCut.ends_with("\nAvi has no video stream\n    [imBadFile] (2)\n")) << asCut;
     EXPECT_EQ(refusalOf(claimed), asCut);
@@ -179,7 +184,9 @@ TEST_F(ChangedFiles, AFormatThatTheFileCannotBackIsRefusedLikeOneThatIsCut) {
 TEST_F(ChangedFiles, PathsBeyondTheOldLimitOf260CharactersArePlayed) {
     startAndInit();
     fs::path deep = folder().path();
-    while (deep.native().size() < 400) deep /= "0123456789012345678901234567890123456789";
+    while (deep.native().size() < 400) {
+        deep /= "0123456789012345678901234567890123456789";
+    }
 #ifdef _WIN32
     const fs::path reached = L"\\\\?\\" + fs::path(deep).make_preferred().wstring();
 #else
@@ -187,7 +194,9 @@ TEST_F(ChangedFiles, PathsBeyondTheOldLimitOf260CharactersArePlayed) {
 #endif
     std::error_code error;
     fs::create_directories(reached, error);
-    if (error) fs::create_directories(deep, error);
+    if (error) {
+        fs::create_directories(deep, error);
+    }
     ASSERT_FALSE(error) << error.message();
     const Bytes bytes = clips::builder().build();
     orvantis::test::writeFile(reached / "clip.avi",

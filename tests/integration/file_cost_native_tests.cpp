@@ -24,7 +24,9 @@ orvantis::test::Bytes foreignFile(int frames) {
     AviBuilder avi;
     avi.addStream(orvantis::test::videoStream("MJPG", 640, 480, 25, 1))
         .addStream(orvantis::test::pcmStream(2, 48000, 16));
-    for (int i = 0; i < frames; ++i) avi.addFilledChunk(0, 500, 1).addFilledChunk(1, 500, 2);
+    for (int i = 0; i < frames; ++i) {
+        avi.addFilledChunk(0, 500, 1).addFilledChunk(1, 500, 2);
+    }
     return avi.build();
 }
 
@@ -64,7 +66,9 @@ TEST_F(FileCost, AFrameInSteadyPlaybackIsOneSeekAndOneRead) {
     const std::uint64_t reads = hooks->reads.count;
     const std::uint64_t seeks = hooks->seeks.count;
     const std::uint64_t others = hooks->sizes.count + hooks->tells.count + hooks->opens.count;
-    for (std::uint32_t i = 1; i < 50; ++i) ASSERT_TRUE(clip.getFrame(i, kYuy2).frame.has_value());
+    for (std::uint32_t i = 1; i < 50; ++i) {
+        ASSERT_TRUE(clip.getFrame(i, kYuy2).frame.has_value());
+    }
     EXPECT_EQ(hooks->reads.count - reads, 49U);
     EXPECT_EQ(hooks->seeks.count - seeks, 49U);
     EXPECT_EQ(hooks->sizes.count + hooks->tells.count + hooks->opens.count, others);

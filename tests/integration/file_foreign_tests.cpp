@@ -41,7 +41,9 @@ TEST_F(ForeignFiles, AnotherCodecsVideoIsRefusedByTheLibrary) {
         AviBuilder avi;
         avi.addStream(orvantis::test::videoStream(tag, 640, 480, 25, 1))
             .addStream(orvantis::test::pcmStream(2, 48000, 16));
-        for (int i = 0; i < 3; ++i) avi.addFilledChunk(0, 1000, 1).addFilledChunk(1, 1000, 2);
+        for (int i = 0; i < 3; ++i) {
+            avi.addFilledChunk(0, 1000, 1).addFilledChunk(1, 1000, 2);
+        }
         const auto [result, text] = describe(avi.build());
         EXPECT_EQ(result, host::imBadFile) << tag;
         EXPECT_EQ(text, R"(

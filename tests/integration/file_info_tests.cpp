@@ -124,7 +124,9 @@ TEST_F(FileInfo, TellsStraightAlphaAndTwiceTheTimeBaseOfATrickyRate) {
     // 29.97 frames a second, written carelessly; RGBA, 4 planes of one byte a pixel.
     AviBuilder avi;
     avi.addStream(orvantis::test::videoStream("O8RA", 8, 2, 2997, 100, 32));
-    for (int i = 0; i < 3; ++i) avi.addFilledChunk(0, 64, 0x40);
+    for (int i = 0; i < 3; ++i) {
+        avi.addFilledChunk(0, 64, 0x40);
+    }
     simhost::Clip clip = open(avi.build());
     const auto answer = clip.getInfo(0);
     EXPECT_EQ(answer.result, host::imNoErr);

@@ -316,7 +316,9 @@ TEST_F(FileOpen, EveryClipOfManyIsClosedCleanly) {
         open.emplace_back(importer(), path);
         ASSERT_EQ(open.back().getInfo(0).result, host::imNoErr) << i;
     }
-    for (simhost::Clip& clip : open) ASSERT_TRUE(clip.getFrame(4, kYuy2).frame.has_value());
+    for (simhost::Clip& clip : open) {
+        ASSERT_TRUE(clip.getFrame(4, kYuy2).frame.has_value());
+    }
 }
 
 }  // namespace

@@ -64,10 +64,14 @@ TEST_F(FileStructure, AFileOfEmptyChunksHasFramesThatAreNotFound) {
     startAndInit();
     AviBuilder avi;
     avi.addStream(videoStream("O8Y2", 16, 4, 25, 1));
-    for (int i = 0; i < 3; ++i) avi.addChunk(0, Bytes());
+    for (int i = 0; i < 3; ++i) {
+        avi.addChunk(0, Bytes());
+    }
     simhost::Clip clip = open(avi.build());
     EXPECT_EQ(clip.dataRates().samples.size(), 3U);
-    for (std::uint32_t i = 0; i < 3; ++i) EXPECT_EQ(clip.getFrame(i, kYuy2).result, host::imFrameNotFound);
+    for (std::uint32_t i = 0; i < 3; ++i) {
+        EXPECT_EQ(clip.getFrame(i, kYuy2).result, host::imFrameNotFound);
+    }
 }
 
 TEST_F(FileStructure, ChunksOfOddSizeArePadded) {
@@ -80,7 +84,9 @@ TEST_F(FileStructure, ChunksOfOddSizeArePadded) {
         avi.addChunk(0, picture);
     }
     simhost::Clip clip = open(avi.build());
-    for (std::uint32_t i = 0; i < 4; ++i) expectFrame(clip, i, i);
+    for (std::uint32_t i = 0; i < 4; ++i) {
+        expectFrame(clip, i, i);
+    }
 }
 
 TEST_F(FileStructure, AStreamListWithoutAFormatIsDroppedAndPositionsCount) {
@@ -102,7 +108,9 @@ TEST_F(FileStructure, AStreamListWithoutAFormatIsDroppedAndPositionsCount) {
     grow(4);   // the form
     grow(16);  // hdrl
     simhost::Clip clip = open(bytes);
-    for (std::uint32_t i = 0; i < 5; ++i) expectFrame(clip, i, i);
+    for (std::uint32_t i = 0; i < 5; ++i) {
+        expectFrame(clip, i, i);
+    }
     EXPECT_EQ(clip.importAudio(321, 1, 2).channels[0][0], 321.0F / 32768.0F);
     EXPECT_NE(clip.analysis(2000).text.find("\nAudio stream 1:\n"), std::string::npos);
 }
@@ -110,13 +118,15 @@ TEST_F(FileStructure, AStreamListWithoutAFormatIsDroppedAndPositionsCount) {
 TEST_F(FileStructure, FurtherFormsAreReachedThroughTheOpenDmlIndexOnly) {
     startAndInit();
     AviBuilder avi = clips::builder({.frames = 6});
-    avi.openDml(OpenDml::superIndex).chunksPerForm(4).entriesPerStandardIndex(1);
+    avi.openDml(OpenDml::kSuperIndex).chunksPerForm(4).entriesPerStandardIndex(1);
     simhost::Clip clip = open(avi.build());
-    for (std::uint32_t i = 0; i < 6; ++i) expectFrame(clip, i, i);
+    for (std::uint32_t i = 0; i < 6; ++i) {
+        expectFrame(clip, i, i);
+    }
     EXPECT_EQ(clip.importAudio(1900, 1, 2).channels[0][0], 1900.0F / 32768.0F);
     ASSERT_EQ(clip.close(), host::imNoErr);
 
-    avi.openDml(OpenDml::none);
+    avi.openDml(OpenDml::kNone);
     simhost::Clip legacy = open(avi.build());
     EXPECT_EQ(legacy.dataRates().samples.size(), 2U) << "idx1 covers the first form";
 }
@@ -126,7 +136,9 @@ TEST_F(FileStructure, RecListsAndJunkAreNoObstacle) {
     AviBuilder avi = clips::builder();
     avi.chunksPerRecList(2).junk(1000);
     simhost::Clip clip = open(avi.build());
-    for (std::uint32_t i = 0; i < 5; ++i) expectFrame(clip, i, i);
+    for (std::uint32_t i = 0; i < 5; ++i) {
+        expectFrame(clip, i, i);
+    }
 }
 
 TEST_F(FileStructure, AbsoluteOffsetsInIdx1AreNotRecognised) {
@@ -156,23 +168,31 @@ TEST_F(FileStructure, AnOddIdx1SizeIsNoObstacle) {
     bytes.insert(bytes.end(), {0, 0, 0, 0});
     simhost::Clip clip = open(bytes);
     EXPECT_EQ(clip.dataRates().samples.size(), 5U);
-    for (std::uint32_t i = 0; i < 5; ++i) expectFrame(clip, i, i);
+    for (std::uint32_t i = 0; i < 5; ++i) {
+        expectFrame(clip, i, i);
+    }
 }
 
 TEST_F(FileStructure, WrongFormSizesAreNoObstacle) {
     startAndInit();
     // A writer that never came back to fill in the size leaves all bits set.
     Bytes bytes = clips::builder().build();
-    for (std::size_t i = 4; i < 8; ++i) bytes[i] = 0xFF;
+    for (std::size_t i = 4; i < 8; ++i) {
+        bytes[i] = 0xFF;
+    }
     simhost::Clip clip = open(bytes);
-    for (std::uint32_t i = 0; i < 5; ++i) expectFrame(clip, i, i);
+    for (std::uint32_t i = 0; i < 5; ++i) {
+        expectFrame(clip, i, i);
+    }
 }
 
 TEST_F(FileStructure, AFormOfSizeZeroHoldsNothing) {
     logOn();
     startAndInit();
     Bytes bytes = clips::builder().build();
-    for (std::size_t i = 4; i < 8; ++i) bytes[i] = 0;
+    for (std::size_t i = 4; i < 8; ++i) {
+        bytes[i] = 0;
+    }
     simhost::Clip clip = open(bytes, host::imBadFile);
     EXPECT_THAT(log().newLines(), Contains("Failed to parse avi: hdrl missing"));
 }

@@ -20,14 +20,18 @@ class LargeFile : public PluginTest {
         for (std::uint32_t i = 0; i < kClipFrames; ++i) {
             avi.addFilledChunk(0, 3 * kClipWidth * kClipHeight, frameValue(i));
         }
-        Bytes head = avi.openDml(OpenDml::standardIndex).idx1(false).build();
+        Bytes head = avi.openDml(OpenDml::kStandardIndex).idx1(false).build();
         const Bytes shifted = head;
         // qwBaseOffset stands 12 bytes into the index data, which follows the 8 bytes of the chunk's header.
         const std::size_t base = static_cast<std::size_t>(avi.indxOffset(0)) + 8 + 12;
         std::uint64_t value = 0;
-        for (int i = 7; i >= 0; --i) value = value << 8 | head[base + static_cast<std::size_t>(i)];
+        for (int i = 7; i >= 0; --i) {
+            value = value << 8 | head[base + static_cast<std::size_t>(i)];
+        }
         value += kShift;
-        for (std::size_t i = 0; i < 8; ++i) head[base + i] = static_cast<std::uint8_t>(value >> (8 * i));
+        for (std::size_t i = 0; i < 8; ++i) {
+            head[base + i] = static_cast<std::uint8_t>(value >> (8 * i));
+        }
         std::fill(head.begin() + static_cast<std::ptrdiff_t>(avi.placements()[0].offset), head.end(),
                   std::uint8_t{0});
 

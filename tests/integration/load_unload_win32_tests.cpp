@@ -37,7 +37,9 @@ std::uint64_t privateBytes() {
 /// Slots that this process has taken up to the lowest free one.
 std::uint32_t lowestFreeSlot() {
     const DWORD slot = TlsAlloc();
-    if (slot != TLS_OUT_OF_INDEXES) TlsFree(slot);
+    if (slot != TLS_OUT_OF_INDEXES) {
+        TlsFree(slot);
+    }
     return slot;
 }
 
@@ -53,7 +55,9 @@ class LoadUnload : public testing::Test {
     void cycle(bool initialise) {
         simhost::Plugin plugin(pluginPath(), codecFolder());
         const simhost::Importer importer(m_host, plugin);
-        if (!initialise) return;
+        if (!initialise) {
+            return;
+        }
         ASSERT_EQ(importer.init().result, host::imNoErr);
         ASSERT_EQ(importer.shutdown(), host::imNoErr);
         m_host.clearTrace();
@@ -62,11 +66,15 @@ class LoadUnload : public testing::Test {
     /// Cycles, and what each keeps on average.
     void measure(bool initialise) {
         constexpr int kWarmUp = 50;
-        for (int i = 0; i < kWarmUp; ++i) ASSERT_NO_FATAL_FAILURE(cycle(initialise));
+        for (int i = 0; i < kWarmUp; ++i) {
+            ASSERT_NO_FATAL_FAILURE(cycle(initialise));
+        }
         const std::uint32_t slotBefore = lowestFreeSlot();
         const std::uint64_t before = privateBytes();
         ASSERT_GT(before, 0U) << "the system does not tell";
-        for (int i = 0; i < cycles(); ++i) ASSERT_NO_FATAL_FAILURE(cycle(initialise)) << i;
+        for (int i = 0; i < cycles(); ++i) {
+            ASSERT_NO_FATAL_FAILURE(cycle(initialise)) << i;
+        }
         const auto kept = static_cast<double>(static_cast<std::int64_t>(privateBytes() - before));
         std::printf("%d loads kept %.0f bytes each\n", cycles(), kept / cycles());
         RecordProperty("bytesPerLoad", static_cast<int>(kept / cycles()));

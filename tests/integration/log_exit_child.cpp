@@ -30,7 +30,9 @@ int main() {
             }
         }).detach();
     }
-    for (int seen = calls; seen < kCalls; seen = calls) calls.wait(seen);
+    for (int seen = calls; seen < kCalls; seen = calls) {
+        calls.wait(seen);
+    }
     // No exit handler of this program runs, the threads go on until the system ends them.
     std::_Exit(7);
 }

@@ -50,14 +50,14 @@ class PluginLogSwitch : public ClipTest {
 };
 
 TEST_F(PluginLogSwitch, WithoutTheValueNothingIsCreated) {
-    const LogCapture capture(LogCapture::Switch::missing);
+    const LogCapture capture(LogCapture::Switch::kMissing);
     const auto before = contentsOf(capture);
     playSession();
     EXPECT_EQ(contentsOf(capture), before);
 }
 
 TEST_F(PluginLogSwitch, AValueOfZeroIsOff) {
-    LogCapture capture(LogCapture::Switch::missing);
+    LogCapture capture(LogCapture::Switch::kMissing);
     capture.redirection().setSwitch(0);
     const auto before = contentsOf(capture);
     playSession();
@@ -66,7 +66,7 @@ TEST_F(PluginLogSwitch, AValueOfZeroIsOff) {
 
 TEST_F(PluginLogSwitch, AnyOtherValueIsOn) {
     for (const std::uint32_t value : {1U, 2U, 0x80000000U, 0xFFFFFFFFU, 0x01000000U}) {
-        LogCapture capture(LogCapture::Switch::missing);
+        LogCapture capture(LogCapture::Switch::kMissing);
         capture.redirection().setSwitch(value);
         start();
         EXPECT_EQ(importer().getSupports8(), host::malSupports8);
@@ -96,7 +96,7 @@ TEST_F(PluginLogSwitch, IsReadByTheFirstCallWhateverItIs) {
 }
 
 TEST_F(PluginLogSwitch, IsReadOnceSoThatTurningItOnLaterWaitsForTheNextProcess) {
-    LogCapture capture(LogCapture::Switch::missing);
+    LogCapture capture(LogCapture::Switch::kMissing);
     start();
     EXPECT_EQ(importer().getSupports8(), host::malSupports8);
     capture.redirection().setSwitch(1);

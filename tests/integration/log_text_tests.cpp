@@ -99,13 +99,19 @@ TEST_F(LogTexts, CallsOnSeveralThreadsKeepTheirLinesWholeAndTheirOwnNumber) {
             }
         });
     }
-    for (std::thread& thread : threads) thread.join();
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
 
     std::string expected = "\n";
-    for (std::uint32_t i = 0; i < kFrames; ++i) expected += alone[i % 5];
+    for (std::uint32_t i = 0; i < kFrames; ++i) {
+        expected += alone[i % 5];
+    }
     const std::vector<std::string> logs = log().newsByThread();
     ASSERT_EQ(logs.size(), kThreads);
-    for (const std::string& one : logs) EXPECT_EQ(one, expected);
+    for (const std::string& one : logs) {
+        EXPECT_EQ(one, expected);
+    }
 }
 
 }  // namespace

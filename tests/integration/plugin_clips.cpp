@@ -23,13 +23,19 @@ std::uint8_t redness(std::uint32_t index, std::int32_t pair, std::int32_t y) {
 Bytes codedPicture(std::uint32_t index) {
     Bytes out;
     for (std::int32_t y = 0; y < kHeight; ++y) {
-        for (std::int32_t x = 0; x < kWidth; ++x) out.push_back(luma(index, x, y));
+        for (std::int32_t x = 0; x < kWidth; ++x) {
+            out.push_back(luma(index, x, y));
+        }
     }
     for (std::int32_t y = 0; y < kHeight; ++y) {
-        for (std::int32_t pair = 0; pair < kWidth / 2; ++pair) out.push_back(blueness(index, pair, y));
+        for (std::int32_t pair = 0; pair < kWidth / 2; ++pair) {
+            out.push_back(blueness(index, pair, y));
+        }
     }
     for (std::int32_t y = 0; y < kHeight; ++y) {
-        for (std::int32_t pair = 0; pair < kWidth / 2; ++pair) out.push_back(redness(index, pair, y));
+        for (std::int32_t pair = 0; pair < kWidth / 2; ++pair) {
+            out.push_back(redness(index, pair, y));
+        }
     }
     return out;
 }

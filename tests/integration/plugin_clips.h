@@ -39,7 +39,7 @@ struct Shape {
     std::uint32_t rate = 25;
     std::uint32_t scale = 1;
     std::string tag = "O8Y2";  ///< payloads are right for O8Y2 only
-    orvantis::test::OpenDml openDml = orvantis::test::OpenDml::none;
+    orvantis::test::OpenDml openDml = orvantis::test::OpenDml::kNone;
 };
 
 /// Picture and sound chunks in turn. Stream 0 is the video, 1 and on are sound.

@@ -18,11 +18,17 @@ struct Pointer {
 };
 
 Pointer pointerAt(std::string_view line, std::size_t at) {
-    if (line.substr(at, 5) == "(nil)") return {5, true};
+    if (line.substr(at, 5) == "(nil)") {
+        return {5, true};
+    }
     Pointer found;
-    if (line.substr(at, 2) == "0x") found.length = 2;
+    if (line.substr(at, 2) == "0x") {
+        found.length = 2;
+    }
     while (at + found.length < line.size() && isHexDigit(line[at + found.length])) {
-        if (line[at + found.length] != '0') found.isNull = false;
+        if (line[at + found.length] != '0') {
+            found.isNull = false;
+        }
         ++found.length;
     }
     return found;
@@ -30,7 +36,9 @@ Pointer pointerAt(std::string_view line, std::size_t at) {
 
 std::string joined(const std::vector<std::string>& lines) {
     std::string text = "\n";
-    for (const std::string& line : lines) text += line + "\n";
+    for (const std::string& line : lines) {
+        text += line + "\n";
+    }
     return text;
 }
 
@@ -50,16 +58,24 @@ std::string maskedAddresses(std::string_view line) {
     while (at < line.size()) {
         bool masked = false;
         for (const std::string_view before : kBefore) {
-            if (line.substr(at, before.size()) != before) continue;
-            if (before == "{" && line.substr(at, 3) != "{0x") continue;
+            if (line.substr(at, before.size()) != before) {
+                continue;
+            }
+            if (before == "{" && line.substr(at, 3) != "{0x") {
+                continue;
+            }
             const Pointer pointer = pointerAt(line, at + before.size());
-            if (pointer.length == 0) continue;
+            if (pointer.length == 0) {
+                continue;
+            }
             out.append(before).append(pointer.isNull ? "<null>" : "<address>");
             at += before.size() + pointer.length;
             masked = true;
             break;
         }
-        if (!masked) out += line[at++];
+        if (!masked) {
+            out += line[at++];
+        }
     }
     return out;
 }
@@ -79,10 +95,14 @@ std::vector<LogText::Line> LogText::take() {
             text.erase(0, kHeader.size());
         }
         text = maskedAddresses(text);
-        if (text.starts_with("Application: ")) text = "Application: <host>";
+        if (text.starts_with("Application: ")) {
+            text = "Application: <host>";
+        }
         replaceAll(text, m_folder + "\\", "<folder>/");
         replaceAll(text, m_folder + "/", "<folder>/");
-        if (text.ends_with(' ')) text += '$';
+        if (text.ends_with(' ')) {
+            text += '$';
+        }
         lines.push_back({thread, std::move(text)});
         at = end + 2;
     }
@@ -91,7 +111,9 @@ std::vector<LogText::Line> LogText::take() {
 
 std::vector<std::string> LogText::newLines() {
     std::vector<std::string> out;
-    for (Line& line : take()) out.push_back(std::move(line.text));
+    for (Line& line : take()) {
+        out.push_back(std::move(line.text));
+    }
     return out;
 }
 
@@ -113,11 +135,17 @@ std::vector<std::string> LogText::newsByThread() {
     std::vector<std::pair<std::uint32_t, std::vector<std::string>>> threads;
     for (Line& line : take()) {
         std::size_t i = 0;
-        while (i < threads.size() && threads[i].first != line.thread) ++i;
-        if (i == threads.size()) threads.emplace_back(line.thread, std::vector<std::string>());
+        while (i < threads.size() && threads[i].first != line.thread) {
+            ++i;
+        }
+        if (i == threads.size()) {
+            threads.emplace_back(line.thread, std::vector<std::string>());
+        }
         threads[i].second.push_back(std::move(line.text));
     }
     std::vector<std::string> out;
-    for (const auto& thread : threads) out.push_back(joined(thread.second));
+    for (const auto& thread : threads) {
+        out.push_back(joined(thread.second));
+    }
     return out;
 }

@@ -248,7 +248,9 @@ TEST_F(NullPointersInAClip, AnalysisWithoutABufferOrRoomWritesNothing) {
         EXPECT_EQ(text.result, host::imNoErr) << size;
         EXPECT_TRUE(wroteExactly(text.answer, {}));
     }
-    for (const std::int32_t size : {0, -1}) EXPECT_EQ(clip().analysis(size).result, host::imNoErr);
+    for (const std::int32_t size : {0, -1}) {
+        EXPECT_EQ(clip().analysis(size).result, host::imNoErr);
+    }
 }
 
 }  // namespace

@@ -3,7 +3,9 @@
 #include <cstdlib>
 
 std::string pluginPath() {
-    if (const char* path = std::getenv("ORVANTIS_PLUGIN")) return path;
+    if (const char* path = std::getenv("ORVANTIS_PLUGIN")) {
+        return path;
+    }
     return ORVANTIS_BUILT_PLUGIN;
 }
 

@@ -85,6 +85,8 @@ template <class Record>
                            std::to_string(static_cast<unsigned char>(after[i]));
         }
     }
-    if (differences.empty()) return ::testing::AssertionSuccess();
+    if (differences.empty()) {
+        return ::testing::AssertionSuccess();
+    }
     return ::testing::AssertionFailure() << "the record differs at" << differences;
 }

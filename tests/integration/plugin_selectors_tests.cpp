@@ -30,7 +30,9 @@ class PluginSelectors : public ClipTest {
     std::vector<std::string> suiteCalls() {
         std::vector<std::string> out;
         for (const simhost::ServiceCall& call : host().trace()) {
-            if (call.service != Service::kAcquireSuite && call.service != Service::kReleaseSuite) continue;
+            if (call.service != Service::kAcquireSuite && call.service != Service::kReleaseSuite) {
+                continue;
+            }
             out.push_back((call.service == Service::kAcquireSuite ? "+ " : "- ") + call.detail +
                           (call.result == 0 ? "" : "!"));
         }
@@ -187,8 +189,12 @@ TEST_F(PluginSelectors, SubTypesAreOneBlockOf516BytesEach) {
     for (const formatlists::CodedType& type : formatlists::codedTypes()) {
         const std::string name = type.name;
         std::string entry(516, '\0');
-        for (std::size_t i = 0; i < 4; ++i) entry[i] = type.tag[3 - i];
-        for (std::size_t i = 0; i < name.size(); ++i) entry[4 + 2 * i] = name[i];
+        for (std::size_t i = 0; i < 4; ++i) {
+            entry[i] = type.tag[3 - i];
+        }
+        for (std::size_t i = 0; i < name.size(); ++i) {
+            entry[4 + 2 * i] = name[i];
+        }
         expected += entry;  // and zeros behind the name, so that nothing of the host's memory is passed on
     }
     EXPECT_TRUE(std::string_view(static_cast<const char*>(block), kSubTypes * 516) == expected);
@@ -232,7 +238,9 @@ TEST_F(PluginSelectors, WhatIsNotInTheTableIsUnsupportedAndAsksNothingOfTheHost)
     start();
     const std::vector<std::int32_t> table = {0, 1, 8, 9, 12, 13, 14, 25, 27, 36, 37, 39, 46, 47, 54, 64};
     for (std::int32_t selector = 0; selector <= 120; ++selector) {
-        if (std::find(table.begin(), table.end(), selector) != table.end()) continue;
+        if (std::find(table.begin(), table.end(), selector) != table.end()) {
+            continue;
+        }
         std::uint64_t first = 0x1111111111111111U;
         std::uint64_t second = 0x2222222222222222U;
         EXPECT_EQ(importer().call(selector, &first, &second), host::imUnsupported) << selector;

@@ -36,7 +36,9 @@ class PluginTest : public ::testing::Test {
             m_initialised = false;
             EXPECT_EQ(importer().shutdown(), host::imNoErr);
         }
-        if (m_plugin) m_plugin->unload();
+        if (m_plugin) {
+            m_plugin->unload();
+        }
     }
 
     /// Behind stop(): checks and forgets this host, so that start() may follow.
@@ -53,7 +55,9 @@ class PluginTest : public ::testing::Test {
     void setInitialised(bool initialised) { m_initialised = initialised; }
 
     void TearDown() override {
-        if (!m_host) return;
+        if (!m_host) {
+            return;
+        }
         stop();
         EXPECT_TRUE(m_host->isClean()) << m_host->report();
     }

@@ -37,7 +37,9 @@ void CALLBACK runNextAndStay(PTP_CALLBACK_INSTANCE instance, void* context, PTP_
     ++g_inside;
     g_runNext(instance, context, work);
     (void)WaitForSingleObject(g_unloaded, 60'000);
-    if (!isThere(reinterpret_cast<const void*>(g_runNext))) g_wasThere = false;
+    if (!isThere(reinterpret_cast<const void*>(g_runNext))) {
+        g_wasThere = false;
+    }
     --g_inside;
 }
 
@@ -75,7 +77,9 @@ TEST(PoolUnload, TheModuleStaysUntilTheLastThreadOfThePoolHasLeftIt) {
 
     plugin.unload();
     ASSERT_NE(SetEvent(g_unloaded), FALSE);
-    while (g_inside > 0) (void)SwitchToThread();
+    while (g_inside > 0) {
+        (void)SwitchToThread();
+    }
     EXPECT_TRUE(g_wasThere) << "the module was unloaded under a thread of its pool";
 }
 

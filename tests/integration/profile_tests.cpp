@@ -35,7 +35,9 @@ class Profiles : public ClipTest {
     /// How often each selector answered with each result.
     static std::map<std::string, std::set<std::int32_t>> resultsOf(const simhost::SessionSummary& summary) {
         std::map<std::string, std::set<std::int32_t>> out;
-        for (const simhost::SessionStep& step : summary.steps) out[step.name].insert(step.result);
+        for (const simhost::SessionStep& step : summary.steps) {
+            out[step.name].insert(step.result);
+        }
         return out;
     }
 
@@ -80,7 +82,9 @@ TEST_F(Profiles, EveryCompleteHostSeesAndHearsTheSameOfEveryCodedType) {
         ASSERT_GT(reference.audioFrames, 0U);
         std::size_t compared = 0;
         for (const simhost::HostProfile& profile : simhost::builtinProfiles()) {
-            if (!isComplete(profile)) continue;
+            if (!isComplete(profile)) {
+                continue;
+            }
             const auto summary = run(profile, path);
             EXPECT_EQ(summary.text(), reference.text()) << profile.name << " " << type.tag;
             EXPECT_EQ(summary.frames, reference.frames) << profile.name << " " << type.tag;
@@ -95,8 +99,9 @@ TEST_F(Profiles, EveryCompleteHostSeesAndHearsTheSameOfEveryCodedType) {
 
 TEST_F(Profiles, TheHashesTellDifferentClipsApart) {
     std::set<std::uint64_t> pictures;
-    for (const Type& type : types())
+    for (const Type& type : types()) {
         pictures.insert(run(simhost::defaultProfile(), placeClipOf(type, 25, 1)).pictureHash);
+    }
     EXPECT_EQ(pictures.size(), types().size());
 }
 

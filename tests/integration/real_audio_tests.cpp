@@ -59,9 +59,13 @@ const SampleKind& kindOf(const std::string& name) {
 
 /// One coded sample as the host's documented conversion gives it: full scale is 1, float passes bit for bit.
 float sampleValue(const std::string& kind, const std::uint8_t* bytes) {
-    if (kind == "u8") return static_cast<float>(bytes[0] - 128) / 128.0f;
+    if (kind == "u8") {
+        return static_cast<float>(bytes[0] - 128) / 128.0f;
+    }
     const std::int32_t b0 = bytes[0], b1 = bytes[1];
-    if (kind == "s16") return static_cast<float>(static_cast<std::int16_t>(b1 << 8 | b0)) / 32768.0f;
+    if (kind == "s16") {
+        return static_cast<float>(static_cast<std::int16_t>(b1 << 8 | b0)) / 32768.0f;
+    }
     const std::int32_t b2 = bytes[2];
     if (kind == "s24") {
         const std::int32_t value = (b2 << 16 | b1 << 8 | b0) - ((b2 & 0x80) != 0 ? 1 << 24 : 0);
@@ -192,7 +196,9 @@ std::vector<std::uint32_t> labelsOf(std::uint32_t mask) {
                                                                    {0x100, 106}, {0x200, 109}, {0x400, 110}};
     std::vector<std::uint32_t> labels;
     for (std::uint32_t bit = 1; bit != 0; bit <<= 1) {
-        if ((mask & bit) != 0) labels.push_back(kLabels.at(bit));
+        if ((mask & bit) != 0) {
+            labels.push_back(kLabels.at(bit));
+        }
     }
     return labels;
 }
@@ -208,8 +214,12 @@ TEST_F(RealAudio, EveryChannelFeedsItsLoudspeaker) {
         ASSERT_EQ(layout.result, host::imNoErr);
         // Without a mask stereo and six channels have their usual loudspeakers, other counts none.
         std::vector<std::uint32_t> expected = labelsOf(stream.mask);
-        if (stream.mask == 0 && stream.channels == 2) expected = {100, 101};
-        if (stream.mask == 0 && stream.channels == 6) expected = {100, 101, 102, 103, 104, 105};
+        if (stream.mask == 0 && stream.channels == 2) {
+            expected = {100, 101};
+        }
+        if (stream.mask == 0 && stream.channels == 6) {
+            expected = {100, 101, 102, 103, 104, 105};
+        }
         for (std::size_t i = 0; i < 32; ++i) {
             const std::uint32_t label = layout.record.outChannelLabels[i];
             EXPECT_EQ(label, i < expected.size() ? expected[i] : kUntouched) << i;
@@ -233,7 +243,9 @@ TEST_F(RealAudio, StreamsAreWalkedAsTheHostDoesIt) {
 TEST_F(RealAudio, CompressedSoundAloneIsLeftOutAndTheVideoPlays) {
     for (const char* name : {"compressed-libmp3lame", "compressed-ac3"}) {
         SCOPED_TRACE(name);
-        if (std::string(name) == "compressed-libmp3lame") startAndInit();
+        if (std::string(name) == "compressed-libmp3lame") {
+            startAndInit();
+        }
         simhost::Clip clip(importer(), clipPath(name));
         const auto info = clip.getInfo(0);
         EXPECT_EQ(info.result, host::imNoErr);
@@ -257,8 +269,9 @@ TEST_F(RealAudio, CompressedSoundAmongSeveralIsASilentPlaceholder) {
     const simhost::AudioAnswer answer = clip.importAudio(0, 100, 2);
     EXPECT_EQ(answer.result, host::imNoErr);
     for (const auto& channel : answer.channels) {
-        for (const float sample : channel)
+        for (const float sample : channel) {
             ASSERT_EQ(sample, simhost::Clip::kAudioPrefill) << "the host's buffers stay as they are";
+        }
     }
     EXPECT_EQ(clip.channelLayout().result, host::imUnsupported);
 
@@ -289,7 +302,9 @@ TEST_F(RealAudio, ConvertersAreCalledOncePerRequest) {
     startAndInit();
     simhost::Clip clip(importer(), clipPath("s24-2ch-48000"));
     ASSERT_EQ(clip.getInfo(0).result, host::imNoErr);
-    for (int i = 0; i < 5; ++i) ASSERT_EQ(clip.importAudio(i * 1000, 1000, 2).result, host::imNoErr);
+    for (int i = 0; i < 5; ++i) {
+        ASSERT_EQ(clip.importAudio(i * 1000, 1000, 2).result, host::imNoErr);
+    }
     EXPECT_EQ(host().calls(simhost::Service::kConvertFrom24Bit), 5u);
     EXPECT_EQ(host().calls(simhost::Service::kConvertFrom16Bit), 0u);
 }

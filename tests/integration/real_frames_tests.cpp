@@ -33,21 +33,26 @@ std::filesystem::path folder() {
 std::vector<RealClip> realClips() {
     std::ifstream list(folder() / "clips.txt");
     std::vector<RealClip> clips;
-    for (RealClip clip; list >> clip.name >> clip.tag >> clip.width >> clip.height >> clip.frames;)
+    for (RealClip clip; list >> clip.name >> clip.tag >> clip.width >> clip.height >> clip.frames;) {
         clips.push_back(clip);
+    }
     return clips;
 }
 
 std::optional<Bytes> fileBytes(const std::string& name) {
     const std::filesystem::path path = folder() / name;
-    if (!std::filesystem::exists(path)) return std::nullopt;
+    if (!std::filesystem::exists(path)) {
+        return std::nullopt;
+    }
     const std::string bytes = orvantis::test::readFile(path);
     return Bytes(bytes.begin(), bytes.end());
 }
 
 std::string codeText(std::uint32_t format) {
     std::string text;
-    for (int i = 0; i < 4; ++i) text += static_cast<char>(format >> (8 * i) & 0xFF);
+    for (int i = 0; i < 4; ++i) {
+        text += static_cast<char>(format >> (8 * i) & 0xFF);
+    }
     return text;
 }
 
@@ -88,7 +93,9 @@ class PlanarFrames {
 
     /// Sample `at` of a frame that starts at sample `start`.
     unsigned sample(std::size_t at) const {
-        if (!m_deep) return m_bytes.at(at);
+        if (!m_deep) {
+            return m_bytes.at(at);
+        }
         return m_bytes.at(2 * at) + 256u * m_bytes.at(2 * at + 1);
     }
 
@@ -118,7 +125,9 @@ TEST_F(RealFrames, EveryTypeIsOfferedInItsLayouts) {
         EXPECT_EQ(static_cast<int>(info.record.vidInfo.depth), alpha ? 32 : 24);
         EXPECT_EQ(static_cast<int>(info.record.vidInfo.alphaType), alpha ? 1 : 5);
         Codes offered;
-        for (const std::uint32_t format : clip.pixelFormats().formats) offered.push_back(codeText(format));
+        for (const std::uint32_t format : clip.pixelFormats().formats) {
+            offered.push_back(codeText(format));
+        }
         EXPECT_EQ(offered, offeredCodes(real.tag));
     }
 }
@@ -134,16 +143,22 @@ int compareWithFfmpeg(const simhost::Importer& importer) {
             SCOPED_TRACE(codeText(format));
             // Only these: "Bgra" would find the file of "bgra" where names of files ignore case.
             static const Codes kShared = {"bgra", "argb", "yuy2", "yuy3", "uyvy", "uyv7", "v210", "v211"};
-            if (std::find(kShared.begin(), kShared.end(), codeText(format)) == kShared.end()) continue;
+            if (std::find(kShared.begin(), kShared.end(), codeText(format)) == kShared.end()) {
+                continue;
+            }
             const std::optional<Bytes> reference = fileBytes(real.name + "." + codeText(format) + ".raw");
-            if (!reference) continue;
+            if (!reference) {
+                continue;
+            }
             ++compared;
             const std::size_t frameBytes = reference->size() / real.frames;
             const std::size_t stride = frameBytes / static_cast<std::size_t>(real.height);
             for (std::uint32_t i = 0; i < real.frames; ++i) {
                 const simhost::FrameAnswer answer = clip.getFrame(i, format);
                 EXPECT_TRUE(answer.frame) << answer.result;
-                if (!answer.frame) break;
+                if (!answer.frame) {
+                    break;
+                }
                 int differing = 0;
                 for (std::int32_t y = 0; y < real.height; ++y) {
                     const auto row = answer.frame->pictureRow(y);
@@ -151,7 +166,9 @@ int compareWithFfmpeg(const simhost::Importer& importer) {
                         reference->begin() +
                         static_cast<std::ptrdiff_t>(i * frameBytes + static_cast<std::size_t>(y) * stride);
                     EXPECT_LE(row.size(), stride);
-                    if (!std::equal(row.begin(), row.end(), from)) ++differing;
+                    if (!std::equal(row.begin(), row.end(), from)) {
+                        ++differing;
+                    }
                 }
                 EXPECT_EQ(differing, 0) << "rows of frame " << i;
             }
@@ -168,7 +185,9 @@ TEST_F(RealFrames, EveryFrameIsFfmpegsOwnConversion) {
 TEST_F(RealFrames, RowsInTheOtherOrderAreTheSamePicture) {
     const simhost::HostProfile* opposite = nullptr;
     for (const simhost::HostProfile& profile : simhost::builtinProfiles()) {
-        if (profile.oppositeOrigins && profile.refusedSuites.empty()) opposite = &profile;
+        if (profile.oppositeOrigins && profile.refusedSuites.empty()) {
+            opposite = &profile;
+        }
     }
     ASSERT_NE(opposite, nullptr);
     startAndInit(*opposite);
@@ -186,7 +205,9 @@ Pixel pixelOf(const PlanarFrames& frames, const RealClip& clip, std::uint32_t fr
     const std::size_t at =
         static_cast<std::size_t>(y) * static_cast<std::size_t>(clip.width) + static_cast<std::size_t>(x);
     Pixel pixel{};
-    for (std::size_t p = 0; p < planes; ++p) pixel.plane[p] = frames.sample((frame * planes + p) * area + at);
+    for (std::size_t p = 0; p < planes; ++p) {
+        pixel.plane[p] = frames.sample((frame * planes + p) * area + at);
+    }
     return pixel;
 }
 
@@ -194,7 +215,9 @@ TEST_F(RealFrames, Yuv444SamplesArriveUntouched) {
     startAndInit();
     int compared = 0;
     for (const RealClip& real : realClips()) {
-        if (real.tag != "O8Y4" && real.tag != "O8YA") continue;
+        if (real.tag != "O8Y4" && real.tag != "O8YA") {
+            continue;
+        }
         SCOPED_TRACE(real.name);
         const bool alpha = real.tag == "O8YA";
         const PlanarFrames planar(*fileBytes(real.name + ".planar.raw"), false);
@@ -231,7 +254,9 @@ TEST_F(RealFrames, DeepRgbReachesTheHostsSixteenBitRange) {
     int compared = 0;
     for (const RealClip& real : realClips()) {
         const auto maximum = maxima.find(real.tag);
-        if (maximum == maxima.end()) continue;
+        if (maximum == maxima.end()) {
+            continue;
+        }
         SCOPED_TRACE(real.name);
         const bool alpha = real.tag[3] == 'A';
         const PlanarFrames planar(*fileBytes(real.name + ".planar.raw"), true);

@@ -31,7 +31,9 @@ class Suites : public ClipTest {
     std::vector<std::string> namesOf(Service service) {
         std::vector<std::string> out;
         for (const simhost::ServiceCall& call : host().trace()) {
-            if (call.service == service) out.push_back(call.detail);
+            if (call.service == service) {
+                out.push_back(call.detail);
+            }
         }
         return out;
     }
@@ -75,7 +77,9 @@ TEST_F(Suites, AreTakenOncePerFileWhateverIsAskedOfIt) {
     startAndInit();
     host().clearTrace();
     simhost::Clip clip(importer(), placeClip());
-    for (int i = 0; i < 3; ++i) ASSERT_EQ(clip.getInfo(0).result, host::imNoErr);
+    for (int i = 0; i < 3; ++i) {
+        ASSERT_EQ(clip.getInfo(0).result, host::imNoErr);
+    }
     EXPECT_TRUE(clip.getFrame(0, kYuy2).frame.has_value());
     EXPECT_EQ(clip.importAudio(0, 100, 2).result, host::imNoErr);
     ASSERT_EQ(clip.quiet(), host::imNoErr);
@@ -226,7 +230,9 @@ TEST_P(RefusedSuite, IsLoggedAndReleasedByNobody) {
     const std::vector<std::string> lines = log().newLines();
     std::vector<std::string> acquired;
     for (const std::string& line : lines) {
-        if (line.starts_with("Acquiring suite: ")) acquired.push_back(line);
+        if (line.starts_with("Acquiring suite: ")) {
+            acquired.push_back(line);
+        }
     }
     ASSERT_GE(acquired.size(), 6U);
     for (std::size_t i = 0; i < 6; ++i) {

@@ -63,7 +63,9 @@ struct RawCalls {
         record.buffer = buffer.data();
         record.buffersize = static_cast<std::int32_t>(buffer.size());
         const std::int32_t code = importer.callWithRecord(host::imAnalysis, nullptr, record).result;
-        if (result != nullptr) *result = code;
+        if (result != nullptr) {
+            *result = code;
+        }
         return buffer.c_str();
     }
     std::int32_t quiet(void* privateData) const {

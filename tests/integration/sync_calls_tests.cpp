@@ -12,7 +12,9 @@ class SyncCalls : public SyncCallsTest {
         ASSERT_NO_FATAL_FAILURE(openClip());
     }
     void TearDown() override {
-        if (m_gate) m_gate->letThrough(100);
+        if (m_gate) {
+            m_gate->letThrough(100);
+        }
         SyncCallsTest::TearDown();
         m_gate.reset();
     }
@@ -31,7 +33,9 @@ class SyncCalls : public SyncCallsTest {
     void insideCreatePPix(std::function<void()> work) {
         host().setHook(
             [work = std::move(work), done = std::make_shared<bool>(false)](simhost::Service called) {
-                if (called != simhost::Service::kCreatePPix || *done) return;
+                if (called != simhost::Service::kCreatePPix || *done) {
+                    return;
+                }
                 *done = true;
                 work();
             });

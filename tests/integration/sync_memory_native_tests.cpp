@@ -63,11 +63,15 @@ TEST_F(SyncMemory, TenQuietedClipsOfLargeFramesKeepLessThanAMebibyte) {
         ASSERT_EQ(raw().sound(clips.back(), 0, left, right), host::imNoErr);
     }
     EXPECT_GT(allocatedBytes(), before + 10 * 12 * kMiB) << "buffers are kept from frame to frame";
-    for (void* const privateData : clips) ASSERT_EQ(raw().quiet(privateData), host::imNoErr);
+    for (void* const privateData : clips) {
+        ASSERT_EQ(raw().quiet(privateData), host::imNoErr);
+    }
     const std::size_t kept = allocatedBytes() - before;
     RecordProperty("bytes", std::to_string(kept));
     EXPECT_LT(kept, kMiB);
-    for (void* const privateData : clips) ASSERT_EQ(raw().close(privateData), host::imNoErr);
+    for (void* const privateData : clips) {
+        ASSERT_EQ(raw().close(privateData), host::imNoErr);
+    }
 }
 
 TEST_F(SyncMemory, SessionsOfFramesThatMetAreClosedByQuiet) {
@@ -76,13 +80,17 @@ TEST_F(SyncMemory, SessionsOfFramesThatMetAreClosedByQuiet) {
     const auto count = [this](const std::string& call) {
         const std::string text = orvantis::test::readFile(clipPath().parent_path() / "calls");
         std::size_t found = 0;
-        for (std::size_t at = text.find(call); at != std::string::npos; at = text.find(call, at + 1)) ++found;
+        for (std::size_t at = text.find(call); at != std::string::npos; at = text.find(call, at + 1)) {
+            ++found;
+        }
         return found;
     };
     ASSERT_NO_FATAL_FAILURE(openClip());
     const std::size_t closed = count(" close(");
     host().setHook([this, depth = std::make_shared<int>(0)](simhost::Service called) {
-        if (called == simhost::Service::kCreatePPix && ++*depth == 1) expectFrame(raw().frame(data(), 0), 0);
+        if (called == simhost::Service::kCreatePPix && ++*depth == 1) {
+            expectFrame(raw().frame(data(), 0), 0);
+        }
     });
     expectFrame(raw().frame(data(), timeOf(1)), 1);
     EXPECT_EQ(count(" close("), closed) << "kept for the next two that meet";

@@ -64,20 +64,28 @@ class SyncStress : public SyncCallsTest {
             m_files[i].path = orvantis::test::utf16Path(path);
         }
         host().setHook([this](simhost::Service called) {
-            if (called == simhost::Service::kCreatePPix && t_random != nullptr) callBack(*t_random);
+            if (called == simhost::Service::kCreatePPix && t_random != nullptr) {
+                callBack(*t_random);
+            }
         });
         std::vector<std::thread> threads;
         for (std::uint64_t t = 0; t < kThreads; ++t) {
             threads.emplace_back([this, each, threadSeed = seed + t] {
                 std::mt19937_64 own(threadSeed);
                 t_random = &own;
-                for (std::uint64_t i = 0; i < each; ++i) operate(own);
+                for (std::uint64_t i = 0; i < each; ++i) {
+                    operate(own);
+                }
                 t_random = nullptr;
             });
         }
-        for (std::thread& thread : threads) thread.join();
+        for (std::thread& thread : threads) {
+            thread.join();
+        }
         host().clearFaults();
-        for (File& file : m_files) static_cast<void>(raw().close(file.privateData));
+        for (File& file : m_files) {
+            static_cast<void>(raw().close(file.privateData));
+        }
         stop();
         check(faults);
         const auto libraryClose = reinterpret_cast<std::int32_t (*)()>(codec.find("orvantis_library_close"));
@@ -109,7 +117,9 @@ class SyncStress : public SyncCallsTest {
         fault.service = kServices[random() % 5];
         fault.nth = 1 + random() % 3;
         host().addFault(fault);
-        if (m_hooks == nullptr) return;
+        if (m_hooks == nullptr) {
+            return;
+        }
         auto& operations = random() % 2 == 0 ? m_hooks->reads : m_hooks->seeks;
         operations.failAt = operations.count + 1 + random() % 3;
     }
@@ -117,17 +127,29 @@ class SyncStress : public SyncCallsTest {
     /// Inside CreatePPix of one of the calls below.
     void callBack(std::mt19937_64& random) {
         void* const privateData = std::exchange(t_current, nullptr);  // once a call, and no deeper
-        if (privateData == nullptr) return;
+        if (privateData == nullptr) {
+            return;
+        }
         const std::uint64_t what = random() % 60;
-        if (what > 3) return;
+        if (what > 3) {
+            return;
+        }
         ++m_tally.inner;
-        if (what == 0) expectCode(raw().quiet(privateData), {host::imNoErr, host::kUnhandledException});
-        if (what == 1) expectCode(raw().close(privateData), {host::imNoErr, host::kUnhandledException});
-        if (what >= 2) frame(privateData, random);
+        if (what == 0) {
+            expectCode(raw().quiet(privateData), {host::imNoErr, host::kUnhandledException});
+        }
+        if (what == 1) {
+            expectCode(raw().close(privateData), {host::imNoErr, host::kUnhandledException});
+        }
+        if (what >= 2) {
+            frame(privateData, random);
+        }
     }
 
     void operate(std::mt19937_64& random) {
-        if (m_faults && random() % 64 == 0) addFault(random);
+        if (m_faults && random() % 64 == 0) {
+            addFault(random);
+        }
         File& file = m_files[random() % m_files.size()];
         void* const privateData = file.privateData;
         const std::uint64_t what = random() % 100;
@@ -145,7 +167,9 @@ class SyncStress : public SyncCallsTest {
             expectCode(raw().quiet(privateData), {host::imNoErr, host::kUnhandledException});
             ++m_tally.quiets;
         } else {
-            if (raw().open(file.path, privateData).result == host::imNoErr) ++m_tally.reopened;
+            if (raw().open(file.path, privateData).result == host::imNoErr) {
+                ++m_tally.reopened;
+            }
             expectCode(raw().info(privateData).result,
                        {host::imNoErr, host::imBadFile, host::imOtherErr, host::kUnhandledException});
         }
@@ -159,9 +183,13 @@ class SyncStress : public SyncCallsTest {
         }
         static_cast<void>(raw().info(opened.record.privatedata));
         void* const former = file.privateData.exchange(opened.record.privatedata);
-        if (former == nullptr || former == opened.record.privatedata) return;
+        if (former == nullptr || former == opened.record.privatedata) {
+            return;
+        }
         expectCode(raw().close(former), {host::imNoErr, host::kUnhandledException});
-        if (random() % 4 == 0) static_cast<void>(raw().close(former));  // which a careless host may do
+        if (random() % 4 == 0) {
+            static_cast<void>(raw().close(former));  // which a careless host may do
+        }
         ++m_tally.closes;
     }
 
@@ -172,15 +200,21 @@ class SyncStress : public SyncCallsTest {
         const simhost::FrameAnswer answer = raw().frame(privateData, timeOf(index), formats[random() % 2]);
         t_current = nullptr;
         if (answer.result == host::imNoErr) {
-            if (!answer.frame || !showsFrame(*answer.frame, index)) ++m_tally.wrong;
+            if (!answer.frame || !showsFrame(*answer.frame, index)) {
+                ++m_tally.wrong;
+            }
             ++m_tally.frames;
             return;
         }
-        if (answer.frame) ++m_tally.wrong;
+        if (answer.frame) {
+            ++m_tally.wrong;
+        }
         ++m_tally.refused;
         if (answer.result == host::imFrameNotFound) {
             // A host that does not tell its ticks has no time that falls on a frame.
-            if (index < kClipFrames && !m_faults) ++m_tally.wrong;
+            if (index < kClipFrames && !m_faults) {
+                ++m_tally.wrong;
+            }
         } else if (m_faults) {
             expectCode(answer.result, {host::imFileReadFailed, host::imOtherErr, host::imBadCompression,
                                        host::kUnhandledException});
@@ -196,7 +230,9 @@ class SyncStress : public SyncCallsTest {
             random() % 2 == 0 ? -1 : static_cast<std::int64_t>(random() % (1920 * kClipFrames));
         const std::int32_t result = raw().sound(privateData, position, left, right);
         expectCode(result, {host::imNoErr, host::kUnhandledException});
-        if (result != host::imNoErr) return;
+        if (result != host::imNoErr) {
+            return;
+        }
         for (const std::vector<float>* channel : {&left, &right}) {
             for (const float sample : *channel) {
                 if (sample != kSample && sample != 0.0F) {

@@ -13,7 +13,9 @@
 int main() {
     int count = 0;
     wchar_t** arguments = CommandLineToArgvW(GetCommandLineW(), &count);
-    if (arguments == nullptr || count < 2) return 2;
+    if (arguments == nullptr || count < 2) {
+        return 2;
+    }
 
     const HMODULE library = LoadLibraryW(arguments[1]);
     if (library == nullptr || GetProcAddress(library, "xImportEntry") == nullptr) {

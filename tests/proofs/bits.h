@@ -31,7 +31,9 @@ struct Question {
 
     z3::expr here() {
         z3::expr all = context.bool_val(true);
-        for (const z3::expr& condition : path) all = all && condition;
+        for (const z3::expr& condition : path) {
+            all = all && condition;
+        }
         return all;
     }
     void oblige(const char* what, const z3::expr& condition) {
@@ -59,7 +61,7 @@ class Bits {
  public:
     explicit Bits(z3::expr term) : m_term(std::move(term)) {}
     template <class Integer>
-    requires std::is_integral_v<Integer>
+        requires std::is_integral_v<Integer>
     explicit Bits(Integer value)
         : m_term(question().context.bv_val(static_cast<std::uint64_t>(value), kWidth)) {
         static_assert(kWidth <= 64 || !std::is_signed_v<Integer>);
@@ -95,12 +97,16 @@ class Bits {
     }
     friend Bits operator/(const Bits& a, const Bits& b) {
         obligeDivision(a, b);
-        if constexpr (kSigned) return Bits(a.m_term / b.m_term);
+        if constexpr (kSigned) {
+            return Bits(a.m_term / b.m_term);
+        }
         return Bits(z3::udiv(a.m_term, b.m_term));
     }
     friend Bits operator%(const Bits& a, const Bits& b) {
         obligeDivision(a, b);
-        if constexpr (kSigned) return Bits(z3::srem(a.m_term, b.m_term));
+        if constexpr (kSigned) {
+            return Bits(z3::srem(a.m_term, b.m_term));
+        }
         return Bits(z3::urem(a.m_term, b.m_term));
     }
     friend Bits operator&(const Bits& a, const Bits& b) { return Bits(a.m_term & b.m_term); }
@@ -165,7 +171,9 @@ class Double {
 /// A guard's condition, or "true" for the guard that a question takes back.
 template <orvantis::Guard kGuard, orvantis::Guard kWithout>
 Truth unlessTakenBack(const Truth& condition) {
-    if constexpr (kGuard == kWithout) return {question().context.bool_val(true)};
+    if constexpr (kGuard == kWithout) {
+        return {question().context.bool_val(true)};
+    }
     return condition;
 }
 

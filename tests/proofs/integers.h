@@ -48,13 +48,17 @@ struct Integers : orvantis::Machine {
     }
     void assume(bool condition) { g_replay->assumed = g_replay->assumed && condition; }
     void claim(const char* what, bool condition) {
-        if (!condition) note(what);
+        if (!condition) {
+            note(what);
+        }
     }
     static constexpr bool kNeedsLaws = false;
 
  private:
     static void note(const char* what) {
-        if (g_replay->violated.empty()) g_replay->violated = what;
+        if (g_replay->violated.empty()) {
+            g_replay->violated = what;
+        }
     }
 };
 

@@ -36,7 +36,9 @@ struct Answer {
 };
 
 std::uint64_t bitsOf(const z3::expr& value) {
-    if (value.is_bv()) return value.get_numeral_uint64();
+    if (value.is_bv()) {
+        return value.get_numeral_uint64();
+    }
     const std::string digits = value.get_decimal_string(0);
     return digits[0] == '-' ? static_cast<std::uint64_t>(std::strtoll(digits.c_str(), nullptr, 10))
                             : std::strtoull(digits.c_str(), nullptr, 10);
@@ -56,13 +58,19 @@ Answer ask(const Case& about) {
         z3::params parameters(question.context);
         parameters.set("timeout", g_secondsEach * 1000);
         solver.set(parameters);
-        for (const z3::expr& assumption : question.assumptions) solver.add(assumption);
+        for (const z3::expr& assumption : question.assumptions) {
+            solver.add(assumption);
+        }
         solver.add(!claim);
         const z3::check_result result = solver.check();
-        if (result == z3::unsat) continue;
+        if (result == z3::unsat) {
+            continue;
+        }
         answer.result = result;
         answer.violated = what;
-        if (result == z3::unknown) continue;
+        if (result == z3::unknown) {
+            continue;
+        }
         const z3::model model = solver.get_model();
         for (const auto& [name, term] : question.inputs) {
             const std::uint64_t value = bitsOf(model.eval(term, true));
@@ -76,7 +84,7 @@ Answer ask(const Case& about) {
     return answer;
 }
 
-enum class Outcome { holds, broken, trapped, outsideAssumptions };
+enum class Outcome { kHolds, kBroken, kTrapped, kOutsideAssumptions };
 
 // In a process of its own, since without its guard a division may trap.
 Outcome play(void (*replay)(), const Model& model) {
@@ -91,14 +99,16 @@ Outcome play(void (*replay)(), const Model& model) {
     }
     int status = 0;
     waitpid(child, &status, 0);
-    if (WIFSIGNALED(status)) return Outcome::trapped;
+    if (WIFSIGNALED(status)) {
+        return Outcome::kTrapped;
+    }
     switch (WEXITSTATUS(status)) {
         case 0:
-            return Outcome::holds;
+            return Outcome::kHolds;
         case 3:
-            return Outcome::outsideAssumptions;
+            return Outcome::kOutsideAssumptions;
         default:
-            return Outcome::broken;
+            return Outcome::kBroken;
     }
 }
 
@@ -106,7 +116,7 @@ bool proveStatement(const Statement& statement) {
     bool good = true;
     for (const Case& about : statement.cases) {
         const Answer answer = ask(about);
-        const bool whole = about.without == orvantis::Guard::none;
+        const bool whole = about.without == orvantis::Guard::kNone;
         std::string verdict;
         bool right = false;
         if (answer.result == z3::unknown) {
@@ -119,10 +129,10 @@ bool proveStatement(const Statement& statement) {
         } else {
             const Outcome without = play(about.replay, answer.model);
             const Outcome with = play(about.replayWhole, answer.model);
-            right = (without == Outcome::broken || without == Outcome::trapped) &&
-                    (with == Outcome::holds || with == Outcome::outsideAssumptions);
+            right = (without == Outcome::kBroken || without == Outcome::kTrapped) &&
+                    (with == Outcome::kHolds || with == Outcome::kOutsideAssumptions);
             verdict =
-                right ? without == Outcome::trapped ? "refuted (traps): " : "refuted: " : "NOT REPLAYED: ";
+                right ? without == Outcome::kTrapped ? "refuted (traps): " : "refuted: " : "NOT REPLAYED: ";
             verdict += answer.violated + ": " + answer.shown;
         }
         good = good && right;
@@ -158,8 +168,10 @@ int main(int count, char** arguments) {
     for (const auto list : {proofs::walkStatements, proofs::indexStatements, proofs::chunkStatements,
                             proofs::sampleStatements, proofs::timeStatements, proofs::rateStatements}) {
         for (const Statement& statement : list()) {
-            if ((fast && statement.slow) || std::strncmp(statement.name, chosen.c_str(), chosen.size()) != 0)
+            if ((fast && statement.slow) ||
+                std::strncmp(statement.name, chosen.c_str(), chosen.size()) != 0) {
                 continue;
+            }
             if (!proveStatement(statement)) {
                 ++wrong;
                 continue;

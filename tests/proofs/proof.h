@@ -28,12 +28,12 @@ struct Statement {
 
 /// Which terms the solver gets: bit vectors as wide as the machine's numbers, or whole numbers that wrap
 /// where those do, for what is made of products.
-enum class Terms { bits, whole };
+enum class Terms { kBits, kWhole };
 
 namespace detail {
 template <class State, orvantis::Guard kGuard, Terms kTerms>
 void askFor() {
-    if constexpr (kTerms == Terms::bits) {
+    if constexpr (kTerms == Terms::kBits) {
         Symbols<kGuard> family;
         State::state(family);
     } else {
@@ -49,7 +49,7 @@ void replayFor() {
 template <class State, Terms kTerms, orvantis::Guard kGuard>
 Case caseOf(const char* name) {
     return {kGuard, name, askFor<State, kGuard, kTerms>, replayFor<State, kGuard>,
-            replayFor<State, orvantis::Guard::none>};
+            replayFor<State, orvantis::Guard::kNone>};
 }
 }  // namespace detail
 
@@ -61,7 +61,7 @@ std::vector<Statement> timeStatements();
 std::vector<Statement> rateStatements();
 
 /// A row of such a list. STATE is a type with `template <class A> static void state(A&)`.
-#define PROOF(STATE, TERMS) proofs::detail::caseOf<STATE, proofs::Terms::TERMS, orvantis::Guard::none>("")
+#define PROOF(STATE, TERMS) proofs::detail::caseOf<STATE, proofs::Terms::TERMS, orvantis::Guard::kNone>("")
 #define WITHOUT(STATE, TERMS, GUARD) \
     proofs::detail::caseOf<STATE, proofs::Terms::TERMS, orvantis::Guard::GUARD>(#GUARD)
 

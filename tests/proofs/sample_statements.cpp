@@ -67,13 +67,13 @@ std::vector<Statement> sampleStatements() {
         {"endPosition",
          "start + size, around 64 bits; no signed overflow",
          false,
-         {PROOF(EndPosition, bits)}},
-        {"bytesOfFrames", "the exact product below 4 GiB", false, {PROOF(BytesOfFrames, bits)}},
+         {PROOF(EndPosition, kBits)}},
+        {"bytesOfFrames", "the exact product below 4 GiB", false, {PROOF(BytesOfFrames, kBits)}},
         {"framesInBuffer",
          "as many sample frames as the buffer holds, and none beyond",
          false,
-         {PROOF(FramesInBuffer, whole), WITHOUT(FramesInBuffer, bits, sampleFrameHasSize),
-          WITHOUT(FramesInBuffer, bits, framesInBuffer)}},
+         {PROOF(FramesInBuffer, kWhole), WITHOUT(FramesInBuffer, kBits, kSampleFrameHasSize),
+          WITHOUT(FramesInBuffer, kBits, kFramesInBuffer)}},
     };
 }
 

@@ -112,20 +112,20 @@ struct FrameOfTime {
 
 std::vector<Statement> timeStatements() {
     return {
-        {"magnitude", "the absolute value of every signed number", false, {PROOF(Magnitude, bits)}},
+        {"magnitude", "the absolute value of every signed number", false, {PROOF(Magnitude, kBits)}},
         {"multiplyDivide",
          "factor * value / divisor as in 96 bits, or 2^64 - 1 where that is exceeded",
          false,
-         {PROOF(MultiplyDivide, whole), WITHOUT(MultiplyDivideByOne, bits, quotientFits)}},
+         {PROOF(MultiplyDivide, kWhole), WITHOUT(MultiplyDivideByOne, kBits, kQuotientFits)}},
         {"frameIndex",
          "never divides by zero; no frame where a frame has no length",
          true,
-         {PROOF(FrameIndex, bits), WITHOUT(FrameIndex, bits, rateHasNumerator),
-          WITHOUT(FrameIndex, bits, frameLastsATick)}},
+         {PROOF(FrameIndex, kBits), WITHOUT(FrameIndex, kBits, kRateHasNumerator),
+          WITHOUT(FrameIndex, kBits, kFrameLastsATick)}},
         {"frameIndex, the last step",
          "the time lies in the frame that is told",
          false,
-         {PROOF(FrameOfTime, whole)}},
+         {PROOF(FrameOfTime, kWhole)}},
     };
 }
 

@@ -36,11 +36,15 @@ inline z3::expr freshWhole() {
 
 /// The same number wherever the same two terms are multiplied.
 inline z3::expr product(const z3::expr& a, const z3::expr& b) {
-    if (a.is_numeral() || b.is_numeral()) return a * b;
+    if (a.is_numeral() || b.is_numeral()) {
+        return a * b;
+    }
     Question& asked = question();
     const std::pair<unsigned, unsigned> key = std::minmax(a.id(), b.id());
     const auto known = asked.products.find(key);
-    if (known != asked.products.end()) return known->second;
+    if (known != asked.products.end()) {
+        return known->second;
+    }
     const z3::expr result = freshWhole();
     asked.assumptions.push_back(z3::implies(a >= 0 && b >= 0, result >= 0));
     asked.products.insert({key, result});
@@ -54,7 +58,7 @@ class Whole {
  public:
     explicit Whole(z3::expr term, unsigned zeroBits = 0) : m_term(std::move(term)), m_zeroBits(zeroBits) {}
     template <class Integer>
-    requires std::is_integral_v<Integer>
+        requires std::is_integral_v<Integer>
     explicit Whole(Integer value) : m_term(wholeConstant(static_cast<std::uint64_t>(value))) {}
     template <unsigned kFrom>
     explicit Whole(const Whole<kFrom>& other)
@@ -75,7 +79,9 @@ class Whole {
         const z3::expr exact = product(a.m_term, b.m_term);
         Question& asked = question();
         const auto known = asked.wrapped.find({kWidth, exact.id()});
-        if (known != asked.wrapped.end()) return Whole(known->second);
+        if (known != asked.wrapped.end()) {
+            return Whole(known->second);
+        }
         const z3::expr result = freshWhole();
         asked.wrapped.insert({{kWidth, exact.id()}, result});
         asked.kept.push_back(exact);
@@ -115,7 +121,9 @@ class Whole {
         Question& asked = question();
         asked.oblige("nothing is divided by zero", b.m_term != 0);
         const auto known = asked.quotients.find({a.m_term.id(), b.m_term.id()});
-        if (known != asked.quotients.end()) return known->second;
+        if (known != asked.quotients.end()) {
+            return known->second;
+        }
         const z3::expr quotient = freshWhole();
         asked.assumptions.push_back(quotient >= 0 && quotient < powerOfTwo(kWidth));
         const z3::expr rest = freshWhole();

@@ -38,7 +38,9 @@ void addPoints(Storage& file, std::uint64_t at, std::uint64_t end, std::set<std:
     const auto around = [&out, &file](std::uint64_t place) {
         for (const std::int64_t by : {-1, 0, 1, 2, 4, 7, 8, 9, 12}) {
             const std::uint64_t point = place + static_cast<std::uint64_t>(by);
-            if (point <= file.size()) out.insert(point);
+            if (point <= file.size()) {
+                out.insert(point);
+            }
         }
     };
     while (at + 8 <= end) {
@@ -62,7 +64,9 @@ std::vector<ChunkFact> indexedChunks(Storage& file) {
     std::vector<ChunkFact> out;
     TruthFile input(file);
     orvantis::AviReader reader;
-    if (!reader.parse(input, false)) return out;
+    if (!reader.parse(input, false)) {
+        return out;
+    }
     for (std::size_t s = 0; s < reader.streams.size(); ++s) {
         for (const orvantis::IndexEntry& entry : reader.streams[s]->entries()) {
             out.push_back({static_cast<unsigned>(s), entry.offset, entry.size});
@@ -99,10 +103,14 @@ std::vector<StreamData> dataOf(Storage& file, const std::vector<ChunkFact>& chun
     TestBytes bytes;
     for (const ChunkFact& chunk : chunks) {
         bytes.resize(chunk.size);
-        if (chunk.stream >= streams || file.read(chunk.offset, bytes) != chunk.size) continue;
+        if (chunk.stream >= streams || file.read(chunk.offset, bytes) != chunk.size) {
+            continue;
+        }
         StreamData& stream = out[chunk.stream];
         stream.sizes.push_back(chunk.size);
-        for (const std::uint8_t byte : bytes) stream.hash = (stream.hash ^ byte) * 0x100000001B3;
+        for (const std::uint8_t byte : bytes) {
+            stream.hash = (stream.hash ^ byte) * 0x100000001B3;
+        }
     }
     return out;
 }

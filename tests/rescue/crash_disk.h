@@ -29,7 +29,9 @@ struct CrashedFile {
     }
     TestBytes now() const {
         TestBytes out = durable;
-        for (const Change& change : pending) apply(out, change);
+        for (const Change& change : pending) {
+            apply(out, change);
+        }
         return out;
     }
 };
@@ -59,7 +61,9 @@ class CrashDisk final : public Disk {
                 const bool kept = what == Survive::kEverything ||
                                   (what == Survive::kEveryOther && i % 2 == 0) ||
                                   (what == Survive::kLast && i + 1 == file.pending.size());
-                if (kept) CrashedFile::apply(out, file.pending[i]);
+                if (kept) {
+                    CrashedFile::apply(out, file.pending[i]);
+                }
             }
             file.durable = out;
             file.pending.clear();
@@ -81,8 +85,12 @@ class CrashDisk final : public Disk {
         return std::make_unique<File>(*this, path);
     }
     void publish(const std::string& from, const std::string& to) override {
-        if (m_files.contains(to)) throw ToolError(kNoOutput, "taken");
-        if (!m_files.at(from).pending.empty()) throw std::logic_error("published before it was flushed");
+        if (m_files.contains(to)) {
+            throw ToolError(kNoOutput, "taken");
+        }
+        if (!m_files.at(from).pending.empty()) {
+            throw std::logic_error("published before it was flushed");
+        }
         step();
         m_files[to] = m_files.at(from);
         m_files.erase(from);
@@ -129,8 +137,12 @@ class CrashDisk final : public Disk {
     };
 
     void step() {
-        if (m_left != 0 && --m_left == 0) throw PowerCut();
-        if (m_failIn == 0) return;
+        if (m_left != 0 && --m_left == 0) {
+            throw PowerCut();
+        }
+        if (m_failIn == 0) {
+            return;
+        }
         if (m_failIn > 1) {
             --m_failIn;
         } else if (m_failures > 0) {

@@ -28,8 +28,9 @@ AviBuilder cutBuilder() {
 // Where the builder has put each chunk, which no index is asked for.
 std::vector<ChunkFact> builtChunks(const AviBuilder& avi) {
     std::vector<ChunkFact> out;
-    for (const auto& chunk : avi.placements())
+    for (const auto& chunk : avi.placements()) {
         out.push_back({static_cast<unsigned>(chunk.stream), chunk.offset, chunk.size});
+    }
     return out;
 }
 
@@ -41,10 +42,10 @@ const Structure kStructures[] = {
     {"idx1", [](AviBuilder&) {}},
     {"no index", [](AviBuilder& avi) { avi.idx1(false); }},
     {"absolute idx1", [](AviBuilder& avi) { avi.absoluteIdx1Offsets(true); }},
-    {"super index", [](AviBuilder& avi) { avi.openDml(OpenDml::superIndex); }},
-    {"standard index", [](AviBuilder& avi) { avi.openDml(OpenDml::standardIndex); }},
+    {"super index", [](AviBuilder& avi) { avi.openDml(OpenDml::kSuperIndex); }},
+    {"standard index", [](AviBuilder& avi) { avi.openDml(OpenDml::kStandardIndex); }},
     {"several forms",
-     [](AviBuilder& avi) { avi.openDml(OpenDml::superIndex).chunksPerForm(7).indexNumberFirst(true); }},
+     [](AviBuilder& avi) { avi.openDml(OpenDml::kSuperIndex).chunksPerForm(7).indexNumberFirst(true); }},
     {"rec lists", [](AviBuilder& avi) { avi.chunksPerRecList(3).junk(100); }},
 };
 

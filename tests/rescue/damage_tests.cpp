@@ -24,16 +24,18 @@ struct Damaged {
     explicit Damaged(std::uint32_t chunks = 10, std::uint32_t growth = 0) {
         avi.addStream(orvantis::test::videoStream("O8Y2", 16, 4, 25, 1))
             .addStream(orvantis::test::pcmStream(1, 8000, 8));
-        for (std::uint32_t i = 0; i < chunks; ++i)
+        for (std::uint32_t i = 0; i < chunks; ++i) {
             avi.addFilledChunk(i % 2, 120 + growth * i, static_cast<std::uint8_t>(i + 1));
+        }
         bytes = avi.build();
     }
     std::ptrdiff_t chunk(std::size_t i) const {
         return static_cast<std::ptrdiff_t>(avi.placements()[i].offset - 8);
     }
     void set32(std::ptrdiff_t at, std::uint32_t value) {
-        for (int i = 0; i < 4; ++i)
+        for (int i = 0; i < 4; ++i) {
             bytes[static_cast<std::size_t>(at + i)] = static_cast<std::uint8_t>(value >> (8 * i));
+        }
     }
     void fill(std::ptrdiff_t at, std::ptrdiff_t count, std::uint8_t value) {
         std::fill_n(bytes.begin() + at, count, value);
@@ -66,7 +68,9 @@ class ShortenedStorage final : public MemoryStorage {
 
 std::vector<Stretch::Kind> kindsOf(const ClipScan& scan) {
     std::vector<Stretch::Kind> out;
-    for (const Stretch& stretch : scan.damaged) out.push_back(stretch.kind);
+    for (const Stretch& stretch : scan.damaged) {
+        out.push_back(stretch.kind);
+    }
     return out;
 }
 
@@ -159,7 +163,9 @@ TEST(RescueDamage, ADamagedHeaderOfTheDataListHidesNothing) {
 TEST(RescueDamage, ChunksWithoutPaddingAreFound) {
     AviBuilder avi;
     avi.addStream(orvantis::test::videoStream("O8Y2", 16, 4, 25, 1));
-    for (int i = 0; i < 6; ++i) avi.addFilledChunk(0, 121, 1);
+    for (int i = 0; i < 6; ++i) {
+        avi.addFilledChunk(0, 121, 1);
+    }
     TestBytes bytes = avi.idx1(false).build();
     for (int i = 5; i >= 0; --i) {
         bytes.erase(bytes.begin() +
@@ -215,8 +221,10 @@ TEST(RescueDamage, AnyByteOfTheHeadersMayBeWrong) {
     AviBuilder avi;
     avi.addStream(orvantis::test::videoStream("O8Y2", 16, 4, 25, 1));
     avi.addStream(orvantis::test::pcmStream(1, 8000, 8));
-    for (int i = 0; i < 4; ++i) avi.addFilledChunk(0, 64, 1).addFilledChunk(1, 33, 2);
-    TestBytes bytes = avi.openDml(OpenDml::superIndex).idx1(false).build();
+    for (int i = 0; i < 4; ++i) {
+        avi.addFilledChunk(0, 64, 1).addFilledChunk(1, 33, 2);
+    }
+    TestBytes bytes = avi.openDml(OpenDml::kSuperIndex).idx1(false).build();
     int served = 0;
     for (std::size_t at = 0; at < avi.moviOffset(); ++at) {
         for (const std::uint8_t flip : std::initializer_list<std::uint8_t>{1, 0x80, 0xFF}) {
@@ -246,10 +254,13 @@ TEST(RescueDamage, ManyStretchesAreCountedAndTheFirstAreListed) {
     AviBuilder avi;
     avi.addStream(orvantis::test::videoStream("O8Y2", 16, 4, 25, 1));
     constexpr std::size_t kChunks = 30'000;
-    for (std::size_t i = 0; i < kChunks; ++i) avi.addFilledChunk(0, 4, 1);
+    for (std::size_t i = 0; i < kChunks; ++i) {
+        avi.addFilledChunk(0, 4, 1);
+    }
     TestBytes bytes = avi.idx1(false).build();
-    for (std::size_t i = 3; i < kChunks; i += 5)
+    for (std::size_t i = 3; i < kChunks; i += 5) {
         bytes[static_cast<std::size_t>(avi.placements()[i].offset - 8)] = 0xEE;
+    }
     MemoryStorage file(bytes);
     const ClipScan scan = scanClip(file);
     EXPECT_EQ(scan.damagedCount, kChunks / 5);
@@ -262,11 +273,14 @@ TEST(RescueDamage, ManyStretchesCostNoMoreThanTheyTouch) {
     AviBuilder avi;
     avi.addStream(orvantis::test::videoStream("O8Y2", 16, 4, 25, 1));
     constexpr std::size_t kSmall = 4'000;
-    for (std::size_t i = 0; i < kSmall; ++i) avi.addFilledChunk(0, 100, 1);
+    for (std::size_t i = 0; i < kSmall; ++i) {
+        avi.addFilledChunk(0, 100, 1);
+    }
     avi.addFilledChunk(0, 6'000'000, 1);
     TestBytes bytes = avi.idx1(false).build();
-    for (std::size_t i = 3; i < kSmall; i += 5)
+    for (std::size_t i = 3; i < kSmall; i += 5) {
         bytes[static_cast<std::size_t>(avi.placements()[i].offset - 8)] = 0xEE;
+    }
     MemoryStorage file(bytes);
     EXPECT_EQ(scanClip(file).damagedCount, kSmall / 5);
     EXPECT_LT(file.bytesRead, 4 * bytes.size());
@@ -322,8 +336,10 @@ TEST(RescueNew, SoundHeadersAreKeptByteForByte) {
     avi.addStream(orvantis::test::extensibleStream(2, 48000, 24, 1, 3));
     orvantis::test::RiffBuilder tail;
     tail.begin("IDIT").u32(0x12345678).u8(9).end();
-    avi.headerTail(tail.take()).openDml(OpenDml::superIndex).junk(333);
-    for (int i = 0; i < 8; ++i) avi.addFilledChunk(0, 99, 1).addFilledChunk(1, 600, 2);
+    avi.headerTail(tail.take()).openDml(OpenDml::kSuperIndex).junk(333);
+    for (int i = 0; i < 8; ++i) {
+        avi.addFilledChunk(0, 99, 1).addFilledChunk(1, 600, 2);
+    }
     const TestBytes whole = avi.build();
     TestBytes cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(avi.placements()[9].offset));
     MemoryStorage file(cut);
@@ -367,7 +383,9 @@ TEST(RescueNew, EndlessPaddingBeforeTheDataIsLeftOut) {
 TEST(RescueNew, KeyFramesAreThoseOfTheOldIndex) {
     AviBuilder avi;
     avi.addStream(orvantis::test::videoStream("O8Y2", 16, 4, 25, 1));
-    for (int i = 0; i < 6; ++i) avi.addFilledChunk(0, 64, 1, i % 3 == 0);
+    for (int i = 0; i < 6; ++i) {
+        avi.addFilledChunk(0, 64, 1, i % 3 == 0);
+    }
     for (const bool absolute : {false, true}) {
         TestBytes bytes = avi.absoluteIdx1Offsets(absolute).build();
         MemoryStorage file(bytes);
@@ -375,7 +393,9 @@ TEST(RescueNew, KeyFramesAreThoseOfTheOldIndex) {
         const IndexCheck check = checkIndexes(file, scan);
         EXPECT_EQ(check.gains(), absolute);
         std::vector<bool> deltas;
-        for (std::size_t i = 0; i < scan.chunks.size(); ++i) deltas.push_back(scan.chunks[i].isDelta());
+        for (std::size_t i = 0; i < scan.chunks.size(); ++i) {
+            deltas.push_back(scan.chunks[i].isDelta());
+        }
         EXPECT_THAT(deltas, ElementsAre(false, true, true, false, true, true)) << absolute;
     }
 }

@@ -80,9 +80,13 @@ class InterruptedDisk final : public Disk {
     };
 
     void step() {
-        if (++m_done != m_operation) return;
+        if (++m_done != m_operation) {
+            return;
+        }
         interruptThisProcess();
-        while (!interrupted()) std::this_thread::yield();
+        while (!interrupted()) {
+            std::this_thread::yield();
+        }
     }
 
     Disk& m_disk;
@@ -97,7 +101,9 @@ int main(int argc, char** argv) {
     using namespace simhost::tool;
     takeOwnConsole();
     const std::vector<std::string> words(argv + 1, argv + argc);
-    if (words.size() < 3) return kUsage;
+    if (words.size() < 3) {
+        return kUsage;
+    }
     RescueOptions options;
     options.file = words[1];
     options.inPlace = words[0] == "in-place";

@@ -21,7 +21,9 @@ class EndlessClip final : public Storage {
         m_start = avi.idx1(false).build();
         m_start.resize(static_cast<std::size_t>(avi.placements()[0].offset - 8));
         m_head = {'0', '0', 'd', 'c'};
-        for (int i = 0; i < 4; ++i) m_head.push_back(static_cast<std::uint8_t>(frameBytes >> (8 * i)));
+        for (int i = 0; i < 4; ++i) {
+            m_head.push_back(static_cast<std::uint8_t>(frameBytes >> (8 * i)));
+        }
     }
     std::uint64_t size() override { return m_start.size() + m_count * m_stride + 20; }
     std::size_t read(std::uint64_t at, std::span<std::uint8_t> bytes) override {
@@ -107,7 +109,9 @@ TEST(RescueLarge, AStopInTheStepEndsTheSearch) {
     EndlessClip clip(100'000, 100'000);
     EXPECT_THROW((void)scanClip(clip,
                                 [](std::uint64_t at) {
-                                    if (at > 1'000'000) throw ToolError(kInterrupted, "interrupted");
+                                    if (at > 1'000'000) {
+                                        throw ToolError(kInterrupted, "interrupted");
+                                    }
                                 }),
                  ToolError);
     EXPECT_LT(clip.reads, 1'000U);

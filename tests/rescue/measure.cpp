@@ -45,9 +45,10 @@ int measureScan(std::uint64_t cuts, const std::vector<std::string>& clips) {
             const std::string answer = wrongInScan(*file, truth, size);
             chunks += wholeBefore(truth, size).size();
             wrong += answer.empty() ? 0U : 1U;
-            if (!answer.empty())
+            if (!answer.empty()) {
                 std::fprintf(stderr, "%s cut at %llu: %s\n", clip.c_str(),
                              static_cast<unsigned long long>(size), answer.c_str());
+            }
         };
         for (const std::uint64_t size : structuralPoints(*file)) {
             ++structural;
@@ -81,7 +82,9 @@ struct StreamBytes {
     std::vector<TestBytes> chunks;
     TestBytes all() const {
         TestBytes out;
-        for (const TestBytes& chunk : chunks) out.insert(out.end(), chunk.begin(), chunk.end());
+        for (const TestBytes& chunk : chunks) {
+            out.insert(out.end(), chunk.begin(), chunk.end());
+        }
         return out;
     }
 };
@@ -90,7 +93,9 @@ std::vector<StreamBytes> streamsOf(TestBytes& file, const std::vector<ChunkFact>
                                    std::size_t streams) {
     std::vector<StreamBytes> out(streams);
     for (const ChunkFact& chunk : chunks) {
-        if (chunk.stream >= streams || chunk.offset + chunk.size > file.size()) continue;
+        if (chunk.stream >= streams || chunk.offset + chunk.size > file.size()) {
+            continue;
+        }
         const auto begin = file.begin() + static_cast<std::ptrdiff_t>(chunk.offset);
         out[chunk.stream].chunks.emplace_back(begin, begin + chunk.size);
     }
@@ -113,13 +118,16 @@ void compare(const std::vector<StreamBytes>& wanted, const fs::path& result, std
     std::size_t same = 0;
     const auto& a = wanted[video].chunks;
     const auto& b = got[video].chunks;
-    while (same < std::min(a.size(), b.size()) && a[same] == b[same]) ++same;
+    while (same < std::min(a.size(), b.size()) && a[same] == b[same]) {
+        ++same;
+    }
     counts.lost += a.size() - same;
     counts.damaged += b.size() - same;
     const bool pictures = a == b;
     bool exact = pictures;
-    for (std::size_t s = 0; s < wanted.size(); ++s)
+    for (std::size_t s = 0; s < wanted.size(); ++s) {
         exact = exact && (s == video || wanted[s].all() == got[s].all());
+    }
     counts.pictures += pictures ? 1U : 0U;
     counts.exact += exact ? 1U : 0U;
 }
@@ -136,19 +144,25 @@ std::vector<Clip> loadClips(const std::vector<std::string>& paths) {
     constexpr std::uintmax_t kMostBytes = 4'000'000;  // the others would copy for hours
     std::vector<Clip> out;
     for (const std::string& path : paths) {
-        if (fs::file_size(path) > kMostBytes) continue;
+        if (fs::file_size(path) > kMostBytes) {
+            continue;
+        }
         Clip clip;
         clip.bytes = bytesOfFile(path);
         MemoryStorage file(clip.bytes);
         clip.truth = indexedChunks(file);
         const ClipScan scan = scanClip(file);
         clip.streams = scan.headers.streams.size();
-        while (clip.video < clip.streams && scan.headers.streams[clip.video].kind != ClipStream::Kind::kVideo)
+        while (clip.video < clip.streams &&
+               scan.headers.streams[clip.video].kind != ClipStream::Kind::kVideo) {
             ++clip.video;
+        }
         const auto first =
             std::find_if(clip.truth.begin(), clip.truth.end(),
                          [&clip](const ChunkFact& chunk) { return chunk.stream == clip.video; });
-        if (first == clip.truth.end()) continue;
+        if (first == clip.truth.end()) {
+            continue;
+        }
         clip.firstWhole = first->offset + first->size;
         out.push_back(std::move(clip));
     }

@@ -22,16 +22,22 @@ class MemoryStorage : public Storage {
 
     std::uint64_t size() override { return m_bytes.size(); }
     std::size_t read(std::uint64_t at, std::span<std::uint8_t> bytes) override {
-        if (at >= m_bytes.size()) return 0;
+        if (at >= m_bytes.size()) {
+            return 0;
+        }
         const std::size_t count =
             std::min<std::size_t>(bytes.size(), m_bytes.size() - static_cast<std::size_t>(at));
         bytesRead += count;
-        if (at < m_badEnd && at + count > m_badBegin) throw ToolError(kFailed, "bad sector");
+        if (at < m_badEnd && at + count > m_badBegin) {
+            throw ToolError(kFailed, "bad sector");
+        }
         std::memcpy(bytes.data(), m_bytes.data() + at, count);
         return count;
     }
     void write(std::uint64_t at, std::span<const std::uint8_t> bytes) override {
-        if (at + bytes.size() > m_bytes.size()) m_bytes.resize(static_cast<std::size_t>(at + bytes.size()));
+        if (at + bytes.size() > m_bytes.size()) {
+            m_bytes.resize(static_cast<std::size_t>(at + bytes.size()));
+        }
         std::copy(bytes.begin(), bytes.end(), m_bytes.begin() + static_cast<std::ptrdiff_t>(at));
         ++writes;
     }
@@ -62,7 +68,9 @@ class CutStorage final : public Storage {
 
     std::uint64_t size() override { return m_size; }
     std::size_t read(std::uint64_t at, std::span<std::uint8_t> bytes) override {
-        if (at >= m_size) return 0;
+        if (at >= m_size) {
+            return 0;
+        }
         return m_whole.read(
             at, bytes.first(static_cast<std::size_t>(std::min<std::uint64_t>(bytes.size(), m_size - at))));
     }

@@ -18,18 +18,19 @@ using orvantis::test::OpenDml;
 constexpr CrashDisk::Survive kSurvivals[] = {CrashDisk::Survive::kNothing, CrashDisk::Survive::kEverything,
                                              CrashDisk::Survive::kEveryOther, CrashDisk::Survive::kLast};
 
-AviBuilder mendBuilder(OpenDml kind = OpenDml::none) {
+AviBuilder mendBuilder(OpenDml kind = OpenDml::kNone) {
     AviBuilder avi;
     avi.addStream(orvantis::test::videoStream("O8Y2", 16, 4, 25, 1))
         .addStream(orvantis::test::pcmStream(1, 8000, 8));
-    for (int i = 0; i < 6; ++i)
+    for (int i = 0; i < 6; ++i) {
         avi.addFilledChunk(0, 128, static_cast<std::uint8_t>(i + 1)).addFilledChunk(1, 101, 7);
+    }
     avi.openDml(kind);
     return avi;
 }
 
 // The beginning of a file up to the middle of its last but one chunk.
-TestBytes cutClip(OpenDml kind = OpenDml::none) {
+TestBytes cutClip(OpenDml kind = OpenDml::kNone) {
     AviBuilder avi = mendBuilder(kind);
     TestBytes out = avi.build();
     out.resize(static_cast<std::size_t>(avi.placements()[10].offset + 50));
@@ -117,7 +118,7 @@ class RescueCrashes : public ::testing::TestWithParam<int> {
             case 0:
                 return cutClip();
             case 1:
-                return cutClip(OpenDml::superIndex);
+                return cutClip(OpenDml::kSuperIndex);
             default:
                 return zeroTailClip();
         }
@@ -180,7 +181,9 @@ TEST_P(RescueCrashes, AWriteThatFailsPutsTheOldBytesBack) {
             failed = true;
             EXPECT_EQ(error.code(), kNoOutput);
         }
-        if (!failed) break;
+        if (!failed) {
+            break;
+        }
         EXPECT_TRUE(disk.bytes("clip") == before) << n;
         EXPECT_FALSE(disk.exists("clip.undo")) << n;
     }

@@ -24,7 +24,9 @@ namespace fs = std::filesystem;
 std::vector<fs::path> clipsIn(const char* folder) {
     std::vector<fs::path> out;
     for (const auto& entry : fs::directory_iterator(folder)) {
-        if (entry.path().extension() == ".avi") out.push_back(entry.path());
+        if (entry.path().extension() == ".avi") {
+            out.push_back(entry.path());
+        }
     }
     std::sort(out.begin(), out.end());
     return out;
@@ -56,7 +58,9 @@ TEST(RescueRealClips, CutAtEveryStructuralPointTheWholeChunksAreFound) {
 TEST(RescueRealClips, EveryRescueOfAClipOfEachMuxer) {
     constexpr std::uintmax_t kSmall = 400'000;
     for (const fs::path& path : clipsIn(ORVANTIS_CLIPS_DIR)) {
-        if (fs::file_size(path) > kSmall) continue;
+        if (fs::file_size(path) > kSmall) {
+            continue;
+        }
         TestBytes whole = loaded(path);
         MemoryStorage file(whole);
         const std::vector<ChunkFact> truth = indexedChunks(file);
@@ -144,8 +148,9 @@ std::vector<std::pair<std::uint64_t, std::uint32_t>> packetsOf(const std::string
         "ffprobe -v quiet -select_streams v:0 -show_entries packet=pos,size -of csv=p=0 '" + path + "'";
     std::unique_ptr<FILE, int (*)(FILE*)> pipe(::popen(command.c_str(), "r"), ::pclose);
     std::string text;
-    for (int c = std::fgetc(pipe.get()); c != EOF; c = std::fgetc(pipe.get()))
+    for (int c = std::fgetc(pipe.get()); c != EOF; c = std::fgetc(pipe.get())) {
         text += static_cast<char>(c == ',' ? ' ' : c);
+    }
     std::vector<std::pair<std::uint64_t, std::uint32_t>> out;
     std::istringstream lines(text);
     for (std::uint32_t size = 0; lines >> size;) {
@@ -163,7 +168,9 @@ TEST(RescueProbed, FfprobeListsTheSameFrames) {
             std::vector<std::pair<std::uint64_t, std::uint32_t>> wanted;
             const auto file = systemDisk().openToRead(path);
             for (const ChunkFact& chunk : indexedChunks(*file)) {
-                if (chunk.stream == 0) wanted.emplace_back(chunk.offset, chunk.size);
+                if (chunk.stream == 0) {
+                    wanted.emplace_back(chunk.offset, chunk.size);
+                }
             }
             ASSERT_EQ(wanted.size(), rescued.frames) << path;
             EXPECT_EQ(packetsOf(path), wanted) << name << " " << path;

@@ -28,7 +28,9 @@ constexpr unsigned kHangSeconds = 20;
 Account* sharedAccount() {
     void* const mapped =
         mmap(nullptr, sizeof(Account), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-    if (mapped == MAP_FAILED) std::abort();
+    if (mapped == MAP_FAILED) {
+        std::abort();
+    }
     return new (mapped) Account;
 }
 
@@ -36,8 +38,12 @@ Account* sharedAccount() {
 pid_t start(const Scenario& scenario, Account& shared, const std::function<void()>& work) {
     std::fflush(nullptr);
     const pid_t child = fork();
-    if (child < 0) std::abort();
-    if (child > 0) return child;
+    if (child < 0) {
+        std::abort();
+    }
+    if (child > 0) {
+        return child;
+    }
     setAccount(shared);
     // Whatever exists once for the process is made before the first schedule, and so the same for all.
     world::startPlugin();
@@ -50,7 +56,9 @@ pid_t start(const Scenario& scenario, Account& shared, const std::function<void(
 
 /// What the end of a process says when it did not say it itself.
 void readEnd(int status, Account& account) {
-    if (account.finding[0] != '\0') return;
+    if (account.finding[0] != '\0') {
+        return;
+    }
     if (WIFSIGNALED(status)) {
         const int signal = WTERMSIG(status);
         std::snprintf(account.finding, sizeof account.finding, "%s: %s",
@@ -64,7 +72,9 @@ void readEnd(int status, Account& account) {
 Result runApart(const Scenario& scenario, const std::function<void()>& work) {
     Account* const shared = sharedAccount();
     int status = 0;
-    if (waitpid(start(scenario, *shared, work), &status, 0) < 0) std::abort();
+    if (waitpid(start(scenario, *shared, work), &status, 0) < 0) {
+        std::abort();
+    }
     readEnd(status, *shared);
     Result result{&scenario, *shared};
     munmap(shared, sizeof *shared);
@@ -75,7 +85,9 @@ Result runApart(const Scenario& scenario, const std::function<void()>& work) {
 std::function<void()> watched(const Scenario& scenario) {
     return [&scenario, since = 0U]() mutable {
         // Looked at now and then: it costs a system call.
-        if (since++ % 4096 == 0) alarm(kHangSeconds);
+        if (since++ % 4096 == 0) {
+            alarm(kHangSeconds);
+        }
         playOnce(scenario);
     };
 }
@@ -101,16 +113,22 @@ std::vector<Result> explore(const std::vector<const Scenario*>& scenarios,
         }
         int status = 0;
         const pid_t child = wait(&status);
-        if (child < 0) std::abort();
+        if (child < 0) {
+            std::abort();
+        }
         const auto which = running.find(child);
-        if (which == running.end()) continue;
+        if (which == running.end()) {
+            continue;
+        }
         const std::size_t i = which->second;
         running.erase(which);
         readEnd(status, *accounts[i]);
         results[i] = {scenarios[i], *accounts[i]};
         munmap(accounts[i], sizeof *accounts[i]);
         ended[i] = true;
-        while (told < scenarios.size() && ended[told]) done(results[told++]);
+        while (told < scenarios.size() && ended[told]) {
+            done(results[told++]);
+        }
     }
     return results;
 }
@@ -118,7 +136,9 @@ std::vector<Result> explore(const std::vector<const Scenario*>& scenarios,
 Result findSchedule(const Scenario& scenario, unsigned preemptions, std::uint64_t number) {
     return runApart(scenario, [&] {
         // The places where threads may change are known after the first rounds, and the numbers with them.
-        if (!explorer().explore(watched(scenario), preemptions, number)) account().number = 0;
+        if (!explorer().explore(watched(scenario), preemptions, number)) {
+            account().number = 0;
+        }
     });
 }
 
@@ -133,7 +153,9 @@ Result replay(const Scenario& scenario, const std::vector<Deviation>& deviations
 std::string deviationText(const Account& account) {
     std::string text;
     for (unsigned i = 0; i < account.deviationCount; ++i) {
-        if (i != 0) text += ',';
+        if (i != 0) {
+            text += ',';
+        }
         text += std::to_string(account.deviations[i].decision) + '.' +
                 std::to_string(account.deviations[i].option);
     }
@@ -141,19 +163,29 @@ std::string deviationText(const Account& account) {
 }
 
 bool readDeviations(std::string_view text, std::vector<Deviation>& deviations) {
-    if (text == "default") return true;
+    if (text == "default") {
+        return true;
+    }
     const char* at = text.data();
     const char* const end = at + text.size();
     for (;;) {
         Deviation deviation{};
         const auto decision = std::from_chars(at, end, deviation.decision);
-        if (decision.ec != std::errc() || decision.ptr == end || *decision.ptr != '.') return false;
+        if (decision.ec != std::errc() || decision.ptr == end || *decision.ptr != '.') {
+            return false;
+        }
         const auto option = std::from_chars(decision.ptr + 1, end, deviation.option);
-        if (option.ec != std::errc()) return false;
+        if (option.ec != std::errc()) {
+            return false;
+        }
         deviations.push_back(deviation);
         at = option.ptr;
-        if (at == end) return deviations.size() <= Account::kMostDeviations;
-        if (*at++ != ',') return false;
+        if (at == end) {
+            return deviations.size() <= Account::kMostDeviations;
+        }
+        if (*at++ != ',') {
+            return false;
+        }
     }
 }
 

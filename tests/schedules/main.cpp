@@ -41,14 +41,18 @@ struct Options {
 std::vector<const Scenario*> allScenarios() {
     std::vector<const Scenario*> all;
     for (const auto scenarios : {schedules::asyncScenarios(), schedules::syncScenarios()}) {
-        for (const Scenario& scenario : scenarios) all.push_back(&scenario);
+        for (const Scenario& scenario : scenarios) {
+            all.push_back(&scenario);
+        }
     }
     return all;
 }
 
 const Scenario* scenarioNamed(std::string_view name) {
     for (const Scenario* const scenario : allScenarios()) {
-        if (name == scenario->name) return scenario;
+        if (name == scenario->name) {
+            return scenario;
+        }
     }
     return nullptr;
 }
@@ -73,20 +77,27 @@ std::string readOptions(int argc, char** argv, Options& options) {
         } else if (argument == "--self-test") {
             options.selfTest = true;
         } else if (argument == "--expect") {
-            if (value.empty()) return "which finding?";
+            if (value.empty()) {
+                return "which finding?";
+            }
             options.expect = value;
             ++i;
         } else if (argument == "--preemptions") {
             unsigned preemptions = 0;
-            if (!readNumber(value, preemptions) || preemptions > Account::kMostPreemptions)
+            if (!readNumber(value, preemptions) || preemptions > Account::kMostPreemptions) {
                 return "how many preemptions?";
+            }
             options.preemptions = preemptions;
             ++i;
         } else if (argument == "--jobs") {
-            if (!readNumber(value, options.jobs) || options.jobs == 0) return "how many jobs?";
+            if (!readNumber(value, options.jobs) || options.jobs == 0) {
+                return "how many jobs?";
+            }
             ++i;
         } else if (argument == "--replay") {
-            if (value.empty()) return "which schedule?";
+            if (value.empty()) {
+                return "which schedule?";
+            }
             options.replay = value;
             ++i;
         } else if (const Scenario* const scenario = scenarioNamed(argument)) {
@@ -95,7 +106,9 @@ std::string readOptions(int argc, char** argv, Options& options) {
             return "no such scenario or option: " + std::string(argument);
         }
     }
-    if (options.scenarios.empty()) options.scenarios = allScenarios();
+    if (options.scenarios.empty()) {
+        options.scenarios = allScenarios();
+    }
     return {};
 }
 
@@ -116,12 +129,16 @@ void printRow(const Result& result) {
         char text[32];
         std::snprintf(text, sizeof text, " %9" PRIu64, account.schedules[i]);
         counts += text;
-        if (i == Account::kMostPreemptions) break;
+        if (i == Account::kMostPreemptions) {
+            break;
+        }
     }
     const double rate = account.seconds > 0 ? static_cast<double>(account.runs) / account.seconds : 0;
     std::printf("%-26s %4" PRIu64 " %10" PRIu64 " %8.1f %8.0f  %s\n", result.scenario->name,
                 account.mostSteps, all, account.seconds, rate, counts.c_str());
-    if (result.found()) printFinding(result);
+    if (result.found()) {
+        printFinding(result);
+    }
     std::fflush(stdout);
 }
 
@@ -130,7 +147,9 @@ bool isExpected(const Result& result, std::string_view expected) {
     const std::string_view finding = result.account.finding;
     while (!expected.empty()) {
         const std::size_t bar = expected.find('|');
-        if (finding.find(expected.substr(0, bar)) != std::string_view::npos) return true;
+        if (finding.find(expected.substr(0, bar)) != std::string_view::npos) {
+            return true;
+        }
         expected.remove_prefix(bar == std::string_view::npos ? expected.size() : bar + 1);
     }
     return false;
@@ -147,7 +166,9 @@ int exploreAll(const Options& options) {
     std::size_t findings = 0;
     std::size_t expected = 0;
     for (const Result& result : results) {
-        for (const std::uint64_t part : result.account.schedules) count += part;
+        for (const std::uint64_t part : result.account.schedules) {
+            count += part;
+        }
         seconds += result.account.seconds;
         most = std::max(most, options.preemptions.value_or(result.scenario->preemptions));
         findings += result.found() ? 1 : 0;
@@ -163,10 +184,14 @@ int exploreAll(const Options& options) {
 int testSelf() {
     std::size_t wrong = 0;
     for (const schedules::KnownProgram& test : schedules::knownPrograms()) {
-        if (test.needsWatch && !schedules::races::kWatches) continue;
+        if (test.needsWatch && !schedules::races::kWatches) {
+            continue;
+        }
         const Result result = schedules::explore({&test.scenario}, 3, 1, [](const Result&) {}).front();
         std::uint64_t count = 0;
-        for (const std::uint64_t part : result.account.schedules) count += part;
+        for (const std::uint64_t part : result.account.schedules) {
+            count += part;
+        }
         const std::string_view finding = result.account.finding;
         const bool right = test.finding[0] != '\0'
                                ? finding.starts_with(test.finding)
@@ -181,8 +206,9 @@ int testSelf() {
 int replayOne(const Options& options) {
     const std::size_t colon = options.replay.find(':');
     const Scenario* const scenario = scenarioNamed(options.replay.substr(0, colon));
-    if (colon == std::string::npos || scenario == nullptr)
+    if (colon == std::string::npos || scenario == nullptr) {
         return wrongUsage("no such schedule: " + options.replay);
+    }
     const std::string which = options.replay.substr(colon + 1);
     std::vector<schedules::Deviation> deviations;
     const unsigned preemptions = options.preemptions.value_or(scenario->preemptions);
@@ -209,12 +235,17 @@ int replayOne(const Options& options) {
 
 int main(int argc, char** argv) {
     Options options;
-    if (const std::string wrong = readOptions(argc, argv, options); !wrong.empty()) return wrongUsage(wrong);
+    if (const std::string wrong = readOptions(argc, argv, options); !wrong.empty()) {
+        return wrongUsage(wrong);
+    }
     if (options.list) {
-        for (const Scenario* const scenario : allScenarios())
+        for (const Scenario* const scenario : allScenarios()) {
             std::printf("%-26s %s\n", scenario->name, scenario->about);
+        }
         return 0;
     }
-    if (options.selfTest) return testSelf();
+    if (options.selfTest) {
+        return testSelf();
+    }
     return options.replay.empty() ? exploreAll(options) : replayOne(options);
 }

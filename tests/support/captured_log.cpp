@@ -39,7 +39,9 @@ void CapturedLog::clear() {
 std::vector<std::string> CapturedLog::lines() {
     const std::string header = "[T] [#] ";
     for (const std::string& line : processCapture().takeLines()) {
-        if (!line.starts_with(header)) throw std::runtime_error("log line without a header: " + line);
+        if (!line.starts_with(header)) {
+            throw std::runtime_error("log line without a header: " + line);
+        }
         m_lines.push_back(line.substr(header.size()));
     }
     return m_lines;

@@ -10,7 +10,9 @@ namespace orvantis::test {
 
 inline ChunkList chunkListOf(const std::vector<IndexEntry>& entries) {
     ChunkListBuilder builder;
-    for (const IndexEntry& entry : entries) builder.add(entry.offset, 0, entry.size, entry.keyFrame);
+    for (const IndexEntry& entry : entries) {
+        builder.add(entry.offset, 0, entry.size, entry.keyFrame);
+    }
     return builder.finish();
 }
 

@@ -12,14 +12,14 @@
 namespace orvantis::test {
 
 enum class FileFault {
-    fail,           ///< reads and writes give 0 bytes, seeks are refused, size and tell give 0
-    shortRead,      ///< reads give half of what they could (at least one byte less); all else works
-    throwRuntime,   ///< throws std::runtime_error("injected fault"), which no real file does
-    throwBadAlloc,  ///< throws std::bad_alloc
+    kFail,           ///< reads and writes give 0 bytes, seeks are refused, size and tell give 0
+    kShortRead,      ///< reads give half of what they could (at least one byte less); all else works
+    kThrowRuntime,   ///< throws std::runtime_error("injected fault"), which no real file does
+    kThrowBadAlloc,  ///< throws std::bad_alloc
 };
 
 /// Which operations are counted for the place of the fault.
-enum class FileOperation { any, read, seek, size, tell, write };
+enum class FileOperation { kAny, kRead, kSeek, kSize, kTell, kWrite };
 
 class FailingFile final : public fileio::File {
  public:
@@ -28,7 +28,7 @@ class FailingFile final : public fileio::File {
 
     /// The `number`-th operation (from 1) of kind `operation` meets `fault`; with `fromThereOn` all later
     /// ones too.
-    void plan(FileFault fault, std::uint64_t number, FileOperation operation = FileOperation::any,
+    void plan(FileFault fault, std::uint64_t number, FileOperation operation = FileOperation::kAny,
               bool fromThereOn = false) {
         m_fault = fault;
         m_number = number;
@@ -52,9 +52,9 @@ class FailingFile final : public fileio::File {
 
     bool open(const char* utf8Path, int mode) override { return m_file.open(utf8Path, mode); }
     void close() override { m_file.close(); }
-    std::int64_t size() override { return fails(FileOperation::size) ? 0 : m_file.size(); }
-    std::int64_t tell() override { return fails(FileOperation::tell) ? 0 : m_file.tell(); }
-    bool seek(std::int64_t offset) override { return !fails(FileOperation::seek) && m_file.seek(offset); }
+    std::int64_t size() override { return fails(FileOperation::kSize) ? 0 : m_file.size(); }
+    std::int64_t tell() override { return fails(FileOperation::kTell) ? 0 : m_file.tell(); }
+    bool seek(std::int64_t offset) override { return !fails(FileOperation::kSeek) && m_file.seek(offset); }
 
     std::uint64_t read(void* buffer, std::uint64_t count) override {
         if (m_badStart < m_badEnd) {
@@ -64,24 +64,24 @@ class FailingFile final : public fileio::File {
                 return 0;
             }
         }
-        if (!meetsFault(FileOperation::read)) {
+        if (!meetsFault(FileOperation::kRead)) {
             return m_file.read(buffer, count);
         }
-        if (m_fault == FileFault::shortRead) {
+        if (m_fault == FileFault::kShortRead) {
             return m_file.read(buffer, count / 2);
         }
         return 0;
     }
 
     std::uint64_t write(const void* buffer, std::uint64_t count) override {
-        return fails(FileOperation::write) ? 0 : m_file.write(buffer, count);
+        return fails(FileOperation::kWrite) ? 0 : m_file.write(buffer, count);
     }
 
  private:
-    bool fails(FileOperation operation) { return meetsFault(operation) && m_fault == FileFault::fail; }
+    bool fails(FileOperation operation) { return meetsFault(operation) && m_fault == FileFault::kFail; }
 
     bool meetsFault(FileOperation operation) {
-        if (m_operation != FileOperation::any && m_operation != operation) {
+        if (m_operation != FileOperation::kAny && m_operation != operation) {
             return false;
         }
         ++m_seen;
@@ -89,18 +89,18 @@ class FailingFile final : public fileio::File {
             return false;
         }
         ++m_faults;
-        if (m_fault == FileFault::throwRuntime) {
+        if (m_fault == FileFault::kThrowRuntime) {
             throw std::runtime_error("injected fault");
         }
-        if (m_fault == FileFault::throwBadAlloc) {
+        if (m_fault == FileFault::kThrowBadAlloc) {
             throw std::bad_alloc();
         }
         return true;
     }
 
     fileio::File& m_file;
-    FileFault m_fault = FileFault::fail;
-    FileOperation m_operation = FileOperation::any;
+    FileFault m_fault = FileFault::kFail;
+    FileOperation m_operation = FileOperation::kAny;
     std::uint64_t m_number = 0;  ///< 0: no fault planned
     bool m_fromThereOn = false;
     std::uint64_t m_seen = 0;

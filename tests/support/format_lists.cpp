@@ -154,7 +154,9 @@ std::span<const HostFormat> laterHostFormats() {
 
 std::uint32_t formatValue(const char* code) {
     std::uint32_t value = 0;
-    for (int i = 3; i >= 0; --i) value = value << 8 | static_cast<unsigned char>(code[i]);
+    for (int i = 3; i >= 0; --i) {
+        value = value << 8 | static_cast<unsigned char>(code[i]);
+    }
     return value;
 }
 
@@ -165,7 +167,9 @@ std::span<const DeliveredFormat> deliveredFormats() {
 std::vector<std::string> deliveredCodes(std::initializer_list<Family> families) {
     std::vector<std::string> codes;
     for (const DeliveredFormat& format : kDeliveredFormats) {
-        if (std::ranges::count(families, format.family) != 0) codes.emplace_back(format.code);
+        if (std::ranges::count(families, format.family) != 0) {
+            codes.emplace_back(format.code);
+        }
     }
     return codes;
 }

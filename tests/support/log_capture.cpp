@@ -69,7 +69,7 @@ fs::path onlyOneOf(const std::vector<fs::path>& files) {
 LogCapture::LogCapture(Switch initial)
     : m_redirection(m_folder.path()), m_profile(m_redirection.effectiveProfile()) {
     m_strangers = logFilesIn(logFolder());
-    if (initial == Switch::on) {
+    if (initial == Switch::kOn) {
         m_redirection.setSwitch(1);
     }
 }

@@ -18,9 +18,9 @@ namespace orvantis::test {
 
 class LogCapture {
  public:
-    enum class Switch { on, missing };
+    enum class Switch { kOn, kMissing };
 
-    explicit LogCapture(Switch initial = Switch::on);
+    explicit LogCapture(Switch initial = Switch::kOn);
 
     /// The switch and the profile folder, for tests of the log itself.
     LogRedirection& redirection() noexcept { return m_redirection; }

@@ -43,9 +43,13 @@ Bytes shifted(AviBuilder& avi, std::int32_t by) {
     Bytes bytes = avi.build();
     for (std::size_t at = avi.idx1Offset() + 8; at + 16 <= bytes.size(); at += 16) {
         std::uint32_t offset = 0;
-        for (std::size_t i = 0; i < 4; ++i) offset |= std::uint32_t{bytes[at + 8 + i]} << (8 * i);
+        for (std::size_t i = 0; i < 4; ++i) {
+            offset |= std::uint32_t{bytes[at + 8 + i]} << (8 * i);
+        }
         offset += static_cast<std::uint32_t>(by);
-        for (std::size_t i = 0; i < 4; ++i) bytes[at + 8 + i] = static_cast<std::uint8_t>(offset >> (8 * i));
+        for (std::size_t i = 0; i < 4; ++i) {
+            bytes[at + 8 + i] = static_cast<std::uint8_t>(offset >> (8 * i));
+        }
     }
     return bytes;
 }
@@ -83,13 +87,15 @@ TEST(AviIndexBases, AnIndexThatLeadsToNoChunkIsSeen) {
 TEST(AviIndexBases, AWrongSizeInTheIndexIsNoWrongPlace) {
     AviBuilder avi = builder();
     Bytes bytes = avi.build();
-    for (std::size_t at = avi.idx1Offset() + 8; at + 16 <= bytes.size(); at += 16) bytes[at + 12] ^= 0x40;
+    for (std::size_t at = avi.idx1Offset() + 8; at + 16 <= bytes.size(); at += 16) {
+        bytes[at + 12] ^= 0x40;
+    }
     EXPECT_EQ(factsOf(bytes).streams[0].base, IndexBase::kRight);
 }
 
 TEST(AviIndexBases, AFileThatWasCutOffHasARightIndex) {
     AviBuilder avi = builder();
-    avi.openDml(OpenDml::standardIndex).idx1(false);
+    avi.openDml(OpenDml::kStandardIndex).idx1(false);
     Bytes bytes = avi.build();
     bytes.resize(static_cast<std::size_t>(avi.placementsOf(0)[4].offset));
     const AviFacts facts = factsOf(bytes);
@@ -102,7 +108,9 @@ TEST(AviIndexBases, AFewHeadersAreEnough) {
     AviBuilder avi = builder(2000);
     orvantis::test::MemoryFile file{std::span<const std::uint8_t>(avi.build())};
     orvantis::ChunkListBuilder entries;
-    for (const auto& chunk : avi.placementsOf(0)) entries.add(chunk.offset, 0, chunk.size, true);
+    for (const auto& chunk : avi.placementsOf(0)) {
+        entries.add(chunk.offset, 0, chunk.size, true);
+    }
     (void)file.open("clip", fileio::kOpenRead);
     EXPECT_EQ(probeIndex(file, entries.finish(), avi.moviOffset()).base, IndexBase::kRight);
     EXPECT_LE(file.counts().reads, kMostLookedAt);
@@ -112,9 +120,11 @@ TEST(AviIndexBases, AFewHeadersAreEnough) {
 TEST(AviIndexGaps, IndexChunksAndJunkAreNone) {
     AviBuilder avi;
     avi.addStream(orvantis::test::videoStream("O8Y2", 16, 4, 25, 1));
-    for (std::uint32_t i = 0; i < 20'000; ++i) avi.addFilledChunk(0, 8, 1);
+    for (std::uint32_t i = 0; i < 20'000; ++i) {
+        avi.addFilledChunk(0, 8, 1);
+    }
     for (const bool numberFirst : {false, true}) {
-        avi.openDml(OpenDml::superIndex).chunksPerForm(10'000).indexNumberFirst(numberFirst);
+        avi.openDml(OpenDml::kSuperIndex).chunksPerForm(10'000).indexNumberFirst(numberFirst);
         const AviFacts facts = factsOf(avi.build());
         EXPECT_EQ(facts.streams[0].index, IndexKind::kOpenDml);
         EXPECT_EQ(facts.gapCount, 0U);
@@ -145,7 +155,7 @@ TEST(AviUnindexed, ChunksBehindAnIndexAreCounted) {
     avi.chunksPerRecList(0);
     // idx1 knows the first form only.
     EXPECT_EQ(factsOf(avi.chunksPerForm(6).build()).unindexedChunks, avi.placements().size() - 6);
-    EXPECT_EQ(factsOf(avi.openDml(OpenDml::superIndex).build()).unindexedChunks, 0U);
+    EXPECT_EQ(factsOf(avi.openDml(OpenDml::kSuperIndex).build()).unindexedChunks, 0U);
 }
 
 TEST(AviUnindexed, ChunksBetweenIndexedOnesAreCounted) {
@@ -168,7 +178,9 @@ TEST(AviSoundLengths, TheHeaderCountsForSound) {
     auto sound = orvantis::test::pcmStream(2, 8000, 16);
     sound.length = 100;  // sample frames, of which the chunks hold 8000
     avi.addStream(orvantis::test::videoStream("O8Y2", 16, 4, 25, 1)).addStream(sound);
-    for (int i = 0; i < 25; ++i) avi.addFilledChunk(0, 128, 1).addFilledChunk(1, 1280, 1);
+    for (int i = 0; i < 25; ++i) {
+        avi.addFilledChunk(0, 128, 1).addFilledChunk(1, 1280, 1);
+    }
     const auto findings = aviFindings(factsOf(avi.build()));
     ASSERT_EQ(findings.size(), 2U);
     EXPECT_EQ(

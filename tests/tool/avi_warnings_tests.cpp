@@ -39,7 +39,9 @@ AviFacts sound() {
 // Without what to do about it.
 std::vector<std::string> aviWarnings(const AviFacts& facts) {
     std::vector<std::string> out;
-    for (const AviFinding& finding : aviFindings(facts)) out.push_back(finding.text);
+    for (const AviFinding& finding : aviFindings(facts)) {
+        out.push_back(finding.text);
+    }
     return out;
 }
 

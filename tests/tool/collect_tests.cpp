@@ -23,7 +23,9 @@ class ToolCollect : public ToolTest {
  protected:
     std::vector<std::string> namesOf(const nlohmann::json& told) const {
         std::vector<std::string> out;
-        for (const auto& each : told["contents"]) out.push_back(each["name"]);
+        for (const auto& each : told["contents"]) {
+            out.push_back(each["name"]);
+        }
         return out;
     }
 #if defined(ORVANTIS_PYTHON)

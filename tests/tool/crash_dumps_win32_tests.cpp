@@ -49,7 +49,9 @@ class CrashDumps : public ::testing::Test {
     bool exists(const char* key) const {
         HKEY opened = nullptr;
         const bool found = RegOpenKeyExA(m_root, key, 0, KEY_READ, &opened) == ERROR_SUCCESS;
-        if (found) RegCloseKey(opened);
+        if (found) {
+            RegCloseKey(opened);
+        }
         return found;
     }
 

@@ -19,8 +19,9 @@ LibraryFile plugin(const SmallPe& what = {}) {
 }
 
 LibraryFile codec(SmallPe what = {}) {
-    if (what.exports == SmallPe{}.exports)
+    if (what.exports == SmallPe{}.exports) {
         what.exports.assign(codecFunctions().begin(), codecFunctions().end());
+    }
     return {"C:\\Windows\\System32\\orvantis_common64.dll", parsePe(smallPe(what))};
 }
 
@@ -118,7 +119,9 @@ TEST(DoctorCodec, EveryMissingFunctionIsAFaultAndNamed) {
     for (const char* missing : codecFunctions()) {
         SmallPe what{.exports = {"another"}};
         for (const char* function : codecFunctions()) {
-            if (function != missing) what.exports.emplace_back(function);
+            if (function != missing) {
+                what.exports.emplace_back(function);
+            }
         }
         const auto checks = codecChecks({codec(what)});
         EXPECT_EQ(checks[0].state, CheckState::kBad);

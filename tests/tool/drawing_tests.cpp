@@ -114,7 +114,9 @@ TEST(ContactSheetTest, LargeFramesAreFewOnASheet) {
 
 TEST(ContactSheetTest, FramesAreSpreadFromTheFirstToTheLast) {
     std::vector<std::uint32_t> frames(1'000'000);
-    for (std::uint32_t i = 0; i < frames.size(); ++i) frames[i] = 2 * i;
+    for (std::uint32_t i = 0; i < frames.size(); ++i) {
+        frames[i] = 2 * i;
+    }
     const auto some = spreadFrames(frames, ContactSheet::kMostCells);
     ASSERT_EQ(some.size(), ContactSheet::kMostCells);
     EXPECT_EQ(some.front(), 0U);

@@ -58,7 +58,9 @@ TEST(ExcerptCorpus, EveryFileReadsTheSameOrItIsTold) {
     std::size_t told = 0;
     for (const char* corpus : {"corpus/parse_fuzzer", "corpus/session_fuzzer", "regressions"}) {
         for (const auto& each : fs::directory_iterator(fs::path(ORVANTIS_FUZZ_FOLDER) / corpus)) {
-            if (each.path().extension() == ".md") continue;
+            if (each.path().extension() == ".md") {
+                continue;
+            }
             const std::string bytes = orvantis::test::readFile(each.path());
             const std::string excerpt = excerptOf(bytes);
             orvantis::test::writeFile(folder / "clip.avi", bytes);

@@ -23,7 +23,9 @@ using testing::HasSubstr;
 constexpr std::uint8_t kMark = 0xA5;  // stands in pictures and sound, and nowhere else
 
 void replaceAll(std::string& text, const std::string& what, const std::string& with) {
-    if (what.empty()) return;
+    if (what.empty()) {
+        return;
+    }
     for (std::size_t at = 0; (at = text.find(what, at)) != std::string::npos; at += with.size()) {
         text.replace(at, what.size(), with);
     }
@@ -46,19 +48,29 @@ std::size_t changing(std::string_view text) {
         return kStamp.size();
     }
     std::size_t digits = 0;
-    while (text.front() == '[' && 1 + digits < text.size() && isDigit(text[1 + digits])) ++digits;
-    if (digits > 0 && text[1 + digits] == ']') return digits + 2;
-    if (text.starts_with("0x")) return text.find_first_not_of("0123456789abcdefABCDEF", 2);
+    while (text.front() == '[' && 1 + digits < text.size() && isDigit(text[1 + digits])) {
+        ++digits;
+    }
+    if (digits > 0 && text[1 + digits] == ']') {
+        return digits + 2;
+    }
+    if (text.starts_with("0x")) {
+        return text.find_first_not_of("0123456789abcdefABCDEF", 2);
+    }
     for (const std::string_view word :
          {" and is silent", "silent", ", but from the wrong place of the file: it is noise"}) {
-        if (text.starts_with(word)) return word.size();
+        if (text.starts_with(word)) {
+            return word.size();
+        }
     }
     for (const auto& [begin, end] : {std::pair{"<svg", "</svg>"},
                                      {"data:image", "\""},
                                      {"peak ", " dB"},
                                      {"orvantis_pr_importer_", ".log"},
                                      {"importer_host-", "/"}}) {
-        if (const std::size_t length = upTo(begin, end)) return length;
+        if (const std::size_t length = upTo(begin, end)) {
+            return length;
+        }
     }
     return 0;
 }
@@ -86,7 +98,9 @@ class ToolExcerpt : public ToolTest {
     void takeExcerpts(const fs::path& clips) const {
         fs::create_directories(folder / "excerpts");
         for (const auto& each : fs::directory_iterator(clips)) {
-            if (each.path().extension() != ".avi") continue;
+            if (each.path().extension() != ".avi") {
+                continue;
+            }
             const std::string out = orvantis::test::utf8Path(folder / "excerpts" / each.path().filename());
             const ToolRun result = runTool({"excerpt", orvantis::test::utf8Path(each.path()), "--out", out});
             EXPECT_EQ(result.code, kSuccess) << result.out << result.err;
@@ -120,7 +134,9 @@ class ToolExcerpt : public ToolTest {
         std::size_t differing = 0;
         while (std::getline(one, a) && std::getline(other, b)) {
             ++lines;
-            if (a != b && ++differing < 5) ADD_FAILURE() << "clip:    " << a << "\nexcerpt: " << b;
+            if (a != b && ++differing < 5) {
+                ADD_FAILURE() << "clip:    " << a << "\nexcerpt: " << b;
+            }
         }
         EXPECT_GT(lines, 100U);
         EXPECT_FALSE(std::getline(one, a) || std::getline(other, b)) << "one says more";
@@ -194,18 +210,20 @@ AviBuilder marked() {
 
 TEST_F(ToolExcerpt, WholeAndDamagedClipsGiveTheSameAnswersAndKeepNothing) {
     const auto clip = [this](const char* name, Bytes bytes, const std::function<void(Bytes&)>& damage = {}) {
-        if (damage) damage(bytes);
+        if (damage) {
+            damage(bytes);
+        }
         (void)write(std::string("clips/") + name + ".avi", bytes);
     };
     clip("whole", marked().build());
     clip("opendml",
-         marked().openDml(OpenDml::superIndex).chunksPerForm(8).entriesPerStandardIndex(3).build());
-    clip("standard", marked().openDml(OpenDml::standardIndex).idx1(false).build());
+         marked().openDml(OpenDml::kSuperIndex).chunksPerForm(8).entriesPerStandardIndex(3).build());
+    clip("standard", marked().openDml(OpenDml::kStandardIndex).idx1(false).build());
     clip("rec", marked().chunksPerRecList(4).build());
     clip("absolute", marked().absoluteIdx1Offsets(true).build());
     clip("no index", marked().idx1(false).build());
     clip("half", marked().build(), [](Bytes& bytes) { bytes.resize(bytes.size() / 2); });
-    clip("half opendml", marked().openDml(OpenDml::superIndex).build(),
+    clip("half opendml", marked().openDml(OpenDml::kSuperIndex).build(),
          [](Bytes& bytes) { bytes.resize(bytes.size() / 2); });
     clip("headers only", marked().build(), [](Bytes& bytes) { bytes.resize(300); });
     clip("tail of noughts", marked().build(), [](Bytes& bytes) {
@@ -219,7 +237,9 @@ TEST_F(ToolExcerpt, WholeAndDamagedClipsGiveTheSameAnswersAndKeepNothing) {
     });
     auto lost = marked();
     Bytes bytes = lost.build();
-    for (std::size_t i = 0; i < 3; ++i) bytes[lost.idx1Offset() + 8 + 2 * 16 + 8 + i] = 0x7F;
+    for (std::size_t i = 0; i < 3; ++i) {
+        bytes[lost.idx1Offset() + 8 + 2 * 16 + 8 + i] = 0x7F;
+    }
     clip("lost frame", bytes);
     auto garbled = marked();
     bytes = garbled.build();

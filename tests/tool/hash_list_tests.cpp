@@ -41,8 +41,9 @@ TEST(Md5Hash, IsThatOfTheRfc) {
          "d174ab98d277d9f5a5611c2c9f419d9f"},
         {"12345678901234567890123456789012345678901234567890123456789012345678901234567890",
          "57edf4a22be3c955ac49da2e2107b67a"}};
-    for (const auto& [text, hash] : suite)
+    for (const auto& [text, hash] : suite) {
         EXPECT_EQ(simhost::tool::hexText(md5(bytesOf(text))), hash) << text;
+    }
 }
 
 TEST(Md5Hash, DoesNotDependOnThePieces) {
@@ -129,7 +130,9 @@ TEST(HashList, WhatIsNoneSaysWhere) {
 TEST(SampleLayout, IntegersComeBackFromFloatsBitByBit) {
     std::vector<std::uint8_t> bytes;
     std::vector<float> floats;
-    for (int v = -8388608; v < 8388608; v += 997) floats.push_back(static_cast<float>(v) / 8388608.0F);
+    for (int v = -8388608; v < 8388608; v += 997) {
+        floats.push_back(static_cast<float>(v) / 8388608.0F);
+    }
     floats.push_back(8388607.0F / 8388608.0F);
     layOut({floats}, 0, floats.size(), SampleKind::kS24, bytes);
     ASSERT_EQ(bytes.size(), 3 * floats.size());
@@ -159,7 +162,9 @@ ClipHashes smallClip() {
     track.rate = 1000;
     track.sampleFrames = track.declared = 3000;
     track.blocks = {{0, 1000}, {1000, 1000}, {2000, 1000}};
-    for (std::uint8_t i = 0; i < 3; ++i) track.hashes.push_back({{i, 1}, 2000, 0, true});
+    for (std::uint8_t i = 0; i < 3; ++i) {
+        track.hashes.push_back({{i, 1}, 2000, 0, true});
+    }
     clip.tracks.push_back(track);
     return clip;
 }
@@ -262,12 +267,15 @@ TEST(ClipChunksRead, AnIndexOfMoreThanTheFileHasFewBlocks) {
     constexpr std::uint32_t kBytes = 400'000;
     constexpr std::size_t kEntries = 200;
     avi.addFilledChunk(1, kBytes, 1);
-    for (std::size_t i = 1; i < kEntries; ++i) avi.addFilledChunk(1, 0, 1);
+    for (std::size_t i = 1; i < kEntries; ++i) {
+        avi.addFilledChunk(1, 0, 1);
+    }
     auto bytes = avi.build();
     // Every entry of idx1 becomes the first.
     const auto first = bytes.begin() + static_cast<std::ptrdiff_t>(avi.idx1Offset()) + 8;
-    for (std::size_t i = 1; i < kEntries; ++i)
+    for (std::size_t i = 1; i < kEntries; ++i) {
         std::copy_n(first, 16, first + static_cast<std::ptrdiff_t>(16 * i));
+    }
     const orvantis::test::TempFolder folder;
     orvantis::test::writeFile(folder / "a.avi",
                               std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
@@ -302,7 +310,9 @@ TEST(HashComparison, SoundGoesByTheListsOwnBlocks) {
     ASSERT_EQ(clip.tracks[0].blocks.size(), 2U) << "what reaches beyond the end cannot be hashed";
     EXPECT_EQ(clip.tracks[0].blocks[1].first, 1500U);
     EXPECT_EQ(clip.tracks[0].blocks[1].count, 1000U);
-    for (auto& hash : clip.tracks[0].hashes) hash.done = true;
+    for (auto& hash : clip.tracks[0].hashes) {
+        hash.done = true;
+    }
     EXPECT_THAT(told(clip, list), ElementsAre("unlisted 1 2500+500", "gone 1 2700+600"));
 }
 

@@ -182,10 +182,14 @@ TEST_F(ImporterHostDoctor, APictureThatCannotBeReadIsAFault) {
     installBoth();
     AviBuilder avi;
     avi.addStream(orvantis::test::videoStream("O8Y2", clips::kWidth, clips::kHeight, 25, 1));
-    for (std::uint32_t i = 0; i < 3; ++i) avi.addChunk(0, clips::codedPicture(i));
+    for (std::uint32_t i = 0; i < 3; ++i) {
+        avi.addChunk(0, clips::codedPicture(i));
+    }
     Bytes bytes = avi.build();
     // The place of the middle one of the 16-byte entries of idx1.
-    for (std::size_t i = 0; i < 3; ++i) bytes[avi.idx1Offset() + 8 + 16 + 8 + i] = 0x7F;
+    for (std::size_t i = 0; i < 3; ++i) {
+        bytes[avi.idx1Offset() + 8 + 16 + 8 + i] = 0x7F;
+    }
     EXPECT_EQ(doctor({write(u8"a.avi", bytes)}), kFailed);
     EXPECT_THAT(text, HasSubstr("ok    decoding: frame 0 as "));
     EXPECT_THAT(text, HasSubstr("FAIL  decoding: frame 1: "));

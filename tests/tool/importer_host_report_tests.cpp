@@ -22,7 +22,9 @@ using testing::Not;
 
 std::size_t count(const std::string& text, const std::string& part) {
     std::size_t out = 0;
-    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++out;
+    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
+        ++out;
+    }
     return out;
 }
 
@@ -49,7 +51,9 @@ TEST_F(ImporterHostReport, TellsEverythingOfASoundClip) {
     EXPECT_EQ(count(page, "<svg class=\"wave\""), 2U);
     EXPECT_THAT(page, Not(HasSubstr("Diagnostic log")));
     std::size_t files = 0;
-    for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(folder / "out")) ++files;
+    for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(folder / "out")) {
+        ++files;
+    }
     EXPECT_EQ(files, 1U) << "everything is on the page itself";
 }
 
@@ -73,7 +77,7 @@ TEST_F(ImporterHostReport, SaysWhatIsOddAboutAClip) {
         avi.addChunk(0, i == 2 || i == 3 ? Bytes{} : clips::codedPicture(i));
         avi.addFilledChunk(1, 100, 7);
     }
-    avi.openDml(OpenDml::superIndex);
+    avi.openDml(OpenDml::kSuperIndex);
     Bytes bytes = avi.build();
     // The kind of the video's index (behind the chunk's header, the entries' size and the sub-kind).
     bytes[avi.indxOffset(0) + 8 + 3] = 9;
@@ -111,10 +115,14 @@ TEST_F(ImporterHostReport, ASilentPlaceholderHasItsReason) {
 TEST_F(ImporterHostReport, WhatCannotBeReadIsShownAsMissing) {
     AviBuilder avi;
     avi.addStream(orvantis::test::videoStream("O8Y2", clips::kWidth, clips::kHeight, 25, 1));
-    for (std::uint32_t i = 0; i < 3; ++i) avi.addChunk(0, clips::codedPicture(i));
+    for (std::uint32_t i = 0; i < 3; ++i) {
+        avi.addChunk(0, clips::codedPicture(i));
+    }
     Bytes bytes = avi.build();
     // The place of the third of the 16-byte entries of idx1.
-    for (std::size_t i = 0; i < 3; ++i) bytes[avi.idx1Offset() + 8 + 2 * 16 + 8 + i] = 0x7F;
+    for (std::size_t i = 0; i < 3; ++i) {
+        bytes[avi.idx1Offset() + 8 + 2 * 16 + 8 + i] = 0x7F;
+    }
     ASSERT_EQ(report(write(u8"cut.avi", bytes)), kSuccess);
     const std::string page = read(u8"out/cut.avi.html");
     EXPECT_THAT(page, HasSubstr("1 of 3 chunks lie behind the end of the file"));
@@ -131,7 +139,9 @@ TEST_F(ImporterHostReport, ARecordingThroughAPipeIsToldInRedAndNotHeard) {
     auto sound = orvantis::test::pcmStream(2, 48000, 16);
     video.length = sound.length = 0x40000000;
     avi.addStream(video).addStream(sound).idx1(false);
-    for (std::uint32_t i = 0; i < 3; ++i) avi.addChunk(0, clips::codedPicture(i)).addFilledChunk(1, 1920, 1);
+    for (std::uint32_t i = 0; i < 3; ++i) {
+        avi.addChunk(0, clips::codedPicture(i)).addFilledChunk(1, 1920, 1);
+    }
     ASSERT_EQ(report(write(u8"piped.avi", avi.build())), kSuccess);
     const std::string page = read(u8"out/piped.avi.html");
     EXPECT_THAT(page,
@@ -188,7 +198,9 @@ TEST_F(ImporterHostReport, WhenNoFrameCanBeShownThatStandsAtTheTop) {
     Bytes bytes = avi.build();
     // The sizes in idx1: too few bytes for a picture.
     for (std::size_t at = avi.idx1Offset() + 8; at + 16 <= bytes.size(); at += 16) {
-        if (bytes[at + 1] == '0') bytes[at + 12] = 8;
+        if (bytes[at + 1] == '0') {
+            bytes[at + 12] = 8;
+        }
     }
     ASSERT_EQ(report(write(u8"broken.avi", bytes)), kSuccess);
     const std::string page = read(u8"out/broken.avi.html");

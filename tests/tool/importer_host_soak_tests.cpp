@@ -47,8 +47,9 @@ TEST_F(ImporterHostSoak, AShortRunEndsBalancedAndTellsSo) {
     EXPECT_EQ(result["codec"]["initialisations"], 0);
     ASSERT_GE(result["samples"].size(), 1u);
     const auto& last = result["samples"].back();
-    for (const char* counted : {"handles", "privateBytes", "workingSet", "opens", "frames", "sampleFrames"})
+    for (const char* counted : {"handles", "privateBytes", "workingSet", "opens", "frames", "sampleFrames"}) {
         EXPECT_GT(last[counted], 0) << counted;
+    }
     EXPECT_TRUE(readFile(folder / "plot.svg").starts_with("<svg "));
 }
 
@@ -109,7 +110,9 @@ TEST_F(ImporterHostSoak, RandomSessionsLeaveNothingAndTellWhatTheyDid) {
     EXPECT_EQ(result["good"], true);
     EXPECT_EQ(result["wrong"].size(), 0u);
     EXPECT_EQ(result["counts"]["sessions"], 150);
-    for (const auto& [name, count] : result["counts"].items()) EXPECT_GT(count, 0) << name;
+    for (const auto& [name, count] : result["counts"].items()) {
+        EXPECT_GT(count, 0) << name;
+    }
 }
 
 TEST_F(ImporterHostSoak, PlantedFaultsAreFoundWithTheirSessionAndTheOthersGoOn) {
@@ -137,7 +140,9 @@ TEST_F(ImporterHostSoak, PlantedFaultsAreFoundWithTheirSessionAndTheOthersGoOn) 
     EXPECT_THAT(told[21], HasSubstr("file descriptors instead of"));
     numbers.insert(21);
 #endif
-    for (const auto& [number, what] : told) EXPECT_TRUE(numbers.contains(number)) << number << ": " << what;
+    for (const auto& [number, what] : told) {
+        EXPECT_TRUE(numbers.contains(number)) << number << ": " << what;
+    }
 }
 
 TEST_F(ImporterHostSoak, ASessionIsPlayedAgainByItsNumberAlone) {

@@ -113,7 +113,9 @@ TEST(LoggedCalls, ACallWithoutAnswerIsAFailure) {
 
 TEST(LoggedCalls, ManyLinesAreBoundedButFailuresAreKept) {
     std::string lines = "22:10:09 5 ----------------------\n22:10:09 5 [imImportAudio7] (25)\n";
-    for (std::size_t i = 0; i < LoggedCall::kMostLines + 10; ++i) lines += "22:10:09 5 reading : 0, 1, 2\n";
+    for (std::size_t i = 0; i < LoggedCall::kMostLines + 10; ++i) {
+        lines += "22:10:09 5 reading : 0, 1, 2\n";
+    }
     lines += "22:10:09 5 importAudio: read error: 3, read: 1\n22:10:09 5     [imNoErr] (0)";
     const LoggedCall call = callOf(lines);
     EXPECT_EQ(call.lines.size(), LoggedCall::kMostLines + 1);
@@ -123,7 +125,9 @@ TEST(LoggedCalls, ManyLinesAreBoundedButFailuresAreKept) {
 
 LogSummary summaryOf(std::string_view lines) {
     LogSummary summary;
-    for (const LogItem& item : itemsOf(logText(lines))) summary.add(item);
+    for (const LogItem& item : itemsOf(logText(lines))) {
+        summary.add(item);
+    }
     return summary;
 }
 
@@ -164,7 +168,9 @@ TEST(LogSummaries, EveryLineOfARealLogIsUnderstood) {
     std::ifstream stream(ORVANTIS_TOOL_TEST_FOLDER "/compressed_sound_log.txt", std::ios::binary);
     const std::string text((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
     LogSummary summary;
-    for (const LogItem& item : itemsOf(text)) summary.add(item);
+    for (const LogItem& item : itemsOf(text)) {
+        summary.add(item);
+    }
     // That the host is told no layout of a silent placeholder is no failure.
     EXPECT_EQ(summary.unknownLines, 0U);
     EXPECT_EQ(summary.calls, 26U);

@@ -34,7 +34,9 @@ TEST(LineMeanings, EveryPatternIsReached) {
     std::set<std::string_view> patterns;
     for (const LineExplanation& row : lineExplanations()) {
         std::string text;
-        for (const char c : row.pattern) text += c == '*' ? std::string("7 x") : std::string(1, c);
+        for (const char c : row.pattern) {
+            text += c == '*' ? std::string("7 x") : std::string(1, c);
+        }
         const LineExplanation* found = explainLine(text);
         ASSERT_NE(found, nullptr) << row.pattern;
         EXPECT_EQ(found->pattern, row.pattern) << text;

@@ -87,7 +87,9 @@ TEST_F(ToolLogPlace, TheListHasApplicationTimeAndFailures) {
 TEST_F(ToolLogPlace, OfALongLogTheDoctorReadsTheEnd) {
     std::string routine;
     while (routine.size() < (std::size_t{6} << 20)) {
-        for (int i = 0; i < 1000; ++i) routine += line("Log opened");
+        for (int i = 0; i < 1000; ++i) {
+            routine += line("Log opened");
+        }
     }
     writeHostsLog(failure() + routine);
     EXPECT_THAT(runTool({"doctor"}).out, HasSubstr(", its end, without failures"));

@@ -102,7 +102,9 @@ TEST(LogReading, LinesOfAnotherFileAreCounted) {
 TEST(LogReading, LongTextIsCutToItsBound) {
     LogReader reader;
     reader.feed("[2026-11-15 22:10:09] [1] ");
-    for (int i = 0; i < 300; ++i) reader.feed(std::string(1000, 'a'));
+    for (int i = 0; i < 300; ++i) {
+        reader.feed(std::string(1000, 'a'));
+    }
     reader.feed("\n" + std::string(200'000, 'b') + "\n" + std::string(200'000, 'c'));
     reader.flush(true);
     const auto entry = reader.next();

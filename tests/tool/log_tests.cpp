@@ -21,7 +21,9 @@ class ToolLog : public ToolTest {
 
 std::size_t count(const std::string& text, const std::string& part) {
     std::size_t out = 0;
-    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++out;
+    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
+        ++out;
+    }
     return out;
 }
 
@@ -38,7 +40,9 @@ TEST_F(ToolLog, ATrackWithoutALayoutIsNoFailure) {
 
 TEST_F(ToolLog, EqualFailuresAreToldOnce) {
     std::string text = line("Log opened");
-    for (int i = 0; i < 20; ++i) text += failingCall();
+    for (int i = 0; i < 20; ++i) {
+        text += failingCall();
+    }
     const std::string log = write("a.log", text + line("Log closed"));
     const std::string failures = runTool({"log", "--failures", log}).out;
     EXPECT_THAT(failures, HasSubstr("20 failures"));

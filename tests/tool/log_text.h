@@ -30,7 +30,9 @@ inline std::vector<LogEntry> entriesOf(std::string_view text) {
     reader.feed(text);
     reader.flush(true);
     std::vector<LogEntry> out;
-    while (auto entry = reader.next()) out.push_back(*entry);
+    while (auto entry = reader.next()) {
+        out.push_back(*entry);
+    }
     return out;
 }
 
@@ -38,9 +40,13 @@ inline std::vector<LogItem> itemsOf(std::string_view text) {
     CallPairing pairing;
     std::vector<LogItem> out;
     for (LogEntry& entry : entriesOf(text)) {
-        for (LogItem& item : pairing.add(std::move(entry))) out.push_back(std::move(item));
+        for (LogItem& item : pairing.add(std::move(entry))) {
+            out.push_back(std::move(item));
+        }
     }
-    for (LogItem& item : pairing.finish()) out.push_back(std::move(item));
+    for (LogItem& item : pairing.finish()) {
+        out.push_back(std::move(item));
+    }
     return out;
 }
 

@@ -12,7 +12,9 @@ class ToolLongClips : public ToolTest {
     std::string manyFrames(std::uint32_t count) const {
         orvantis::test::AviBuilder avi;
         avi.addStream(orvantis::test::videoStream("O8Y2", clips::kWidth, clips::kHeight, 25, 1));
-        for (std::uint32_t i = 0; i < count; ++i) avi.addChunk(0, clips::codedPicture(i % 5));
+        for (std::uint32_t i = 0; i < count; ++i) {
+            avi.addChunk(0, clips::codedPicture(i % 5));
+        }
         return write("frames.avi", avi.build());
     }
     /// Thirty hours by its header; the file holds a second.

@@ -19,7 +19,9 @@ const Mask& johnsMask() {
 
 std::string wide(std::string_view ascii, bool big) {
     std::string out;
-    for (const char c : ascii) out += big ? std::string{'\0', c} : std::string{c, '\0'};
+    for (const char c : ascii) {
+        out += big ? std::string{'\0', c} : std::string{c, '\0'};
+    }
     return out;
 }
 

@@ -56,7 +56,9 @@ TEST_F(ToolOutputNative, AnAnswerThatIsLostIsNoSuccess) {
 
 TEST_F(ToolOutputNative, AFailedWriteLeavesTheEarlierFileAndNothingElse) {
     const std::string clip = soundClip();
-    for (const char* name : {"sound.wav", "info.txt"}) write(name, "of yesterday");
+    for (const char* name : {"sound.wav", "info.txt"}) {
+        write(name, "of yesterday");
+    }
     std::vector<int> codes;
     {
         const FileSizeLimit limit(500);

@@ -28,7 +28,9 @@ class ToolOutput : public ToolTest {
     }
     static std::string named(const Arguments& arguments) {
         std::string out;
-        for (const std::string& word : arguments) out += word + " ";
+        for (const std::string& word : arguments) {
+            out += word + " ";
+        }
         return out;
     }
 };

@@ -23,7 +23,9 @@ TEST_F(ToolOutputWindows, EveryNameOfTheClipIsTheClip) {
     std::wstring shorter(MAX_PATH, L'\0');
     const std::filesystem::path path = folder / "a clip with a long name.avi";
     shorter.resize(GetShortPathNameW(path.c_str(), shorter.data(), MAX_PATH));
-    if (!shorter.empty()) names.push_back(orvantis::test::utf8Path(shorter));
+    if (!shorter.empty()) {
+        names.push_back(orvantis::test::utf8Path(shorter));
+    }
     for (const std::string& name : names) {
         EXPECT_EQ(runTool({"info", clip, "--out", name}).code, kNoOutput) << name;
         EXPECT_EQ(read("a clip with a long name.avi"), before) << name;

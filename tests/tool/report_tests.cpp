@@ -115,7 +115,9 @@ TEST(ReportPages, TellTheFailuresOfTheLogAheadOfIt) {
 TEST(ReportPages, LongLogsAreCut) {
     Report report;
     std::string lines;
-    for (int i = 0; i < 4000; ++i) lines += "22:10:09 5 Log opened\n";
+    for (int i = 0; i < 4000; ++i) {
+        lines += "22:10:09 5 Log opened\n";
+    }
     report.log = itemsOf(logText(lines));
     EXPECT_THAT(reportPage(report), HasSubstr("1000 further lines are left out"));
 }

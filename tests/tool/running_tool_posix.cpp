@@ -13,11 +13,15 @@ extern char** environ;
 
 RunningTool::RunningTool(const std::vector<std::string>& arguments) {
     std::array<int, 2> pipe{};
-    if (::pipe2(pipe.data(), O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
+    if (::pipe2(pipe.data(), O_CLOEXEC) != 0) {
+        throw std::runtime_error("no pipe");
+    }
     std::vector<std::string> all = arguments;
     all.insert(all.begin(), ORVANTIS_BUILT_TOOL);
     std::vector<char*> words;
-    for (std::string& word : all) words.push_back(word.data());
+    for (std::string& word : all) {
+        words.push_back(word.data());
+    }
     words.push_back(nullptr);
     posix_spawn_file_actions_t actions;
     (void)posix_spawn_file_actions_init(&actions);
@@ -28,7 +32,9 @@ RunningTool::RunningTool(const std::vector<std::string>& arguments) {
     (void)::close(pipe[1]);
     m_process = process;
     m_errors = pipe[0];
-    if (failed != 0) throw std::runtime_error("cannot start the tool");
+    if (failed != 0) {
+        throw std::runtime_error("cannot start the tool");
+    }
 }
 
 RunningTool::~RunningTool() {
@@ -44,7 +50,9 @@ bool RunningTool::waitFor(const std::string& text) {
     std::array<char, 256> block{};
     while (read.find(text) == std::string::npos) {
         const ssize_t count = ::read(static_cast<int>(m_errors), block.data(), block.size());
-        if (count <= 0) return false;
+        if (count <= 0) {
+            return false;
+        }
         read.append(block.data(), static_cast<std::size_t>(count));
     }
     return true;

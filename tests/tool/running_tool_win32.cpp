@@ -17,7 +17,9 @@ HANDLE handleOf(std::intptr_t value) {
 // The arguments of these tests hold neither quotes nor a backslash at their end.
 std::wstring commandLine(const std::vector<std::string>& arguments) {
     std::string out = "\"" ORVANTIS_BUILT_TOOL "\"";
-    for (const std::string& argument : arguments) out += " \"" + argument + "\"";
+    for (const std::string& argument : arguments) {
+        out += " \"" + argument + "\"";
+    }
     const std::u16string wide = orvantis::utf16FromUtf8(out);
     return {wide.begin(), wide.end()};
 }
@@ -28,7 +30,9 @@ RunningTool::RunningTool(const std::vector<std::string>& arguments) {
     SECURITY_ATTRIBUTES inherited{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
     HANDLE from = nullptr;
     HANDLE to = nullptr;
-    if (CreatePipe(&from, &to, &inherited, 0) == FALSE) throw std::runtime_error("no pipe");
+    if (CreatePipe(&from, &to, &inherited, 0) == FALSE) {
+        throw std::runtime_error("no pipe");
+    }
     (void)SetHandleInformation(from, HANDLE_FLAG_INHERIT, 0);
     m_errors = reinterpret_cast<std::intptr_t>(from);
     STARTUPINFOW startup{};
@@ -42,7 +46,9 @@ RunningTool::RunningTool(const std::vector<std::string>& arguments) {
     const BOOL started = CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, CREATE_NO_WINDOW,
                                         nullptr, nullptr, &startup, &process);
     (void)CloseHandle(to);
-    if (started == FALSE) throw std::runtime_error("cannot start the tool");
+    if (started == FALSE) {
+        throw std::runtime_error("cannot start the tool");
+    }
     (void)CloseHandle(process.hThread);
     m_process = reinterpret_cast<std::intptr_t>(process.hProcess);
     m_number = process.dwProcessId;

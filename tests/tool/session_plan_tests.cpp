@@ -18,14 +18,18 @@ std::string wholeText(const SessionPlan& plan) {
     std::string out = plan.text();
     for (const auto& actions : plan.threads) {
         out += "thread\n";
-        for (const SessionAction& action : actions) out += action.text() + "\n";
+        for (const SessionAction& action : actions) {
+            out += action.text() + "\n";
+        }
     }
     return out;
 }
 
 TEST(SessionPlans, ANumberIsTheSameSessionOnEverySystem) {
     std::string text;
-    for (std::uint64_t number = 0; number < 500; ++number) text += wholeText(planSession(1, number));
+    for (std::uint64_t number = 0; number < 500; ++number) {
+        text += wholeText(planSession(1, number));
+    }
     for (const SessionClip& clip : sessionClips()) {
         text += std::to_string(hashBytes(clip.bytes.data(), clip.bytes.size())) + "\n";
     }
@@ -53,11 +57,19 @@ TEST(SessionPlans, EverythingThatAHostDoesComesUp) {
         clips.insert(plan.clip);
         threads.insert(plan.threads.size());
         for (const auto& actions : plan.threads) {
-            for (const SessionAction& action : actions) acts.insert(action.act);
+            for (const SessionAction& action : actions) {
+                acts.insert(action.act);
+            }
         }
-        for (const FaultPlan& fault : plan.hostFaults) services.insert(*fault.service);
-        for (const std::string& fault : plan.codecFaults) codec.insert(fault.substr(0, fault.find(':')));
-        if (plan.readFault) files.insert(plan.readFault->kind);
+        for (const FaultPlan& fault : plan.hostFaults) {
+            services.insert(*fault.service);
+        }
+        for (const std::string& fault : plan.codecFaults) {
+            codec.insert(fault.substr(0, fault.find(':')));
+        }
+        if (plan.readFault) {
+            files.insert(plan.readFault->kind);
+        }
         absent += plan.absent ? 1U : 0U;
         cut += plan.cutAt ? 1U : 0U;
         patched += plan.patches.empty() ? 0U : 1U;
@@ -73,8 +85,9 @@ TEST(SessionPlans, EverythingThatAHostDoesComesUp) {
     EXPECT_EQ(services.size(), 16u);
     EXPECT_EQ(codec.size(), 8u);
     EXPECT_EQ(files.size(), 3u);
-    for (const std::size_t count : {absent, cut, patched, shared, late, unharmed, logs})
+    for (const std::size_t count : {absent, cut, patched, shared, late, unharmed, logs}) {
         EXPECT_GT(count, 20u);
+    }
 }
 
 TEST(SessionPlans, DamageStaysInsideTheFile) {

@@ -26,7 +26,9 @@ TEST_F(ToolSeveralFiles, InfoTellsOfEach) {
     const auto files = result.json()["files"];
     ASSERT_EQ(files.size(), 3U);
     EXPECT_EQ(files[2]["path"], in("c.avi"));
-    for (const auto& file : files) EXPECT_EQ(file["streams"][0]["video"]["frames"], 5);
+    for (const auto& file : files) {
+        EXPECT_EQ(file["streams"][0]["video"]["frames"], 5);
+    }
 }
 
 TEST_F(ToolSeveralFiles, OneThatFailsDoesNotKeepTheOthersBack) {

@@ -22,7 +22,9 @@ struct SmallPe {
 inline std::vector<std::uint8_t> smallPe(const SmallPe& what = {}) {
     std::vector<std::uint8_t> out(0x400);
     const auto put = [&out](std::size_t at, std::uint64_t value, std::size_t bytes) {
-        if (out.size() < at + bytes) out.resize(at + bytes);
+        if (out.size() < at + bytes) {
+            out.resize(at + bytes);
+        }
         std::memcpy(out.data() + at, &value, bytes);
     };
     constexpr std::size_t kPe = 0x80;
@@ -72,7 +74,9 @@ inline std::vector<std::uint8_t> smallPe(const SmallPe& what = {}) {
     put(kResources + 0xB4, 0x5C, 4);
     put(kResources + 0xE0, 4, 2);
     const std::u16string_view type = u"IMPT";
-    for (std::size_t i = 0; i < type.size(); ++i) put(kResources + 0xE2 + 2 * i, type[i], 2);
+    for (std::size_t i = 0; i < type.size(); ++i) {
+        put(kResources + 0xE2 + 2 * i, type[i], 2);
+    }
     put(kResources + 0xF0 + 2, 0x4F525641, 4);  // 'ORVA' behind the zero
     put(kResources + 0x100 + 0x28, 0xFEEF04BD, 4);
     put(kResources + 0x100 + 0x30, what.version >> 32, 4);
@@ -83,7 +87,9 @@ inline std::vector<std::uint8_t> smallPe(const SmallPe& what = {}) {
     std::size_t text = kExports + 40 + 4 * what.exports.size();
     for (std::size_t i = 0; i < what.exports.size(); ++i) {
         put(kExports + 40 + 4 * i, text, 4);
-        for (const char c : what.exports[i]) put(text++, static_cast<unsigned char>(c), 1);
+        for (const char c : what.exports[i]) {
+            put(text++, static_cast<unsigned char>(c), 1);
+        }
         put(text++, 0, 1);
     }
     return out;

@@ -20,7 +20,9 @@ constexpr std::uint64_t kMebibyte = 1024 * 1024;
 
 std::vector<double> line(std::size_t count, double first, double step) {
     std::vector<double> out;
-    for (std::size_t i = 0; i < count; ++i) out.push_back(first + step * static_cast<double>(i));
+    for (std::size_t i = 0; i < count; ++i) {
+        out.push_back(first + step * static_cast<double>(i));
+    }
     return out;
 }
 
@@ -37,7 +39,9 @@ std::vector<SoakSample> calmRun(std::size_t count) {
 
 TEST(Growth, ALevelThatJittersDoesNotGrow) {
     std::vector<double> values = line(60, 100, 0);
-    for (std::size_t i = 0; i < values.size(); i += 2) values[i] += 30;
+    for (std::size_t i = 0; i < values.size(); i += 2) {
+        values[i] += 30;
+    }
     const Growth growth = judgeGrowth(values, 4, 0.02);
     EXPECT_TRUE(growth.judged);
     EXPECT_FALSE(growth.grows);
@@ -45,7 +49,9 @@ TEST(Growth, ALevelThatJittersDoesNotGrow) {
 
 TEST(Growth, WhatRisesInTheWarmUpOnlyDoesNotGrow) {
     std::vector<double> values = line(60, 500, 0);
-    for (std::size_t i = 0; i < 12; ++i) values[i] = 40.0 * static_cast<double>(i);
+    for (std::size_t i = 0; i < 12; ++i) {
+        values[i] = 40.0 * static_cast<double>(i);
+    }
     EXPECT_FALSE(judgeGrowth(values, 4, 0.02).grows);
 }
 
@@ -65,7 +71,9 @@ TEST(Growth, TheLimitItselfIsAllowed) {
 TEST(Growth, AFewJumpsDoNotGrow) {
     std::vector<double> values = line(60, 100, 0);
     for (const std::size_t jump : {20U, 33U, 50U}) {
-        for (std::size_t i = jump; i < values.size(); ++i) values[i] += 500;
+        for (std::size_t i = jump; i < values.size(); ++i) {
+            values[i] += 500;
+        }
     }
     EXPECT_FALSE(judgeGrowth(values, 4, 0.02).grows);
 }
@@ -97,7 +105,9 @@ TEST(Verdict, ACalmRunIsGood) {
 
 TEST(Verdict, OneHandleASampleIsFound) {
     auto samples = calmRun(60);
-    for (std::size_t i = 0; i < samples.size(); ++i) samples[i].handles += i;
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        samples[i].handles += i;
+    }
     const SoakVerdict verdict = judgeSamples(samples);
     EXPECT_TRUE(verdict.handles.grows);
     EXPECT_FALSE(verdict.memory.grows);
@@ -107,7 +117,9 @@ TEST(Verdict, OneHandleASampleIsFound) {
 
 TEST(Verdict, HalfAMebibyteASampleIsFound) {
     auto samples = calmRun(60);
-    for (std::size_t i = 0; i < samples.size(); ++i) samples[i].privateBytes += i * kMebibyte / 2;
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        samples[i].privateBytes += i * kMebibyte / 2;
+    }
     const SoakVerdict verdict = judgeSamples(samples);
     EXPECT_TRUE(verdict.memory.grows);
     EXPECT_FALSE(verdict.good());
@@ -153,14 +165,18 @@ TEST(Verdict, TheWarmUpOfRealRunsIsNoLeak) {
 // The system's pool starts threads in the middle of the run.
 TEST(Verdict, ThreadsThatStartLateAreNoLeak) {
     std::vector<SoakSample> samples = calmRun(49);
-    for (std::size_t i = 0; i < samples.size(); ++i) samples[i].handles = i < 26 ? 100 : i < 29 ? 120 : 144;
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        samples[i].handles = i < 26 ? 100 : i < 29 ? 120 : 144;
+    }
     EXPECT_FALSE(judgeSamples(samples).handles.grows);
 }
 
 TEST(Verdict, SixtyFourBytesAFrameAreFoundInRealRuns) {
     for (const auto& run : runsWithoutLeak()) {
         std::vector<SoakSample> samples = samplesOf(run);
-        for (SoakSample& sample : samples) sample.heapBytes += 64 * sample.frames;
+        for (SoakSample& sample : samples) {
+            sample.heapBytes += 64 * sample.frames;
+        }
         const SoakVerdict verdict = judgeSamples(samples);
         EXPECT_TRUE(verdict.heap.grows);
         EXPECT_FALSE(verdict.good());
@@ -170,7 +186,9 @@ TEST(Verdict, SixtyFourBytesAFrameAreFoundInRealRuns) {
 
 TEST(Verdict, TooFewFramesAreNotJudged) {
     std::vector<SoakSample> samples = samplesOf(runsWithoutLeak().front());
-    for (std::size_t i = 0; i < samples.size(); ++i) samples[i].frames = i;
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        samples[i].frames = i;
+    }
     const SoakVerdict verdict = judgeSamples(samples);
     EXPECT_FALSE(verdict.judged());
     EXPECT_TRUE(verdict.good());
@@ -179,9 +197,15 @@ TEST(Verdict, TooFewFramesAreNotJudged) {
 TEST(Verdict, AnythingHeldAtRestIsFoundInEveryKind) {
     for (int kind = 0; kind < 3; ++kind) {
         auto samples = calmRun(5);
-        if (kind == 0) samples[3].hostObjects = 1;
-        if (kind == 1) samples[3].codecSessions = 1;
-        if (kind == 2) samples[3].hostSuites = 2;
+        if (kind == 0) {
+            samples[3].hostObjects = 1;
+        }
+        if (kind == 1) {
+            samples[3].codecSessions = 1;
+        }
+        if (kind == 2) {
+            samples[3].hostSuites = 2;
+        }
         const SoakVerdict verdict = judgeSamples(samples);
         EXPECT_FALSE(verdict.restBalanced) << kind;
         EXPECT_FALSE(verdict.good()) << kind;

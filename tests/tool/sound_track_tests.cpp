@@ -16,10 +16,14 @@ class ToolSoundTracks : public ToolTest {
     std::string clipWith(const std::vector<orvantis::test::StreamPlan>& sounds) const {
         AviBuilder avi;
         avi.addStream(orvantis::test::videoStream("O8Y2", clips::kWidth, clips::kHeight, 25, 1));
-        for (const auto& sound : sounds) avi.addStream(sound);
+        for (const auto& sound : sounds) {
+            avi.addStream(sound);
+        }
         for (std::uint32_t i = 0; i < 3; ++i) {
             avi.addChunk(0, clips::codedPicture(i));
-            for (std::size_t s = 1; s <= sounds.size(); ++s) avi.addChunk(s, clips::codedSound(320 * i, 320));
+            for (std::size_t s = 1; s <= sounds.size(); ++s) {
+                avi.addChunk(s, clips::codedSound(320 * i, 320));
+            }
         }
         return write("tracks.avi", avi.build());
     }

@@ -65,10 +65,14 @@ std::vector<std::string> ToolTest::namesIn(const std::filesystem::path& path) {
 Bytes clipWithALostFrame() {
     AviBuilder avi;
     avi.addStream(orvantis::test::videoStream("O8Y2", clips::kWidth, clips::kHeight, 25, 1));
-    for (std::uint32_t i = 0; i < 5; ++i) avi.addChunk(0, clips::codedPicture(i));
+    for (std::uint32_t i = 0; i < 5; ++i) {
+        avi.addChunk(0, clips::codedPicture(i));
+    }
     Bytes bytes = avi.build();
     // The place of the third of the 16-byte entries of idx1.
-    for (std::size_t i = 0; i < 3; ++i) bytes[avi.idx1Offset() + 8 + 2 * 16 + 8 + i] = 0x7F;
+    for (std::size_t i = 0; i < 3; ++i) {
+        bytes[avi.idx1Offset() + 8 + 2 * 16 + 8 + i] = 0x7F;
+    }
     return bytes;
 }
 

@@ -62,7 +62,9 @@ struct ListedClip {
 std::vector<ListedClip> listedClips() {
     std::ifstream list(kLists / "clips.txt");
     std::vector<ListedClip> out;
-    for (ListedClip clip; list >> clip.name >> clip.tag >> clip.layout;) out.push_back(clip);
+    for (ListedClip clip; list >> clip.name >> clip.tag >> clip.layout;) {
+        out.push_back(clip);
+    }
     return out;
 }
 
@@ -72,7 +74,9 @@ TEST_F(ToolVerify, EveryTypeIsAsFfmpegsListsHaveIt) {
     EXPECT_EQ(result.code, kSuccess) << result.out << result.err;
     std::size_t whole = 0;
     const auto files = result.json()["files"];
-    for (const auto& file : files) whole += file["whole"] == true && file["use"] == "compared";
+    for (const auto& file : files) {
+        whole += file["whole"] == true && file["use"] == "compared";
+    }
     EXPECT_EQ(whole, listedClips().size());
     EXPECT_EQ(whole, 18U);
 }
@@ -96,8 +100,9 @@ std::vector<Place> chunksOf(const std::string& bytes, const std::string& code) {
     for (std::size_t at = bytes.find("movi");
          (at = bytes.find(code, at)) < bytes.find("idx1", bytes.find("movi"));) {
         std::size_t size = 0;
-        for (std::size_t i = 0; i < 4; ++i)
+        for (std::size_t i = 0; i < 4; ++i) {
             size |= std::size_t{static_cast<std::uint8_t>(bytes[at + 4 + i])} << 8 * i;
+        }
         out.push_back({at + 8, size});
         at += 8 + size;
     }
@@ -261,7 +266,7 @@ TEST_F(ToolVerify, SoundBehindTheEndIsMissing) {
     const auto last = avi.placementsOf(1).back();
     bytes.resize(last.offset + last.size - 4);
     // Without the index behind it the clip has nothing, so the OpenDML one inside the headers serves.
-    auto indexed = clips::builder({.openDml = orvantis::test::OpenDml::standardIndex});
+    auto indexed = clips::builder({.openDml = orvantis::test::OpenDml::kStandardIndex});
     bytes = indexed.build();
     bytes.resize(indexed.placementsOf(1).back().offset + 100);
     EXPECT_THAT(findings(verified(write("cut.avi", bytes), kFailed)),
@@ -367,7 +372,9 @@ TEST_F(ToolVerify, ALongBlockIsHashedToItsEnd) {
     avi.addStream(orvantis::test::videoStream("O8Y2", clips::kWidth, clips::kHeight, 25, 1));
     avi.addStream(orvantis::test::pcmStream(1, 8000, 8)).addChunk(0, clips::codedPicture(0));
     Bytes sound;
-    for (std::uint32_t i = 0; i < 120'000; ++i) sound.push_back(static_cast<std::uint8_t>(i * i >> 7));
+    for (std::uint32_t i = 0; i < 120'000; ++i) {
+        sound.push_back(static_cast<std::uint8_t>(i * i >> 7));
+    }
     avi.addChunk(1, sound);
     const auto file = verified(write("a.avi", avi.build()), kSuccess);
     ASSERT_EQ(file["sounds"][0]["blocks"].size(), 1U);

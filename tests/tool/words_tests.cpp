@@ -40,8 +40,9 @@ TEST_F(ToolWords, NoLineOfHelpIsWiderThanATerminal) {
     std::size_t count = 0;
     for (std::string name; std::getline(names >> std::ws, name, ','); ++count) {
         std::istringstream help(runTool({"help", name}).out);
-        for (std::string line; std::getline(help, line);)
+        for (std::string line; std::getline(help, line);) {
             EXPECT_LE(line.size(), 100U) << name << ": " << line;
+        }
     }
     EXPECT_GE(count, 10U) << commands;
 }

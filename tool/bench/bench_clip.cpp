@@ -22,7 +22,9 @@ Record clearedRecord() noexcept {
 }
 
 void require(std::int32_t result, const char* call) {
-    if (result != 0) throw ToolError(kFailed, std::string(call) + ": result " + std::to_string(result));
+    if (result != 0) {
+        throw ToolError(kFailed, std::string(call) + ": result " + std::to_string(result));
+    }
 }
 
 }  // namespace
@@ -74,7 +76,9 @@ std::int32_t BenchClip::tryDescribe() {
 
 void BenchClip::describe() {
     const std::int32_t result = tryDescribe();
-    if (result != host::imIterateStreams) require(result, "imGetInfo8");
+    if (result != host::imIterateStreams) {
+        require(result, "imGetInfo8");
+    }
     auto record = clearedRecord<host::imIndPixelFormatRec>();
     record.privatedata = m_privateData;
     require(m_importer->call(host::imGetIndPixelFormat, nullptr, &record), "imGetIndPixelFormat");

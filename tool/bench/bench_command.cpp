@@ -49,7 +49,9 @@ Json alternate(int runs, double units, const std::function<double()>& ours,
         throwIfInterrupted();
         const double first = ours();
         const double second = limit();
-        if (i == 0) continue;
+        if (i == 0) {
+            continue;
+        }
         mine.push_back(first);
         best.push_back(second);
         quotients.push_back(second / first);
@@ -77,11 +79,21 @@ class Bench {
         : m_importer(importer), m_options(options), m_text(text) {}
 
     void run() {
-        if (wanted("open")) open();
-        if (wanted("frames")) frames();
-        if (wanted("calls")) calls();
-        if (wanted("audio")) audio();
-        if (wanted("async")) async();
+        if (wanted("open")) {
+            open();
+        }
+        if (wanted("frames")) {
+            frames();
+        }
+        if (wanted("calls")) {
+            calls();
+        }
+        if (wanted("audio")) {
+            audio();
+        }
+        if (wanted("async")) {
+            async();
+        }
     }
     const Json& figures() const noexcept { return m_figures; }
 
@@ -91,7 +103,9 @@ class Bench {
     void open() {
         std::vector<double> times;
         times.reserve(static_cast<std::size_t>(m_options.runs));
-        for (int i = 0; i < m_options.runs; ++i) times.push_back(timeOpening(m_importer, m_options.file));
+        for (int i = 0; i < m_options.runs; ++i) {
+            times.push_back(timeOpening(m_importer, m_options.file));
+        }
         m_figures["open"] = {{"ours_us", quantile(times, 0.5) * 1e6}};
         (void)std::fprintf(m_text, "%-34s %10.2f us\n", "open and describe", quantile(times, 0.5) * 1e6);
     }
@@ -112,7 +126,9 @@ class Bench {
     }
 
     void audio() {
-        if (m_options.what == "all" && PlainFile(m_options.file, true).chunks().empty()) return;
+        if (m_options.what == "all" && PlainFile(m_options.file, true).chunks().empty()) {
+            return;
+        }
         AudioReading reading(m_importer, m_options.file);
         const double mebibytes = static_cast<double>(reading.bytes()) / (1 << 20);
         m_figures["audio"] = alternate(

@@ -41,7 +41,9 @@ BenchFrame* frameOf(host::PPixHand handle) noexcept {
 BenchFrame* takeFrame() {
     SpareFrames& spare = spareFrames();
     const std::lock_guard lock(spare.mutex);
-    if (spare.frames.empty()) return new BenchFrame;
+    if (spare.frames.empty()) {
+        return new BenchFrame;
+    }
     BenchFrame* const frame = spare.frames.back();
     spare.frames.pop_back();
     return frame;

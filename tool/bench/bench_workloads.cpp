@@ -19,7 +19,9 @@ namespace {
 
 std::uint32_t largestChunk(const PlainFile& file) {
     std::uint32_t largest = 0;
-    for (const ChunkPlace& chunk : file.chunks()) largest = std::max(largest, chunk.size);
+    for (const ChunkPlace& chunk : file.chunks()) {
+        largest = std::max(largest, chunk.size);
+    }
     return largest;
 }
 
@@ -30,7 +32,9 @@ void warm(fileio::ReadBuffer& buffer, std::size_t bytes) {
 
 double readAll(PlainFile& file, fileio::ReadBuffer& buffer) {
     const double start = benchClock();
-    for (const ChunkPlace& chunk : file.chunks()) file.read(chunk.offset, chunk.size, buffer.data());
+    for (const ChunkPlace& chunk : file.chunks()) {
+        file.read(chunk.offset, chunk.size, buffer.data());
+    }
     return benchClock() - start;
 }
 
@@ -45,10 +49,14 @@ PlainFile::PlainFile(const std::string& pathUtf8, bool audio) {
         throw ToolError(kFailed, "cannot open '" + pathUtf8 + "'");
     }
     orvantis::AviReader reader;
-    if (!reader.parse(m_file, false)) throw ToolError(kFailed, reader.errorText());
+    if (!reader.parse(m_file, false)) {
+        throw ToolError(kFailed, reader.errorText());
+    }
     const auto streams =
         reader.streamsOfType(audio ? orvantis::kStreamTypeAudio : orvantis::kStreamTypeVideo);
-    if (streams.empty()) return;
+    if (streams.empty()) {
+        return;
+    }
     for (const orvantis::IndexEntry& entry : reader.streams[streams.front()]->entries()) {
         m_chunks.push_back({entry.offset, entry.size});
     }
@@ -56,7 +64,9 @@ PlainFile::PlainFile(const std::string& pathUtf8, bool audio) {
 
 std::uint64_t PlainFile::totalBytes() const noexcept {
     std::uint64_t total = 0;
-    for (const ChunkPlace& chunk : m_chunks) total += chunk.size;
+    for (const ChunkPlace& chunk : m_chunks) {
+        total += chunk.size;
+    }
     return total;
 }
 
@@ -81,7 +91,9 @@ FrameReading::FrameReading(const BenchImporter& importer, const std::string& pat
 
 double FrameReading::ours() {
     const double start = benchClock();
-    for (std::uint32_t i = 0; i < m_clip.frames(); ++i) m_clip.frame(i);
+    for (std::uint32_t i = 0; i < m_clip.frames(); ++i) {
+        m_clip.frame(i);
+    }
     return benchClock() - start;
 }
 
@@ -97,7 +109,9 @@ FrameCalls::FrameCalls(const BenchImporter& importer, const std::string& pathUtf
 
 double FrameCalls::ours() {
     const double start = benchClock();
-    for (std::uint32_t i = 0; i < m_clip.frames(); ++i) m_clip.frame(i);
+    for (std::uint32_t i = 0; i < m_clip.frames(); ++i) {
+        m_clip.frame(i);
+    }
     return benchClock() - start;
 }
 
@@ -125,7 +139,9 @@ double FrameCalls::limit() {
 AudioReading::AudioReading(const BenchImporter& importer, const std::string& pathUtf8)
     : m_clip(importer, pathUtf8), m_plain(pathUtf8, true), m_seconds(0), m_bytesPerSecond(0) {
     m_clip.describe();
-    if (m_clip.audioRate() == 0 || m_clip.frames() == 0) throw ToolError(kFailed, "the clip has no sound");
+    if (m_clip.audioRate() == 0 || m_clip.frames() == 0) {
+        throw ToolError(kFailed, "the clip has no sound");
+    }
     const double seconds = static_cast<double>(m_clip.frames()) * m_clip.frameSeconds();
     m_seconds = std::max(1U, static_cast<std::uint32_t>(std::lround(seconds)));
     m_bytesPerSecond = static_cast<std::size_t>(m_plain.totalBytes() / m_seconds);
@@ -164,7 +180,9 @@ AsyncPlayback::AsyncPlayback(const BenchImporter& importer, const std::string& p
       m_async((m_clip.describe(), m_clip)),
       m_plain(pathUtf8, false),
       m_buffers(kFramesAhead + 1) {
-    for (fileio::ReadBuffer& buffer : m_buffers) warm(buffer, largestChunk(m_plain));
+    for (fileio::ReadBuffer& buffer : m_buffers) {
+        warm(buffer, largestChunk(m_plain));
+    }
 }
 
 double AsyncPlayback::ours() {
@@ -173,8 +191,9 @@ double AsyncPlayback::ours() {
     const double start = benchClock();
     std::uint32_t announced = 0;
     for (std::uint32_t i = 0; i < count; ++i) {
-        for (; announced < count && announced <= i + kFramesAhead; ++announced)
+        for (; announced < count && announced <= i + kFramesAhead; ++announced) {
             m_async.initiate(announced % inClip);
+        }
         m_async.frame(i % inClip);
     }
     return benchClock() - start;
@@ -185,7 +204,9 @@ double AsyncPlayback::reads(bool busy) {
     std::thread other;
     if (busy) {
         other = std::thread([&done] {
-            while (!done.load(std::memory_order_relaxed)) (void)benchClock();
+            while (!done.load(std::memory_order_relaxed)) {
+                (void)benchClock();
+            }
         });
     }
     const double start = benchClock();
@@ -198,7 +219,9 @@ double AsyncPlayback::reads(bool busy) {
     }
     const double seconds = benchClock() - start;
     done = true;
-    if (other.joinable()) other.join();
+    if (other.joinable()) {
+        other.join();
+    }
     return seconds;
 }
 

@@ -12,8 +12,9 @@ std::int32_t piece::answer(const Call& call) {
     const auto opener = [](const void* clip) { return std::pair(std::this_thread::get_id(), clip); };
     if (call.is(host::imGetSourceVideo) && call.clip() != nullptr) {
         const std::lock_guard lock(mutex);
-        if (!opened.contains(opener(call.record<host::imSourceVideoRec>()->inPrivateData)))
+        if (!opened.contains(opener(call.record<host::imSourceVideoRec>()->inPrivateData))) {
             return host::imOtherErr;
+        }
     }
     const std::int32_t result = call.correctWithoutAsync();
     if (call.is(host::imOpenFile8) && result == host::imNoErr) {

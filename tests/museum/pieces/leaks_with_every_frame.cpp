@@ -1,12 +1,15 @@
 // Keeps four kibibytes for every frame.
+#include <mutex>
 #include <vector>
 
 #include "tests/museum/piece.h"
 
 std::int32_t piece::answer(const Call& call) {
+    static std::mutex mutex;
     static std::vector<std::vector<char>> kept;
     const std::int32_t result = call.correct();
     if (call.is(host::imGetSourceVideo)) {
+        const std::lock_guard lock(mutex);
         kept.emplace_back(4096, 'x');
     }
     return result;

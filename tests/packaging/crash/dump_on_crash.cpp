@@ -27,8 +27,12 @@ bool writeDump(const wchar_t* file, const PROCESS_INFORMATION& process, DWORD th
         written = MiniDumpWriteDump(process.hProcess, process.dwProcessId, out, MiniDumpNormal, &information,
                                     nullptr, nullptr) != 0;
     }
-    if (out != INVALID_HANDLE_VALUE) CloseHandle(out);
-    if (thread != nullptr) CloseHandle(thread);
+    if (out != INVALID_HANDLE_VALUE) {
+        CloseHandle(out);
+    }
+    if (thread != nullptr) {
+        CloseHandle(thread);
+    }
     return written;
 }
 
@@ -45,7 +49,9 @@ std::wstring commandLine(wchar_t** arguments, int count) {
 int main() {
     int count = 0;
     wchar_t** arguments = CommandLineToArgvW(GetCommandLineW(), &count);
-    if (arguments == nullptr || count < 3) return 2;
+    if (arguments == nullptr || count < 3) {
+        return 2;
+    }
     std::wstring command = commandLine(arguments, count);
     STARTUPINFOW start{};
     start.cb = sizeof start;
@@ -69,7 +75,9 @@ int main() {
         }
         const bool ended = event.dwDebugEventCode == EXIT_PROCESS_DEBUG_EVENT;
         ContinueDebugEvent(event.dwProcessId, event.dwThreadId, answer);
-        if (ended) break;
+        if (ended) {
+            break;
+        }
     }
     CloseHandle(process.hThread);
     CloseHandle(process.hProcess);

@@ -85,7 +85,9 @@ void handedOverWithoutOrder(Stage& stage) {
         ready.store(true, std::memory_order_relaxed);
     });
     stage.thread("reader", [&] {
-        if (ready.load(std::memory_order_acquire)) Stage::expect(*block == 1, "value");
+        if (ready.load(std::memory_order_acquire)) {
+            Stage::expect(*block == 1, "value");
+        }
     });
     stage.run();
 }
@@ -98,7 +100,9 @@ void handedOver(Stage& stage) {
         ready.store(true, std::memory_order_release);
     });
     stage.thread("reader", [&] {
-        if (ready.load(std::memory_order_acquire)) Stage::expect(*block == 1, "value");
+        if (ready.load(std::memory_order_acquire)) {
+            Stage::expect(*block == 1, "value");
+        }
     });
     stage.run();
 }
@@ -122,7 +126,9 @@ void wakeThatIsLost(Stage& stage) {
     ConditionVariable changed;
     Atomic<bool> ready{false};
     stage.thread("waits", [&] {
-        if (ready) return;
+        if (ready) {
+            return;
+        }
         std::unique_lock lock(mutex);
         changed.wait(lock);
     });
@@ -160,7 +166,9 @@ void useBehindTheEnd(Stage& stage) {
         gone = true;
     });
     stage.thread("uses", [&] {
-        if (gone) *block = 1;
+        if (gone) {
+            *block = 1;
+        }
     });
     stage.run();
 }

@@ -54,7 +54,9 @@ void quietAgainstFrame(Stage& stage) {
     stage.thread("quiet", [&] { Stage::expectCode(clip.quiet(), kOk, "quiet"); });
     stage.thread("frame", [&] { answer = clip.frame(0); });
     stage.run();
-    if (answer.picture != 0) Stage::expectCode(answer.result, kReadFailed, "frame of a quieted file");
+    if (answer.picture != 0) {
+        Stage::expectCode(answer.result, kReadFailed, "frame of a quieted file");
+    }
     Stage::expectCode(clip.reopen(), kOk, "reopen");
     Stage::expectFrame(clip.frame(2), 2, "frame of the reopened file");
 }
@@ -106,7 +108,9 @@ void quietInsideCall(Stage& stage) {
     stage.run();
     Stage::expectFrame(answer, 0, "frame");
     // The quiet may come between the opening and the question about the file.
-    if (reopened != kOk) Stage::expectCode(reopened, kBadFile, "reopen");
+    if (reopened != kOk) {
+        Stage::expectCode(reopened, kBadFile, "reopen");
+    }
     Stage::expectCode(clip.reopen(), kOk, "reopen behind both");
     Stage::expectFrame(clip.frame(2), 2, "frame behind both");
 }

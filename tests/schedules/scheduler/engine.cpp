@@ -21,10 +21,10 @@ constexpr unsigned kMostObjects = 4096;
 constexpr std::uint32_t kMostSteps = 20000;
 
 struct Thread {
-    enum class State : std::uint8_t { none, ready, waiting, ended };
+    enum class State : std::uint8_t { kNone, kReady, kWaiting, kEnded };
 
     Fibre fibre;
-    State state = State::none;
+    State state = State::kNone;
     const char* name = "";
     const char* waitsFor = "";
     bool (*isReady)(const void*) = nullptr;
@@ -86,9 +86,13 @@ unsigned siteNumber(const void* address) noexcept {
     for (std::size_t i = hashOf(address);; ++i) {
         const std::size_t slot = i % all.sites.size();
         Site& site = all.sites[slot];
-        if (site.address == address) return all.siteNumbers[slot];
+        if (site.address == address) {
+            return all.siteNumbers[slot];
+        }
         if (site.address == nullptr) {
-            if (all.siteCount == kMostSites) std::abort();
+            if (all.siteCount == kMostSites) {
+                std::abort();
+            }
             site.address = address;
             all.siteSlots[all.siteCount] = static_cast<unsigned>(slot);
             return all.siteNumbers[slot] = all.siteCount++;
@@ -114,13 +118,19 @@ Object& objectAt(const void* address) noexcept {
             object.sites.reset();
             return object;
         }
-        if (object.address == address) return object;
-        if (probes == kMostObjects) std::abort();
+        if (object.address == address) {
+            return object;
+        }
+        if (probes == kMostObjects) {
+            std::abort();
+        }
     }
 }
 
 void makeShared(Site& site) noexcept {
-    if (site.shared) return;
+    if (site.shared) {
+        return;
+    }
     site.shared = true;
     explorer().restart();
 }
@@ -131,7 +141,7 @@ bool noteUse(const void* address, Access access, const void* siteAddress) noexce
     const unsigned site = siteNumber(siteAddress);
     Object& object = objectAt(address);
     object.threads |= 1U << all.current;
-    object.written = object.written || access == Access::write;
+    object.written = object.written || access == Access::kWrite;
     object.guards &= all.threads[all.current].held;
     if (object.shared) {
         makeShared(siteOf(site));
@@ -139,7 +149,9 @@ bool noteUse(const void* address, Access access, const void* siteAddress) noexce
         object.sites.set(site);
         object.shared = object.written && object.guards == 0 && (object.threads & (object.threads - 1)) != 0;
         for (unsigned i = 0; object.shared && i < all.siteCount; ++i) {
-            if (object.sites.test(i)) makeShared(siteOf(i));
+            if (object.sites.test(i)) {
+                makeShared(siteOf(i));
+            }
         }
     }
     return siteOf(site).shared;
@@ -158,7 +170,9 @@ void traceStep(const char* what, const void* object, const void* site) {
     std::string text;
     for (unsigned i = 1; i < all.count; ++i) {
         const Thread& thread = all.threads[i];
-        if (thread.state == Thread::State::ended) continue;
+        if (thread.state == Thread::State::kEnded) {
+            continue;
+        }
         text += std::string("\n    '") + thread.name + "' waits for " + thread.waitsFor + ", after " +
                 thread.last;
     }
@@ -168,7 +182,7 @@ void traceStep(const char* what, const void* object, const void* site) {
 void become(unsigned thread) noexcept {
     State& all = state();
     all.current = thread;
-    all.threads[thread].state = Thread::State::ready;
+    all.threads[thread].state = Thread::State::kReady;
     races::runs(thread, all.threads[thread].clock);
 }
 
@@ -177,23 +191,35 @@ void decide(bool currentCanGoOn) {
     State& all = state();
     std::array<unsigned, kMaxThreads> options;
     unsigned count = 0;
-    if (currentCanGoOn) options[count++] = all.current;
+    if (currentCanGoOn) {
+        options[count++] = all.current;
+    }
     const void* startable = nullptr;
     for (unsigned i = 0; i < all.count; ++i) {
         Thread& thread = all.threads[i];
-        if (i == all.current && currentCanGoOn) continue;
-        if (thread.state == Thread::State::ready) {
+        if (i == all.current && currentCanGoOn) {
+            continue;
+        }
+        if (thread.state == Thread::State::kReady) {
             options[count++] = i;
-        } else if (thread.state == Thread::State::waiting && thread.isReady(thread.object)) {
+        } else if (thread.state == Thread::State::kWaiting && thread.isReady(thread.object)) {
             // Of several that a pool could begin with it makes no difference which is the first.
             const bool begins = thread.waitsFor[0] == '*';
-            if (begins && startable == thread.object) continue;
-            if (begins) startable = thread.object;
+            if (begins && startable == thread.object) {
+                continue;
+            }
+            if (begins) {
+                startable = thread.object;
+            }
             options[count++] = i;
         }
     }
-    if (count == 0) deadlock();
-    if (count > 1) ++all.choices;
+    if (count == 0) {
+        deadlock();
+    }
+    if (count > 1) {
+        ++all.choices;
+    }
     const unsigned chosen = options[explorer().choose(count, currentCanGoOn)];
     if (chosen == all.current) {
         become(chosen);
@@ -213,8 +239,10 @@ void threadBody() {
     } catch (...) {
         found("an exception leaves a thread", thread.name);
     }
-    if (all.tracing) traceStep("ends", nullptr, nullptr);
-    thread.state = Thread::State::ended;
+    if (all.tracing) {
+        traceStep("ends", nullptr, nullptr);
+    }
+    thread.state = Thread::State::kEnded;
     --all.alive;
     all.threads[0].clock.join(thread.clock);
     decide(false);
@@ -222,10 +250,12 @@ void threadBody() {
 
 unsigned add(const char* name, std::function<void()> body) {
     State& all = state();
-    if (all.count == kMaxThreads) found("the scenario needs more threads than a schedule has", "");
+    if (all.count == kMaxThreads) {
+        found("the scenario needs more threads than a schedule has", "");
+    }
     const unsigned number = all.count++;
     Thread& thread = all.threads[number];
-    thread.state = Thread::State::ready;
+    thread.state = Thread::State::kReady;
     thread.name = name;
     thread.last = "nothing";
     thread.held = 0;
@@ -243,8 +273,9 @@ void begin(bool watched) noexcept {
     State& all = state();
     all.watched = watched;
     if (!all.fibresReady) {
-        for (unsigned i = 1; i < kMaxThreads; ++i)
+        for (unsigned i = 1; i < kMaxThreads; ++i) {
             all.threads[i].fibre.prepare(memory::stackOf(i), &threadBody);
+        }
         all.fibresReady = true;
     }
     ++all.schedule;
@@ -273,9 +304,13 @@ void run() {
         "all threads", [](const void*) { return state().alive == 0; }, nullptr);
     races::watch(false);
     all.running = false;
-    for (unsigned i = 1; i < all.count; ++i) all.threads[i].body = nullptr;
+    for (unsigned i = 1; i < all.count; ++i) {
+        all.threads[i].body = nullptr;
+    }
     Account& to = account();
-    if (all.choices > to.mostSteps) to.mostSteps = all.choices;
+    if (all.choices > to.mostSteps) {
+        to.mostSteps = all.choices;
+    }
 }
 
 void trace(bool on) noexcept {
@@ -304,17 +339,25 @@ const char* threadName(unsigned thread) noexcept {
 
 void note(const char* what, const void* object, Access access, const void* site) {
     State& all = state();
-    if (!all.running) return;
+    if (!all.running) {
+        return;
+    }
     races::access(object, 1, false, site);
     noteUse(object, access, site);
-    if (all.tracing) traceStep(what, object, site);
+    if (all.tracing) {
+        traceStep(what, object, site);
+    }
     all.threads[all.current].last = what;
 }
 
 void operation(const char* what, const void* object, Access access, const void* site) {
     State& all = state();
-    if (!all.running) return;
-    if (++all.steps > kMostSteps) found("the schedule does not end", what);
+    if (!all.running) {
+        return;
+    }
+    if (++all.steps > kMostSteps) {
+        found("the schedule does not end", what);
+    }
     const bool shared = noteUse(object, access, site);
     if (shared) {
         decide(true);
@@ -323,22 +366,28 @@ void operation(const char* what, const void* object, Access access, const void* 
     }
     // The use is noted once more where others came first: it is the one that counts.
     races::access(object, 1, false, site);
-    if (all.tracing) traceStep(what, object, site);
+    if (all.tracing) {
+        traceStep(what, object, site);
+    }
     all.threads[all.current].last = what;
 }
 
 void await(const char* what, bool (*ready)(const void* object), const void* object) {
     State& all = state();
     if (!all.running) {
-        if (!ready(object)) found("one thread waits for itself", what);
+        if (!ready(object)) {
+            found("one thread waits for itself", what);
+        }
         return;
     }
     Thread& thread = all.threads[all.current];
     thread.waitsFor = what;
     thread.isReady = ready;
     thread.object = object;
-    thread.state = Thread::State::waiting;
-    if (all.tracing && all.current != 0 && !ready(object)) traceStep("  waits for", object, nullptr);
+    thread.state = Thread::State::kWaiting;
+    if (all.tracing && all.current != 0 && !ready(object)) {
+        traceStep("  waits for", object, nullptr);
+    }
     decide(false);
 }
 
@@ -348,15 +397,21 @@ unsigned systemsChoice(unsigned count) {
 
 unsigned holds(unsigned mutexNumber) noexcept {
     State& all = state();
-    if (mutexNumber == kNoNumber) mutexNumber = all.mutexes++;
+    if (mutexNumber == kNoNumber) {
+        mutexNumber = all.mutexes++;
+    }
     // Beyond these a mutex guards nothing as far as is known here, which only makes more places to change.
-    if (mutexNumber < 64) all.threads[all.current].held |= std::uint64_t{1} << mutexNumber;
+    if (mutexNumber < 64) {
+        all.threads[all.current].held |= std::uint64_t{1} << mutexNumber;
+    }
     return mutexNumber;
 }
 
 void holdsNoMore(unsigned mutexNumber) noexcept {
     State& all = state();
-    if (mutexNumber < 64) all.threads[all.current].held &= ~(std::uint64_t{1} << mutexNumber);
+    if (mutexNumber < 64) {
+        all.threads[all.current].held &= ~(std::uint64_t{1} << mutexNumber);
+    }
 }
 
 void tell(VectorClock& told) noexcept {
@@ -374,7 +429,7 @@ void learn(const VectorClock& told) noexcept {
 void startThread(const char* name, std::function<void()> body, bool (*mayStart)(const void* object),
                  const void* object) {
     Thread& thread = state().threads[add(name, std::move(body))];
-    thread.state = Thread::State::waiting;
+    thread.state = Thread::State::kWaiting;
     thread.waitsFor = "*a thread of the pool";
     thread.isReady = mayStart;
     thread.object = object;

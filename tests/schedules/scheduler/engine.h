@@ -16,7 +16,7 @@
 
 namespace schedules::engine {
 
-enum class Access : std::uint8_t { read, write };
+enum class Access : std::uint8_t { kRead, kWrite };
 
 // The life of a schedule, for Stage and main().
 

@@ -28,8 +28,9 @@ void Explorer::begin() noexcept {
     Account& to = account();
     to.deviationCount = 0;
     for (const Choice& choice : m_path) {
-        if (choice.option != 0 && to.deviationCount < Account::kMostDeviations)
+        if (choice.option != 0 && to.deviationCount < Account::kMostDeviations) {
             to.deviations[to.deviationCount++] = {choice.decision, choice.option};
+        }
     }
     to.preemptions = usedInPath();
 }
@@ -40,8 +41,12 @@ unsigned Explorer::usedInPath() const noexcept {
 }
 
 bool Explorer::next() noexcept {
-    while (!m_path.empty() && m_path.back().option + 1 == m_path.back().count) m_path.pop_back();
-    if (m_path.empty()) return false;
+    while (!m_path.empty() && m_path.back().option + 1 == m_path.back().count) {
+        m_path.pop_back();
+    }
+    if (m_path.empty()) {
+        return false;
+    }
     ++m_path.back().option;
     return true;
 }
@@ -56,14 +61,22 @@ bool Explorer::explore(const std::function<void()>& schedule, unsigned preemptio
             begin();
             // Those with fewer preemptions had their number in an earlier round; here they lead to others.
             const bool counts = to.preemptions == m_budget;
-            if (counts && ++to.number == stopAt) return true;
+            if (counts && ++to.number == stopAt) {
+                return true;
+            }
             m_restart = false;
             schedule();
             ++to.runs;
             // Looked at now and then: it costs a system call.
-            if (to.runs % 1024 == 0) to.seconds = processorSeconds() - started;
-            if (counts) ++to.schedules[m_budget];
-            if (m_restart) break;
+            if (to.runs % 1024 == 0) {
+                to.seconds = processorSeconds() - started;
+            }
+            if (counts) {
+                ++to.schedules[m_budget];
+            }
+            if (m_restart) {
+                break;
+            }
         } while (next());
         if (m_restart) {
             ++to.restarts;
@@ -84,7 +97,9 @@ void Explorer::replay(const std::function<void()>& schedule, const std::vector<D
     m_path.clear();
     begin();
     Account& to = account();
-    for (const Deviation& deviation : deviations) to.deviations[to.deviationCount++] = deviation;
+    for (const Deviation& deviation : deviations) {
+        to.deviations[to.deviationCount++] = deviation;
+    }
     schedule();
     m_replayed = nullptr;
 }
@@ -93,17 +108,25 @@ unsigned Explorer::choose(unsigned count, bool preemptive) noexcept {
     ++m_decision;
     if (m_replayed != nullptr) {
         for (const Deviation& deviation : *m_replayed) {
-            if (deviation.decision == m_decision) return std::min(deviation.option, count - 1);
+            if (deviation.decision == m_decision) {
+                return std::min(deviation.option, count - 1);
+            }
         }
         return 0;
     }
-    if (count == 1 || (preemptive && m_used == m_budget)) return 0;
+    if (count == 1 || (preemptive && m_used == m_budget)) {
+        return 0;
+    }
     if (m_position == m_path.size()) {
-        if (m_path.size() == kMostChoices) std::abort();
+        if (m_path.size() == kMostChoices) {
+            std::abort();
+        }
         m_path.push_back({m_decision, 0, static_cast<std::uint8_t>(count), preemptive});
     }
     const Choice& choice = m_path[m_position++];
-    if (preemptive && choice.option != 0) ++m_used;
+    if (preemptive && choice.option != 0) {
+        ++m_used;
+    }
     return choice.option;
 }
 

@@ -54,7 +54,8 @@ void Fibre::enter() noexcept {
                 g_mainStackBytes = bytes;
             }
 #endif
-            for (void (*const body)() = g_entering->m_body;;) body();
+            for (void (*const body)() = g_entering->m_body;;)
+                body();
         },
         0);
     setcontext(&context);
@@ -71,7 +72,9 @@ __attribute__((noinline)) void Fibre::switchTo(Fibre& next) noexcept {
                                    next.m_stack != nullptr ? kStackBytes : g_mainStackBytes);
 #endif
     if (__builtin_expect(_setjmp(m_place) == 0, 1)) {
-        if (next.m_entered) _longjmp(next.m_place, 1);
+        if (next.m_entered) {
+            _longjmp(next.m_place, 1);
+        }
         next.m_exceptions = {};
         next.enter();
     }

@@ -43,7 +43,9 @@ void __tsan_init() {}
 
 // A destructor sets the pointer to the functions of its own class, which is mostly there already.
 void __tsan_vptr_update(void** at, void* value) {
-    if (*at != value) schedules::races::access(at, 8, true, __builtin_return_address(0));
+    if (*at != value) {
+        schedules::races::access(at, 8, true, __builtin_return_address(0));
+    }
 }
 
 void __tsan_read_range(void* at, unsigned long bytes) {

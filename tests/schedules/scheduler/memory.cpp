@@ -32,7 +32,9 @@ Region& region() noexcept {
         void* const mapped = mmap(reinterpret_cast<void*>(std::uintptr_t{0x2A0000000000}),
                                   kHeapBytes + kStacksBytes, PROT_READ | PROT_WRITE,
                                   MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE | MAP_FIXED_NOREPLACE, -1, 0);
-        if (mapped == MAP_FAILED) std::abort();
+        if (mapped == MAP_FAILED) {
+            std::abort();
+        }
         g_region.begin = g_region.next = static_cast<std::byte*>(mapped);
     }
     return g_region;
@@ -94,7 +96,9 @@ namespace {
 constexpr std::size_t kHeader = 16;
 
 void* allocate(std::size_t bytes) noexcept {
-    if (!g_region.active) return std::malloc(bytes);
+    if (!g_region.active) {
+        return std::malloc(bytes);
+    }
     const std::size_t room = kHeader + ((bytes + 15) & ~std::size_t{15});
     if (room < bytes || room > static_cast<std::size_t>(g_region.begin + kHeapBytes - g_region.next)) {
         std::fputs("schedules: a schedule takes more memory than there is for one\n", stderr);
@@ -127,17 +131,23 @@ void release(void* block, const void* site) noexcept {
 
 void* operator new(std::size_t bytes) {
     void* const block = schedules::memory::allocate(bytes);
-    if (block == nullptr) throw std::bad_alloc();
+    if (block == nullptr) {
+        throw std::bad_alloc();
+    }
     return block;
 }
 void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
     return schedules::memory::allocate(bytes);
 }
 void operator delete(void* block) noexcept {
-    if (block != nullptr) schedules::memory::release(block, __builtin_return_address(0));
+    if (block != nullptr) {
+        schedules::memory::release(block, __builtin_return_address(0));
+    }
 }
 void operator delete(void* block, std::size_t) noexcept {
-    if (block != nullptr) schedules::memory::release(block, __builtin_return_address(0));
+    if (block != nullptr) {
+        schedules::memory::release(block, __builtin_return_address(0));
+    }
 }
 
 #endif

@@ -46,7 +46,9 @@ struct Shadow {
         bytes = to - begin;
         void* const mapped = mmap(nullptr, (bytes / 8 + 1) * sizeof(Granule), PROT_READ | PROT_WRITE,
                                   MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-        if (mapped == MAP_FAILED) std::abort();
+        if (mapped == MAP_FAILED) {
+            std::abort();
+        }
         granules = static_cast<Granule*>(mapped);
     }
 };
@@ -70,10 +72,12 @@ const void* siteAt(std::uint32_t offset) noexcept {
 }
 
 Granule* granuleOf(std::uintptr_t at) noexcept {
-    if (const std::uintptr_t in = at - g_state.region.begin; in < g_state.region.bytes)
+    if (const std::uintptr_t in = at - g_state.region.begin; in < g_state.region.bytes) {
         return g_state.region.granules + in / 8;
-    if (const std::uintptr_t in = at - g_state.variables.begin; in < g_state.variables.bytes)
+    }
+    if (const std::uintptr_t in = at - g_state.variables.begin; in < g_state.variables.bytes) {
         return g_state.variables.granules + in / 8;
+    }
     return nullptr;
 }
 
@@ -92,13 +96,17 @@ void check(Granule& granule, std::uintptr_t at, std::uint8_t bytes, bool write, 
     Slot* place = nullptr;
     for (Slot& slot : granule.slots) {
         if (slot.bytes == 0) {
-            if (place == nullptr) place = &slot;
+            if (place == nullptr) {
+                place = &slot;
+            }
             break;
         }
         const bool wrote = (slot.thread & kWrite) != 0;
         const unsigned other = slot.thread & ~unsigned{kWrite};
         if (other == g_state.thread) {
-            if (slot.bytes == bytes && slot.clock == now && wrote >= write) return;
+            if (slot.bytes == bytes && slot.clock == now && wrote >= write) {
+                return;
+            }
         } else if ((slot.bytes & bytes) != 0 && (wrote || write) && slot.clock > g_state.clock->at[other]) {
             foundAccess("data race", reinterpret_cast<const void*>(at), {g_state.thread, write, site},
                         {other, wrote, siteAt(slot.site)});
@@ -149,11 +157,15 @@ bool watch(bool on) noexcept {
 }
 
 void access(const void* at, std::size_t bytes, bool write, const void* site) noexcept {
-    if (g_state.watching) checkAll(reinterpret_cast<std::uintptr_t>(at), bytes, write, site);
+    if (g_state.watching) {
+        checkAll(reinterpret_cast<std::uintptr_t>(at), bytes, write, site);
+    }
 }
 
 void freed(const void* at, std::size_t bytes, const void* site) noexcept {
-    if (!g_state.watching) return;
+    if (!g_state.watching) {
+        return;
+    }
     const auto begin = reinterpret_cast<std::uintptr_t>(at);
     checkAll(begin, bytes, true, site);
     for (std::uintptr_t granule = begin; granule < begin + bytes; granule += 8) {

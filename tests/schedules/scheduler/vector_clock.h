@@ -14,7 +14,9 @@ struct VectorClock {
     std::array<std::uint16_t, kMaxThreads> at{};
 
     void join(const VectorClock& other) noexcept {
-        for (unsigned i = 0; i < kMaxThreads; ++i) at[i] = at[i] < other.at[i] ? other.at[i] : at[i];
+        for (unsigned i = 0; i < kMaxThreads; ++i) {
+            at[i] = at[i] < other.at[i] ? other.at[i] : at[i];
+        }
     }
 };
 

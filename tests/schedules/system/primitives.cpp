@@ -27,15 +27,16 @@ void Mutex::take() noexcept {
 }
 
 void Mutex::giveUp() noexcept {
-    if (isFree() || m_owner != static_cast<int>(engine::currentThread()))
+    if (isFree() || m_owner != static_cast<int>(engine::currentThread())) {
         schedules::found("a mutex is given up by a thread that does not hold it", "");
+    }
     engine::holdsNoMore(m_number);
     engine::tell(m_told);
     m_owner = kNobody;
 }
 
 void Mutex::lockFrom(const void* site) noexcept {
-    engine::operation("lock", this, engine::Access::write, site);
+    engine::operation("lock", this, engine::Access::kWrite, site);
     if (!isFree()) {
         engine::await(
             "a mutex", [](const void* mutex) { return static_cast<const Mutex*>(mutex)->isFree(); }, this);
@@ -46,12 +47,14 @@ void Mutex::lockFrom(const void* site) noexcept {
 void Mutex::unlockFrom(const void* site) noexcept {
     // What comes behind is told apart by the next operation: a thread that takes the mutex earlier meets
     // nothing that it would not meet then.
-    engine::note("unlock", this, engine::Access::write, site);
+    engine::note("unlock", this, engine::Access::kWrite, site);
     giveUp();
 }
 
 void ConditionVariable::renew() noexcept {
-    if (m_schedule == engine::schedule()) return;
+    if (m_schedule == engine::schedule()) {
+        return;
+    }
     m_schedule = engine::schedule();
     m_waiting = m_woken = 0;
 }
@@ -63,7 +66,7 @@ void ConditionVariable::waitFrom(Mutex& mutex, const void* site) noexcept {
         std::uint32_t bit;
     };
     renew();
-    engine::operation("wait", this, engine::Access::write, site);
+    engine::operation("wait", this, engine::Access::kWrite, site);
     const Waiter waiter{this, &mutex, 1U << engine::currentThread()};
     m_waiting |= waiter.bit;
     mutex.giveUp();
@@ -80,11 +83,13 @@ void ConditionVariable::waitFrom(Mutex& mutex, const void* site) noexcept {
 
 void ConditionVariable::notifyFrom(bool onlyOne, const void* site) noexcept {
     renew();
-    engine::operation(onlyOne ? "notify_one" : "notify_all", this, engine::Access::write, site);
+    engine::operation(onlyOne ? "notify_one" : "notify_all", this, engine::Access::kWrite, site);
     std::uint32_t woken = m_waiting;
     if (onlyOne && woken != 0) {
         unsigned skip = engine::systemsChoice(static_cast<unsigned>(__builtin_popcount(woken)));
-        for (; skip != 0; --skip) woken &= woken - 1;
+        for (; skip != 0; --skip) {
+            woken &= woken - 1;
+        }
         woken &= ~(woken - 1);
     }
     m_waiting &= ~woken;
@@ -101,8 +106,10 @@ void throwNoState() {
 }
 
 void Outcome::begin(const char* what, const void* site) {
-    engine::operation(what, this, engine::Access::write, site);
-    if (ready) throw std::future_error(std::future_errc::promise_already_satisfied);
+    engine::operation(what, this, engine::Access::kWrite, site);
+    if (ready) {
+        throw std::future_error(std::future_errc::promise_already_satisfied);
+    }
 }
 
 void Outcome::end(const void* promise, std::size_t promiseBytes, const void* site) {
@@ -118,14 +125,16 @@ void Outcome::fail(const std::exception_ptr& reason) noexcept {
 }
 
 void Outcome::abandon() noexcept {
-    if (ready || owners == 1) return;
+    if (ready || owners == 1) {
+        return;
+    }
     fail(std::make_exception_ptr(std::future_error(std::future_errc::broken_promise)));
     engine::tell(told);
     ready = true;
 }
 
 void Outcome::await(const void* site) {
-    engine::operation("wait", this, engine::Access::read, site);
+    engine::operation("wait", this, engine::Access::kRead, site);
     if (!ready) {
         engine::await(
             "a result", [](const void* awaited) { return static_cast<const Outcome*>(awaited)->ready; },
@@ -135,7 +144,9 @@ void Outcome::await(const void* site) {
 }
 
 void Outcome::rethrowFailure() const {
-    if (failed) std::rethrow_exception(failure);
+    if (failed) {
+        std::rethrow_exception(failure);
+    }
 }
 
 }  // namespace seam

@@ -65,7 +65,9 @@ orvantis::ConditionVariable& conditionOf(CONDITION_VARIABLE* condition) {
 }
 
 void requireOpen(bool open, const char* what) {
-    if (!open) schedules::found("use of a closed object of the pool", what);
+    if (!open) {
+        schedules::found("use of a closed object of the pool", what);
+    }
 }
 
 /// A thread of the pool has room for a callback.
@@ -78,7 +80,7 @@ void runCallback(TP_WORK& work) {
     ++work.pool->inside;
     work.callback(nullptr, work.context, &work);
     // The plug-in's last instruction is done, and the thread is still on its way out of the module.
-    engine::operation("leaves plug-in", &g_system.module, engine::Access::read,
+    engine::operation("leaves plug-in", &g_system.module, engine::Access::kRead,
                       reinterpret_cast<const void*>(&runCallback));
     --work.pool->inside;
     --work.outstanding;
@@ -92,22 +94,29 @@ void begin(unsigned poolThreads) noexcept {
     g_system.poolCount = g_system.workCount = 0;
     g_system.poolThreads = poolThreads;
     g_system.module.unloaded = false;
-    for (TP_WORK& work : g_system.works) work = {};
+    for (TP_WORK& work : g_system.works) {
+        work = {};
+    }
 }
 
 unsigned open() noexcept {
     unsigned count = 0;
-    for (unsigned i = 0; i < g_system.poolCount; ++i) count += g_system.pools[i].open;
-    for (unsigned i = 0; i < g_system.workCount; ++i) count += g_system.works[i].open;
+    for (unsigned i = 0; i < g_system.poolCount; ++i) {
+        count += g_system.pools[i].open;
+    }
+    for (unsigned i = 0; i < g_system.workCount; ++i) {
+        count += g_system.works[i].open;
+    }
     return count;
 }
 
 ORVANTIS_SEAM void unloadModule() {
-    engine::operation("unload", &g_system.module, engine::Access::write, ORVANTIS_SEAM_SITE);
+    engine::operation("unload", &g_system.module, engine::Access::kWrite, ORVANTIS_SEAM_SITE);
     for (unsigned i = 0; i < g_system.workCount; ++i) {
         const TP_WORK& work = g_system.works[i];
-        if (work.outstanding != 0 && !work.holdsModule)
+        if (work.outstanding != 0 && !work.holdsModule) {
             found("the module is unloaded while a thread of the pool is inside or on its way", "");
+        }
     }
     g_system.module.unloaded = true;
 }
@@ -154,7 +163,9 @@ ORVANTIS_SEAM void WakeConditionVariable(CONDITION_VARIABLE* condition) {
 }
 
 PTP_POOL CreateThreadpool(PVOID /*reserved*/) {
-    if (g_system.poolCount == kMostObjects) return nullptr;
+    if (g_system.poolCount == kMostObjects) {
+        return nullptr;
+    }
     TP_POOL& pool = g_system.pools[g_system.poolCount++];
     pool = {true, g_system.poolThreads, 0};
     return &pool;
@@ -162,7 +173,9 @@ PTP_POOL CreateThreadpool(PVOID /*reserved*/) {
 
 void SetThreadpoolThreadMaximum(PTP_POOL pool, DWORD maximum) {
     requireOpen(pool->open, "SetThreadpoolThreadMaximum");
-    if (maximum < pool->most) pool->most = maximum;
+    if (maximum < pool->most) {
+        pool->most = maximum;
+    }
 }
 
 void CloseThreadpool(PTP_POOL pool) {
@@ -187,14 +200,16 @@ void SetThreadpoolCallbackRunsLong(TP_CALLBACK_ENVIRON* /*environment*/) {}
 void DestroyThreadpoolEnvironment(TP_CALLBACK_ENVIRON* /*environment*/) {}
 
 PTP_WORK CreateThreadpoolWork(PTP_WORK_CALLBACK callback, PVOID context, TP_CALLBACK_ENVIRON* environment) {
-    if (g_system.workCount == kMostObjects) return nullptr;
+    if (g_system.workCount == kMostObjects) {
+        return nullptr;
+    }
     TP_WORK& work = g_system.works[g_system.workCount++];
     work = {true, callback, context, environment->pool, environment->library == &g_system.module};
     return &work;
 }
 
 ORVANTIS_SEAM void SubmitThreadpoolWork(PTP_WORK work) {
-    engine::operation("submit", work, engine::Access::read, ORVANTIS_SEAM_SITE);
+    engine::operation("submit", work, engine::Access::kRead, ORVANTIS_SEAM_SITE);
     requireOpen(work->open, "SubmitThreadpoolWork");
     ++work->outstanding;
     engine::startThread(
@@ -202,7 +217,7 @@ ORVANTIS_SEAM void SubmitThreadpoolWork(PTP_WORK work) {
 }
 
 ORVANTIS_SEAM void CloseThreadpoolWork(PTP_WORK work) {
-    engine::operation("close work", work, engine::Access::write, ORVANTIS_SEAM_SITE);
+    engine::operation("close work", work, engine::Access::kWrite, ORVANTIS_SEAM_SITE);
     requireOpen(work->open, "CloseThreadpoolWork");
     work->open = false;
 }

@@ -62,7 +62,9 @@ std::int32_t info(void* privateData) {
 }
 
 void require(std::int32_t result, const char* what) {
-    if (result != kOk) found("the scenario does not come to its beginning", what);
+    if (result != kOk) {
+        found("the scenario does not come to its beginning", what);
+    }
 }
 
 }  // namespace
@@ -82,7 +84,9 @@ Clip::Clip() {
 }
 
 Clip::~Clip() {
-    if (m_privateData != nullptr) close();
+    if (m_privateData != nullptr) {
+        close();
+    }
 }
 
 FrameAnswer Clip::frame(std::uint32_t index) const {
@@ -104,7 +108,9 @@ std::int32_t Clip::sound(std::int64_t position) const {
     record.privateData = m_privateData;
     const std::int32_t result = call(host::imImportAudio7, nullptr, &record);
     for (std::uint32_t i = 0; result == kOk && i < kSamples; ++i) {
-        if (left[i] != kSample || right[i] != kSample) found("wrong sound", "");
+        if (left[i] != kSample || right[i] != kSample) {
+            found("wrong sound", "");
+        }
     }
     return result;
 }
@@ -134,7 +140,9 @@ AsyncClip::AsyncClip(const Clip& clip) {
 }
 
 AsyncClip::~AsyncClip() {
-    if (m_privateData != nullptr) close();
+    if (m_privateData != nullptr) {
+        close();
+    }
 }
 
 std::int32_t AsyncClip::initiate(std::uint32_t index) const {

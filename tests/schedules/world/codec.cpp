@@ -22,7 +22,9 @@ std::array<Session*, kMostSessions> g_sessions;
 
 /// The call is the only one on the session, or the schedule ends.
 Session* sessionOf(std::uint32_t handle) {
-    if (handle == 0 || handle > kMostSessions || g_sessions[handle - 1] == nullptr) return nullptr;
+    if (handle == 0 || handle > kMostSessions || g_sessions[handle - 1] == nullptr) {
+        return nullptr;
+    }
     Session* const session = g_sessions[handle - 1];
     schedules::races::access(session, sizeof *session, true, __builtin_return_address(0));
     return session;
@@ -34,7 +36,9 @@ namespace schedules::world {
 
 int codecSessions() noexcept {
     int count = 0;
-    for (const Session* const session : g_sessions) count += session != nullptr ? 1 : 0;
+    for (const Session* const session : g_sessions) {
+        count += session != nullptr ? 1 : 0;
+    }
     return count;
 }
 
@@ -56,7 +60,9 @@ std::int32_t orvantis_library_close(void) {
 
 std::int32_t orvantis_open(std::uint32_t* handle) {
     for (std::uint32_t i = 0; i < kMostSessions; ++i) {
-        if (g_sessions[i] != nullptr) continue;
+        if (g_sessions[i] != nullptr) {
+            continue;
+        }
         g_sessions[i] = new Session;
         *handle = i + 1;
         return 0;
@@ -66,7 +72,9 @@ std::int32_t orvantis_open(std::uint32_t* handle) {
 
 std::int32_t orvantis_close(std::uint32_t handle) {
     const Session* const session = sessionOf(handle);
-    if (session == nullptr) return kFailed;
+    if (session == nullptr) {
+        return kFailed;
+    }
     delete session;
     g_sessions[handle - 1] = nullptr;
     return 0;
@@ -75,7 +83,9 @@ std::int32_t orvantis_close(std::uint32_t handle) {
 std::int32_t orvantis_decompress_query(std::uint32_t /*handle*/, const void* /*format*/,
                                        std::uint64_t /*format_bytes*/, const OrvantisFrameFormat* output,
                                        OrvantisFrameFormat* result) {
-    if (output != nullptr) return output->type == orvantis::kOrvantisOutBgra ? 0 : kFailed;
+    if (output != nullptr) {
+        return output->type == orvantis::kOrvantisOutBgra ? 0 : kFailed;
+    }
     result->width = schedules::world::kWidth;
     result->height = schedules::world::kHeight;
     result->type = orvantis::kOrvantisCodedRgb8;
@@ -88,7 +98,9 @@ std::int32_t orvantis_decompress_begin(std::uint32_t handle, const void* /*forma
                                        std::uint64_t /*format_bytes*/, const OrvantisFrameFormat* output,
                                        OrvantisFrameFormat* produced) {
     Session* const session = sessionOf(handle);
-    if (session == nullptr || session->begun) return kFailed;
+    if (session == nullptr || session->begun) {
+        return kFailed;
+    }
     session->begun = true;
     *produced = *output;
     return 0;
@@ -97,7 +109,9 @@ std::int32_t orvantis_decompress_begin(std::uint32_t handle, const void* /*forma
 std::int32_t orvantis_decompress(std::uint32_t handle, const void* frame, std::uint64_t frame_bytes,
                                  const OrvantisOutputBuffer* out) {
     const Session* const session = sessionOf(handle);
-    if (session == nullptr || !session->begun || frame_bytes != schedules::world::kChunkBytes) return kFailed;
+    if (session == nullptr || !session->begun || frame_bytes != schedules::world::kChunkBytes) {
+        return kFailed;
+    }
     schedules::races::access(frame, frame_bytes, false, __builtin_return_address(0));
     *static_cast<char*>(out->pixels) = *static_cast<const char*>(frame);
     return 0;
@@ -105,7 +119,9 @@ std::int32_t orvantis_decompress(std::uint32_t handle, const void* frame, std::u
 
 std::int32_t orvantis_decompress_end(std::uint32_t handle) {
     Session* const session = sessionOf(handle);
-    if (session == nullptr || !session->begun) return kFailed;
+    if (session == nullptr || !session->begun) {
+        return kFailed;
+    }
     session->begun = false;
     return 0;
 }

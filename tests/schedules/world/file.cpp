@@ -46,7 +46,9 @@ bool WinFile::open(const char16_t* /*path*/, int mode) {
 }
 
 void WinFile::close() {
-    if (m_isOpen) delete static_cast<Handle*>(m_handle);
+    if (m_isOpen) {
+        delete static_cast<Handle*>(m_handle);
+    }
     m_handle = invalidHandle();
     m_isOpen = false;
 }
@@ -60,12 +62,16 @@ std::int64_t WinFile::tell() {
 }
 
 bool WinFile::seek(std::int64_t offset) {
-    if (m_isOpen) positionOf(m_handle) = offset;
+    if (m_isOpen) {
+        positionOf(m_handle) = offset;
+    }
     return m_isOpen;
 }
 
 std::uint64_t WinFile::read(void* buffer, std::uint64_t count) {
-    if (!m_isOpen) return 0;
+    if (!m_isOpen) {
+        return 0;
+    }
     std::int64_t& position = positionOf(m_handle);
     const auto& bytes = schedules::world::clipBytes();
     const auto begin = std::min(static_cast<std::uint64_t>(position), std::uint64_t{bytes.size()});

@@ -54,9 +54,13 @@ host::SPErr acquireSuite(const char* name, std::int32_t /*version*/, const void*
         {host::kAudioSuiteName, &all.audio},         {host::kImageProcessingSuiteName, &all.imageProcessing},
         {host::kErrorSuiteName, &all.error},
     };
-    if (isCreator(name) && host().refusesCreator) return kRefused;
+    if (isCreator(name) && host().refusesCreator) {
+        return kRefused;
+    }
     for (const auto& [known, table] : offered) {
-        if (std::strcmp(name, known) != 0) continue;
+        if (std::strcmp(name, known) != 0) {
+            continue;
+        }
         *suite = table;
         ++host().suitesHeld;
         if (isCreator(name)) {
@@ -70,15 +74,21 @@ host::SPErr acquireSuite(const char* name, std::int32_t /*version*/, const void*
 
 host::SPErr releaseSuite(const char* name, std::int32_t /*version*/) {
     --host().suitesHeld;
-    if (isCreator(name)) --host().creatorHeld;
+    if (isCreator(name)) {
+        --host().creatorHeld;
+    }
     return 0;
 }
 
 host::prSuiteError createPPix(host::PPixHand* handle, std::int32_t /*access*/, std::uint32_t /*format*/,
                               const host::prRect* /*bounds*/) {
-    if (const std::function<void()> hook = std::exchange(host().onCreateFrame, nullptr)) hook();
+    if (const std::function<void()> hook = std::exchange(host().onCreateFrame, nullptr)) {
+        hook();
+    }
     for (Frame& frame : tables().frames) {
-        if (frame.live) continue;
+        if (frame.live) {
+            continue;
+        }
         frame.live = true;
         frame.pixels.fill(-1);
         ++host().framesOut;
@@ -110,7 +120,9 @@ host::prSuiteError isTopLeft(std::uint32_t format, std::int32_t* answer) {
                                    host::PrPixelFormat_V210_422_10u_601};
     *answer = 0;
     for (unsigned i = 0; i < std::size(asked); ++i) {
-        if (format == asked[i] && (host().topRowFirst >> i & 1) != 0) *answer = 1;
+        if (format == asked[i] && (host().topRowFirst >> i & 1) != 0) {
+            *answer = 1;
+        }
     }
     return 0;
 }
@@ -124,7 +136,9 @@ host::prSuiteError convert(const void* source, float** buffers, std::uint32_t ch
                            std::uint32_t frames) {
     const auto* sample = static_cast<const std::int16_t*>(source);
     for (std::uint32_t f = 0; f < frames; ++f) {
-        for (std::uint32_t c = 0; c < channels; ++c) buffers[c][f] = static_cast<float>(*sample++);
+        for (std::uint32_t c = 0; c < channels; ++c) {
+            buffers[c][f] = static_cast<float>(*sample++);
+        }
     }
     return 0;
 }
@@ -159,7 +173,9 @@ Tables& tables() {
 
 Frame* frameOf(host::PPixHand handle) {
     for (Frame& frame : tables().frames) {
-        if (&frame.contents == handle && frame.live) return &frame;
+        if (&frame.contents == handle && frame.live) {
+            return &frame;
+        }
     }
     found("a frame is used that is no frame or was given back", "");
 }
@@ -173,7 +189,9 @@ Host& host() noexcept {
 
 void beginHost() {
     host() = {};
-    for (Frame& frame : tables().frames) frame.live = false;
+    for (Frame& frame : tables().frames) {
+        frame.live = false;
+    }
 }
 
 host::imStdParms* stdParms() noexcept {

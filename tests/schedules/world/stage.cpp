@@ -13,7 +13,9 @@ namespace schedules {
 namespace {
 
 void expectNone(long count, const char* what) {
-    if (count != 0) found("left behind", std::to_string(count) + " " + what);
+    if (count != 0) {
+        found("left behind", std::to_string(count) + " " + what);
+    }
 }
 
 }  // namespace
@@ -27,11 +29,15 @@ void Stage::run() {
 }
 
 void Stage::expect(bool holds, const char* what) {
-    if (!holds) found("wrong result", what);
+    if (!holds) {
+        found("wrong result", what);
+    }
 }
 
 void Stage::expectCode(std::int32_t code, std::int32_t wanted, const char* what) {
-    if (code == wanted) return;
+    if (code == wanted) {
+        return;
+    }
     const memory::Outside outside;
     found("wrong result",
           std::string(what) + ": " + std::to_string(code) + " instead of " + std::to_string(wanted));
@@ -57,7 +63,9 @@ void play(const Scenario& scenario, bool watched) {
     world::beginCodec();
     windows::begin(scenario.poolThreads);
     engine::begin(watched);
-    if (watched) memory::begin();
+    if (watched) {
+        memory::begin();
+    }
     Stage stage;
     scenario.play(stage);
     world::host().onCreateFrame = nullptr;

@@ -30,18 +30,26 @@ std::atomic<bool> g_failFromThere = false;
 std::atomic<std::size_t> g_failFromBytes = 0;
 
 bool mustFail(std::size_t bytes, const void* caller) noexcept {
-    if (!orvantis::test::isForWatchedModule(caller)) return false;
+    if (!orvantis::test::isForWatchedModule(caller)) {
+        return false;
+    }
     const auto number = static_cast<std::int64_t>(g_calls.fetch_add(1));
     const std::size_t fromBytes = g_failFromBytes.load();
-    if (fromBytes != 0 && bytes >= fromBytes) return true;
+    if (fromBytes != 0 && bytes >= fromBytes) {
+        return true;
+    }
     const std::int64_t failAt = g_failAt.load();
     return failAt >= 0 && (number == failAt || (number > failAt && g_failFromThere.load()));
 }
 
 void* allocate(std::size_t bytes, const void* caller) noexcept {
-    if (mustFail(bytes, caller)) return nullptr;
+    if (mustFail(bytes, caller)) {
+        return nullptr;
+    }
     auto* const block = static_cast<unsigned char*>(std::malloc(bytes + kPrefix));
-    if (block == nullptr) return nullptr;
+    if (block == nullptr) {
+        return nullptr;
+    }
     std::memcpy(block, &bytes, sizeof(bytes));
     const std::size_t now = g_current.fetch_add(bytes) + bytes;
     std::size_t peak = g_peak.load();
@@ -52,12 +60,16 @@ void* allocate(std::size_t bytes, const void* caller) noexcept {
 
 void* allocateOrThrow(std::size_t bytes, const void* caller) {
     void* const block = allocate(bytes, caller);
-    if (block == nullptr) throw std::bad_alloc();
+    if (block == nullptr) {
+        throw std::bad_alloc();
+    }
     return block;
 }
 
 void release(void* pointer) noexcept {
-    if (pointer == nullptr) return;
+    if (pointer == nullptr) {
+        return;
+    }
     unsigned char* const block = static_cast<unsigned char*>(pointer) - kPrefix;
     std::size_t bytes = 0;
     std::memcpy(&bytes, block, sizeof(bytes));

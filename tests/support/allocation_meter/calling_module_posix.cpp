@@ -32,12 +32,20 @@ int lookAtModule(dl_phdr_info* info, std::size_t /*size*/, void* data) {
     Range all{~std::uintptr_t{0}, 0};
     for (int i = 0; i < info->dlpi_phnum; ++i) {
         const auto& segment = info->dlpi_phdr[i];
-        if (segment.p_type != PT_LOAD) continue;
+        if (segment.p_type != PT_LOAD) {
+            continue;
+        }
         const std::uintptr_t first = info->dlpi_addr + segment.p_vaddr;
-        if (first < all.first) all.first = first;
-        if (first + segment.p_memsz > all.last) all.last = first + segment.p_memsz;
+        if (first < all.first) {
+            all.first = first;
+        }
+        if (first + segment.p_memsz > all.last) {
+            all.last = first + segment.p_memsz;
+        }
     }
-    if (!all.holds(search->address)) return 0;
+    if (!all.holds(search->address)) {
+        return 0;
+    }
     search->found = all;
     return 1;
 }
@@ -61,7 +69,9 @@ _Unwind_Reason_Code lookAtFrame(_Unwind_Context* context, void* data) {
         walk->inRuntime = true;
         return _URC_NO_REASON;
     }
-    if (!walk->inRuntime) return _URC_NO_REASON;
+    if (!walk->inRuntime) {
+        return _URC_NO_REASON;
+    }
     walk->forModule = g_module.holds(address);
     return _URC_END_OF_STACK;
 }
@@ -76,10 +86,16 @@ void watchModuleOf(const void* address) {
 }
 
 bool isForWatchedModule(const void* callerAddress) noexcept {
-    if (!g_watching.load(std::memory_order_relaxed)) return true;
+    if (!g_watching.load(std::memory_order_relaxed)) {
+        return true;
+    }
     const auto caller = reinterpret_cast<std::uintptr_t>(callerAddress);
-    if (g_module.holds(caller)) return true;
-    if (!g_runtime.holds(caller)) return false;
+    if (g_module.holds(caller)) {
+        return true;
+    }
+    if (!g_runtime.holds(caller)) {
+        return false;
+    }
     Walk walk;
     _Unwind_Backtrace(lookAtFrame, &walk);
     return walk.forModule;

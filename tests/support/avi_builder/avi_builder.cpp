@@ -174,7 +174,9 @@ std::size_t AviBuilder::standardIndexCount(std::size_t stream) const {
     for (std::size_t first = 0; first < m_chunks.size(); first += perForm) {
         const std::size_t last = std::min(first + perForm, m_chunks.size());
         std::size_t entries = 0;
-        for (std::size_t i = first; i < last; ++i) entries += m_chunks[i].stream == stream ? 1U : 0U;
+        for (std::size_t i = first; i < last; ++i) {
+            entries += m_chunks[i].stream == stream ? 1U : 0U;
+        }
         const std::size_t perIndex =
             m_entriesPerStandardIndex == 0 ? std::max<std::size_t>(entries, 1) : m_entriesPerStandardIndex;
         indexes += (entries + perIndex - 1) / perIndex;
@@ -192,7 +194,9 @@ Bytes AviBuilder::build() {
     RiffBuilder riff;
     riff.beginList("RIFF", "AVI ");
     writeHeaders(riff);
-    if (m_junk != 0) riff.begin("JUNK").fill(m_junk).end();
+    if (m_junk != 0) {
+        riff.begin("JUNK").fill(m_junk).end();
+    }
     writeForms(riff);
     fillInIndexes(riff);
     return riff.take();
@@ -200,13 +204,16 @@ Bytes AviBuilder::build() {
 
 void AviBuilder::writeHeaders(RiffBuilder& riff) {
     std::uint32_t videoChunks = 0;
-    for (const Chunk& chunk : m_chunks)
+    for (const Chunk& chunk : m_chunks) {
         videoChunks += m_streams[chunk.stream].type == codeOf("vids") ? 1U : 0U;
+    }
     riff.beginList("LIST", "hdrl");
     riff.begin("avih").u32(40000).u32(0).u32(0).u32(m_idx1 ? kHasIndex : 0).u32(videoChunks).u32(0);
     riff.u32(static_cast<std::uint32_t>(m_streams.size())).u32(0).u32(0).u32(0).fill(16).end();
-    for (std::size_t i = 0; i < m_streams.size(); ++i) writeStream(riff, i);
-    if (m_openDml != OpenDml::none) {
+    for (std::size_t i = 0; i < m_streams.size(); ++i) {
+        writeStream(riff, i);
+    }
+    if (m_openDml != OpenDml::kNone) {
         riff.beginList("LIST", "odml").begin("dmlh").u32(videoChunks).fill(244).end().end();
     }
     riff.bytes(m_headerTail).end();
@@ -217,13 +224,16 @@ void AviBuilder::writeStream(RiffBuilder& riff, std::size_t number) {
     std::uint32_t chunks = 0;
     std::uint64_t bytes = 0;
     for (const Chunk& chunk : m_chunks) {
-        if (chunk.stream != number) continue;
+        if (chunk.stream != number) {
+            continue;
+        }
         ++chunks;
         bytes += chunk.size;
     }
     std::uint32_t length = plan.length;
-    if (length == 0)
+    if (length == 0) {
         length = plan.sampleSize == 0 ? chunks : static_cast<std::uint32_t>(bytes / plan.sampleSize);
+    }
 
     m_strlOffsets[number] = riff.position();
     riff.beginList("LIST", "strl");
@@ -238,11 +248,11 @@ void AviBuilder::writeStream(RiffBuilder& riff, std::size_t number) {
         .u32(plan.rate);
     riff.u32(0).u32(length).u32(0).u32(0xFFFFFFFF).u32(plan.sampleSize).u64(0).end();
     riff.chunk("strf", plan.format);
-    if (m_openDml != OpenDml::none) {
+    if (m_openDml != OpenDml::kNone) {
         // The entries are not known yet: fillInIndexes() writes them.
         m_indxOffsets[number] = riff.position();
         riff.begin("indx");
-        if (m_openDml == OpenDml::standardIndex) {
+        if (m_openDml == OpenDml::kStandardIndex) {
             indexHeader(riff, 2, kIndexOfChunks, chunks, chunkCode(number), 0);
             riff.fill(std::size_t{chunks} * 8);
         } else {
@@ -260,26 +270,38 @@ void AviBuilder::writeForms(RiffBuilder& riff) {
     std::size_t next = 0;
     bool isFirst = true;
     do {
-        if (!isFirst) riff.beginList("RIFF", "AVIX");
+        if (!isFirst) {
+            riff.beginList("RIFF", "AVIX");
+        }
         const std::uint64_t movi = riff.position();
         riff.beginList("LIST", "movi");
-        if (isFirst) m_moviOffset = movi;
+        if (isFirst) {
+            m_moviOffset = movi;
+        }
         const std::size_t first = next;
         const std::size_t last = std::min(first + perForm, m_chunks.size());
         for (; next < last; ++next) {
             const std::size_t inForm = next - first;
             if (m_chunksPerRec != 0 && inForm % m_chunksPerRec == 0) {
-                if (inForm != 0) riff.end();
+                if (inForm != 0) {
+                    riff.end();
+                }
                 riff.beginList("LIST", "rec ");
             }
             const Chunk& chunk = m_chunks[next];
             m_placements.push_back(Placement{chunk.stream, riff.position() + 8, chunk.size, chunk.keyFrame});
             riff.chunk(chunkCode(chunk.stream), std::span(m_data).subspan(chunk.dataOffset, chunk.size));
         }
-        if (m_chunksPerRec != 0 && last != first) riff.end();
-        if (m_openDml == OpenDml::superIndex) writeStandardIndexes(riff, first, last, movi);
+        if (m_chunksPerRec != 0 && last != first) {
+            riff.end();
+        }
+        if (m_openDml == OpenDml::kSuperIndex) {
+            writeStandardIndexes(riff, first, last, movi);
+        }
         riff.end();
-        if (isFirst && m_idx1) writeIdx1(riff, last);
+        if (isFirst && m_idx1) {
+            writeIdx1(riff, last);
+        }
         riff.end();
         isFirst = false;
     } while (next < m_chunks.size());
@@ -290,7 +312,9 @@ void AviBuilder::writeStandardIndexes(RiffBuilder& riff, std::size_t first, std:
     for (std::size_t stream = 0; stream < m_streams.size(); ++stream) {
         std::vector<Placement> listed;
         for (std::size_t i = first; i < last; ++i) {
-            if (m_placements[i].stream == stream) listed.push_back(m_placements[i]);
+            if (m_placements[i].stream == stream) {
+                listed.push_back(m_placements[i]);
+            }
         }
         const std::size_t perIndex =
             m_entriesPerStandardIndex == 0 ? listed.size() : m_entriesPerStandardIndex;
@@ -302,7 +326,9 @@ void AviBuilder::writeStandardIndexes(RiffBuilder& riff, std::size_t first, std:
                                                         static_cast<std::uint32_t>(count)});
             riff.begin(m_indexNumberFirst ? digits + "ix" : "ix" + digits);
             indexHeader(riff, 2, kIndexOfChunks, count, chunkCode(stream), base);
-            for (std::size_t i = from; i < from + count; ++i) standardEntry(riff, listed[i], base);
+            for (std::size_t i = from; i < from + count; ++i) {
+                standardEntry(riff, listed[i], base);
+            }
             riff.end();
         }
     }
@@ -323,15 +349,17 @@ void AviBuilder::writeIdx1(RiffBuilder& riff, std::size_t chunkCount) {
 
 void AviBuilder::fillInIndexes(RiffBuilder& riff) {
     std::vector<std::uint64_t> entry(m_streams.size());
-    for (std::size_t i = 0; i < m_streams.size(); ++i) entry[i] = m_indxOffsets[i] + kIndexHeader;
-    if (m_openDml == OpenDml::standardIndex) {
+    for (std::size_t i = 0; i < m_streams.size(); ++i) {
+        entry[i] = m_indxOffsets[i] + kIndexHeader;
+    }
+    if (m_openDml == OpenDml::kStandardIndex) {
         for (const Placement& chunk : m_placements) {
             riff.patch32(entry[chunk.stream], static_cast<std::uint32_t>(chunk.offset));
             riff.patch32(entry[chunk.stream] + 4, chunk.size | (chunk.keyFrame ? 0 : kDeltaFrame));
             entry[chunk.stream] += 8;
         }
     }
-    if (m_openDml == OpenDml::superIndex) {
+    if (m_openDml == OpenDml::kSuperIndex) {
         for (std::size_t i = 0; i < m_streams.size(); ++i) {
             for (const SuperEntry& index : m_superEntries[i]) {
                 riff.patch64(entry[i], index.offset).patch32(entry[i] + 8, index.size);

@@ -6,7 +6,7 @@
 //     AviBuilder avi;
 //     avi.addStream(videoStream("O8Y2", 320, 240, 25, 1)).addStream(pcmStream(2, 48000, 16));
 //     for (int i = 0; i < 10; ++i) avi.addChunk(0, frameBytes(i)).addChunk(1, soundBytes(i));
-//     MemoryFile file(avi.openDml(OpenDml::superIndex).build());
+//     MemoryFile file(avi.openDml(OpenDml::kSuperIndex).build());
 //     avi.placements()[0].offset;  // where the first chunk's data ended up
 #pragma once
 
@@ -46,9 +46,9 @@ StreamPlan extensibleStream(std::uint16_t channels, std::uint32_t samplesPerSeco
 
 /// How OpenDML indexes are written.
 enum class OpenDml {
-    none,
-    standardIndex,  ///< `indx` is itself a standard index with all chunks of the stream
-    superIndex,     ///< `indx` is a super index, standard index chunks lie at the end of each `movi`
+    kNone,
+    kStandardIndex,  ///< `indx` is itself a standard index with all chunks of the stream
+    kSuperIndex,     ///< `indx` is a super index, standard index chunks lie at the end of each `movi`
 };
 
 /// Where a chunk ended up in the file.
@@ -130,7 +130,7 @@ class AviBuilder {
     bool m_idx1 = true;
     bool m_absoluteIdx1 = false;
     bool m_indexNumberFirst = false;
-    OpenDml m_openDml = OpenDml::none;
+    OpenDml m_openDml = OpenDml::kNone;
     std::size_t m_entriesPerStandardIndex = 0;
     std::size_t m_chunksPerForm = 0;
     std::size_t m_chunksPerRec = 0;

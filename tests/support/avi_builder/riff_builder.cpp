@@ -10,7 +10,9 @@ namespace {
 // Little-endian, whatever the machine is.
 template <typename T>
 void putWord(std::uint8_t* place, T value) {
-    for (std::size_t i = 0; i < sizeof(T); ++i) place[i] = static_cast<std::uint8_t>(value >> (8 * i));
+    for (std::size_t i = 0; i < sizeof(T); ++i) {
+        place[i] = static_cast<std::uint8_t>(value >> (8 * i));
+    }
 }
 
 template <typename T>
@@ -22,9 +24,13 @@ void appendWord(Bytes& bytes, T value) {
 }  // namespace
 
 std::uint32_t codeOf(std::string_view fourLetters) {
-    if (fourLetters.size() != 4) throw std::invalid_argument("a four-character code has four characters");
+    if (fourLetters.size() != 4) {
+        throw std::invalid_argument("a four-character code has four characters");
+    }
     std::uint32_t word = 0;
-    for (std::size_t i = 4; i-- > 0;) word = word << 8 | static_cast<std::uint8_t>(fourLetters[i]);
+    for (std::size_t i = 4; i-- > 0;) {
+        word = word << 8 | static_cast<std::uint8_t>(fourLetters[i]);
+    }
     return word;
 }
 
@@ -45,7 +51,9 @@ RiffBuilder& RiffBuilder::endWithSize(std::uint32_t claimedSize) {
     const std::uint64_t header = m_open.back();
     m_open.pop_back();
     patch32(header + 4, claimedSize);
-    if ((position() - header) % 2 != 0) u8(0);
+    if ((position() - header) % 2 != 0) {
+        u8(0);
+    }
     return *this;
 }
 
@@ -84,8 +92,9 @@ RiffBuilder& RiffBuilder::fill(std::size_t count, std::uint8_t value) {
 }
 
 RiffBuilder& RiffBuilder::patch32(std::uint64_t at, std::uint32_t value) {
-    if (at < m_origin || at + sizeof(value) > position())
+    if (at < m_origin || at + sizeof(value) > position()) {
         throw std::out_of_range("patch outside the bytes written");
+    }
     putWord(m_bytes.data() + (at - m_origin), value);
     return *this;
 }
@@ -96,7 +105,9 @@ RiffBuilder& RiffBuilder::patch64(std::uint64_t at, std::uint64_t value) {
 }
 
 Bytes RiffBuilder::take() {
-    while (!m_open.empty()) end();
+    while (!m_open.empty()) {
+        end();
+    }
     return std::exchange(m_bytes, {});
 }
 

@@ -74,14 +74,18 @@ std::vector<Call> FakeCodec::calls() const {
     const std::lock_guard lock(m_mutex);
     std::vector<Call> result;
     for (const Call& call : m_calls) {
-        if (call.function != Function::GetString) result.push_back(call);
+        if (call.function != Function::kGetString) {
+            result.push_back(call);
+        }
     }
     return result;
 }
 
 std::vector<std::string> FakeCodec::callNames() const {
     std::vector<std::string> names;
-    for (const Call& call : calls()) names.emplace_back(nameOf(call.function));
+    for (const Call& call : calls()) {
+        names.emplace_back(nameOf(call.function));
+    }
     return names;
 }
 
@@ -89,7 +93,9 @@ std::vector<Call> FakeCodec::callsOf(Function function) const {
     const std::lock_guard lock(m_mutex);
     std::vector<Call> result;
     for (const Call& call : m_calls) {
-        if (call.function == function) result.push_back(call);
+        if (call.function == function) {
+            result.push_back(call);
+        }
     }
     return result;
 }
@@ -121,19 +127,25 @@ std::optional<std::int32_t> FakeCodec::plannedResult(Function function) {
     if (const auto planned = m_failCalls.find({function, number}); planned != m_failCalls.end()) {
         return planned->second;
     }
-    if (const auto planned = m_failAll.find(function); planned != m_failAll.end()) return planned->second;
+    if (const auto planned = m_failAll.find(function); planned != m_failAll.end()) {
+        return planned->second;
+    }
     return std::nullopt;
 }
 
 std::int32_t FakeCodec::finish(Call call, std::int32_t result) {
     call.result = result;
-    if (m_recording) m_calls.push_back(call);
+    if (m_recording) {
+        m_calls.push_back(call);
+    }
     return result;
 }
 
 FakeCodec::Session* FakeCodec::sessionOf(std::uint32_t handle, const char* caller) {
     const auto session = m_sessions.find(handle);
-    if (session != m_sessions.end()) return &session->second;
+    if (session != m_sessions.end()) {
+        return &session->second;
+    }
     ADD_FAILURE() << caller << " on handle " << handle << ", which is not open";
     return nullptr;
 }
@@ -156,24 +168,30 @@ OrvantisFrameFormat FakeCodec::producedBy(const OrvantisFrameFormat& output) con
 
 std::int32_t FakeCodec::libraryInit() {
     const std::lock_guard lock(m_mutex);
-    const Call call{.function = Function::LibraryInit};
-    if (const auto planned = plannedResult(call.function)) return finish(call, *planned);
+    const Call call{.function = Function::kLibraryInit};
+    if (const auto planned = plannedResult(call.function)) {
+        return finish(call, *planned);
+    }
     ++m_libraryUses;
     return finish(call, 0);
 }
 
 std::int32_t FakeCodec::libraryClose() {
     const std::lock_guard lock(m_mutex);
-    const Call call{.function = Function::LibraryClose};
-    if (const auto planned = plannedResult(call.function)) return finish(call, *planned);
+    const Call call{.function = Function::kLibraryClose};
+    if (const auto planned = plannedResult(call.function)) {
+        return finish(call, *planned);
+    }
     EXPECT_GT(m_libraryUses--, 0) << "orvantis_library_close without orvantis_library_init";
     return finish(call, 0);
 }
 
 std::int32_t FakeCodec::open(std::uint32_t* handle) {
     const std::lock_guard lock(m_mutex);
-    Call call{.function = Function::Open};
-    if (const auto planned = plannedResult(call.function)) return finish(call, *planned);
+    Call call{.function = Function::kOpen};
+    if (const auto planned = plannedResult(call.function)) {
+        return finish(call, *planned);
+    }
     EXPECT_GT(m_libraryUses, 0) << "orvantis_open without orvantis_library_init";
     if (handle == nullptr) {
         ADD_FAILURE() << "orvantis_open without a place for the handle";
@@ -181,15 +199,19 @@ std::int32_t FakeCodec::open(std::uint32_t* handle) {
     }
     *handle = nextHandle;
     call.handle = nextHandle;
-    if (nextHandle != 0) m_sessions[nextHandle++] = {};
+    if (nextHandle != 0) {
+        m_sessions[nextHandle++] = {};
+    }
     return finish(call, 0);
 }
 
 std::int32_t FakeCodec::close(std::uint32_t handle) {
     const std::lock_guard lock(m_mutex);
-    const Call call{.function = Function::Close, .handle = handle};
+    const Call call{.function = Function::kClose, .handle = handle};
     const auto planned = plannedResult(call.function);
-    if (sessionOf(handle, "orvantis_close") == nullptr) return finish(call, kBadCall);
+    if (sessionOf(handle, "orvantis_close") == nullptr) {
+        return finish(call, kBadCall);
+    }
     m_sessions.erase(handle);  // also when it answers a failure: nobody can close it again
     return finish(call, planned.value_or(0));
 }
@@ -197,23 +219,35 @@ std::int32_t FakeCodec::close(std::uint32_t handle) {
 std::int32_t FakeCodec::decompressQuery(std::uint32_t handle, const void* format, std::uint64_t bytes,
                                         const OrvantisFrameFormat* output, OrvantisFrameFormat* result) {
     const std::lock_guard lock(m_mutex);
-    Call call{.function = Function::DecompressQuery, .handle = handle, .data = format, .bytes = bytes};
-    if (output != nullptr) call.output = *output;
-    if (result != nullptr) call.answerOnEntry = *result;
+    Call call{.function = Function::kDecompressQuery, .handle = handle, .data = format, .bytes = bytes};
+    if (output != nullptr) {
+        call.output = *output;
+    }
+    if (result != nullptr) {
+        call.answerOnEntry = *result;
+    }
     const auto planned = plannedResult(call.function);
-    if (sessionOf(handle, "orvantis_decompress_query") == nullptr) return finish(call, kBadCall);
+    if (sessionOf(handle, "orvantis_decompress_query") == nullptr) {
+        return finish(call, kBadCall);
+    }
     if (result == nullptr) {
         ADD_FAILURE() << "orvantis_decompress_query without a place for the answer";
         return finish(call, kBadCall);
     }
     checkInput("orvantis_decompress_query, answer", *result);
-    if (output != nullptr) checkInput("orvantis_decompress_query, output", *output);
-    if (planned) return finish(call, *planned);
+    if (output != nullptr) {
+        checkInput("orvantis_decompress_query, output", *output);
+    }
+    if (planned) {
+        return finish(call, *planned);
+    }
     if (output == nullptr) {
         *result = coded;
         return finish(call, 0);
     }
-    if (accepts && !accepts(*output)) return finish(call, refusal);
+    if (accepts && !accepts(*output)) {
+        return finish(call, refusal);
+    }
     *result = producedBy(*output);
     return finish(call, 0);
 }
@@ -221,24 +255,34 @@ std::int32_t FakeCodec::decompressQuery(std::uint32_t handle, const void* format
 std::int32_t FakeCodec::decompressBegin(std::uint32_t handle, const void* format, std::uint64_t bytes,
                                         const OrvantisFrameFormat* output, OrvantisFrameFormat* produced) {
     const std::lock_guard lock(m_mutex);
-    Call call{.function = Function::DecompressBegin, .handle = handle, .data = format, .bytes = bytes};
-    if (output != nullptr) call.output = *output;
-    if (produced != nullptr) call.answerOnEntry = *produced;
+    Call call{.function = Function::kDecompressBegin, .handle = handle, .data = format, .bytes = bytes};
+    if (output != nullptr) {
+        call.output = *output;
+    }
+    if (produced != nullptr) {
+        call.answerOnEntry = *produced;
+    }
     const auto planned = plannedResult(call.function);
     Session* const session = sessionOf(handle, "orvantis_decompress_begin");
-    if (session == nullptr) return finish(call, kBadCall);
+    if (session == nullptr) {
+        return finish(call, kBadCall);
+    }
     if (output == nullptr || produced == nullptr) {
         ADD_FAILURE() << "orvantis_decompress_begin without its records";
         return finish(call, kBadCall);
     }
     checkInput("orvantis_decompress_begin, output", *output);
     checkInput("orvantis_decompress_begin, answer", *produced);
-    if (planned) return finish(call, *planned);
+    if (planned) {
+        return finish(call, *planned);
+    }
     if (session->begun) {
         ADD_FAILURE() << "orvantis_decompress_begin while a decompression is running";
         return finish(call, kBadCall);
     }
-    if (accepts && !accepts(*output)) return finish(call, refusal);
+    if (accepts && !accepts(*output)) {
+        return finish(call, refusal);
+    }
     session->begun = true;
     session->output = *output;
     *produced = producedBy(*output);
@@ -250,11 +294,15 @@ std::int32_t FakeCodec::decompress(std::uint32_t handle, const void* frame, std:
     OrvantisFrameFormat output{};
     {
         const std::lock_guard lock(m_mutex);
-        Call call{.function = Function::Decompress, .handle = handle, .data = frame, .bytes = bytes};
-        if (out != nullptr) call.buffer = *out;
+        Call call{.function = Function::kDecompress, .handle = handle, .data = frame, .bytes = bytes};
+        if (out != nullptr) {
+            call.buffer = *out;
+        }
         const auto planned = plannedResult(call.function);
         const Session* const session = sessionOf(handle, "orvantis_decompress");
-        if (session == nullptr) return finish(call, kBadCall);
+        if (session == nullptr) {
+            return finish(call, kBadCall);
+        }
         if (out == nullptr || out->pixels == nullptr) {
             ADD_FAILURE() << "orvantis_decompress without pixels";
             return finish(call, kBadCall);
@@ -264,21 +312,27 @@ std::int32_t FakeCodec::decompress(std::uint32_t handle, const void* frame, std:
             ADD_FAILURE() << "orvantis_decompress without orvantis_decompress_begin";
             return finish(call, kBadCall);
         }
-        if (planned) return finish(call, *planned);
+        if (planned) {
+            return finish(call, *planned);
+        }
         output = session->output;
         finish(call, 0);
     }
     // Outside the lock: a test may hold several decodes here at once.
-    if (onDecompress) onDecompress({static_cast<const std::byte*>(frame), bytes}, *out, output);
+    if (onDecompress) {
+        onDecompress({static_cast<const std::byte*>(frame), bytes}, *out, output);
+    }
     return 0;
 }
 
 std::int32_t FakeCodec::decompressEnd(std::uint32_t handle) {
     const std::lock_guard lock(m_mutex);
-    const Call call{.function = Function::DecompressEnd, .handle = handle};
+    const Call call{.function = Function::kDecompressEnd, .handle = handle};
     const auto planned = plannedResult(call.function);
     Session* const session = sessionOf(handle, "orvantis_decompress_end");
-    if (session == nullptr) return finish(call, kBadCall);
+    if (session == nullptr) {
+        return finish(call, kBadCall);
+    }
     EXPECT_TRUE(session->begun) << "orvantis_decompress_end without orvantis_decompress_begin";
     session->begun = false;  // also when it answers a failure, after which callers begin anew
     return finish(call, planned.value_or(0));
@@ -286,8 +340,8 @@ std::int32_t FakeCodec::decompressEnd(std::uint32_t handle) {
 
 const char* FakeCodec::getString(std::uint32_t kind, std::uint32_t code) {
     const std::lock_guard lock(m_mutex);
-    ++m_counts[at(Function::GetString)];
-    finish({.function = Function::GetString, .number = kind, .code = code}, 0);
+    ++m_counts[at(Function::kGetString)];
+    finish({.function = Function::kGetString, .number = kind, .code = code}, 0);
     auto text = m_strings.find({kind, code});
     if (text == m_strings.end()) {
         std::string made;
@@ -312,23 +366,29 @@ const char* FakeCodec::getString(std::uint32_t kind, std::uint32_t code) {
 std::int32_t FakeCodec::getParam(std::uint32_t handle, std::uint32_t parameter, std::uint32_t* value,
                                  std::uint64_t bytes) {
     const std::lock_guard lock(m_mutex);
-    Call call{.function = Function::GetParam, .handle = handle, .bytes = bytes, .number = parameter};
+    Call call{.function = Function::kGetParam, .handle = handle, .bytes = bytes, .number = parameter};
     const auto planned = plannedResult(call.function);
-    if (sessionOf(handle, "orvantis_get_param") == nullptr) return finish(call, kBadCall);
+    if (sessionOf(handle, "orvantis_get_param") == nullptr) {
+        return finish(call, kBadCall);
+    }
     if (value == nullptr || bytes != 4) {
         ADD_FAILURE() << "orvantis_get_param with a value of " << bytes << " bytes at " << value;
         return finish(call, kBadCall);
     }
     call.code = *value;
-    if (planned) return finish(call, *planned);
-    if (param) *value = param(parameter, *value);
+    if (planned) {
+        return finish(call, *planned);
+    }
+    if (param) {
+        *value = param(parameter, *value);
+    }
     return finish(call, 0);
 }
 
 std::int32_t FakeCodec::compressQuery() {
     const std::lock_guard lock(m_mutex);
     ADD_FAILURE() << "orvantis_compress_query has no caller in decoding";
-    return finish({.function = Function::CompressQuery}, kBadCall);
+    return finish({.function = Function::kCompressQuery}, kBadCall);
 }
 
 }  // namespace fakecodec

@@ -22,17 +22,17 @@
 namespace fakecodec {
 
 enum class Function : std::size_t {
-    LibraryInit,
-    LibraryClose,
-    Open,
-    Close,
-    DecompressQuery,
-    DecompressBegin,
-    Decompress,
-    DecompressEnd,
-    GetString,
-    GetParam,
-    CompressQuery,
+    kLibraryInit,
+    kLibraryClose,
+    kOpen,
+    kClose,
+    kDecompressQuery,
+    kDecompressBegin,
+    kDecompress,
+    kDecompressEnd,
+    kGetString,
+    kGetParam,
+    kCompressQuery,
 };
 inline constexpr std::size_t kFunctionCount = 11;
 

@@ -9,7 +9,9 @@ constexpr std::int32_t kNoCodec = -1001;
 
 fakecodec::FakeCodec* codec(const char* caller) {
     fakecodec::FakeCodec* const current = fakecodec::FakeCodec::current();
-    if (current == nullptr) ADD_FAILURE() << caller << " outside the life of a fake codec";
+    if (current == nullptr) {
+        ADD_FAILURE() << caller << " outside the life of a fake codec";
+    }
     return current;
 }
 

@@ -130,7 +130,9 @@ host::SPErr FakeHost::releaseSuite(const char* name, std::int32_t version) {
 host::prSuiteError FakeHost::ask(Question question, std::uint32_t pixelFormat, std::int32_t* place) {
     currentHost->asked.push_back({question, pixelFormat, *place});
     const std::int32_t result = currentHost->questionResults[question];
-    if (result == 0) *place = currentHost->answer(question, pixelFormat) ? 1 : 0;
+    if (result == 0) {
+        *place = currentHost->answer(question, pixelFormat) ? 1 : 0;
+    }
     return result;
 }
 
@@ -141,19 +143,27 @@ std::ptrdiff_t FakeHost::requestsFor(std::string_view suite) const {
 }
 
 host::prSuiteError FakeHost::getTicksPerSecond(host::PrTime* ticks) {
-    if (currentHost->ticksResult == 0 || currentHost->writesTicksAnyway) *ticks = currentHost->ticksPerSecond;
+    if (currentHost->ticksResult == 0 || currentHost->writesTicksAnyway) {
+        *ticks = currentHost->ticksPerSecond;
+    }
     return currentHost->ticksResult;
 }
 
 host::prSuiteError FakeHost::createPPix(host::PPixHand* frame, std::int32_t access, std::uint32_t pixelFormat,
                                         const host::prRect* bounds) {
-    if (currentHost->createResult != 0) return currentHost->createResult;
-    if (currentHost->createsNull) return 0;
+    if (currentHost->createResult != 0) {
+        return currentHost->createResult;
+    }
+    if (currentHost->createsNull) {
+        return 0;
+    }
     EXPECT_NE(access, host::kBufferAccessReadOnly) << "a new frame cannot be read only";
 
     auto& frames = currentHost->m_frames;
     auto unused = std::ranges::find_if(frames, [](const auto& entry) { return !entry->live; });
-    if (unused == frames.end()) unused = frames.insert(frames.end(), std::make_unique<Frame>());
+    if (unused == frames.end()) {
+        unused = frames.insert(frames.end(), std::make_unique<Frame>());
+    }
     Frame& made = **unused;
     made.live = true;
     made.access = access;
@@ -195,13 +205,17 @@ void FakeHost::take(host::PPixHand handle) {
 
 host::prSuiteError FakeHost::getPixels(host::PPixHand frame, std::int32_t access, char** pixels) {
     currentHost->pixelAccesses.push_back(access);
-    if (currentHost->pixelsResult != 0) return currentHost->pixelsResult;
+    if (currentHost->pixelsResult != 0) {
+        return currentHost->pixelsResult;
+    }
     *pixels = currentHost->pixelsNull ? nullptr : currentHost->frameOf(frame).pixels;
     return 0;
 }
 
 host::prSuiteError FakeHost::getRowBytes(host::PPixHand frame, std::int32_t* rowBytes) {
-    if (currentHost->rowBytesResult != 0) return currentHost->rowBytesResult;
+    if (currentHost->rowBytesResult != 0) {
+        return currentHost->rowBytesResult;
+    }
     *rowBytes = currentHost->frameOf(frame).rowBytes;
     return 0;
 }

@@ -26,7 +26,9 @@ namespace {
 }  // namespace
 
 HangWatch::HangWatch(std::chrono::seconds limit, std::chrono::seconds idle) {
-    if (limit <= std::chrono::seconds::zero()) return;
+    if (limit <= std::chrono::seconds::zero()) {
+        return;
+    }
     prepareThreadStacks();
     m_thread = std::thread([this, limit, idle] { watch(limit, idle); });
 }
@@ -37,16 +39,26 @@ void HangWatch::watch(std::chrono::seconds limit, std::chrono::seconds idle) {
     auto worked = begin;
     std::unique_lock lock(m_mutex);
     for (;;) {
-        if (m_changed.wait_for(lock, 250ms, [this] { return m_through; })) return;
+        if (m_changed.wait_for(lock, 250ms, [this] { return m_through; })) {
+            return;
+        }
         const auto now = std::chrono::steady_clock::now();
-        if (anotherThreadWorks()) worked = now;
-        if (idle > 0s && now - worked >= idle) endHanging("no thread has worked for", idle);
-        if (now - begin >= limit) endHanging("the program has not ended after", limit);
+        if (anotherThreadWorks()) {
+            worked = now;
+        }
+        if (idle > 0s && now - worked >= idle) {
+            endHanging("no thread has worked for", idle);
+        }
+        if (now - begin >= limit) {
+            endHanging("the program has not ended after", limit);
+        }
     }
 }
 
 HangWatch::~HangWatch() {
-    if (!m_thread.joinable()) return;
+    if (!m_thread.joinable()) {
+        return;
+    }
     {
         const std::lock_guard lock(m_mutex);
         m_through = true;

@@ -24,7 +24,9 @@ TEST(HangingExample, WaitsForWhatNeverComes) {
 TEST(HangingExample, WorksForTwoSeconds) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(2);
     std::uint64_t sum = 0;
-    while (std::chrono::steady_clock::now() < end) ++sum;
+    while (std::chrono::steady_clock::now() < end) {
+        ++sum;
+    }
     EXPECT_GT(sum, 0u);
 }
 

@@ -50,10 +50,14 @@ void writeDownFrames(int /*signal*/) {
 std::vector<pid_t> otherThreads() {
     std::vector<pid_t> threads;
     DIR* const folder = opendir("/proc/self/task");
-    if (folder == nullptr) return threads;
+    if (folder == nullptr) {
+        return threads;
+    }
     while (const dirent* const entry = readdir(folder)) {
         const auto thread = static_cast<pid_t>(std::strtol(entry->d_name, nullptr, 10));
-        if (thread > 0 && thread != gettid()) threads.push_back(thread);
+        if (thread > 0 && thread != gettid()) {
+            threads.push_back(thread);
+        }
     }
     closedir(folder);
     return threads;
@@ -73,7 +77,9 @@ bool printSource(const std::string& module, std::uintptr_t offset) {
     pid_t child = 0;
     const bool started =
         posix_spawnp(&child, name.c_str(), &actions, nullptr, arguments.data(), environ) == 0;
-    if (started) (void)waitpid(child, nullptr, 0);
+    if (started) {
+        (void)waitpid(child, nullptr, 0);
+    }
     posix_spawn_file_actions_destroy(&actions);
     return started;
 }
@@ -89,7 +95,9 @@ void printFrame(int number, void* frame) {
     std::fprintf(stderr, "  #%d %s+0x%zx ", number, info.dli_fname, static_cast<std::size_t>(offset));
     std::fflush(stderr);
     // One less: the frame is where the call returns to, which may be the next line.
-    if (!printSource(info.dli_fname, offset - 1)) std::fprintf(stderr, "\n");
+    if (!printSource(info.dli_fname, offset - 1)) {
+        std::fprintf(stderr, "\n");
+    }
 }
 
 }  // namespace
@@ -110,11 +118,14 @@ void printThreadStacks() {
         g_written = false;
         const bool sent = syscall(SYS_tgkill, getpid(), thread, stackSignal()) == 0;
         // A thread that blocks signals does not answer.
-        for (int i = 0; sent && !g_written && i < 200; ++i) (void)usleep(5000);
+        for (int i = 0; sent && !g_written && i < 200; ++i) {
+            (void)usleep(5000);
+        }
         std::fprintf(stderr, "Thread %d%s\n", static_cast<int>(thread), g_written ? ":" : ": no answer");
         // Ahead of the thread's own frames stand the handler and the system's call of it.
-        for (int i = 2; g_written && i < g_count; ++i)
+        for (int i = 2; g_written && i < g_count; ++i) {
             printFrame(i - 2, g_frames[static_cast<std::size_t>(i)]);
+        }
     }
     (void)alarm(0);
 }
@@ -128,14 +139,18 @@ bool anotherThreadWorks() {
     const std::int64_t now = std::int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
     const bool worked = now - before > kLittle;
     before = now;
-    if (worked) return true;
+    if (worked) {
+        return true;
+    }
     for (const pid_t thread : otherThreads()) {
         std::ifstream stat("/proc/self/task/" + std::to_string(thread) + "/stat");
         const std::string text{std::istreambuf_iterator<char>(stat), {}};
         // The state stands behind the name, which may hold anything but is in parentheses.
         const std::size_t name = text.rfind(')');
         const char state = name == std::string::npos || name + 2 >= text.size() ? 'S' : text[name + 2];
-        if (state != 'S') return true;
+        if (state != 'S') {
+            return true;
+        }
     }
     return false;
 }

@@ -26,7 +26,9 @@ struct Frames {
 std::vector<DWORD> otherThreads() {
     std::vector<DWORD> threads;
     const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
-    if (snapshot == INVALID_HANDLE_VALUE) return threads;
+    if (snapshot == INVALID_HANDLE_VALUE) {
+        return threads;
+    }
     THREADENTRY32 entry{};
     entry.dwSize = sizeof entry;
     for (BOOL more = Thread32First(snapshot, &entry); more != FALSE; more = Thread32Next(snapshot, &entry)) {
@@ -46,7 +48,9 @@ void unwind(CONTEXT& context, Frames& frames) {
         const PRUNTIME_FUNCTION function = RtlLookupFunctionEntry(context.Rip, &base, nullptr);
         if (function == nullptr) {
             // A function that calls nothing has no entry; where it returns to is on top of the stack.
-            if (context.Rsp == 0 || frames.count > 1) return;
+            if (context.Rsp == 0 || frames.count > 1) {
+                return;
+            }
             context.Rip = *reinterpret_cast<const DWORD64*>(context.Rsp);
             context.Rsp += sizeof(DWORD64);
             continue;
@@ -61,13 +65,17 @@ void unwind(CONTEXT& context, Frames& frames) {
 bool framesOf(DWORD id, Frames& frames) {
     const HANDLE thread =
         OpenThread(THREAD_SUSPEND_RESUME | THREAD_GET_CONTEXT | THREAD_QUERY_INFORMATION, FALSE, id);
-    if (thread == nullptr) return false;
+    if (thread == nullptr) {
+        return false;
+    }
     bool known = false;
     if (SuspendThread(thread) != static_cast<DWORD>(-1)) {
         CONTEXT context{};
         context.ContextFlags = CONTEXT_FULL;
         known = GetThreadContext(thread, &context) != FALSE;
-        if (known) unwind(context, frames);
+        if (known) {
+            unwind(context, frames);
+        }
         (void)ResumeThread(thread);
     }
     (void)CloseHandle(thread);
@@ -97,7 +105,9 @@ void printThreadStacks() {
         Frames frames;
         const bool known = framesOf(id, frames);
         std::fprintf(stderr, "Thread %lu%s\n", static_cast<unsigned long>(id), known ? ":" : ": no answer");
-        for (std::size_t i = 0; i < frames.count; ++i) printFrame(i, frames.addresses[i]);
+        for (std::size_t i = 0; i < frames.count; ++i) {
+            printFrame(i, frames.addresses[i]);
+        }
     }
 }
 

@@ -50,10 +50,15 @@ struct File {
     File(const File&) = delete;
     File& operator=(const File&) = delete;
     ~File() {
-        if (time != nullptr) (void)basic->ReleaseSuite(host::kTimeSuiteName, host::kTimeSuiteVersion);
-        if (ppix != nullptr) (void)basic->ReleaseSuite(host::kPPixSuiteName, host::kPPixSuiteVersion);
-        if (creator != nullptr)
+        if (time != nullptr) {
+            (void)basic->ReleaseSuite(host::kTimeSuiteName, host::kTimeSuiteVersion);
+        }
+        if (ppix != nullptr) {
+            (void)basic->ReleaseSuite(host::kPPixSuiteName, host::kPPixSuiteVersion);
+        }
+        if (creator != nullptr) {
             (void)basic->ReleaseSuite(host::kPPixCreatorSuiteName, host::kPPixCreatorSuiteVersion);
+        }
     }
 
     std::int32_t frame(const host::imSourceVideoRec& request) const {

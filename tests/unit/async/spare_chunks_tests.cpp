@@ -52,7 +52,9 @@ TEST(SpareChunks, TheyStayBelowSixtyFourMebibytesHoweverManyCome) {
 
 TEST(SpareChunks, TheirNumberIsNotWhatBoundsThem) {
     SpareChunks spares;
-    for (int i = 0; i < 1000; ++i) spares.put(chunkOf(2048));
+    for (int i = 0; i < 1000; ++i) {
+        spares.put(chunkOf(2048));
+    }
     EXPECT_EQ(spares.bytes(), 1000u * 2048);
 }
 
@@ -73,7 +75,9 @@ TEST(SpareChunks, OneThatHoldsNothingIsNotHandedOutInPlaceOfOneThatDoes) {
 
 TEST(SpareChunks, ClearingLeavesNothing) {
     SpareChunks spares;
-    for (int i = 0; i < 5; ++i) spares.put(chunkOf(kMebibyte));
+    for (int i = 0; i < 5; ++i) {
+        spares.put(chunkOf(kMebibyte));
+    }
     spares.clear();
     EXPECT_EQ(spares.bytes(), 0u);
     EXPECT_EQ(spares.take().buffer.capacity(), 0u);

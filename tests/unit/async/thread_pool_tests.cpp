@@ -87,7 +87,9 @@ TEST(ThreadPool, ATaskGetsAThreadWhileOthersWait) {
             done.countDown();
         });
     }
-    for (Work& work : works) pool.submit(work);
+    for (Work& work : works) {
+        pool.submit(work);
+    }
     started.wait();  // would wait for ever if one of them waited for another
     EXPECT_FALSE(pool.tasksWait());
     go.countDown();
@@ -146,11 +148,15 @@ TEST(ThreadPool, TasksStartInTheOrderInWhichTheyCame) {
             all.countDown();
         });
     }
-    for (Work& work : works) pool.submit(work);
+    for (Work& work : works) {
+        pool.submit(work);
+    }
     all.wait();
     go.countDown();
     done.wait();
-    for (int i = 0; i < 100; ++i) EXPECT_EQ(order[static_cast<std::size_t>(i)], i);
+    for (int i = 0; i < 100; ++i) {
+        EXPECT_EQ(order[static_cast<std::size_t>(i)], i);
+    }
 }
 
 TEST(ThreadPool, SharesUseOnePool) {
@@ -178,8 +184,12 @@ TEST(ThreadPool, ThereIsANewOneWhenTheLastShareWasGivenUp) {
         ThreadPool pool;
         Latch done(8);
         std::deque<Work> works;
-        for (int k = 0; k < 8; ++k) works.emplace_back([&] { done.countDown(); });
-        for (Work& work : works) pool.submit(work);
+        for (int k = 0; k < 8; ++k) {
+            works.emplace_back([&] { done.countDown(); });
+        }
+        for (Work& work : works) {
+            pool.submit(work);
+        }
         done.wait();
     }
 }
@@ -201,7 +211,9 @@ TEST(ThreadPool, SharesComeAndGoOnSeveralThreads) {
             }
         });
     }
-    for (std::thread& host : hosts) host.join();
+    for (std::thread& host : hosts) {
+        host.join();
+    }
     EXPECT_EQ(ran, 400);
 }
 

@@ -41,7 +41,9 @@ TEST(Turns, OneThatHasNotAskedYetFindsItsTurnWhenItDoes) {
 TEST(Turns, AYoungerOneDoesNotPassAnOlderOneThatIsLate) {
     Turns turns;
     Booked a, late, c;
-    for (Booked* each : {&a, &late, &c}) turns.book(each->place);
+    for (Booked* each : {&a, &late, &c}) {
+        turns.book(each->place);
+    }
     EXPECT_FALSE(Turns::enterOrPark(c.place));
     EXPECT_EQ(turns.leave(a.place), nullptr);
     EXPECT_TRUE(Turns::enterOrPark(late.place));
@@ -67,7 +69,9 @@ TEST(Turns, APlaceThatHasLeftIsBookedAgainBehindAllOthers) {
 TEST(Turns, APlaceGivenUpFromTheMiddleIsPassedOver) {
     Turns turns;
     Booked a, b, c;
-    for (Booked* each : {&a, &b, &c}) turns.book(each->place);
+    for (Booked* each : {&a, &b, &c}) {
+        turns.book(each->place);
+    }
     EXPECT_FALSE(Turns::enterOrPark(c.place));
     EXPECT_EQ(turns.leave(b.place), nullptr) << "a still has the turn";
     EXPECT_EQ(turns.leave(a.place), &c);
@@ -88,7 +92,9 @@ TEST(Turns, LeavingTwiceOrUnbookedDoesNothing) {
 TEST(Turns, AWithdrawnOneIsHandedOnByTheWithdrawerAlone) {
     Turns turns;
     Booked a, b, c;
-    for (Booked* each : {&a, &b, &c}) turns.book(each->place);
+    for (Booked* each : {&a, &b, &c}) {
+        turns.book(each->place);
+    }
     EXPECT_FALSE(Turns::enterOrPark(b.place));
     EXPECT_FALSE(Turns::enterOrPark(c.place));
     EXPECT_TRUE(Turns::withdraw(b.place));
@@ -121,8 +127,12 @@ struct Order {
     explicit Order(std::uint64_t tasks) : done(static_cast<std::ptrdiff_t>(tasks)) {}
 
     void pass(std::uint64_t number, std::uint64_t& next, std::atomic<bool>& inside) {
-        if (inside.exchange(true)) ++together;
-        if (number != next++) ++overtook;
+        if (inside.exchange(true)) {
+            ++together;
+        }
+        if (number != next++) {
+            ++overtook;
+        }
         inside = false;
     }
 };
@@ -133,19 +143,27 @@ struct Passing final : orvantis::PoolTask {
     void run() noexcept override {
         if (step == 0 && !parkedBefore) {
             parkedBefore = true;
-            if (!Turns::enterOrPark(first)) return;
+            if (!Turns::enterOrPark(first)) {
+                return;
+            }
         }
         if (step == 0) {
             order.pass(number, order.atFirst, order.insideFirst);
             step = 1;
             void* const next = order.first.leave(first);
             const bool goesOn = Turns::enterOrPark(second);
-            if (next != nullptr) order.pool.submit(*static_cast<Passing*>(next));
-            if (!goesOn) return;
+            if (next != nullptr) {
+                order.pool.submit(*static_cast<Passing*>(next));
+            }
+            if (!goesOn) {
+                return;
+            }
         }
         order.pass(number, order.atSecond, order.insideSecond);
         void* const next = order.second.leave(second);
-        if (next != nullptr) order.pool.submit(*static_cast<Passing*>(next));
+        if (next != nullptr) {
+            order.pool.submit(*static_cast<Passing*>(next));
+        }
         order.done.countDown();
     }
 

@@ -72,8 +72,9 @@ TEST(AudioImportCost, BytesThatAreReadAreNotClearedFirst) {
     bool same = false;
     fixture.file.beforeRead = [&](const ReadCall& call) {
         same = true;
-        for (std::size_t i = 0; i < call.count; ++i)
+        for (std::size_t i = 0; i < call.count; ++i) {
             same = same && call.target[i] == std::byte{streamByte(i)};
+        }
     };
     ASSERT_EQ(fixture.importFrames(500, 1000, buffers), 0);
     EXPECT_TRUE(same);
@@ -114,13 +115,16 @@ TEST_F(QuietImport, ARunOfEmptyChunksIsJumpedOver) {
     constexpr std::uint32_t kEmpty = 2'000'000;
     ChunkListBuilder list;
     list.add(108, 0, 8, true);
-    for (std::uint32_t i = 0; i < kEmpty; ++i) list.add(108, 0, 0, true);
+    for (std::uint32_t i = 0; i < kEmpty; ++i) {
+        list.add(108, 0, 0, true);
+    }
     list.add(100, 0, 4, true);
     stream.legacyEntries = list.finish();
     ASSERT_EQ(analyse({.channels = 1}, 6), 0);
     HostBuffers buffers(1, 6);
-    for (int i = 0; i < 20'000; ++i)
+    for (int i = 0; i < 20'000; ++i) {
         ASSERT_EQ(importFrames(0, 6, buffers), 0);  // 40,000,000,000 entries one by one
+    }
     EXPECT_EQ(file.reads.size(), 40'000u);
 }
 

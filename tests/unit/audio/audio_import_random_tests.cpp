@@ -27,8 +27,12 @@ std::uint32_t modelSample(const std::vector<std::uint8_t>& data, std::uint64_t p
                           bool isFloat) {
     std::uint8_t bytes[4] = {};
     for (unsigned i = 0; i < bits / 8; ++i) {
-        if (position + i < data.size()) bytes[i] = data[position + i];
-        if (bits == 8) bytes[i] = static_cast<std::uint8_t>(bytes[i] + 128);
+        if (position + i < data.size()) {
+            bytes[i] = data[position + i];
+        }
+        if (bits == 8) {
+            bytes[i] = static_cast<std::uint8_t>(bytes[i] + 128);
+        }
     }
     const float converted = isFloat ? 0.0f : convertedSample(bytes, bits);
     std::uint32_t result;
@@ -43,7 +47,9 @@ void importRandomRanges(const WaveBytes& wave, unsigned seed) {
     fixture.layOut(randomChunks(random));
     ASSERT_EQ(fixture.analyse(wave), 0);
     std::vector<std::uint8_t> data(fixture.stream.totalBytes());
-    for (std::size_t i = 0; i < data.size(); ++i) data[i] = streamByte(i);
+    for (std::size_t i = 0; i < data.size(); ++i) {
+        data[i] = streamByte(i);
+    }
 
     const std::uint32_t frameBytes = wave.channels * (wave.bits / 8u);
     const std::uint32_t streamFrames = static_cast<std::uint32_t>(data.size() / frameBytes);

@@ -470,12 +470,15 @@ TEST_F(AudioImportTest, ARequestOf4GiBKeepsOnlyTheRestAndTheOtherFramesAreSilenc
         std::uint32_t bits;
         std::memcpy(&bits, &samples[f], 4);
         std::uint32_t expected = 0;
-        for (unsigned i = 0; i < 4; ++i)
+        for (unsigned i = 0; i < 4; ++i) {
             expected |= std::uint32_t{streamByte(f * 128 + 31 * 4 + i)} << (8 * i);
+        }
         EXPECT_EQ(bits, expected) << f;
     }
     std::size_t silent = 0;
-    for (std::size_t f = 5; f < kFrames; ++f) silent += samples[f] == 0.0f ? 1u : 0u;
+    for (std::size_t f = 5; f < kFrames; ++f) {
+        silent += samples[f] == 0.0f ? 1u : 0u;
+    }
     EXPECT_EQ(silent, kFrames - 5u);
     EXPECT_EQ(samples[kFrames], kUntouched);
     // The position counts all of them.
@@ -519,11 +522,14 @@ TEST_F(AudioImportTest, TheConverterIsGivenOnlyTheFramesThatTheBufferHolds) {
     ASSERT_EQ(audioHost.converterCalls.size(), 1u);
     EXPECT_EQ(audioHost.converterCalls[0].bits, 32u);
     EXPECT_EQ(audioHost.converterCalls[0].frames, 3u);
-    for (std::uint32_t i = 0; i < 384; ++i)
+    for (std::uint32_t i = 0; i < 384; ++i) {
         ASSERT_EQ(audioHost.converterCalls[0].source[i], streamByte(256 + i)) << i;
+    }
     for (std::uint32_t f = 0; f < 3; ++f) {
         std::uint8_t bytes[4];
-        for (unsigned i = 0; i < 4; ++i) bytes[i] = streamByte(256 + f * 128 + i);
+        for (unsigned i = 0; i < 4; ++i) {
+            bytes[i] = streamByte(256 + f * 128 + i);
+        }
         EXPECT_EQ(samples[f], convertedSample(bytes, 32)) << f;
     }
     EXPECT_EQ(samples[3], 0.0f);
@@ -626,14 +632,18 @@ TEST_F(AudioImportTest, EachIntegerTypeGoesToItsConverter) {
         EXPECT_EQ(audioHost.converterCalls[0].frames, frames);
         EXPECT_EQ(audioHost.converterCalls[0].destination, buffers.pointers.data());
         EXPECT_EQ(audioHost.converterCalls[0].source, one.seen);
-        for (std::uint32_t f = 0; f < frames; ++f) EXPECT_EQ(buffers.at(0, f), one.samples[f]) << f;
+        for (std::uint32_t f = 0; f < frames; ++f) {
+            EXPECT_EQ(buffers.at(0, f), one.samples[f]) << f;
+        }
         EXPECT_TRUE(buffers.guardsHold());
     }
 }
 
 TEST_F(AudioImportTest, EveryUnsigned8BitValueBecomesSigned) {
     std::vector<std::uint8_t> all(256);
-    for (unsigned i = 0; i < 256; ++i) all[i] = static_cast<std::uint8_t>(i);
+    for (unsigned i = 0; i < 256; ++i) {
+        all[i] = static_cast<std::uint8_t>(i);
+    }
     setOnlyChunk(all);
     ASSERT_EQ(analyse({.channels = 1, .bits = 8}, 256), 0);
     HostBuffers buffers(1, 256);
@@ -719,7 +729,9 @@ TEST_F(AudioImportTest, FloatSamplesArriveBitForBit) {
         0x00000001, 0x807FFFFF,  // denormals
     };
     std::vector<std::uint8_t> bytes;
-    for (const std::uint32_t word : words) append(bytes, word, 4);
+    for (const std::uint32_t word : words) {
+        append(bytes, word, 4);
+    }
     for (const std::uint16_t count :
          {std::uint16_t{1}, std::uint16_t{2}, std::uint16_t{7}, std::uint16_t{14}}) {
         setOnlyChunk(bytes);
@@ -732,7 +744,9 @@ TEST_F(AudioImportTest, FloatSamplesArriveBitForBit) {
                 EXPECT_EQ(buffers.bitsAt(c, f), words[f * count + c]) << count << ": " << c << ", " << f;
             }
         }
-        for (std::uint32_t c = 0; c < count; ++c) EXPECT_EQ(buffers.bitsAt(c, frames), 0u);
+        for (std::uint32_t c = 0; c < count; ++c) {
+            EXPECT_EQ(buffers.bitsAt(c, frames), 0u);
+        }
         EXPECT_TRUE(buffers.guardsHold());
     }
 }
@@ -759,7 +773,9 @@ TEST_F(AudioImportTest, AChannelWithoutABufferIsLeftOut) {
         SCOPED_TRACE(absent);
         HostBuffers buffers(3, 1000);
         for (unsigned c = 0; c < 3; ++c) {
-            if ((absent >> c & 1) != 0) buffers.pointers[c] = nullptr;
+            if ((absent >> c & 1) != 0) {
+                buffers.pointers[c] = nullptr;
+            }
         }
         const std::vector<float*> given = buffers.pointers;
         EXPECT_EQ(importFrames(0, 1000, buffers), 0);
@@ -782,7 +798,9 @@ TEST_F(AudioImportTest, AFloatChannelWithoutABufferIsLeftOut) {
     EXPECT_EQ(importFrames(0, 100, buffers), 0);
     for (std::uint32_t f = 0; f < 100; ++f) {
         std::uint32_t word = 0;
-        for (unsigned i = 0; i < 4; ++i) word |= std::uint32_t{streamByte(f * 8 + 4 + i)} << (8 * i);
+        for (unsigned i = 0; i < 4; ++i) {
+            word |= std::uint32_t{streamByte(f * 8 + 4 + i)} << (8 * i);
+        }
         ASSERT_EQ(buffers.bitsAt(1, f), word) << f;
         ASSERT_EQ(buffers.at(0, f), kUntouched) << f;
     }

@@ -61,7 +61,9 @@ class AudioImportThreads : public testing::Test {
                 work(t);
             });
         }
-        for (std::thread& thread : threads) thread.join();
+        for (std::thread& thread : threads) {
+            thread.join();
+        }
     }
 
     test::MemoryFile file;
@@ -97,7 +99,9 @@ TEST_F(AudioImportThreads, SequentialReadsThatMeetShareTheStreamOut) {
         }
     });
     std::vector<float> all;
-    for (const std::vector<float>& some : firsts) all.insert(all.end(), some.begin(), some.end());
+    for (const std::vector<float>& some : firsts) {
+        all.insert(all.end(), some.begin(), some.end());
+    }
     std::ranges::sort(all);
     ASSERT_EQ(all.size(), kFrames / kStep);
     for (std::size_t i = 0; i < all.size(); ++i) {

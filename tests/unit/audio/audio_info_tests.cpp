@@ -255,7 +255,9 @@ TEST_F(AudioInfoTest, TheFirstFaultIsTheOneReported) {
 // Many writers leave them wrong.
 TEST_F(AudioInfoTest, ByteRateExtraSizeAndValidBitsAreNotLookedAt) {
     std::vector<std::uint8_t> format = waveBytes({.tag = kTagExtensible});
-    for (const std::size_t byte : {8u, 9u, 10u, 11u, 16u, 17u, 18u, 19u}) format[byte] = 0xEE;
+    for (const std::size_t byte : {8u, 9u, 10u, 11u, 16u, 17u, 18u, 19u}) {
+        format[byte] = 0xEE;
+    }
     EXPECT_EQ(numberOf(info.init(audioStream(format))), 0);
     EXPECT_TRUE(info.valid());
 }
@@ -277,7 +279,9 @@ TEST_F(AudioInfoTest, LengthIsTheHeadersWithAllItsBits) {
 }
 
 TEST_F(AudioInfoTest, RateOfAUsableStreamIsNotClamped) {
-    for (const std::uint32_t rate : {0u, 500u, 384000u, 4294967295u}) expectAccepted({.rate = rate}, 3);
+    for (const std::uint32_t rate : {0u, 500u, 384000u, 4294967295u}) {
+        expectAccepted({.rate = rate}, 3);
+    }
 }
 
 TEST_F(AudioInfoTest, DummyHasAtLeastOneChannelAnd1000Hertz) {

@@ -87,7 +87,9 @@ class ChannelLayoutTest : public testing::Test {
         LayoutRecord record;
         EXPECT_EQ(numberOf(info.getChannelLayout(*record)), 0);
         std::vector<std::uint8_t> expected(sizeof(host::imGetAudioChannelLayoutRec), kPattern);
-        for (std::size_t i = 0; i < labels.size(); ++i) put(expected, 8 + 4 * i, labels[i]);
+        for (std::size_t i = 0; i < labels.size(); ++i) {
+            put(expected, 8 + 4 * i, labels[i]);
+        }
         EXPECT_EQ(record.bytes(), expected);
     }
     void analyse(std::vector<std::uint8_t> format) {
@@ -150,7 +152,9 @@ TEST_F(ChannelLayoutTest, PlainStereoAndPlainSurroundHaveADefault) {
 
 TEST_F(ChannelLayoutTest, OtherPlainStreamsGetNoLabels) {
     for (std::uint16_t channels = 0; channels <= 32; ++channels) {
-        if (channels != 2 && channels != 6) expectLabels({.channels = channels}, {});
+        if (channels != 2 && channels != 6) {
+            expectLabels({.channels = channels}, {});
+        }
     }
 }
 

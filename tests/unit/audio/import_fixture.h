@@ -34,7 +34,9 @@ class HostBuffers {
  public:
     HostBuffers(std::uint32_t channels, std::size_t frames)
         : m_samples(channels, std::vector<float>(frames + 2, kUntouched)) {
-        for (std::vector<float>& samples : m_samples) pointers.push_back(samples.data() + 1);
+        for (std::vector<float>& samples : m_samples) {
+            pointers.push_back(samples.data() + 1);
+        }
     }
     float at(std::uint32_t channel, std::size_t frame) const { return m_samples[channel][frame + 1]; }
     std::uint32_t bitsAt(std::uint32_t channel, std::size_t frame) const {
@@ -44,14 +46,18 @@ class HostBuffers {
     }
     bool guardsHold() const {
         for (const std::vector<float>& samples : m_samples) {
-            if (samples.front() != kUntouched || samples.back() != kUntouched) return false;
+            if (samples.front() != kUntouched || samples.back() != kUntouched) {
+                return false;
+            }
         }
         return true;
     }
     bool untouched() const {
         for (const std::vector<float>& samples : m_samples) {
             for (const float sample : samples) {
-                if (sample != kUntouched) return false;
+                if (sample != kUntouched) {
+                    return false;
+                }
             }
         }
         return true;
@@ -76,7 +82,9 @@ class ImportFixture {
         for (const std::uint32_t size : sizes) {
             file.content.resize(file.content.size() + 108, std::byte{0xEE});
             list.add(file.content.size(), 0, size, true);
-            for (std::uint32_t i = 0; i < size; ++i) file.content.push_back(std::byte{streamByte(start + i)});
+            for (std::uint32_t i = 0; i < size; ++i) {
+                file.content.push_back(std::byte{streamByte(start + i)});
+            }
             start += size;
         }
         file.content.resize(file.content.size() + 108, std::byte{0xEE});

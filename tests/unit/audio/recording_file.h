@@ -45,17 +45,25 @@ class RecordingFile final : public fileio::File {
     }
     bool seek(std::int64_t offset) override {
         seeks.push_back(offset);
-        if (offset < 0 || seeks.size() - 1 == refuseSeekNumber) return false;
+        if (offset < 0 || seeks.size() - 1 == refuseSeekNumber) {
+            return false;
+        }
         m_position = offset;
         return true;
     }
     std::uint64_t read(void* buffer, std::uint64_t count) override {
         reads.push_back({m_position, count, static_cast<std::byte*>(buffer)});
-        if (beforeRead) beforeRead(reads.back());
+        if (beforeRead) {
+            beforeRead(reads.back());
+        }
         const auto position = std::min(static_cast<std::size_t>(m_position), content.size());
         std::uint64_t available = std::min<std::uint64_t>(count, content.size() - position);
-        if (reads.size() - 1 == shortReadNumber) available = std::min(available, shortReadBytes);
-        if (available != 0) std::memcpy(buffer, content.data() + position, available);
+        if (reads.size() - 1 == shortReadNumber) {
+            available = std::min(available, shortReadBytes);
+        }
+        if (available != 0) {
+            std::memcpy(buffer, content.data() + position, available);
+        }
         m_position += static_cast<std::int64_t>(available);
         return available;
     }

@@ -23,8 +23,9 @@ TEST(SampleType, FollowsFormatAndBits) {
 }
 
 TEST(SampleType, FloatOfOtherThan32BitsIsUnknown) {
-    for (const std::uint32_t bits : {8u, 16u, 24u, 64u})
+    for (const std::uint32_t bits : {8u, 16u, 24u, 64u}) {
         EXPECT_EQ(audioSampleTypeFromFormat(3, bits), 14u) << bits;
+    }
 }
 
 TEST(SampleType, NamesAreThoseOfTheFiveKinds) {

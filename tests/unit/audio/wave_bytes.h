@@ -22,7 +22,9 @@ struct WaveBytes {
 };
 
 inline void append(std::vector<std::uint8_t>& bytes, std::uint64_t value, int count) {
-    for (int i = 0; i < count; ++i) bytes.push_back(static_cast<std::uint8_t>(value >> (8 * i)));
+    for (int i = 0; i < count; ++i) {
+        bytes.push_back(static_cast<std::uint8_t>(value >> (8 * i)));
+    }
 }
 
 /// WAVEFORMATEXTENSIBLE (40 bytes) under kTagExtensible, else PCMWAVEFORMAT (16 bytes).
@@ -35,15 +37,18 @@ inline std::vector<std::uint8_t> waveBytes(const WaveBytes& wave) {
     append(bytes, std::uint64_t{wave.rate} * static_cast<unsigned>(blockAlign), 4);
     append(bytes, static_cast<unsigned>(blockAlign), 2);
     append(bytes, wave.bits, 2);
-    if (wave.tag != kTagExtensible) return bytes;
+    if (wave.tag != kTagExtensible) {
+        return bytes;
+    }
     append(bytes, 22, 2);         // cbSize
     append(bytes, wave.bits, 2);  // wValidBitsPerSample
     append(bytes, wave.mask, 4);
     append(bytes, wave.subFormat, 4);
     append(bytes, 0x0000, 2);
     append(bytes, 0x0010, 2);
-    for (const int byte : {0x80, 0x00, 0x00, 0xAA, 0x00, 0x38, 0x9B, 0x71})
+    for (const int byte : {0x80, 0x00, 0x00, 0xAA, 0x00, 0x38, 0x9B, 0x71}) {
         append(bytes, static_cast<unsigned>(byte), 1);
+    }
     return bytes;
 }
 

@@ -26,7 +26,9 @@ class AudioChunkTest : public testing::Test {
     // Each byte is its position.
     static std::vector<std::uint8_t> numbered(std::size_t count) {
         std::vector<std::uint8_t> bytes(count);
-        for (std::size_t i = 0; i < count; ++i) bytes[i] = static_cast<std::uint8_t>(i);
+        for (std::size_t i = 0; i < count; ++i) {
+            bytes[i] = static_cast<std::uint8_t>(i);
+        }
         return bytes;
     }
 
@@ -55,9 +57,11 @@ TEST(AudioChunkPartTest, PositionBeyondTheSignedRangeIsNegative) {
 
 TEST_F(AudioChunkTest, ReadsThePartByOneSeekAndOneRead) {
     const AudioChunkRead read = readAudioChunk(m_file, {110, 5}, m_dest.data());
-    EXPECT_EQ(read.outcome, Outcome::read);
+    EXPECT_EQ(read.outcome, Outcome::kRead);
     EXPECT_EQ(read.bytes, 5U);
-    for (std::size_t i = 0; i < 5; ++i) EXPECT_EQ(m_dest[i], std::byte(110 + i)) << i;
+    for (std::size_t i = 0; i < 5; ++i) {
+        EXPECT_EQ(m_dest[i], std::byte(110 + i)) << i;
+    }
     EXPECT_EQ(m_dest[5], kUntouched);
     EXPECT_EQ(m_file.counts().seeks, 1U);
     EXPECT_EQ(m_file.counts().reads, 1U);
@@ -68,7 +72,7 @@ TEST_F(AudioChunkTest, RefusedPositionIsToldAndNothingIsRead) {
     ASSERT_TRUE(m_file.seek(7));
     m_file.resetCounts();
     const AudioChunkRead read = readAudioChunk(m_file, {-12, 5}, m_dest.data());
-    EXPECT_EQ(read.outcome, Outcome::seekRefused);
+    EXPECT_EQ(read.outcome, Outcome::kSeekRefused);
     EXPECT_EQ(read.bytes, 0U);
     EXPECT_EQ(m_file.counts().reads, 0U);
     EXPECT_EQ(m_file.tell(), 7) << "where the file stood";
@@ -76,7 +80,7 @@ TEST_F(AudioChunkTest, RefusedPositionIsToldAndNothingIsRead) {
 
 TEST_F(AudioChunkTest, EndOfTheFileCutsThePartShort) {
     const AudioChunkRead read = readAudioChunk(m_file, {190, 40}, m_dest.data());
-    EXPECT_EQ(read.outcome, Outcome::cutShort);
+    EXPECT_EQ(read.outcome, Outcome::kCutShort);
     EXPECT_EQ(read.bytes, 10U);
     EXPECT_EQ(m_dest[9], std::byte{199});
     EXPECT_EQ(m_dest[10], kUntouched);
@@ -84,17 +88,17 @@ TEST_F(AudioChunkTest, EndOfTheFileCutsThePartShort) {
 
 TEST_F(AudioChunkTest, PartBehindTheEndOfTheFileHasNoBytes) {
     const AudioChunkRead read = readAudioChunk(m_file, {300, 40}, m_dest.data());
-    EXPECT_EQ(read.outcome, Outcome::cutShort);
+    EXPECT_EQ(read.outcome, Outcome::kCutShort);
     EXPECT_EQ(read.bytes, 0U);
 }
 
 TEST_F(AudioChunkTest, FailedReadIsAPartCutShort) {
     test::FailingFile faulty(m_file);
-    faulty.plan(test::FileFault::fail, 1, test::FileOperation::read);
+    faulty.plan(test::FileFault::kFail, 1, test::FileOperation::kRead);
     const AudioChunkRead read = readAudioChunk(faulty, {110, 5}, m_dest.data());
-    EXPECT_EQ(read.outcome, Outcome::cutShort);
+    EXPECT_EQ(read.outcome, Outcome::kCutShort);
     EXPECT_EQ(read.bytes, 0U);
-    EXPECT_EQ(readAudioChunk(faulty, {110, 5}, m_dest.data()).outcome, Outcome::read);
+    EXPECT_EQ(readAudioChunk(faulty, {110, 5}, m_dest.data()).outcome, Outcome::kRead);
 }
 
 }  // namespace

@@ -34,7 +34,9 @@ void expectListed(const ChunkList& list, const std::vector<Placement>& placement
 // The form's size after bytes were cut off or appended.
 void setFormSize(Bytes& bytes) {
     const auto size = static_cast<std::uint32_t>(bytes.size() - 8);
-    for (std::size_t i = 0; i < 4; ++i) bytes[4 + i] = static_cast<std::uint8_t>(size >> (8 * i));
+    for (std::size_t i = 0; i < 4; ++i) {
+        bytes[4 + i] = static_cast<std::uint8_t>(size >> (8 * i));
+    }
 }
 
 // A file with one video stream, in whose strl `indx` follows, and with `tail` behind hdrl.
@@ -188,7 +190,9 @@ TEST(LegacyIndex, CutByTheEndOfTheFileLeavesNoEntriesButTheSizeMessage) {
 TEST(LegacyIndex, ClaimOfFourGigabytesAllocatesNothing) {
     AviBuilder avi = test::smallClip(5);
     Bytes bytes = avi.build();
-    for (std::size_t i = 4; i < 8; ++i) bytes[avi.idx1Offset() + i] = 0xFF;
+    for (std::size_t i = 4; i < 8; ++i) {
+        bytes[avi.idx1Offset() + i] = 0xFF;
+    }
     const Parsed parsed(bytes);
     EXPECT_TRUE(parsed.usable);
     EXPECT_TRUE(parsed.stream(0).entries().empty());
@@ -252,7 +256,7 @@ TEST(LegacyIndex, StreamsFromPosition100OnHaveNoList) {
 
 TEST(OpenDmlIndex, StandardIndexInTheStreamListIsRead) {
     AviBuilder avi = test::smallClip(5);
-    const Parsed parsed(avi.openDml(OpenDml::standardIndex).build());
+    const Parsed parsed(avi.openDml(OpenDml::kStandardIndex).build());
     EXPECT_EQ(parsed.reader.errorText(), "");
     EXPECT_TRUE(parsed.stream(0).hasOpenDmlIndex);
     EXPECT_EQ(parsed.stream(0).standardIndexes.size(), 1U);
@@ -263,7 +267,7 @@ TEST(OpenDmlIndex, StandardIndexInTheStreamListIsRead) {
 
 TEST(OpenDmlIndex, SuperIndexReachesChunksBehindTheFirstForm) {
     AviBuilder avi = test::smallClip(30);
-    avi.openDml(OpenDml::superIndex).chunksPerForm(8).entriesPerStandardIndex(3);
+    avi.openDml(OpenDml::kSuperIndex).chunksPerForm(8).entriesPerStandardIndex(3);
     for (const bool numberFirst : {false, true}) {
         const Parsed parsed(avi.indexNumberFirst(numberFirst).build());
         EXPECT_EQ(parsed.reader.errorText(), "");
@@ -281,7 +285,7 @@ TEST(OpenDmlIndex, SuperIndexReachesChunksBehindTheFirstForm) {
 
 TEST(OpenDmlIndex, FileWithBothCompleteUsesOpenDml) {
     AviBuilder avi = test::smallClip(4);
-    Bytes bytes = avi.openDml(OpenDml::superIndex).build();
+    Bytes bytes = avi.openDml(OpenDml::kSuperIndex).build();
     // idx1 says something else, so that it shows which list is in force.
     bytes[avi.idx1Offset() + 8 + 12] = 1;
     const Parsed parsed(bytes);
@@ -291,7 +295,7 @@ TEST(OpenDmlIndex, FileWithBothCompleteUsesOpenDml) {
 
 TEST(OpenDmlIndex, BrokenOneFallsBackToIdx1) {
     AviBuilder avi = test::smallClip(4);
-    Bytes bytes = avi.openDml(OpenDml::superIndex).build();
+    Bytes bytes = avi.openDml(OpenDml::kSuperIndex).build();
     const std::uint64_t indx = avi.indxOffset(0) + 8;
     bytes[indx + 3] = 2;
     const Parsed parsed(bytes);
@@ -304,10 +308,12 @@ TEST(OpenDmlIndex, BrokenOneFallsBackToIdx1) {
 
 TEST(OpenDmlIndex, BlocksReadBeforeAFailureAreKeptButNotInForce) {
     AviBuilder avi = test::smallClip(6);
-    Bytes bytes = avi.openDml(OpenDml::superIndex).entriesPerStandardIndex(2).build();
+    Bytes bytes = avi.openDml(OpenDml::kSuperIndex).entriesPerStandardIndex(2).build();
     // The second of three super index entries of stream 0 names nothing.
     const std::uint64_t entry = avi.indxOffset(0) + 8 + 24 + 16;
-    for (std::size_t i = 0; i < 16; ++i) bytes[entry + i] = 0;
+    for (std::size_t i = 0; i < 16; ++i) {
+        bytes[entry + i] = 0;
+    }
     const Parsed parsed(bytes);
     EXPECT_FALSE(parsed.stream(0).hasOpenDmlIndex);
     EXPECT_EQ(parsed.stream(0).superIndex.size(), 3U);
@@ -362,9 +368,11 @@ TEST(OpenDmlIndex, ClaimOfMoreEntriesThanFitIsCutAndRecorded) {
 
 TEST(OpenDmlIndex, SuperIndexClaimingMoreThanFitsReadsThoseThatFit) {
     AviBuilder avi = test::smallClip(4);
-    Bytes bytes = avi.openDml(OpenDml::superIndex).build();
+    Bytes bytes = avi.openDml(OpenDml::kSuperIndex).build();
     const std::uint64_t indx = avi.indxOffset(0) + 8;
-    for (std::size_t i = 4; i < 8; ++i) bytes[indx + i] = 0xFF;
+    for (std::size_t i = 4; i < 8; ++i) {
+        bytes[indx + i] = 0xFF;
+    }
     const Parsed parsed(bytes);
     EXPECT_TRUE(parsed.stream(0).hasOpenDmlIndex);
     EXPECT_EQ(parsed.stream(0).superIndex.size(), 1U);

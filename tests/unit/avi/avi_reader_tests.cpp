@@ -36,7 +36,9 @@ Bytes strl(std::string_view type = "vids", const Bytes& format = Bytes(40)) {
 
 Bytes joined(std::initializer_list<Bytes> parts) {
     Bytes all;
-    for (const Bytes& part : parts) all.insert(all.end(), part.begin(), part.end());
+    for (const Bytes& part : parts) {
+        all.insert(all.end(), part.begin(), part.end());
+    }
     return all;
 }
 
@@ -53,8 +55,9 @@ TEST(AviReader, FileWithOtherFirstBytesIsRefused) {
     for (const std::string_view first :
          {"RIFX....AVI ", "RIFF....WAVE", "RIFF....AVIX", "LIST....AVI ", "riff....avi "}) {
         Bytes bytes = good;
-        for (const std::size_t at : {0U, 1U, 2U, 3U, 8U, 9U, 10U, 11U})
+        for (const std::size_t at : {0U, 1U, 2U, 3U, 8U, 9U, 10U, 11U}) {
             bytes[at] = static_cast<std::uint8_t>(first[at]);
+        }
         const Parsed parsed(bytes);
         EXPECT_FALSE(parsed.usable) << first;
         EXPECT_EQ(parsed.reader.errorText(), kNotAvi) << first;
@@ -74,7 +77,7 @@ TEST(AviReader, FileOfLessThanTwelveBytesIsRefused) {
 TEST(AviReader, FileWhoseSizeCannotBeToldIsEmpty) {
     test::MemoryFile whole(test::smallClip().build());
     test::FailingFile file(whole);
-    file.plan(test::FileFault::fail, 1, test::FileOperation::size);
+    file.plan(test::FileFault::kFail, 1, test::FileOperation::kSize);
     AviReader reader;
     EXPECT_FALSE(reader.parse(file, false));
     EXPECT_EQ(reader.errorText(), "riff structure is empty\n");
@@ -108,7 +111,9 @@ TEST(AviReader, NegativeSizeCountsAsNone) {
 
 TEST(AviReader, FormOfSizeZeroHasNoHdrl) {
     Bytes bytes = test::smallClip().build();
-    for (std::size_t at = 4; at < 8; ++at) bytes[at] = 0;
+    for (std::size_t at = 4; at < 8; ++at) {
+        bytes[at] = 0;
+    }
     const Parsed parsed(bytes);
     EXPECT_FALSE(parsed.usable);
     EXPECT_EQ(parsed.reader.errorText(), "hdrl missing\n");
@@ -117,7 +122,9 @@ TEST(AviReader, FormOfSizeZeroHasNoHdrl) {
 // Some writers never go back to fill the size in, some streams cannot.
 TEST(AviReader, FormOfUnknownSizeIsReadToTheEndOfTheFile) {
     Bytes bytes = test::smallClip().build();
-    for (std::size_t at = 4; at < 8; ++at) bytes[at] = 0xFF;
+    for (std::size_t at = 4; at < 8; ++at) {
+        bytes[at] = 0xFF;
+    }
     const Parsed parsed(bytes);
     EXPECT_TRUE(parsed.usable);
     EXPECT_EQ(parsed.reader.errorText(), "riff structure is corrupt or invalid\n");
@@ -216,7 +223,9 @@ TEST(AviReader, KeepsHeadersAndFormatsAsTheyAreStored) {
 
 TEST(AviReader, ChunkIdHasTheOrdinalsDigitsAndNoSuffix) {
     RiffBuilder lists;
-    for (int i = 0; i < 13; ++i) lists.bytes(strl(i == 12 ? "auds" : "vids"));
+    for (int i = 0; i < 13; ++i) {
+        lists.bytes(strl(i == 12 ? "auds" : "vids"));
+    }
     const Parsed parsed(formWith(hdrlWith(lists.take())));
     ASSERT_EQ(parsed.reader.streams.size(), 13U);
     EXPECT_EQ(textOf(parsed.stream(0)), "00??");
@@ -282,7 +291,9 @@ TEST(AviReader, EmptyFormatIsTaken) {
 
 TEST(AviReader, FormatLargerThanTheReadWindowIsReadWhole) {
     Bytes format(3 * FileWindow::kWindowBytes + 5);
-    for (std::size_t i = 0; i < format.size(); ++i) format[i] = static_cast<std::uint8_t>(i * 7 + i / 251);
+    for (std::size_t i = 0; i < format.size(); ++i) {
+        format[i] = static_cast<std::uint8_t>(i * 7 + i / 251);
+    }
     const Parsed parsed(formWith(hdrlWith(joined({strl("vids", format), strl("auds", Bytes(18, 9))}))));
     EXPECT_EQ(parsed.reader.errorText(), "");
     ASSERT_EQ(parsed.reader.streams.size(), 2U);
@@ -416,7 +427,8 @@ TEST(AviReader, StartsAtTheFilesCurrentPosition) {
 // The two halves of a parse.
 
 TEST(AviReader, HeaderOnlyParseReadsNoIndex) {
-    for (const auto kind : {test::OpenDml::none, test::OpenDml::standardIndex, test::OpenDml::superIndex}) {
+    for (const auto kind :
+         {test::OpenDml::kNone, test::OpenDml::kStandardIndex, test::OpenDml::kSuperIndex}) {
         const Parsed parsed(test::smallClip().openDml(kind).build(), true);
         ASSERT_TRUE(parsed.usable);
         EXPECT_EQ(parsed.reader.streams.size(), 2U);
@@ -430,7 +442,8 @@ TEST(AviReader, HeaderOnlyParseReadsNoIndex) {
 }
 
 TEST(AviReader, HeadersThenIndexesEqualAFullParse) {
-    for (const auto kind : {test::OpenDml::none, test::OpenDml::standardIndex, test::OpenDml::superIndex}) {
+    for (const auto kind :
+         {test::OpenDml::kNone, test::OpenDml::kStandardIndex, test::OpenDml::kSuperIndex}) {
         const Bytes bytes = test::smallClip(20).openDml(kind).chunksPerForm(16).build();
         const Parsed full(bytes);
         Parsed halves(bytes, true);
@@ -492,7 +505,7 @@ TEST(AviReader, HeadersBehindTheDataAreFoundWithoutTheIndexes) {
 }
 
 TEST(AviReader, ReadingIndexesAgainChangesNothing) {
-    Parsed parsed(test::smallClip().openDml(test::OpenDml::superIndex).build());
+    Parsed parsed(test::smallClip().openDml(test::OpenDml::kSuperIndex).build());
     const test::PlainAvi first = test::asPlain(parsed.reader, true);
     parsed.file->bytes().assign(parsed.file->bytes().size(), std::byte{0});
     parsed.reader.readIndexes();
@@ -510,7 +523,7 @@ TEST(AviReader, ReadingIndexesAfterAFailedParseDoesNothing) {
 }
 
 TEST(AviReader, EachParseStartsFromAnEmptyState) {
-    Parsed parsed(test::smallClip().openDml(test::OpenDml::superIndex).build());
+    Parsed parsed(test::smallClip().openDml(test::OpenDml::kSuperIndex).build());
     ASSERT_TRUE(parsed.usable);
 
     test::MemoryFile foreign(Bytes(50, 'x'));
@@ -529,7 +542,7 @@ TEST(AviReader, EachParseStartsFromAnEmptyState) {
 }
 
 TEST(AviReader, SameFileParsedTwiceGivesTheSame) {
-    Parsed parsed(test::smallClip(7).openDml(test::OpenDml::superIndex).build());
+    Parsed parsed(test::smallClip(7).openDml(test::OpenDml::kSuperIndex).build());
     const test::PlainAvi first = test::asPlain(parsed.reader, parsed.usable);
     parsed.file->seek(0);
     const bool usable = parsed.reader.parse(*parsed.file, false);

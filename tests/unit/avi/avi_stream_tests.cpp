@@ -28,7 +28,9 @@ AviStream streamOf(const std::vector<std::uint32_t>& sizes, bool openDml = false
 // The number of the chunk that holds the position, -1 if there is none.
 std::int64_t found(const AviStream& stream, std::uint64_t position) {
     const ChunkList::Iterator chunk = stream.findByPosition(position);
-    if (chunk == stream.entries().end()) return -1;
+    if (chunk == stream.entries().end()) {
+        return -1;
+    }
     const IndexEntry entry = *chunk;
     EXPECT_LE(entry.start, position);
     EXPECT_LT(position - entry.start, entry.size);
@@ -96,7 +98,9 @@ TEST(AviStream, NearestChunkWithDataIsTheOneBeforeTheRun) {
 
 TEST(AviStream, EmptyChunksAtTheStartTakeTheFirstOneBehind) {
     const AviStream stream = streamOf({0, 0, 0, 7, 8});
-    for (std::uint64_t i = 0; i < 3; ++i) EXPECT_EQ(stream.nearestWithData(i, 5), 3) << i;
+    for (std::uint64_t i = 0; i < 3; ++i) {
+        EXPECT_EQ(stream.nearestWithData(i, 5), 3) << i;
+    }
     // The search forward ends at the frame count.
     EXPECT_EQ(stream.nearestWithData(0, 4), 3);
     EXPECT_EQ(stream.nearestWithData(0, 3), -1);
@@ -107,17 +111,23 @@ TEST(AviStream, EmptyChunksAtTheStartTakeTheFirstOneBehind) {
 
 TEST(AviStream, NoChunkWithDataIsFoundWhereThereIsNone) {
     const AviStream stream = streamOf({0, 0, 0});
-    for (std::uint64_t i = 0; i < 3; ++i) EXPECT_EQ(stream.nearestWithData(i, 3), -1) << i;
+    for (std::uint64_t i = 0; i < 3; ++i) {
+        EXPECT_EQ(stream.nearestWithData(i, 3), -1) << i;
+    }
 }
 
 // The rule in its own words: back to 0, then forward from 1.
 std::int64_t nearestBySearch(const std::vector<std::uint32_t>& sizes, std::int64_t entry,
                              std::int64_t frameCount) {
     for (std::int64_t i = entry - 1; i >= 0; --i) {
-        if (sizes[static_cast<std::size_t>(i)] != 0) return i;
+        if (sizes[static_cast<std::size_t>(i)] != 0) {
+            return i;
+        }
     }
     for (std::int64_t i = 1; i < frameCount; ++i) {
-        if (sizes[static_cast<std::size_t>(i)] != 0) return i;
+        if (sizes[static_cast<std::size_t>(i)] != 0) {
+            return i;
+        }
     }
     return -1;
 }
@@ -125,11 +135,15 @@ std::int64_t nearestBySearch(const std::vector<std::uint32_t>& sizes, std::int64
 TEST(AviStream, PreparedNeighboursEqualASearchForEveryPatternOfNineChunks) {
     for (unsigned pattern = 0; pattern < 512; ++pattern) {
         std::vector<std::uint32_t> sizes(9);
-        for (unsigned i = 0; i < 9; ++i) sizes[i] = (pattern >> i & 1U) * 10;
+        for (unsigned i = 0; i < 9; ++i) {
+            sizes[i] = (pattern >> i & 1U) * 10;
+        }
         for (const bool openDml : {false, true}) {
             const AviStream stream = streamOf(sizes, openDml);
             for (std::int64_t entry = 0; entry < 9; ++entry) {
-                if (sizes[static_cast<std::size_t>(entry)] != 0) continue;
+                if (sizes[static_cast<std::size_t>(entry)] != 0) {
+                    continue;
+                }
                 for (std::int64_t frameCount = 0; frameCount <= 9; ++frameCount) {
                     EXPECT_EQ(stream.nearestWithData(static_cast<std::uint64_t>(entry), frameCount),
                               nearestBySearch(sizes, entry, frameCount))

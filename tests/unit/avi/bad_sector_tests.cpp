@@ -27,7 +27,9 @@ struct BadParse {
     BadParse(const Bytes& bytes, ByteRange bad, bool inTwoSteps = false) : m_memory(bytes), m_file(m_memory) {
         m_file.makeUnreadable(bad.from, bad.to - bad.from);
         usable = reader.parse(m_file, inTwoSteps);
-        if (inTwoSteps) reader.readIndexes();
+        if (inTwoSteps) {
+            reader.readIndexes();
+        }
     }
     std::uint64_t failedReads() const { return m_file.faults(); }
     const test::FileCounts& counts() const { return m_memory.counts(); }
@@ -46,17 +48,21 @@ ByteRange sectorOf(std::uint64_t position) {
 }
 
 TEST(BadSector, AnyRunOfBytesCostsOnlyWhatLiesThere) {
-    for (const OpenDml kind : {OpenDml::none, OpenDml::standardIndex, OpenDml::superIndex}) {
+    for (const OpenDml kind : {OpenDml::kNone, OpenDml::kStandardIndex, OpenDml::kSuperIndex}) {
         AviBuilder avi = test::smallClip(9);
         avi.openDml(kind);
-        if (kind == OpenDml::superIndex) avi.chunksPerForm(8).entriesPerStandardIndex(3);
+        if (kind == OpenDml::kSuperIndex) {
+            avi.chunksPerForm(8).entriesPerStandardIndex(3);
+        }
         const Bytes bytes = avi.build();
         for (std::uint64_t from = 0; from < bytes.size(); from += 4) {
             const ByteRange bad{from, from + 16};
             const test::PlainAvi expected = test::parsePlainly(bytes, bad);
             for (const bool inTwoSteps : {false, true}) {
                 const BadParse parsed(bytes, bad, inTwoSteps);
-                if (!parsed.usable && inTwoSteps) continue;  // then there is no second step
+                if (!parsed.usable && inTwoSteps) {
+                    continue;  // then there is no second step
+                }
                 ASSERT_EQ(test::firstDifference(expected, test::asPlain(parsed.reader, parsed.usable)),
                           "none")
                     << "bad from " << from;
@@ -68,7 +74,9 @@ TEST(BadSector, AnyRunOfBytesCostsOnlyWhatLiesThere) {
 TEST(BadSector, InTheFirstFramesLeavesTheFileWhole) {
     AviBuilder avi;
     avi.addStream(test::videoStream("O8Y2", 320, 240, 25, 1));
-    for (int i = 0; i < 40; ++i) avi.addFilledChunk(0, 20'000, 1);
+    for (int i = 0; i < 40; ++i) {
+        avi.addFilledChunk(0, 20'000, 1);
+    }
     const Bytes bytes = avi.build();
     const ByteRange bad = sectorOf(avi.placements()[1].offset + 5000);
     ASSERT_LT(bad.to, FileWindow::kWindowBytes) << "the window at the start holds it";
@@ -94,8 +102,12 @@ TEST(BadSector, BehindTheIndexLeavesTheIndex) {
 TEST(BadSector, IsAskedForWithAWindowOnce) {
     AviBuilder avi;
     avi.addStream(test::videoStream("O8Y2", 320, 240, 25, 1));
-    for (int i = 0; i < 50; ++i) avi.addStream(test::pcmStream(2, 48000, 16));
-    for (int i = 0; i < 40; ++i) avi.addFilledChunk(0, 20'000, 1);
+    for (int i = 0; i < 50; ++i) {
+        avi.addStream(test::pcmStream(2, 48000, 16));
+    }
+    for (int i = 0; i < 40; ++i) {
+        avi.addFilledChunk(0, 20'000, 1);
+    }
     const Bytes bytes = avi.build();
     const ByteRange bad = sectorOf(avi.placements()[0].offset + 5000);
     ASSERT_LT(bad.to, FileWindow::kWindowBytes);
@@ -108,9 +120,11 @@ TEST(BadSector, IsAskedForWithAWindowOnce) {
 
 TEST(BadSector, InTheLastPieceOfALargeIndexLeavesThatStreamWithoutAnIndex) {
     AviBuilder avi;
-    avi.addStream(test::videoStream("O8Y2", 16, 8, 25, 1)).openDml(OpenDml::standardIndex);
+    avi.addStream(test::videoStream("O8Y2", 16, 8, 25, 1)).openDml(OpenDml::kStandardIndex);
     constexpr int kFrames = 20'000;  // 8 bytes each: three pieces of an index
-    for (int i = 0; i < kFrames; ++i) avi.addFilledChunk(0, 4, 1);
+    for (int i = 0; i < kFrames; ++i) {
+        avi.addFilledChunk(0, 4, 1);
+    }
     const Bytes bytes = avi.build();
     const BadParse good(bytes, {});
     ASSERT_EQ(good.reader.streams.at(0)->openDmlEntries.size(), static_cast<std::size_t>(kFrames));
@@ -126,7 +140,9 @@ TEST(BadSector, InTheLastPieceOfALargeIndexLeavesThatStreamWithoutAnIndex) {
 
 TEST(BadSector, ElsewhereWindowsAreReadAsEver) {
     AviBuilder avi = test::smallClip(3);
-    for (int i = 0; i < 40; ++i) avi.addFilledChunk(0, 20'000, 1);
+    for (int i = 0; i < 40; ++i) {
+        avi.addFilledChunk(0, 20'000, 1);
+    }
     const Bytes bytes = avi.build();
     const ByteRange none{};
     const BadParse good(bytes, {none.from, none.from});
@@ -145,9 +161,13 @@ TEST(BadSector, UnderIndexChunksDoesNotCountAgainstTheirBound) {
     riff.begin("indx").u16(4).u8(0).u8(0).u32(kNames).code("00dc").u64(0).u32(0);
     const std::uint64_t bad = riff.position() + kNames * 16U;
     const std::uint64_t good = bad + 32;
-    for (std::uint32_t i = 0; i < kNames; ++i) riff.u64(i + 1 < kNames ? bad : good).u32(32).u32(0);
+    for (std::uint32_t i = 0; i < kNames; ++i) {
+        riff.u64(i + 1 < kNames ? bad : good).u32(32).u32(0);
+    }
     riff.end();
-    for (int i = 0; i < 2; ++i) riff.fill(8).u16(2).u8(0).u8(1).u32(0).code("00dc").u64(0).u32(0);
+    for (int i = 0; i < 2; ++i) {
+        riff.fill(8).u16(2).u8(0).u8(1).u32(0).code("00dc").u64(0).u32(0);
+    }
     const Bytes bytes = riff.take();
 
     const BadParse parsed(bytes, {bad, bad + 32});

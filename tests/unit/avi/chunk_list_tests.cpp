@@ -37,7 +37,9 @@ struct Pair {
 
 std::vector<AviStdIndexEntry> entries(std::size_t count, std::uint32_t size, std::uint32_t stride) {
     std::vector<AviStdIndexEntry> result;
-    for (std::size_t i = 0; i < count; ++i) result.push_back({static_cast<std::uint32_t>(i) * stride, size});
+    for (std::size_t i = 0; i < count; ++i) {
+        result.push_back({static_cast<std::uint32_t>(i) * stride, size});
+    }
     return result;
 }
 
@@ -65,7 +67,9 @@ TEST(ChunkList, MovedFromListIsEmpty) {
 
 TEST(ChunkList, BuilderStartsAnewAfterAList) {
     ChunkListBuilder builder;
-    for (int i = 0; i < 200; ++i) builder.add(0, 0, 5, true);
+    for (int i = 0; i < 200; ++i) {
+        builder.add(0, 0, 5, true);
+    }
     (void)builder.finish();
     builder.add(1000, 1, 7, false);
     const ChunkList list = builder.finish();
@@ -78,7 +82,9 @@ TEST(ChunkList, BordersOfBlocksAndSegments) {
     for (const std::size_t border : {std::size_t{0}, kBlock, 2 * kBlock, 4 * kBlock, 16 * kBlock, 64 * kBlock,
                                      kSegment, 2 * kSegment, 3 * kSegment}) {
         for (const std::size_t count : {border - 1, border, border + 1}) {
-            if (count > 4 * kSegment) continue;  // one fewer than none
+            if (count > 4 * kSegment) {
+                continue;  // one fewer than none
+            }
             Pair single;
             for (std::size_t i = 0; i < count; ++i) {
                 single.add(5000, static_cast<std::uint32_t>(40 * i), static_cast<std::uint32_t>(i % 37),
@@ -112,7 +118,9 @@ TEST(ChunkList, SizesWithAllTheirBits) {
         EXPECT_EQ(pair.difference(), "") << at;
     }
     Pair all;
-    for (std::uint32_t i = 0; i < 300; ++i) all.add(100, i, 0xFFFF'FFFFU - i, i % 5 != 0);
+    for (std::uint32_t i = 0; i < 300; ++i) {
+        all.add(100, i, 0xFFFF'FFFFU - i, i % 5 != 0);
+    }
     EXPECT_EQ(all.difference(), "");
 }
 
@@ -122,14 +130,18 @@ TEST(ChunkList, SumsBeyond32Bits) {
     pair.add(0, entries(1000, 0x7FFF'FFFF, 1));
     EXPECT_EQ(pair.difference(), "");
     Pair mixed;
-    for (std::uint32_t i = 0; i < 500; ++i) mixed.add(0, i, i % 70 == 0 ? 0xFFFF'FFFFU : i % 2);
+    for (std::uint32_t i = 0; i < 500; ++i) {
+        mixed.add(0, i, i % 70 == 0 ? 0xFFFF'FFFFU : i % 2);
+    }
     EXPECT_EQ(mixed.difference(), "");
 }
 
 TEST(ChunkList, OffsetsThatCross4GiB) {
     // A capture with frames of 50 MiB, given as whole positions and as parts of 1 GiB.
     Pair absolute;
-    for (std::uint64_t i = 0; i < 1000; ++i) absolute.add(i * 50 * 1024 * 1024, 0, 50 * 1024 * 1024);
+    for (std::uint64_t i = 0; i < 1000; ++i) {
+        absolute.add(i * 50 * 1024 * 1024, 0, 50 * 1024 * 1024);
+    }
     EXPECT_EQ(absolute.difference(), "");
     Pair parts;
     for (std::uint64_t part = 0; part < 40; ++part) {
@@ -137,17 +149,22 @@ TEST(ChunkList, OffsetsThatCross4GiB) {
     }
     EXPECT_EQ(parts.difference(), "");
     Pair large;
-    for (std::uint64_t i = 0; i < 300; ++i) large.add(i * 100 * 1024 * 1024, 0, 100 * 1024 * 1024);
+    for (std::uint64_t i = 0; i < 300; ++i) {
+        large.add(i * 100 * 1024 * 1024, 0, 100 * 1024 * 1024);
+    }
     EXPECT_EQ(large.difference(), "");
 }
 
 TEST(ChunkList, OffsetsThatGoBackwards) {
     Pair pair;
-    for (std::uint64_t i = 0; i < 500; ++i) pair.add((500 - i) * 1000, static_cast<std::uint32_t>(i), 900);
+    for (std::uint64_t i = 0; i < 500; ++i) {
+        pair.add((500 - i) * 1000, static_cast<std::uint32_t>(i), 900);
+    }
     EXPECT_EQ(pair.difference(), "");
     Pair far;
-    for (std::uint64_t i = 0; i < 500; ++i)
+    for (std::uint64_t i = 0; i < 500; ++i) {
         far.add((500 - i) * kGibibyte, static_cast<std::uint32_t>(i), 900);
+    }
     EXPECT_EQ(far.difference(), "");
 }
 
@@ -167,7 +184,9 @@ TEST(ChunkList, OffsetsAtTheEdgeOfWhatABlockHolds) {
 TEST(ChunkList, OffsetsThatWrap) {
     Pair pair;
     pair.add(0xFFFF'FFFF'FFFF'FFF0, {{0x20, 1}, {0x8, 2}, {0x8, 2}});
-    for (std::uint32_t i = 0; i < 100; ++i) pair.add(~std::uint64_t{0} - 50, i, i);
+    for (std::uint32_t i = 0; i < 100; ++i) {
+        pair.add(~std::uint64_t{0} - 50, i, i);
+    }
     pair.add(0xFFFF'FFFF'FFFF'FFF0, entries(200, 3, 1));
     EXPECT_EQ(pair.difference(), "");
 }
@@ -186,7 +205,9 @@ TEST(ChunkList, ManyBasesInABlock) {
 TEST(ChunkList, DeltaFrames) {
     Pair pair;
     std::vector<AviStdIndexEntry> given = entries(300, 10, 20);
-    for (std::size_t i = 0; i < given.size(); i += 3) given[i].dwSize |= kStdIndexDeltaFrame;
+    for (std::size_t i = 0; i < given.size(); i += 3) {
+        given[i].dwSize |= kStdIndexDeltaFrame;
+    }
     pair.add(7, given);
     pair.add(100 * kGibibyte, given);
     EXPECT_EQ(pair.difference(), "");
@@ -194,7 +215,9 @@ TEST(ChunkList, DeltaFrames) {
 
 TEST(ChunkList, EmptyChunksByTheThousand) {
     Pair pair;
-    for (std::uint32_t i = 0; i < 20'000; ++i) pair.add(0, i, i % 5000 == 4999 ? 3 : 0);
+    for (std::uint32_t i = 0; i < 20'000; ++i) {
+        pair.add(0, i, i % 5000 == 4999 ? 3 : 0);
+    }
     EXPECT_EQ(pair.difference(), "");
     Pair all;
     all.add(0, entries(1000, 0, 1));
@@ -206,7 +229,9 @@ TEST(ChunkListBuilder, TakesBackWhatWasAdded) {
     for (const std::uint64_t base : {std::uint64_t{500}, 40 * kGibibyte}) {
         for (std::size_t kept = 0; kept < 3 * kBlock; kept += 13) {
             Pair pair;
-            for (std::uint32_t i = 0; i < kept; ++i) pair.add(500, i, i, i % 3 == 0);
+            for (std::uint32_t i = 0; i < kept; ++i) {
+                pair.add(500, i, i, i % 3 == 0);
+            }
             const ChunkListBuilder::Mark mark = pair.builder.mark();
             const PlainChunkListBuilder::Mark plainMark = pair.plainBuilder.mark();
             // Wide, based elsewhere, and further than one segment.
@@ -214,7 +239,9 @@ TEST(ChunkListBuilder, TakesBackWhatWasAdded) {
             pair.add(base + 100 * kGibibyte, 0, 0xFFFF'FFFF, false);
             pair.builder.backTo(mark);
             pair.plainBuilder.backTo(plainMark);
-            for (std::uint32_t i = 0; i < 2 * kBlock; ++i) pair.add(500, i, 2 * i, i % 2 == 0);
+            for (std::uint32_t i = 0; i < 2 * kBlock; ++i) {
+                pair.add(500, i, 2 * i, i % 2 == 0);
+            }
             EXPECT_EQ(pair.difference(), "") << kept;
         }
     }
@@ -237,7 +264,9 @@ void generate(Pair& pair, std::mt19937_64& random) {
     for (std::size_t part = 0; part < parts; ++part) {
         const std::size_t count = below(8) == 0 ? below(300) : below(30);
         const std::uint64_t kind = below(10);
-        if (below(3) == 0) base = below(4) == 0 ? random() : base + below(6 * kGibibyte);
+        if (below(3) == 0) {
+            base = below(4) == 0 ? random() : base + below(6 * kGibibyte);
+        }
         if (kind < 4) {
             std::vector<AviStdIndexEntry> given;
             for (std::size_t i = 0; i < count; ++i) {
@@ -250,9 +279,15 @@ void generate(Pair& pair, std::mt19937_64& random) {
         }
         for (std::size_t i = 0; i < count; ++i) {
             std::uint32_t size = static_cast<std::uint32_t>(below(5000));
-            if (kind == 5 || (kind == 6 && below(4) != 0)) size = 0;
-            if (kind == 7 && below(20) == 0) size = static_cast<std::uint32_t>(random());
-            if (kind == 8) base = random();
+            if (kind == 5 || (kind == 6 && below(4) != 0)) {
+                size = 0;
+            }
+            if (kind == 7 && below(20) == 0) {
+                size = static_cast<std::uint32_t>(random());
+            }
+            if (kind == 8) {
+                base = random();
+            }
             pair.add(base, static_cast<std::uint32_t>(offset), size, below(3) != 0);
             offset += size;
         }

@@ -19,10 +19,12 @@ using test::Parsed;
 // Clips with everything that the reader looks at.
 std::vector<AviBuilder> allKinds() {
     std::vector<AviBuilder> kinds;
-    for (const OpenDml kind : {OpenDml::none, OpenDml::standardIndex, OpenDml::superIndex}) {
+    for (const OpenDml kind : {OpenDml::kNone, OpenDml::kStandardIndex, OpenDml::kSuperIndex}) {
         AviBuilder avi = test::smallClip(9);
         avi.addFilledChunk(0, 0, 0).addFilledChunk(0, 33, 5).openDml(kind);
-        if (kind == OpenDml::superIndex) avi.chunksPerForm(8).entriesPerStandardIndex(3);
+        if (kind == OpenDml::kSuperIndex) {
+            avi.chunksPerForm(8).entriesPerStandardIndex(3);
+        }
         kinds.push_back(avi);
     }
     return kinds;
@@ -124,20 +126,24 @@ TEST(DamagedFile, RandomChanges) {
             }
         }
         expectPlainAnswer(bytes, "round " + std::to_string(round) + ", seed " + std::to_string(kSeed));
-        if (HasFatalFailure()) return;
+        if (HasFatalFailure()) {
+            return;
+        }
     }
 }
 
 // Files that fail.
 
-constexpr test::FileFault kFaults[] = {test::FileFault::fail, test::FileFault::shortRead,
-                                       test::FileFault::throwRuntime, test::FileFault::throwBadAlloc};
+constexpr test::FileFault kFaults[] = {test::FileFault::kFail, test::FileFault::kShortRead,
+                                       test::FileFault::kThrowRuntime, test::FileFault::kThrowBadAlloc};
 
 // Long enough that the indexes are read on their own, beside the headers' window.
 AviBuilder longClip() {
     AviBuilder avi = test::smallClip(0);
-    for (int i = 0; i < 5000; ++i) avi.addFilledChunk(0, 30, 1).addFilledChunk(1, 4, 2);
-    avi.openDml(OpenDml::superIndex).chunksPerForm(4000).entriesPerStandardIndex(900);
+    for (int i = 0; i < 5000; ++i) {
+        avi.addFilledChunk(0, 30, 1).addFilledChunk(1, 4, 2);
+    }
+    avi.openDml(OpenDml::kSuperIndex).chunksPerForm(4000).entriesPerStandardIndex(900);
     return avi;
 }
 
@@ -152,7 +158,7 @@ TEST(FailingFile, EachOperationFailingInEachWay) {
                 ASSERT_LT(failAt, 200U);
                 test::MemoryFile whole(bytes);
                 test::FailingFile file(whole);
-                file.plan(fault, failAt, test::FileOperation::any, fromThere);
+                file.plan(fault, failAt, test::FileOperation::kAny, fromThere);
                 AviReader reader;
                 bool usable = true;
                 ASSERT_NO_THROW(usable = reader.parse(file, false)) << failAt;
@@ -193,10 +199,11 @@ TEST(FailingFile, IndexThatCannotBeReadIsAReadFailureAndFallsBackToIdx1) {
     for (std::uint64_t failAt = 1; failAt < 100 && !seen; ++failAt) {
         test::MemoryFile whole(bytes);
         test::FailingFile file(whole);
-        file.plan(test::FileFault::shortRead, failAt, test::FileOperation::read);
+        file.plan(test::FileFault::kShortRead, failAt, test::FileOperation::kRead);
         AviReader reader;
-        if (!reader.parse(file, false) || reader.streams.size() != 2 || reader.streams[0]->hasOpenDmlIndex)
+        if (!reader.parse(file, false) || reader.streams.size() != 2 || reader.streams[0]->hasOpenDmlIndex) {
             continue;
+        }
         seen = true;
         const AviStream& stream = *reader.streams[0];
         const AviSuperIndexEntry entry = stream.superIndex.at(0);
@@ -212,16 +219,20 @@ TEST(FailingFile, IndexThatCannotBeReadIsAReadFailureAndFallsBackToIdx1) {
 
 TEST(FailingFile, Idx1ThatCannotBeReadLeavesNoEntries) {
     AviBuilder avi = longClip();
-    const Bytes bytes = avi.openDml(OpenDml::none).chunksPerForm(0).build();
+    const Bytes bytes = avi.openDml(OpenDml::kNone).chunksPerForm(0).build();
     bool seen = false;
     for (std::uint64_t failAt = 1; failAt < 100 && !seen; ++failAt) {
         test::MemoryFile whole(bytes);
         test::FailingFile file(whole);
-        file.plan(test::FileFault::shortRead, failAt, test::FileOperation::read);
+        file.plan(test::FileFault::kShortRead, failAt, test::FileOperation::kRead);
         AviReader reader;
-        if (!reader.parse(file, false) || reader.streams.size() != 2 || !reader.streams[0]->entries().empty())
+        if (!reader.parse(file, false) || reader.streams.size() != 2 ||
+            !reader.streams[0]->entries().empty()) {
             continue;
-        if (!reader.errorText().empty()) continue;  // the walk did not reach idx1
+        }
+        if (!reader.errorText().empty()) {
+            continue;  // the walk did not reach idx1
+        }
         seen = true;
         EXPECT_TRUE(reader.streams[0]->entries().empty());
         EXPECT_TRUE(reader.streams[1]->entries().empty());

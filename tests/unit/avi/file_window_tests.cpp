@@ -20,7 +20,9 @@ constexpr std::uint64_t kFileBytes = 400 * 1024;
 /// A file whose 32-bit words are their own positions.
 Bytes numbered() {
     Bytes bytes(kFileBytes);
-    for (std::uint32_t at = 0; at < kFileBytes; at += 4) std::memcpy(&bytes[at], &at, 4);
+    for (std::uint32_t at = 0; at < kFileBytes; at += 4) {
+        std::memcpy(&bytes[at], &at, 4);
+    }
     return bytes;
 }
 

@@ -46,7 +46,9 @@ Bytes fileWithIndex(WriteIndex writeIndex) {
 
 std::size_t countLines(const std::string& text, const std::string& part) {
     std::size_t count = 0;
-    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
+    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
+        ++count;
+    }
     return count;
 }
 
@@ -118,8 +120,9 @@ TEST(HostileIndex, FanOutOverLevelsEndsAtTheChunkLimit) {
     const Bytes bytes = fileWithIndex([](RiffBuilder& riff, std::uint64_t at) {
         for (std::uint64_t level = 0; level < 8; ++level) {
             superHeader(riff, kFan);
-            for (std::uint32_t i = 0; i < kFan; ++i)
+            for (std::uint32_t i = 0; i < kFan; ++i) {
                 superEntry(riff, at + (level + 1) * (kData + 8) - 8, kData);
+            }
             riff.fill(8);
         }
         standardHeader(riff, (kData - 24) / 8).fill(kData - 24);
@@ -140,7 +143,9 @@ TEST(HostileIndex, IndexBytesEndAtTwiceTheFile) {
         superPosition = at;
         superHeader(riff, kNames);
         const std::uint64_t chunk = at + kSuperHeader + kNames * kSuperEntry;
-        for (std::uint32_t i = 0; i < kNames; ++i) superEntry(riff, chunk, kData);
+        for (std::uint32_t i = 0; i < kNames; ++i) {
+            superEntry(riff, chunk, kData);
+        }
         riff.fill(8);
         standardHeader(riff, 100'000).fill(800'000);
     });
@@ -164,8 +169,9 @@ TEST(HostileIndex, IndexBytesEndExactlyAtTwiceTheFileAndAMebibyte) {
             return fileWithIndex([&](RiffBuilder& riff, std::uint64_t at) {
                 superHeader(riff, kNames);
                 const std::uint64_t chunk = at + kSuperHeader + kNames * kSuperEntry;
-                for (std::uint32_t i = 0; i + 1 < kNames; ++i)
+                for (std::uint32_t i = 0; i + 1 < kNames; ++i) {
                     superEntry(riff, chunk, i < kWhole ? kData : 24);
+                }
                 superEntry(riff, chunk, lastSize);
                 riff.fill(8);
                 standardHeader(riff, 0).fill(kData - 24);
@@ -191,7 +197,9 @@ TEST(HostileIndex, IndexChunksEndAtOneForEachThirtyTwoBytes) {
     const Bytes bytes = fileWithIndex([](RiffBuilder& riff, std::uint64_t at) {
         superHeader(riff, kNames);
         const std::uint64_t chunk = at + kSuperHeader + kNames * kSuperEntry;
-        for (std::uint32_t i = 0; i < kNames; ++i) superEntry(riff, chunk, 24);
+        for (std::uint32_t i = 0; i < kNames; ++i) {
+            superEntry(riff, chunk, 24);
+        }
         riff.fill(8);
         standardHeader(riff, 0);
     });
@@ -248,7 +256,7 @@ TEST(HostileIndex, WithoutRoomForAWordNothingIsWrittenAndTheIndexStillFails) {
     window.attach(file, 64);
     IndexInput input(window);
     Problems problems;
-    problems.add({ProblemPlace::Part::structure}, std::string(kMaxErrorText, 'x'));
+    problems.add({ProblemPlace::Part::kStructure}, std::string(kMaxErrorText, 'x'));
     OpenDmlIndexReader reader(input, problems);
     AviStream stream(0);
     EXPECT_FALSE(reader.readOpenDmlIndex(8, 3, stream));
@@ -284,7 +292,9 @@ TEST(HostileHeaders, FormatsThatOverlapEndAtTheFilesSize) {
     const Parsed parsed(bytes);
     ASSERT_TRUE(parsed.usable);
     std::uint64_t kept = 0;
-    for (const auto& stream : parsed.reader.streams) kept += stream->format.size();
+    for (const auto& stream : parsed.reader.streams) {
+        kept += stream->format.size();
+    }
     EXPECT_LE(kept, bytes.size() + 1024 * 1024);
     EXPECT_EQ(parsed.reader.streams.size(), 1U);
     EXPECT_EQ(countLines(parsed.reader.errorText(), "strf data read error\n"), kStreams - 1);
@@ -344,7 +354,9 @@ TEST(HostileHeaders, StreamsThatOverlapEndAtOneForEachSixtyFourBytes) {
 TEST(HostileHeaders, HugeTreesAreGivenUpBeforeTheIndexesAreRead) {
     RiffBuilder riff;
     riff.beginList("RIFF", "AVI ").beginList("LIST", "hdrl").begin("avih").fill(56).end();
-    for (int i = 0; i < 70'000; ++i) riff.begin("JUNK").end();
+    for (int i = 0; i < 70'000; ++i) {
+        riff.begin("JUNK").end();
+    }
     const Bytes bytes = riff.take();
     Parsed parsed(bytes, true);
     ASSERT_TRUE(parsed.usable);
@@ -356,7 +368,9 @@ TEST(HostileHeaders, HugeTreesAreGivenUpBeforeTheIndexesAreRead) {
     for (const std::uint32_t chunks : {65'536U, 65'537U}) {
         RiffBuilder tree;
         tree.beginList("RIFF", "AVI ").beginList("LIST", "hdrl").begin("avih").fill(56).end();
-        for (std::uint32_t i = 3; i < chunks; ++i) tree.begin("JUNK").end();
+        for (std::uint32_t i = 3; i < chunks; ++i) {
+            tree.begin("JUNK").end();
+        }
         const Parsed whole(tree.take());
         ASSERT_TRUE(whole.usable);
         EXPECT_EQ(whole.reader.chunks.empty(), chunks > 65'536U) << chunks;

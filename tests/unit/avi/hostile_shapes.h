@@ -30,7 +30,9 @@ inline RiffBuilder& openHeaders(RiffBuilder& riff) {
 }
 
 inline Bytes filled(RiffBuilder& riff, std::uint64_t bytes) {
-    if (riff.position() < bytes) riff.fill(static_cast<std::size_t>(bytes - riff.position()));
+    if (riff.position() < bytes) {
+        riff.fill(static_cast<std::size_t>(bytes - riff.position()));
+    }
     return riff.take();
 }
 
@@ -46,8 +48,12 @@ inline Bytes chains(std::uint64_t bytes) {
     RiffBuilder riff;
     openHeaders(riff);
     while (riff.position() < bytes) {
-        for (int i = 0; i < 60; ++i) riff.beginList("LIST", "strl");
-        for (int i = 0; i < 60; ++i) riff.end();
+        for (int i = 0; i < 60; ++i) {
+            riff.beginList("LIST", "strl");
+        }
+        for (int i = 0; i < 60; ++i) {
+            riff.end();
+        }
     }
     return filled(riff, bytes);
 }
@@ -56,8 +62,9 @@ inline Bytes chains(std::uint64_t bytes) {
 inline Bytes streams(std::uint64_t bytes) {
     RiffBuilder riff;
     openHeaders(riff);
-    while (riff.position() < bytes)
+    while (riff.position() < bytes) {
         riff.beginList("LIST", "strl").chunk("strh", Bytes(56)).begin("strf").end().begin("indx").end().end();
+    }
     return filled(riff, bytes);
 }
 
@@ -67,7 +74,9 @@ inline Bytes streams(std::uint64_t bytes) {
 inline Bytes overlappingLists(std::uint64_t bytes) {
     RiffBuilder riff;
     openHeaders(riff);
-    while (riff.position() < bytes) riff.code("LIST").u32(0xFFFFFFFF).code("strl").u32(4).u32(0);
+    while (riff.position() < bytes) {
+        riff.code("LIST").u32(0xFFFFFFFF).code("strl").u32(4).u32(0);
+    }
     return riff.take();
 }
 
@@ -75,7 +84,9 @@ inline Bytes overlappingLists(std::uint64_t bytes) {
 inline Bytes creepingChunks(std::uint64_t bytes) {
     RiffBuilder riff;
     openHeaders(riff);
-    while (riff.position() < bytes) riff.u32(0xFFFFFFFA);
+    while (riff.position() < bytes) {
+        riff.u32(0xFFFFFFFA);
+    }
     return riff.take();
 }
 
@@ -91,13 +102,19 @@ inline Bytes namedOften(std::uint64_t bytes, std::uint32_t namedBytes, bool idx1
     const std::uint32_t entries = namedBytes > 24 ? (namedBytes - 24) / 8 : 0;
     riff.u16(4).u8(0).u8(0).u32(names).code("00dc").u64(0).u32(0);
     const std::uint64_t chunk = riff.position() + names * 16ULL + 12;
-    for (std::uint32_t i = 0; i < names; ++i) riff.u64(chunk).u32(namedBytes + 8).u32(0);
+    for (std::uint32_t i = 0; i < names; ++i) {
+        riff.u64(chunk).u32(namedBytes + 8).u32(0);
+    }
     riff.end().end().end();
     riff.beginList("LIST", "movi").end();
     riff.begin(idx1 ? "idx1" : "JUNK");
-    while (riff.position() < chunk + 8) riff.u8(0);
+    while (riff.position() < chunk + 8) {
+        riff.u8(0);
+    }
     riff.u16(2).u8(0).u8(1).u32(entries).code("00dc").u64(0).u32(0);
-    while (riff.position() < bytes) riff.code("00dc").u32(0).code("00dc").u32(0);
+    while (riff.position() < bytes) {
+        riff.code("00dc").u32(0).code("00dc").u32(0);
+    }
     return filled(riff, bytes);
 }
 
@@ -105,11 +122,12 @@ inline Bytes namedOften(std::uint64_t bytes, std::uint32_t namedBytes, bool idx1
 inline Bytes streamsAndIdx1(std::uint64_t bytes) {
     RiffBuilder riff;
     openHeaders(riff);
-    while (riff.position() < bytes / 2)
+    while (riff.position() < bytes / 2) {
         riff.beginList("LIST", "strl").chunk("strh", Bytes(56)).begin("strf").end().end();
+    }
     riff.end();
     riff.beginList("LIST", "movi").end().begin("idx1");
-    for (std::uint32_t i = 0; riff.position() < bytes; ++i)
+    for (std::uint32_t i = 0; riff.position() < bytes; ++i) {
         riff.u8(static_cast<std::uint8_t>('0' + i / 10 % 10))
             .u8(static_cast<std::uint8_t>('0' + i % 10))
             .u8('d')
@@ -117,6 +135,7 @@ inline Bytes streamsAndIdx1(std::uint64_t bytes) {
             .u32(0)
             .u32(4)
             .u32(8);
+    }
     return riff.take();
 }
 
@@ -129,7 +148,9 @@ inline Bytes emptyFrames(std::uint64_t bytes) {
         .chunk("strf", Bytes(40));
     riff.end().end();
     riff.beginList("LIST", "movi").end().begin("idx1");
-    while (riff.position() < bytes) riff.code("00dc").u32(0).u32(4).u32(0);
+    while (riff.position() < bytes) {
+        riff.code("00dc").u32(0).u32(4).u32(0);
+    }
     riff.code("00dc").u32(0).u32(4).u32(8);
     return riff.take();
 }

@@ -27,14 +27,20 @@ using test::RiffBuilder;
 using test::WholeStream;
 
 std::string streamDifference(const WholeStream& expected, const AviStream& actual) {
-    if (expected.hasOpenDmlIndex != actual.hasOpenDmlIndex) return "hasOpenDmlIndex";
-    if (expected.superIndex.size() != actual.superIndex.size()) return "super index";
+    if (expected.hasOpenDmlIndex != actual.hasOpenDmlIndex) {
+        return "hasOpenDmlIndex";
+    }
+    if (expected.superIndex.size() != actual.superIndex.size()) {
+        return "super index";
+    }
     for (std::size_t i = 0; i < expected.superIndex.size(); ++i) {
         if (std::memcmp(&expected.superIndex[i], &actual.superIndex[i], sizeof(AviSuperIndexEntry)) != 0) {
             return "super index entry " + std::to_string(i);
         }
     }
-    if (expected.standardIndexes.size() != actual.standardIndexes.size()) return "standard indexes";
+    if (expected.standardIndexes.size() != actual.standardIndexes.size()) {
+        return "standard indexes";
+    }
     for (std::size_t i = 0; i < expected.standardIndexes.size(); ++i) {
         const StandardIndex& have = actual.standardIndexes[i];
         if (std::memcmp(&expected.standardIndexes[i].header, &have.header, sizeof(have.header)) != 0 ||
@@ -44,12 +50,18 @@ std::string streamDifference(const WholeStream& expected, const AviStream& actua
     }
     const std::size_t step = std::max<std::size_t>(expected.entries().size() / 500, 1);
     std::string difference = test::listDifference(expected.openDmlEntries, actual.openDmlEntries, step);
-    if (!difference.empty()) return "OpenDML list: " + difference;
+    if (!difference.empty()) {
+        return "OpenDML list: " + difference;
+    }
     difference = test::listDifference(expected.legacyEntries, actual.legacyEntries, step);
-    if (!difference.empty()) return "legacy list: " + difference;
+    if (!difference.empty()) {
+        return "legacy list: " + difference;
+    }
     const auto count = static_cast<std::int64_t>(expected.entries().size());
     for (std::size_t i = 0; i < expected.entries().size(); ++i) {
-        if (expected.entries()[i].size != 0) continue;
+        if (expected.entries()[i].size != 0) {
+            continue;
+        }
         for (const std::int64_t frameCount : {count, count / 2}) {
             if (expected.nearestWithData(i, frameCount) != actual.nearestWithData(i, frameCount)) {
                 return "neighbour of " + std::to_string(i);
@@ -64,7 +76,9 @@ std::string indexProblems(const std::string& text) {
     std::string result;
     for (std::size_t at = 0; at < text.size();) {
         const std::size_t end = std::min(text.find('\n', at), text.size() - 1) + 1;
-        if (text.compare(at, 11, "readIndex: ") == 0) result.append(text, at, end - at);
+        if (text.compare(at, 11, "readIndex: ") == 0) {
+            result.append(text, at, end - at);
+        }
         at = end;
     }
     return result;
@@ -73,7 +87,9 @@ std::string indexProblems(const std::string& text) {
 std::string fileDifference(const Bytes& bytes) {
     MemoryFile file(bytes);
     AviReader reader;
-    if (!reader.parse(file, false)) return "";
+    if (!reader.parse(file, false)) {
+        return "";
+    }
 
     MemoryFile again(bytes);
     FileWindow input;
@@ -89,7 +105,9 @@ std::string fileDifference(const Bytes& bytes) {
     std::uint64_t ordinal = 0;
     std::size_t position = 0;
     for (const RiffChunk& list : hdrl->children) {
-        if (!list.isListOf(riffCode("strl"))) continue;
+        if (!list.isListOf(riffCode("strl"))) {
+            continue;
+        }
         if (position < streams.size() && reader.streams[position]->index == ordinal) {
             streams[position].index = ordinal;
             if (const RiffChunk* const indx = findChunk(list.children, riffCode("indx"))) {
@@ -100,7 +118,9 @@ std::string fileDifference(const Bytes& bytes) {
         }
         ++ordinal;
     }
-    if (position != streams.size()) return "streams";
+    if (position != streams.size()) {
+        return "streams";
+    }
     test::buildWholeLists(input, findChunk(tree[0].children, riffCode("idx1")),
                           findList(tree[0].children, riffCode("movi")), streams);
     if (reader.errorText().size() < 1'000'000 && problems != indexProblems(reader.errorText())) {
@@ -108,7 +128,9 @@ std::string fileDifference(const Bytes& bytes) {
     }
     for (std::size_t i = 0; i < streams.size(); ++i) {
         const std::string difference = streamDifference(streams[i], *reader.streams[i]);
-        if (!difference.empty()) return "stream " + std::to_string(i) + ": " + difference;
+        if (!difference.empty()) {
+            return "stream " + std::to_string(i) + ": " + difference;
+        }
     }
     return "";
 }
@@ -118,7 +140,9 @@ TEST(IndexEquality, FilesOfTheFuzzersCorpora) {
     for (const char* const folder : {"corpus/parse_fuzzer", "corpus/session_fuzzer", "regressions"}) {
         for (const auto& item :
              std::filesystem::directory_iterator(std::filesystem::path(ORVANTIS_FUZZ_FOLDER) / folder)) {
-            if (!item.is_regular_file()) continue;
+            if (!item.is_regular_file()) {
+                continue;
+            }
             std::ifstream file(item.path(), std::ios::binary);
             const Bytes bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
             EXPECT_EQ(fileDifference(bytes), "") << item.path();
@@ -135,7 +159,8 @@ TEST(IndexEquality, HostileFiles) {
 }
 
 TEST(IndexEquality, FilesOfTheBuilder) {
-    for (const auto kind : {test::OpenDml::none, test::OpenDml::standardIndex, test::OpenDml::superIndex}) {
+    for (const auto kind :
+         {test::OpenDml::kNone, test::OpenDml::kStandardIndex, test::OpenDml::kSuperIndex}) {
         for (const int frames : {0, 1, 63, 64, 65, 5000, 9000}) {
             test::AviBuilder avi = test::smallClip(0);
             for (int i = 0; i < frames; ++i) {
@@ -156,7 +181,9 @@ TEST(IndexEquality, IndexesOfSeveralPieces) {
             hostile::openHeaders(riff).beginList("LIST", "strl");
             riff.chunk("strh", test::streamHeader("vids")).chunk("strf", Bytes(40)).begin("indx");
             riff.u16(2).u8(0).u8(1).u32(count).code("00dc").u64(77).u32(0);
-            for (std::uint32_t i = 0; i < count; ++i) riff.u32(i * 5).u32(i * 7 % 1000);
+            for (std::uint32_t i = 0; i < count; ++i) {
+                riff.u32(i * 5).u32(i * 7 % 1000);
+            }
             riff.fill(spare).end().end().end().beginList("LIST", "movi").end().begin("idx1");
             for (std::uint32_t i = 0; i < count; ++i) {
                 riff.code(i % 3 == 0 ? "01wb" : "00dc").u32(i % 2 * 16).u32(i).u32(i);
@@ -177,7 +204,9 @@ TEST(IndexEquality, SuperIndexOfSeveralPieces) {
         riff.chunk("strh", test::streamHeader("vids")).chunk("strf", Bytes(40)).begin("indx");
         const std::uint64_t first = riff.position() + 24 + count * 16ULL;
         riff.u16(4).u8(0).u8(0).u32(count).code("00dc").u64(0).u32(0);
-        for (std::uint32_t i = 0; i < count; ++i) riff.u64(first + i * 40ULL).u32(40).u32(0);
+        for (std::uint32_t i = 0; i < count; ++i) {
+            riff.u64(first + i * 40ULL).u32(40).u32(0);
+        }
         for (std::uint32_t i = 0; i < count; ++i) {
             riff.code("ix00").u32(32).u16(2).u8(0).u8(1).u32(1).code("00dc").u64(i * 1000ULL).u32(0);
             riff.u32(i).u32(i % 11);
@@ -247,7 +276,9 @@ Bytes generatedFile(std::mt19937_64& random, std::size_t& indexes) {
         file.end();
     }
     file.end();
-    if (below(20) != 0) file.beginList("LIST", "movi").end();
+    if (below(20) != 0) {
+        file.beginList("LIST", "movi").end();
+    }
     if (below(4) != 0) {
         ++indexes;
         file.begin("idx1");
@@ -277,7 +308,9 @@ TEST(IndexEquality, GeneratedIndexes) {
     for (std::size_t indexes = 0; indexes < wanted; ++files) {
         const Bytes bytes = generatedFile(random, indexes);
         ASSERT_EQ(fileDifference(bytes), "") << files;
-        if (files % 20 != 0) continue;
+        if (files % 20 != 0) {
+            continue;
+        }
         const test::Parsed parsed(bytes);
         ASSERT_TRUE(parsed.usable);
         const AviStream& stream = parsed.stream(0);

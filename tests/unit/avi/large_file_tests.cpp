@@ -55,10 +55,13 @@ std::vector<Piece> piecesOfLargeClip() {
         }
         indx.u64(riff.position()).u32(8 + 24 + 8 * kFramesPerForm).u32(kFramesPerForm);
         riff.begin("ix00").u16(2).u8(0).u8(1).u32(kFramesPerForm).code("00dc").u64(movi).u32(0);
-        for (const std::uint64_t at : frames)
+        for (const std::uint64_t at : frames) {
             riff.u32(static_cast<std::uint32_t>(at - movi)).u32(kFrameBytes);
+        }
         pieces.push_back(Piece{form, riff.take()});
-        if (form == 0) pieces.push_back(Piece{hole + 8, {}});
+        if (form == 0) {
+            pieces.push_back(Piece{hole + 8, {}});
+        }
     }
     pieces[1].bytes = indx.take();  // over the hole
     return pieces;
@@ -76,7 +79,7 @@ void expectAllFrames(fileio::File& file) {
     FrameChunk chunk;
     for (const std::uint64_t frame : {8U, 0U, 5U, 3U, 7U, 4U, 6U, 1U, 2U}) {
         const FrameChunkRead read = readFrameChunk(file, stream, frame, 9, chunk);
-        ASSERT_EQ(read.outcome, FrameChunkRead::Outcome::read);
+        ASSERT_EQ(read.outcome, FrameChunkRead::Outcome::kRead);
         ASSERT_FALSE(read.substitute);
         ASSERT_EQ(chunk.bytes, kFrameBytes);
         for (std::size_t i = 0; i < kFrameBytes; ++i) {
@@ -118,8 +121,9 @@ TEST(LargeFileIndex, OpeningCostsReadsOfTheIndexesOnly) {
     std::copy(pieces[1].bytes.begin(), pieces[1].bytes.end(),
               first.begin() + static_cast<std::ptrdiff_t>(pieces[1].position));
     file.put(0, std::as_bytes(std::span(first)));
-    for (std::size_t i = 2; i < pieces.size(); ++i)
+    for (std::size_t i = 2; i < pieces.size(); ++i) {
         file.put(static_cast<std::int64_t>(pieces[i].position), std::as_bytes(std::span(pieces[i].bytes)));
+    }
 
     AviReader reader;
     ASSERT_TRUE(reader.parse(file, false));
@@ -153,7 +157,7 @@ TEST(LargeFileIndex, Idx1OffsetsUpToFourGigabytesAreUnsigned) {
     ASSERT_EQ(reader.streams.at(0)->entries().size(), 1U);
     EXPECT_EQ(reader.streams[0]->entries()[0].offset, data);
     FrameChunk chunk;
-    ASSERT_EQ(readFrameChunk(file, *reader.streams[0], 0, 1, chunk).outcome, FrameChunkRead::Outcome::read);
+    ASSERT_EQ(readFrameChunk(file, *reader.streams[0], 0, 1, chunk).outcome, FrameChunkRead::Outcome::kRead);
     EXPECT_EQ(chunk.buffer.data()[0], std::byte{0x5A});
     EXPECT_EQ(chunk.buffer.data()[kFrameBytes - 1], std::byte{0x5A});
 }

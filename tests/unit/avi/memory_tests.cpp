@@ -46,7 +46,9 @@ Cost costOf(const Bytes& bytes, AviReader& reader) {
 Bytes millionFrames(OpenDml kind, bool idx1, std::size_t perIndex) {
     AviBuilder avi;
     avi.addStream(test::videoStream("O8Y2", 16, 8, 25, 1));
-    for (int i = 0; i < 1'000'000; ++i) avi.addFilledChunk(0, 2, static_cast<std::uint8_t>(i));
+    for (int i = 0; i < 1'000'000; ++i) {
+        avi.addFilledChunk(0, 2, static_cast<std::uint8_t>(i));
+    }
     return avi.openDml(kind).idx1(idx1).entriesPerStandardIndex(perIndex).build();
 }
 
@@ -56,7 +58,7 @@ constexpr std::size_t kWhileParsing = 2 * FileWindow::kWindowBytes + IndexInput:
 
 TEST(IndexMemory, MillionOpenDmlEntriesTakeEightBytesEach) {
     for (const std::size_t perIndex : {std::size_t{0}, std::size_t{4000}}) {
-        const Bytes bytes = millionFrames(OpenDml::superIndex, false, perIndex);
+        const Bytes bytes = millionFrames(OpenDml::kSuperIndex, false, perIndex);
         AviReader reader;
         const Cost cost = costOf(bytes, reader);
         ASSERT_TRUE(cost.usable);
@@ -67,7 +69,7 @@ TEST(IndexMemory, MillionOpenDmlEntriesTakeEightBytesEach) {
 }
 
 TEST(IndexMemory, MillionIdx1EntriesTakeEightBytesEach) {
-    const Bytes bytes = millionFrames(OpenDml::none, true, 0);
+    const Bytes bytes = millionFrames(OpenDml::kNone, true, 0);
     AviReader reader;
     const Cost cost = costOf(bytes, reader);
     ASSERT_TRUE(cost.usable);
@@ -97,7 +99,9 @@ TEST(IndexMemory, WindowsAreGivenBackAfterTheParse) {
 constexpr std::uint32_t kShapeBytes = 6'000'000;
 
 Bytes closed(RiffBuilder& riff) {
-    if (riff.position() < kShapeBytes) riff.fill(kShapeBytes - riff.position());
+    if (riff.position() < kShapeBytes) {
+        riff.fill(kShapeBytes - riff.position());
+    }
     return riff.take();
 }
 
@@ -117,8 +121,12 @@ Bytes fullOfChains() {
     RiffBuilder riff;
     openHeaders(riff);
     while (riff.position() < kShapeBytes) {
-        for (int i = 0; i < 60; ++i) riff.beginList("LIST", "strl");
-        for (int i = 0; i < 60; ++i) riff.end();
+        for (int i = 0; i < 60; ++i) {
+            riff.beginList("LIST", "strl");
+        }
+        for (int i = 0; i < 60; ++i) {
+            riff.end();
+        }
     }
     return closed(riff);
 }
@@ -162,15 +170,21 @@ Bytes manyNames(std::uint32_t names, std::uint32_t namedSize, std::uint32_t name
         .begin("indx");
     riff.u16(4).u8(0).u8(0).u32(names).code("00dc").u64(0).u32(0);
     const std::uint64_t chunk = riff.position() + names * 16ULL + 12;  // behind the empty movi
-    for (std::uint32_t i = 0; i < names; ++i) riff.u64(chunk).u32(namedSize + 8).u32(0);
+    for (std::uint32_t i = 0; i < names; ++i) {
+        riff.u64(chunk).u32(namedSize + 8).u32(0);
+    }
     riff.end().end().end();
     riff.beginList("LIST", "movi").end();
     // What is named lies in idx1, each entry of which names stream 0 and is an entry of a standard index
     // twice.
     riff.begin(idx1 ? "idx1" : "JUNK");
-    while (riff.position() < chunk + 8) riff.u8(0);
+    while (riff.position() < chunk + 8) {
+        riff.u8(0);
+    }
     riff.u16(2).u8(0).u8(1).u32(namedEntries).code("00dc").u64(0).u32(0);
-    while (riff.position() < kShapeBytes) riff.code("00dc").u32(0).code("00dc").u32(0);
+    while (riff.position() < kShapeBytes) {
+        riff.code("00dc").u32(0).code("00dc").u32(0);
+    }
     return closed(riff);
 }
 
@@ -209,8 +223,12 @@ TEST(HostileMemory, ClaimsCostNothingInASmallFile) {
         RiffBuilder riff;
         openHeaders(riff);
         riff.beginList("LIST", "strl").chunk("strh", test::streamHeader("vids"));
-        if (std::string_view(id) != "strf") riff.chunk("strf", Bytes(40));
-        if (std::string_view(id) == "idx1") riff.end().end();
+        if (std::string_view(id) != "strf") {
+            riff.chunk("strf", Bytes(40));
+        }
+        if (std::string_view(id) == "idx1") {
+            riff.end().end();
+        }
         riff.begin(id).endWithSize(0x7FFFFFF0);
         const Bytes bytes = riff.take();
         AviReader reader;
@@ -224,30 +242,34 @@ TEST(HostileMemory, FrameOfAnyClaimedSizeCostsNothing) {
     AviBuilder avi;
     avi.addStream(test::videoStream("O8Y2", 16, 8, 25, 1)).addFilledChunk(0, 100, 1);
     Bytes bytes = avi.build();
-    for (std::size_t i = 0; i < 4; ++i) bytes[avi.idx1Offset() + 8 + 12 + i] = 0xFF;
+    for (std::size_t i = 0; i < 4; ++i) {
+        bytes[avi.idx1Offset() + 8 + 12 + i] = 0xFF;
+    }
     test::MemoryFile file(bytes);
     AviReader reader;
     ASSERT_TRUE(reader.parse(file, false));
     ASSERT_EQ(reader.streams.at(0)->entries().at(0).size, 0xFFFFFFFFU);
     FrameChunk chunk;
     test::startCounting();
-    EXPECT_EQ(readFrameChunk(file, *reader.streams[0], 0, 1, chunk).outcome, FrameOutcome::failed);
+    EXPECT_EQ(readFrameChunk(file, *reader.streams[0], 0, 1, chunk).outcome, FrameOutcome::kFailed);
     EXPECT_LE(test::counted().peak, 4096U);
 }
 
 TEST(SteadyState, ReadingFramesAllocatesNothing) {
     AviBuilder avi;
     avi.addStream(test::videoStream("O8Y2", 16, 8, 25, 1));
-    for (std::uint32_t i = 0; i < 50; ++i) avi.addFilledChunk(0, 1000 - i, 1).addFilledChunk(0, 0, 0);
+    for (std::uint32_t i = 0; i < 50; ++i) {
+        avi.addFilledChunk(0, 1000 - i, 1).addFilledChunk(0, 0, 0);
+    }
     const Bytes bytes = avi.build();
     test::MemoryFile file(bytes);
     AviReader reader;
     ASSERT_TRUE(reader.parse(file, false));
     FrameChunk chunk;
-    ASSERT_EQ(readFrameChunk(file, *reader.streams.at(0), 0, 100, chunk).outcome, FrameOutcome::read);
+    ASSERT_EQ(readFrameChunk(file, *reader.streams.at(0), 0, 100, chunk).outcome, FrameOutcome::kRead);
     test::startCounting();
     for (std::uint64_t i = 0; i < 100; ++i) {
-        ASSERT_EQ(readFrameChunk(file, *reader.streams[0], i, 100, chunk).outcome, FrameOutcome::read);
+        ASSERT_EQ(readFrameChunk(file, *reader.streams[0], i, 100, chunk).outcome, FrameOutcome::kRead);
     }
     EXPECT_EQ(test::counted().calls, 0U);
 }
@@ -271,7 +293,7 @@ void expectPartOf(const test::PlainAvi& found, const test::PlainAvi& whole, cons
 
 TEST(NoMemory, EachAllocationFailingEndsInAReadFailureNotInAnEscape) {
     AviBuilder avi = test::smallClip(20);
-    avi.addFilledChunk(0, 0, 0).openDml(OpenDml::superIndex).chunksPerForm(16).entriesPerStandardIndex(3);
+    avi.addFilledChunk(0, 0, 0).openDml(OpenDml::kSuperIndex).chunksPerForm(16).entriesPerStandardIndex(3);
     const Bytes bytes = avi.build();
     const test::PlainAvi whole = test::parsePlainly(bytes);
     for (const bool fromThere : {false, true}) {
@@ -321,7 +343,9 @@ TEST(NoMemory, LargeFormatIsAReadFailure) {
 TEST(NoMemory, LargeFrameIsAFailedReadAndTheNextOneIsServed) {
     AviBuilder avi;
     avi.addStream(test::videoStream("O8Y2", 16, 8, 25, 1));
-    for (const std::uint32_t size : {200'000U, 100U}) avi.addFilledChunk(0, size, 7);
+    for (const std::uint32_t size : {200'000U, 100U}) {
+        avi.addFilledChunk(0, size, 7);
+    }
     test::MemoryFile file(avi.build());
     AviReader reader;
     ASSERT_TRUE(reader.parse(file, false));
@@ -330,17 +354,19 @@ TEST(NoMemory, LargeFrameIsAFailedReadAndTheNextOneIsServed) {
     test::startCounting();
     test::failAllocationsFrom(150'000);
     const FrameChunkRead large = readFrameChunk(file, stream, 0, 2, chunk);
-    EXPECT_EQ(large.outcome, FrameOutcome::failed);
-    EXPECT_EQ(readFrameChunk(file, stream, 1, 2, chunk).outcome, FrameOutcome::read);
+    EXPECT_EQ(large.outcome, FrameOutcome::kFailed);
+    EXPECT_EQ(readFrameChunk(file, stream, 1, 2, chunk).outcome, FrameOutcome::kRead);
     test::failAllocationsFrom(0);
     EXPECT_EQ(large.failure, std::bad_alloc().what());
-    EXPECT_EQ(readFrameChunk(file, stream, 0, 2, chunk).outcome, FrameOutcome::read);
+    EXPECT_EQ(readFrameChunk(file, stream, 0, 2, chunk).outcome, FrameOutcome::kRead);
 }
 
 TEST(NoMemory, LargeListIsAReadFailure) {
     AviBuilder avi = test::smallClip(0);
-    for (int i = 0; i < 20'000; ++i) avi.addFilledChunk(i % 10 == 0 ? 0 : 1, 2, 1);
-    const Bytes bytes = avi.openDml(OpenDml::superIndex).build();
+    for (int i = 0; i < 20'000; ++i) {
+        avi.addFilledChunk(i % 10 == 0 ? 0 : 1, 2, 1);
+    }
+    const Bytes bytes = avi.openDml(OpenDml::kSuperIndex).build();
     test::MemoryFile file(bytes);
     AviReader reader;
     test::startCounting();
@@ -363,8 +389,10 @@ TEST(NoMemory, LargeListIsAReadFailure) {
 // Memory that was short for a moment only.
 TEST(NoMemory, Idx1TakesOverWhereTheOpenDmlListFoundNone) {
     AviBuilder avi = test::smallClip(0);
-    for (int i = 0; i < 20'000; ++i) avi.addFilledChunk(i % 10 == 0 ? 0 : 1, 2, 1);
-    const Bytes bytes = avi.openDml(OpenDml::superIndex).build();
+    for (int i = 0; i < 20'000; ++i) {
+        avi.addFilledChunk(i % 10 == 0 ? 0 : 1, 2, 1);
+    }
+    const Bytes bytes = avi.openDml(OpenDml::kSuperIndex).build();
     const test::PlainAvi whole = test::parsePlainly(bytes);
     int seen = 0;
     for (std::int64_t number = 0; number < 80; ++number) {
@@ -374,7 +402,9 @@ TEST(NoMemory, Idx1TakesOverWhereTheOpenDmlListFoundNone) {
         test::failAllocation(number, false);
         const bool usable = reader.parse(file, false);
         test::failAllocation(-1, false);
-        if (reader.errorText().find("readIndex: stream[1]") == std::string::npos) continue;
+        if (reader.errorText().find("readIndex: stream[1]") == std::string::npos) {
+            continue;
+        }
         ASSERT_TRUE(usable);
         ASSERT_EQ(reader.streams.size(), 2U);
         EXPECT_FALSE(reader.streams[1]->hasOpenDmlIndex);
@@ -390,9 +420,12 @@ template <typename Builder>
 void addPart(Builder& builder, std::uint64_t part) {
     const std::uint64_t base = part / 4 % 3 * 0x2'0000'0000;
     const AviStdIndexEntry given[] = {{1, 10}, {20, 30 | kStdIndexDeltaFrame}, {50, 0}};
-    for (int i = 0; i < 30; ++i) builder.add(base, given);
-    for (std::uint32_t i = 0; i < 30; ++i)
+    for (int i = 0; i < 30; ++i) {
+        builder.add(base, given);
+    }
+    for (std::uint32_t i = 0; i < 30; ++i) {
         builder.add(base, i * 30, part % 5 == 0 ? 0x8000'0000U + i : i, true);
+    }
 }
 
 TEST(NoMemory, EachAllocationOfAListFailingLeavesWhatWasListedBefore) {
@@ -414,7 +447,9 @@ TEST(NoMemory, EachAllocationOfAListFailingLeavesWhatWasListedBefore) {
         }
         test::failAllocation(-1, false);
         PlainChunkListBuilder plain;
-        for (std::uint64_t part = 0; part < parts; ++part) addPart(plain, part);
+        for (std::uint64_t part = 0; part < parts; ++part) {
+            addPart(plain, part);
+        }
         // It goes on from there, and there may be no memory for the smaller copy at the end.
         builder.add(5, 6, 7, true);
         plain.add(5, 6, 7, true);

@@ -65,7 +65,9 @@ class PlainChunkList {
         const auto after =
             std::upper_bound(m_entries.begin(), m_entries.end(), bytePos,
                              [](std::uint64_t pos, const IndexEntry& entry) { return pos < entry.start; });
-        if (after == m_entries.begin()) return end();
+        if (after == m_entries.begin()) {
+            return end();
+        }
         const IndexEntry& candidate = *(after - 1);
         return bytePos - candidate.start < candidate.size ? Iterator(m_entries.data(), &candidate) : end();
     }
@@ -82,7 +84,9 @@ class PlainChunkListBuilder {
     };
 
     void add(std::uint64_t base, std::uint32_t offset, std::uint32_t size, bool keyFrame) {
-        if (m_entries.size() == std::numeric_limits<std::uint32_t>::max()) throw std::bad_alloc();
+        if (m_entries.size() == std::numeric_limits<std::uint32_t>::max()) {
+            throw std::bad_alloc();
+        }
         m_entries.push_back(IndexEntry{base + offset, size, 0, m_bytes, keyFrame});
         m_bytes += size;
     }

@@ -32,11 +32,15 @@ class PlainParser {
  private:
     // Reading.
     bool has(std::uint64_t position, std::uint64_t count) const {
-        if (position > m_file.size() || count > m_file.size() - position) return false;
+        if (position > m_file.size() || count > m_file.size() - position) {
+            return false;
+        }
         return position + count <= m_unreadable.from || m_unreadable.to <= position;
     }
     Bytes get(std::uint64_t position, std::uint64_t count) const {
-        if (!has(position, count)) throw std::runtime_error("end of file");
+        if (!has(position, count)) {
+            throw std::runtime_error("end of file");
+        }
         const auto from = m_file.begin() + static_cast<std::ptrdiff_t>(position);
         return {from, from + static_cast<std::ptrdiff_t>(count)};
     }
@@ -47,7 +51,9 @@ class PlainParser {
     std::uint64_t number(std::uint64_t position, int byteCount) const {
         const Bytes bytes = get(position, static_cast<std::uint64_t>(byteCount));
         std::uint64_t value = 0;
-        for (int i = byteCount; i-- > 0;) value = value << 8 | bytes[static_cast<std::size_t>(i)];
+        for (int i = byteCount; i-- > 0;) {
+            value = value << 8 | bytes[static_cast<std::size_t>(i)];
+        }
         return value;
     }
     std::uint32_t word(std::uint64_t position) const {
@@ -63,16 +69,24 @@ class PlainParser {
                 chunk.offset = position;
                 chunk.size = (get(position, 8), word(position + 4));
                 chunk.id = text(position);
-                if (chunk.isList()) chunk.type = text(position + 8);
+                if (chunk.isList()) {
+                    chunk.type = text(position + 8);
+                }
                 list.push_back(chunk);
                 Chunk& kept = list.back();
                 if (kept.isList() && (kept.type == "AVI " || kept.type == "hdrl" || kept.type == "strl" ||
                                       kept.type == "odml")) {
-                    if (!walk(kept.children, position + 12, kept.dataSize())) result = false;
+                    if (!walk(kept.children, position + 12, kept.dataSize())) {
+                        result = false;
+                    }
                 }
-                if ((kept.isList() ? kept.type : kept.id) == "AVI ") return result;
+                if ((kept.isList() ? kept.type : kept.id) == "AVI ") {
+                    return result;
+                }
                 const std::uint64_t length = ((std::uint64_t{kept.size} + 8 + 1) & 0xFFFFFFFF) / 2 * 2;
-                if (length == 0) return false;
+                if (length == 0) {
+                    return false;
+                }
                 position += length;
                 consumed += length;
             }
@@ -85,7 +99,9 @@ class PlainParser {
     static const Chunk* child(const std::vector<Chunk>& list, const std::string& id,
                               const std::string& type = "") {
         for (const Chunk& chunk : list) {
-            if (type.empty() ? chunk.id == id : (chunk.isList() && chunk.type == type)) return &chunk;
+            if (type.empty() ? chunk.id == id : (chunk.isList() && chunk.type == type)) {
+                return &chunk;
+            }
         }
         return nullptr;
     }
@@ -100,13 +116,21 @@ class PlainParser {
             return fail("file doesn't look like AVI (first 12 bytes is not 'RIFF'....'AVI ')");
         }
         std::vector<Chunk> tree;
-        if (!walk(tree, 0, m_file.size())) fail("riff structure is corrupt or invalid\n");
+        if (!walk(tree, 0, m_file.size())) {
+            fail("riff structure is corrupt or invalid\n");
+        }
         const std::vector<Chunk>& form = tree.at(0).children;
         const Chunk* hdrl = child(form, "", "hdrl");
-        if (hdrl == nullptr) return fail("hdrl missing\n");
+        if (hdrl == nullptr) {
+            return fail("hdrl missing\n");
+        }
         const Chunk* avih = child(hdrl->children, "avih");
-        if (avih == nullptr) return fail("avih missing\n");
-        if (avih->dataSize() < 56 || !has(avih->dataPosition(), 56)) return fail("avih data read error\n");
+        if (avih == nullptr) {
+            return fail("avih missing\n");
+        }
+        if (avih->dataSize() < 56 || !has(avih->dataPosition(), 56)) {
+            return fail("avih data read error\n");
+        }
         m_result.mainHeader = get(avih->dataPosition(), 56);
 
         std::uint64_t ordinal = 0;
@@ -114,13 +138,19 @@ class PlainParser {
             if (list.isList() && list.type == "strl") {
                 PlainStream stream;
                 stream.ordinal = ordinal++;
-                if (parseStream(list, stream)) m_result.streams.push_back(stream);
+                if (parseStream(list, stream)) {
+                    m_result.streams.push_back(stream);
+                }
             }
             if (list.isList() && list.type == "odml") {
                 const Chunk* dmlh = child(list.children, "dmlh");
-                if (dmlh == nullptr) continue;
+                if (dmlh == nullptr) {
+                    continue;
+                }
                 const std::uint64_t count = std::min<std::uint64_t>(dmlh->dataSize(), 248);
-                if (!has(dmlh->dataPosition(), count)) continue;
+                if (!has(dmlh->dataPosition(), count)) {
+                    continue;
+                }
                 const auto bytes = get(dmlh->dataPosition(), count);
                 m_result.extHeader.resize(248);
                 std::copy(bytes.begin(), bytes.end(), m_result.extHeader.begin());
@@ -130,9 +160,13 @@ class PlainParser {
         Bytes table;
         if (const Chunk* idx1 = child(form, "idx1")) {
             const std::uint64_t size = idx1->dataSize();
-            if (has(idx1->dataPosition(), size)) table = get(idx1->dataPosition(), size);
+            if (has(idx1->dataPosition(), size)) {
+                table = get(idx1->dataPosition(), size);
+            }
             table.resize((table.size() + 15) / 16 * 16);
-            if (size % 16 != 0) fail("idx1 size is not a multiple of index entry size\n");
+            if (size % 16 != 0) {
+                fail("idx1 size is not a multiple of index entry size\n");
+            }
         }
         buildLists(table, child(form, "", "movi"));
         return true;
@@ -141,13 +175,20 @@ class PlainParser {
     bool parseStream(const Chunk& strl, PlainStream& stream) {
         const std::string name = "stream[" + std::to_string(stream.ordinal) + "]: ";
         const Chunk* strh = child(strl.children, "strh");
-        if (strh == nullptr) return fail(name + "strh missing in strl\n");
+        if (strh == nullptr) {
+            return fail(name + "strh missing in strl\n");
+        }
         const Chunk* strf = child(strl.children, "strf");
-        if (strf == nullptr) return fail(name + "strf missing in strl\n");
-        if (strh->dataSize() < 56 || !has(strh->dataPosition(), 56))
+        if (strf == nullptr) {
+            return fail(name + "strf missing in strl\n");
+        }
+        if (strh->dataSize() < 56 || !has(strh->dataPosition(), 56)) {
             return fail(name + "strh data read error\n");
+        }
         stream.header = get(strh->dataPosition(), 56);
-        if (!has(strf->dataPosition(), strf->dataSize())) return fail(name + "strf data read error\n");
+        if (!has(strf->dataPosition(), strf->dataSize())) {
+            return fail(name + "strf data read error\n");
+        }
         stream.format = get(strf->dataPosition(), strf->dataSize());
         if (const Chunk* indx = child(strl.children, "indx")) {
             stream.hasOpenDmlIndex = readIndex(indx->dataPosition(), indx->dataSize(), stream);
@@ -159,8 +200,12 @@ class PlainParser {
         const std::string where = "readIndex: stream[" + std::to_string(stream.ordinal) +
                                   "], pos: " + std::to_string(static_cast<std::int64_t>(position)) +
                                   ", size: " + std::to_string(size) + ": ";
-        if (size < 24) return fail(where + "index data size too small\n");
-        if (!has(position, size)) return fail(where + "failed to read index data\n");
+        if (size < 24) {
+            return fail(where + "index data size too small\n");
+        }
+        if (!has(position, size)) {
+            return fail(where + "failed to read index data\n");
+        }
         const std::uint64_t longs = number(position, 2);
         const std::uint64_t type = number(position + 3, 1);
         const std::uint64_t claimed = word(position + 4);
@@ -176,7 +221,9 @@ class PlainParser {
             for (std::uint64_t i = 0; i < used; ++i) {
                 const std::uint64_t offset = number(position + 24 + i * 16, 8);
                 const std::uint64_t length = word(position + 32 + i * 16);
-                if (!readIndex(offset + 8, length < 8 ? 0 : length - 8, stream)) complete = false;
+                if (!readIndex(offset + 8, length < 8 ? 0 : length - 8, stream)) {
+                    complete = false;
+                }
             }
             return complete;
         }
@@ -191,14 +238,18 @@ class PlainParser {
     void buildLists(const Bytes& table, const Chunk* movi) {
         const auto wordIn = [](const Bytes& bytes, std::size_t at) {
             std::uint32_t value = 0;
-            for (std::size_t i = 4; i-- > 0;) value = value << 8 | bytes.at(at + i);
+            for (std::size_t i = 4; i-- > 0;) {
+                value = value << 8 | bytes.at(at + i);
+            }
             return value;
         };
         for (std::size_t p = 0; p < m_result.streams.size(); ++p) {
             PlainStream& stream = m_result.streams[p];
             std::uint64_t start = 0;
             for (std::size_t at = 0; movi != nullptr && p < 100 && at < table.size(); at += 16) {
-                if (table[at] != '0' + p / 10 || table[at + 1] != '0' + p % 10) continue;
+                if (table[at] != '0' + p / 10 || table[at + 1] != '0' + p % 10) {
+                    continue;
+                }
                 const std::uint32_t size = wordIn(table, at + 12);
                 stream.legacyEntries.push_back(PlainEntry{movi->offset + 16 + wordIn(table, at + 8), size,
                                                           start, (wordIn(table, at + 4) & 0x10) != 0});
@@ -282,12 +333,18 @@ PlainAvi asPlain(const AviReader& reader, bool usable) {
 }
 
 std::string firstDifference(const PlainAvi& expected, const PlainAvi& actual) {
-    if (expected.usable != actual.usable)
+    if (expected.usable != actual.usable) {
         return expected.usable ? "should be usable" : "should not be usable";
-    if (expected.errors != actual.errors)
+    }
+    if (expected.errors != actual.errors) {
         return "errors: expected\n" + expected.errors + "got\n" + actual.errors;
-    if (expected.mainHeader != actual.mainHeader) return "main header";
-    if (expected.extHeader != actual.extHeader) return "extended header";
+    }
+    if (expected.mainHeader != actual.mainHeader) {
+        return "main header";
+    }
+    if (expected.extHeader != actual.extHeader) {
+        return "extended header";
+    }
     if (expected.streams.size() != actual.streams.size()) {
         return "streams: expected " + std::to_string(expected.streams.size()) + ", got " +
                std::to_string(actual.streams.size());
@@ -296,14 +353,30 @@ std::string firstDifference(const PlainAvi& expected, const PlainAvi& actual) {
         const PlainStream& want = expected.streams[i];
         const PlainStream& have = actual.streams[i];
         const std::string name = "stream " + std::to_string(i) + ": ";
-        if (want.ordinal != have.ordinal) return name + "ordinal";
-        if (want.header != have.header) return name + "header";
-        if (want.format != have.format) return name + "format";
-        if (want.superIndex != have.superIndex) return name + "super index";
-        if (want.standardIndexes != have.standardIndexes) return name + "standard indexes";
-        if (want.hasOpenDmlIndex != have.hasOpenDmlIndex) return name + "hasOpenDmlIndex";
-        if (want.legacyEntries != have.legacyEntries) return name + "legacy list";
-        if (want.openDmlEntries != have.openDmlEntries) return name + "OpenDML list";
+        if (want.ordinal != have.ordinal) {
+            return name + "ordinal";
+        }
+        if (want.header != have.header) {
+            return name + "header";
+        }
+        if (want.format != have.format) {
+            return name + "format";
+        }
+        if (want.superIndex != have.superIndex) {
+            return name + "super index";
+        }
+        if (want.standardIndexes != have.standardIndexes) {
+            return name + "standard indexes";
+        }
+        if (want.hasOpenDmlIndex != have.hasOpenDmlIndex) {
+            return name + "hasOpenDmlIndex";
+        }
+        if (want.legacyEntries != have.legacyEntries) {
+            return name + "legacy list";
+        }
+        if (want.openDmlEntries != have.openDmlEntries) {
+            return name + "OpenDML list";
+        }
     }
     return "none";
 }

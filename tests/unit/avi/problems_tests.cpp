@@ -14,13 +14,13 @@ using Part = ProblemPlace::Part;
 
 TEST(ProblemsTest, AreToldByPlaceAndThenAsTheyCame) {
     Problems problems;
-    problems.add({Part::streamList, 1}, "list 1\n");
-    problems.add({Part::streamList, 10}, "list 10\n");
-    problems.add({Part::streamList, 2}, "first of list 2\n");
-    problems.add({Part::end}, "end\n");
-    problems.add({Part::streamList, 2}, "second of list 2\n");
-    problems.add({Part::headers}, "headers\n");
-    problems.add({Part::structure}, "structure\n");
+    problems.add({Part::kStreamList, 1}, "list 1\n");
+    problems.add({Part::kStreamList, 10}, "list 10\n");
+    problems.add({Part::kStreamList, 2}, "first of list 2\n");
+    problems.add({Part::kEnd}, "end\n");
+    problems.add({Part::kStreamList, 2}, "second of list 2\n");
+    problems.add({Part::kHeaders}, "headers\n");
+    problems.add({Part::kStructure}, "structure\n");
     problems.putInOrder();
     const std::string expected =
         "structure\nheaders\nlist 1\nfirst of list 2\nsecond of list 2\nlist 10\nend\n";
@@ -31,11 +31,11 @@ TEST(ProblemsTest, AreToldByPlaceAndThenAsTheyCame) {
 
 TEST(ProblemsTest, ComeToTheirPlaceAlsoBehindAnEarlierOrdering) {
     Problems problems;
-    problems.add({Part::streamList, 3}, "list 3\n");
-    problems.add({Part::streamList, 0}, "list 0\n");
+    problems.add({Part::kStreamList, 3}, "list 3\n");
+    problems.add({Part::kStreamList, 0}, "list 0\n");
     problems.putInOrder();
-    problems.add({Part::streamList, 0}, "index of list 0\n");
-    problems.add({Part::structure}, "structure\n");
+    problems.add({Part::kStreamList, 0}, "index of list 0\n");
+    problems.add({Part::kStructure}, "structure\n");
     problems.putInOrder();
     EXPECT_EQ(problems.text(), "structure\nlist 0\nindex of list 0\nlist 3\n");
 }
@@ -43,11 +43,11 @@ TEST(ProblemsTest, ComeToTheirPlaceAlsoBehindAnEarlierOrdering) {
 TEST(ProblemsTest, StopAtTheBoundWithWholeLines) {
     Problems problems;
     EXPECT_TRUE(problems.empty());
-    problems.add({Part::end}, std::string(kMaxErrorText - 5, 'x'));
-    problems.add({Part::structure}, "123456");
+    problems.add({Part::kEnd}, std::string(kMaxErrorText - 5, 'x'));
+    problems.add({Part::kStructure}, "123456");
     EXPECT_EQ(problems.text().size(), kMaxErrorText - 5);
     EXPECT_TRUE(problems.hasRoom());
-    problems.add({Part::headers}, "12345");
+    problems.add({Part::kHeaders}, "12345");
     EXPECT_FALSE(problems.hasRoom());
     problems.putInOrder();
     EXPECT_EQ(problems.text().size(), kMaxErrorText);

@@ -15,7 +15,9 @@ using test::Parsed;
 AviBuilder megabytes(std::size_t frames = 40) {
     AviBuilder avi;
     avi.addStream(test::videoStream("O8Y2", 320, 240, 25, 1)).addStream(test::pcmStream(2, 48000, 16));
-    for (std::size_t i = 0; i < frames; ++i) avi.addFilledChunk(0, 100'000, 1).addFilledChunk(1, 7680, 2);
+    for (std::size_t i = 0; i < frames; ++i) {
+        avi.addFilledChunk(0, 100'000, 1).addFilledChunk(1, 7680, 2);
+    }
     return avi;
 }
 
@@ -54,7 +56,9 @@ TEST(ReadCount, SmallIdx1ComesWithItsHeader) {
 TEST(ReadCount, LargeIdx1IsReadOnceInPieces) {
     AviBuilder avi = megabytes(0);
     constexpr int kFrames = 20'000;
-    for (int i = 0; i < kFrames; ++i) avi.addFilledChunk(0, 30, 1).addFilledChunk(1, 4, 1);
+    for (int i = 0; i < kFrames; ++i) {
+        avi.addFilledChunk(0, 30, 1).addFilledChunk(1, 4, 1);
+    }
     const Parsed parsed(avi.build());
     EXPECT_EQ(parsed.stream(0).entries().size(), std::size_t{kFrames});
     constexpr std::uint64_t kIndexBytes = 2 * kFrames * 16;
@@ -67,7 +71,7 @@ TEST(ReadCount, LargeIdx1IsReadOnceInPieces) {
 
 TEST(ReadCount, EachStandardIndexIsOneRead) {
     AviBuilder avi = megabytes();
-    avi.openDml(OpenDml::superIndex).chunksPerForm(20);
+    avi.openDml(OpenDml::kSuperIndex).chunksPerForm(20);
     const Parsed parsed(avi.build());
     EXPECT_EQ(parsed.stream(0).entries().size(), 40U);
     EXPECT_TRUE(parsed.stream(0).hasOpenDmlIndex);
@@ -78,7 +82,9 @@ TEST(ReadCount, EachStandardIndexIsOneRead) {
 
 TEST(ReadCount, HeadersOfManyStreamsAreOneRead) {
     AviBuilder avi = megabytes();
-    for (int i = 0; i < 60; ++i) avi.addStream(test::pcmStream(2, 48000, 16));
+    for (int i = 0; i < 60; ++i) {
+        avi.addStream(test::pcmStream(2, 48000, 16));
+    }
     const Parsed parsed(avi.build(), true);
     EXPECT_EQ(parsed.reader.streams.size(), 62U);
     EXPECT_EQ(parsed.file->counts().reads, 1U);
@@ -86,7 +92,9 @@ TEST(ReadCount, HeadersOfManyStreamsAreOneRead) {
 
 TEST(ReadCount, HeadersLargerThanAWindowAreGoneThroughInWindows) {
     AviBuilder avi = megabytes();
-    for (int i = 0; i < 2000; ++i) avi.addStream(test::pcmStream(2, 48000, 16));
+    for (int i = 0; i < 2000; ++i) {
+        avi.addStream(test::pcmStream(2, 48000, 16));
+    }
     const Bytes bytes = avi.build();
     const Parsed parsed(bytes, true);
     EXPECT_EQ(parsed.reader.streams.size(), 2002U);

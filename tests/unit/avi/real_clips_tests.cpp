@@ -86,7 +86,9 @@ std::filesystem::path folder() {
 std::set<std::string> notMade() {
     std::set<std::string> names;
     std::ifstream list(folder() / "not_made.txt");
-    for (std::string name; std::getline(list, name);) names.insert(name);
+    for (std::string name; std::getline(list, name);) {
+        names.insert(name);
+    }
     return names;
 }
 
@@ -106,7 +108,9 @@ std::ostream& operator<<(std::ostream& out, const Span& run) {
 std::vector<Span> joined(const std::vector<Span>& runs) {
     std::vector<Span> result;
     for (const Span& run : runs) {
-        if (run.bytes == 0) continue;
+        if (run.bytes == 0) {
+            continue;
+        }
         if (!result.empty() && result.back().position + result.back().bytes == run.position) {
             result.back().bytes += run.bytes;
         } else {
@@ -124,10 +128,16 @@ std::vector<Span> withoutEmpty(std::vector<Span> runs) {
 // One clip with its listing.
 struct OpenClip {
     explicit OpenClip(const Clip& clip) : made(clip), path(folder() / (std::string(clip.name) + ".avi")) {
-        if (!file.open(path.u16string().c_str(), fileio::kOpenRead | fileio::kOpenShareRead)) return;
-        if (!reader.parse(file, false)) return;
+        if (!file.open(path.u16string().c_str(), fileio::kOpenRead | fileio::kOpenShareRead)) {
+            return;
+        }
+        if (!reader.parse(file, false)) {
+            return;
+        }
         std::ifstream list(path.string() + ".json");
-        if (!list) return;
+        if (!list) {
+            return;
+        }
         listing = nlohmann::json::parse(list);
         isOpen = true;
     }
@@ -147,12 +157,16 @@ template <typename Check>
 void forEachClip(Check check) {
     const std::set<std::string> missing = notMade();
     for (const Clip& clip : kClips) {
-        if (missing.contains(std::string(clip.name) + ".avi")) continue;
+        if (missing.contains(std::string(clip.name) + ".avi")) {
+            continue;
+        }
         SCOPED_TRACE(clip.name);
         OpenClip open(clip);
         ASSERT_TRUE(open.isOpen) << open.path;
         check(open);
-        if (::testing::Test::HasFatalFailure()) return;
+        if (::testing::Test::HasFatalFailure()) {
+            return;
+        }
     }
 }
 
@@ -224,7 +238,9 @@ TEST(RealClips, HaveTheChunksListedAsPackets) {
 
             std::vector<Span> packets;
             for (const nlohmann::json& packet : clip.listing["packets"]) {
-                if (packet["stream_index"].get<std::size_t>() != i) continue;
+                if (packet["stream_index"].get<std::size_t>() != i) {
+                    continue;
+                }
                 packets.push_back(Span{std::stoull(packet["pos"].get<std::string>()),
                                        std::stoull(packet["size"].get<std::string>())});
             }
@@ -243,12 +259,16 @@ TEST(RealClips, HaveTheKeyFramesListed) {
         std::vector<bool> listed;
         const std::size_t number = clip.videoNumber();
         for (const nlohmann::json& packet : clip.listing["packets"]) {
-            if (packet["stream_index"].get<std::size_t>() != number) continue;
+            if (packet["stream_index"].get<std::size_t>() != number) {
+                continue;
+            }
             listed.push_back(packet["flags"].get<std::string>().at(0) == 'K');
         }
         std::vector<bool> found;
         for (const IndexEntry& entry : clip.video().entries()) {
-            if (entry.size != 0) found.push_back(entry.keyFrame);
+            if (entry.size != 0) {
+                found.push_back(entry.keyFrame);
+            }
         }
         EXPECT_EQ(found, listed);
     });
@@ -262,13 +282,17 @@ TEST(RealClips, GiveEachFrameAndRepeatTheLastForEmptyOnes) {
         FrameChunk chunk;
         std::size_t nonEmpty = 0;
         for (std::size_t i = 0; i < list.size(); ++i) {
-            if (list[i].size != 0) nonEmpty = i;
+            if (list[i].size != 0) {
+                nonEmpty = i;
+            }
             const FrameChunkRead read = readFrameChunk(clip.file, clip.video(), i, frameCount, chunk);
-            ASSERT_EQ(read.outcome, FrameChunkRead::Outcome::read) << i;
+            ASSERT_EQ(read.outcome, FrameChunkRead::Outcome::kRead) << i;
             if (list[i].size == 0 && list[nonEmpty].size != 0) {
                 ASSERT_EQ(read.substitute, std::optional<std::uint64_t>(nonEmpty)) << i;
             }
-            if (list[nonEmpty].size == 0) continue;  // empty from the start on: served from behind
+            if (list[nonEmpty].size == 0) {
+                continue;  // empty from the start on: served from behind
+            }
             ASSERT_EQ(chunk.bytes, list[nonEmpty].size) << i;
             std::vector<char> expected(chunk.bytes);
             plain.seekg(static_cast<std::streamoff>(list[nonEmpty].offset));
@@ -282,16 +306,22 @@ TEST(RealClips, GiveEachFrameAndRepeatTheLastForEmptyOnes) {
 
 TEST(RealClips, AreAllTested) {
     std::set<std::string> tested;
-    for (const Clip& clip : kClips) tested.insert(std::string(clip.name) + ".avi");
+    for (const Clip& clip : kClips) {
+        tested.insert(std::string(clip.name) + ".avi");
+    }
     std::set<std::string> made;
     for (const auto& file : std::filesystem::directory_iterator(folder())) {
-        if (file.path().extension() == ".avi") made.insert(file.path().filename().string());
+        if (file.path().extension() == ".avi") {
+            made.insert(file.path().filename().string());
+        }
     }
     const std::set<std::string> missing = notMade();
     made.insert(missing.begin(), missing.end());
     EXPECT_EQ(made, tested);
     EXPECT_GE(tested.size() - missing.size(), tested.size() - 2) << "most muxers work everywhere";
-    if (!missing.empty()) GTEST_SKIP() << "not made on this machine: " << testing::PrintToString(missing);
+    if (!missing.empty()) {
+        GTEST_SKIP() << "not made on this machine: " << testing::PrintToString(missing);
+    }
 }
 
 }  // namespace

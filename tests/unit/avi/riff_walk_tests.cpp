@@ -38,13 +38,17 @@ Walked walkAll(const Bytes& bytes, std::span<const std::uint32_t> descendTypes =
 
 std::size_t countAll(const std::vector<RiffChunk>& list) {
     std::size_t count = list.size();
-    for (const RiffChunk& chunk : list) count += countAll(chunk.children);
+    for (const RiffChunk& chunk : list) {
+        count += countAll(chunk.children);
+    }
     return count;
 }
 
 std::size_t depthOf(const std::vector<RiffChunk>& list) {
     std::size_t deepest = 0;
-    for (const RiffChunk& chunk : list) deepest = std::max(deepest, depthOf(chunk.children));
+    for (const RiffChunk& chunk : list) {
+        deepest = std::max(deepest, depthOf(chunk.children));
+    }
     return list.empty() ? 0 : deepest + 1;
 }
 
@@ -228,7 +232,9 @@ TEST(RiffWalk, SizesThatWrapToAFewBytesMakeSmallSteps) {
 
 TEST(RiffWalk, NestingBelowTheLimitIsDamageAndNotEntered) {
     RiffBuilder riff;
-    for (int i = 0; i < 500; ++i) riff.beginList("LIST", "strl");
+    for (int i = 0; i < 500; ++i) {
+        riff.beginList("LIST", "strl");
+    }
     const Walked walked = walkAll(riff.take());
     EXPECT_FALSE(walked.sound);
     // The lists of level 64 are kept, their children are not.
@@ -237,7 +243,9 @@ TEST(RiffWalk, NestingBelowTheLimitIsDamageAndNotEntered) {
 
 TEST(RiffWalk, NestingUpToTheLimitIsSound) {
     RiffBuilder riff;
-    for (int i = 0; i < kMaxListDepth; ++i) riff.beginList("LIST", "strl");
+    for (int i = 0; i < kMaxListDepth; ++i) {
+        riff.beginList("LIST", "strl");
+    }
     riff.begin("last").end();
     const Walked walked = walkAll(riff.take());
     EXPECT_TRUE(walked.sound);
@@ -254,7 +262,9 @@ RiffBuilder& addDoubleList(RiffBuilder& riff) {
 
 TEST(RiffWalk, OverlappingListsEndTheWalkAtTheChunkLimit) {
     RiffBuilder riff;
-    for (int i = 0; i < 60; ++i) addDoubleList(riff);
+    for (int i = 0; i < 60; ++i) {
+        addDoubleList(riff);
+    }
     const Bytes bytes = riff.take();
     const Walked walked = walkAll(bytes);
     EXPECT_FALSE(walked.sound);
@@ -297,7 +307,9 @@ TEST(RiffWalk, JumpingToAndFroIsEndedAfterSomeThousandReads) {
 
 TEST(RiffWalk, WindowIsReadOnceForManySmallChunks) {
     RiffBuilder riff;
-    for (int i = 0; i < 1000; ++i) riff.begin("smal").fill(8).end();
+    for (int i = 0; i < 1000; ++i) {
+        riff.begin("smal").fill(8).end();
+    }
     const Walked walked = walkAll(riff.take());
     EXPECT_TRUE(walked.sound);
     EXPECT_EQ(walked.chunks.size(), 1000U);

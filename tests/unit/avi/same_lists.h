@@ -32,8 +32,12 @@ inline std::string lookupDifference(const PlainChunkList& expected, const ChunkL
 /// middle of every `lookupStep`th chunk.
 inline std::string listDifference(const PlainChunkList& expected, const ChunkList& actual,
                                   std::size_t lookupStep = 1) {
-    if (expected.size() != actual.size() || expected.empty() != actual.empty()) return "size";
-    if (expected.totalBytes() != actual.totalBytes()) return "sum";
+    if (expected.size() != actual.size() || expected.empty() != actual.empty()) {
+        return "size";
+    }
+    if (expected.totalBytes() != actual.totalBytes()) {
+        return "sum";
+    }
     ChunkList::Iterator walk = actual.begin();
     for (std::size_t i = 0; i < expected.size(); ++i, ++walk) {
         const IndexEntry& want = expected[i];
@@ -44,19 +48,29 @@ inline std::string listDifference(const PlainChunkList& expected, const ChunkLis
         if (walk == actual.end() || walk.number() != i || !sameEntry(want, *walk)) {
             return "walk at " + std::to_string(i);
         }
-        if (i % lookupStep != 0) continue;
+        if (i % lookupStep != 0) {
+            continue;
+        }
         for (const std::uint64_t position :
              {want.start, want.start + want.size / 2, want.start + want.size - 1, want.start + want.size}) {
             const std::string difference = lookupDifference(expected, actual, position);
-            if (!difference.empty()) return difference;
+            if (!difference.empty()) {
+                return difference;
+            }
         }
     }
-    if (!(walk == actual.end())) return "end of the walk";
-    if (!expected.empty() && !sameEntry(expected.back(), actual.back())) return "last entry";
+    if (!(walk == actual.end())) {
+        return "end of the walk";
+    }
+    if (!expected.empty() && !sameEntry(expected.back(), actual.back())) {
+        return "last entry";
+    }
     for (const std::uint64_t position : {std::uint64_t{0}, expected.totalBytes() - 1, expected.totalBytes(),
                                          expected.totalBytes() + 1, ~std::uint64_t{0}}) {
         const std::string difference = lookupDifference(expected, actual, position);
-        if (!difference.empty()) return difference;
+        if (!difference.empty()) {
+            return difference;
+        }
     }
     return "";
 }

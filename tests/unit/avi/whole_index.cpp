@@ -59,9 +59,13 @@ template <typename Found>
 void forEachEmptyRun(const PlainChunkList& list, Found found) {
     const std::size_t count = list.size();
     for (std::size_t i = 0; i < count; ++i) {
-        if (list[i].size != 0) continue;
+        if (list[i].size != 0) {
+            continue;
+        }
         const std::size_t first = i;
-        while (i + 1 < count && list[i + 1].size == 0) ++i;
+        while (i + 1 < count && list[i + 1].size == 0) {
+            ++i;
+        }
         found(first, i);
     }
 }
@@ -78,7 +82,9 @@ WholeIndexReader::WholeIndexReader(FileWindow& input, std::string& errors)
 
 void WholeIndexReader::record(const WholeStream& stream, std::uint64_t position, std::uint32_t size,
                               const std::string& message) {
-    if (!hasRoomFor(m_errors, 1)) return;  // hostile files have problems by the million
+    if (!hasRoomFor(m_errors, 1)) {
+        return;  // hostile files have problems by the million
+    }
     try {
         std::string line = "readIndex: stream[";
         line += std::to_string(stream.index);
@@ -97,9 +103,15 @@ void WholeIndexReader::record(const WholeStream& stream, std::uint64_t position,
 
 bool WholeIndexReader::readBlock(std::uint64_t position, std::uint32_t size,
                                  std::vector<AviStdIndexEntry>& block) {
-    if (m_chunksLeft == 0 || size > m_bytesLeft) return false;
-    if (std::find(m_chain.begin(), m_chain.end(), position) != m_chain.end()) return false;
-    if (!m_input.holds(position, size)) return false;
+    if (m_chunksLeft == 0 || size > m_bytesLeft) {
+        return false;
+    }
+    if (std::find(m_chain.begin(), m_chain.end(), position) != m_chain.end()) {
+        return false;
+    }
+    if (!m_input.holds(position, size)) {
+        return false;
+    }
     --m_chunksLeft;
     m_bytesLeft -= size;
     block.resize((std::size_t{size} + sizeof(AviStdIndexEntry) - 1) / sizeof(AviStdIndexEntry));
@@ -118,7 +130,9 @@ bool WholeIndexReader::readNamedIndexes(std::size_t first, std::uint32_t count, 
         // By value: the list grows when a named index is a super index itself.
         const AviSuperIndexEntry entry = stream.superIndex[i];
         const std::uint32_t size = entry.dwSize < kChunkHeaderBytes ? 0 : entry.dwSize - kChunkHeaderBytes;
-        if (!readOpenDmlIndex(entry.qwOffset + kChunkHeaderBytes, size, stream)) complete = false;
+        if (!readOpenDmlIndex(entry.qwOffset + kChunkHeaderBytes, size, stream)) {
+            complete = false;
+        }
     }
     m_chain.pop_back();
     return complete;
@@ -141,7 +155,9 @@ bool WholeIndexReader::readOpenDmlIndex(std::uint64_t position, std::uint32_t si
         std::uint32_t count = header.nEntriesInUse;
         const std::uint32_t entrySize = 4U * header.wLongsPerEntry;
         const std::uint32_t entryBytes = size - std::uint32_t{sizeof(AviStdIndexHeader)};
-        if (entrySize != 0) count = std::min(count, entryBytes / entrySize);
+        if (entrySize != 0) {
+            count = std::min(count, entryBytes / entrySize);
+        }
         if (count < header.nEntriesInUse) {
             const std::string claimed = std::to_string(header.nEntriesInUse);
             const std::string message =
@@ -181,12 +197,20 @@ void buildWholeLists(FileWindow& input, const RiffChunk* idx1, const RiffChunk* 
     if (idx1 != nullptr && input.holds(idx1->dataPosition(), idx1->dataSize())) {
         table.resize((std::size_t{idx1->dataSize()} + sizeof(AviOldIndexEntry) - 1) /
                      sizeof(AviOldIndexEntry));
-        if (!input.readBulk(idx1->dataPosition(), table.data(), idx1->dataSize())) table.clear();
+        if (!input.readBulk(idx1->dataPosition(), table.data(), idx1->dataSize())) {
+            table.clear();
+        }
     }
-    for (WholeStream& stream : streams) buildOpenDmlList(stream);
+    for (WholeStream& stream : streams) {
+        buildOpenDmlList(stream);
+    }
     constexpr std::uint64_t kTypeOffset = 8;
-    if (movi != nullptr) buildLegacyLists(table, movi->offset + kTypeOffset + kChunkHeaderBytes, streams);
-    for (WholeStream& stream : streams) stream.indexEmptyRuns();
+    if (movi != nullptr) {
+        buildLegacyLists(table, movi->offset + kTypeOffset + kChunkHeaderBytes, streams);
+    }
+    for (WholeStream& stream : streams) {
+        stream.indexEmptyRuns();
+    }
 }
 
 void WholeStream::indexEmptyRuns() {
@@ -204,9 +228,13 @@ std::int64_t WholeStream::nearestWithData(std::uint64_t entry, std::int64_t fram
     const auto after =
         std::upper_bound(m_emptyRuns.begin(), m_emptyRuns.end(), entry,
                          [](std::uint64_t wanted, const EmptyRun& run) { return wanted < run.first; });
-    if (after == m_emptyRuns.begin()) return -1;
+    if (after == m_emptyRuns.begin()) {
+        return -1;
+    }
     const EmptyRun& run = *(after - 1);
-    if (run.first > 0) return std::int64_t{run.first} - 1;
+    if (run.first > 0) {
+        return std::int64_t{run.first} - 1;
+    }
     // Nothing but empty chunks from the start on: the first one behind the run serves.
     const std::int64_t next = std::int64_t{run.last} + 1;
     const auto listed = static_cast<std::int64_t>(entries().size());

@@ -29,7 +29,7 @@ TEST(Console, GetsTheLinesOfTheFileWithPlainLineEnds) {
 }
 
 TEST(Console, IsNotUsedWhileTheLogIsOff) {
-    LogCapture log(LogCapture::Switch::missing);
+    LogCapture log(LogCapture::Switch::kMissing);
     const TempFolder folder;
     const ScopedEnvironment console("ORVANTIS_TEST_CONSOLE", (folder / "console").string());
     ASSERT_EQ(ChildProcess(siblingProgram("diag_console_child"), {"unused"}).wait(), 0);

@@ -139,7 +139,7 @@ TEST(Console, IsNotUsedWhileTheLogIsOff) {
     if (!PseudoConsole::available()) {
         GTEST_SKIP() << "this system has no pseudo consoles";
     }
-    LogCapture log(LogCapture::Switch::missing);
+    LogCapture log(LogCapture::Switch::kMissing);
     const TempFolder folder;
     PseudoConsole console;
     ASSERT_EQ(console.run(siblingProgram("diag_console_child"), (folder / "screen").wstring()), 0u);

@@ -23,7 +23,9 @@ std::size_t g_used = 0;
 
 int convert(std::FILE* stream, const printf_info* /*info*/, const void* const* /*arguments*/) {
     const std::string& text = g_texts.at(g_used++);
-    if (text == "!") return -1;
+    if (text == "!") {
+        return -1;
+    }
     return std::fprintf(stream, "%s", text.c_str());
 }
 

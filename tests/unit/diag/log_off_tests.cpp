@@ -32,7 +32,7 @@ class LogOff : public testing::Test {
         EXPECT_TRUE(fs::is_empty(m_log.profile()));
     }
 
-    LogCapture m_log{LogCapture::Switch::missing};
+    LogCapture m_log{LogCapture::Switch::kMissing};
 };
 
 TEST_F(LogOff, WithoutTheValueNothingIsCreated) {

@@ -39,7 +39,7 @@ TEST(LogProcess, ModuleDestroyAloneOpensTheLogOfAProcessThatLoggedNothingElse) {
 }
 
 TEST(LogProcess, WithoutTheSwitchAWholeProcessLeavesNothing) {
-    LogCapture log(LogCapture::Switch::missing);
+    LogCapture log(LogCapture::Switch::kMissing);
     ASSERT_EQ(runChild({"module", "3"}), 0);
     EXPECT_TRUE(fs::is_empty(log.profile()));
 }

@@ -78,7 +78,7 @@ const Value kValues[] = {
 };
 
 TEST(LogSwitchValue, IsTheFirstFourBytesWhateverTheType) {
-    LogCapture log(LogCapture::Switch::missing);
+    LogCapture log(LogCapture::Switch::kMissing);
     EXPECT_EQ(log_platform::readSwitchValue(), std::nullopt);
     for (const Value& value : kValues) {
         store(log.redirection(), value);
@@ -95,7 +95,7 @@ TEST_P(LogSwitch, TurnsTheLogOnExactlyWhenItsNumberIsNotZero) {
     if (logEnabled()) {
         GTEST_SKIP() << "another test of this process has switched the log on";
     }
-    LogCapture log(LogCapture::Switch::missing);
+    LogCapture log(LogCapture::Switch::kMissing);
     store(log.redirection(), GetParam());
     readLogSwitch();
     EXPECT_EQ(logEnabled(), turnsOn);

@@ -117,7 +117,7 @@ TEST(FailingFileFaults, WithoutAPlanEverythingPasses) {
 TEST(FailingFileFaults, OneOperationFailsAndTheNextPasses) {
     MemoryFile memory(std::string_view("0123456789"));
     FailingFile file(memory);
-    file.plan(FileFault::fail, 2, FileOperation::read);
+    file.plan(FileFault::kFail, 2, FileOperation::kRead);
     EXPECT_TRUE(file.seek(0));
     EXPECT_EQ(readSome(file, 2), "01");
     EXPECT_EQ(readSome(file, 2), "");
@@ -129,7 +129,7 @@ TEST(FailingFileFaults, OneOperationFailsAndTheNextPasses) {
 TEST(FailingFileFaults, AllOperationsFromOneOnFail) {
     MemoryFile memory(std::string_view("0123456789"));
     FailingFile file(memory);
-    file.plan(FileFault::fail, 3, FileOperation::any, true);
+    file.plan(FileFault::kFail, 3, FileOperation::kAny, true);
     EXPECT_EQ(readSome(file, 2), "01");
     EXPECT_TRUE(file.seek(5));
     EXPECT_FALSE(file.seek(6));
@@ -144,7 +144,7 @@ TEST(FailingFileFaults, AllOperationsFromOneOnFail) {
 TEST(FailingFileFaults, ShortReadsGiveHalf) {
     MemoryFile memory(std::string_view("0123456789"));
     FailingFile file(memory);
-    file.plan(FileFault::shortRead, 1, FileOperation::any, true);
+    file.plan(FileFault::kShortRead, 1, FileOperation::kAny, true);
     EXPECT_TRUE(file.seek(0));
     EXPECT_EQ(readSome(file, 5), "01");
     EXPECT_EQ(readSome(file, 1), "");
@@ -154,10 +154,10 @@ TEST(FailingFileFaults, ShortReadsGiveHalf) {
 TEST(FailingFileFaults, Throwing) {
     MemoryFile memory(std::string_view("0123456789"));
     FailingFile file(memory);
-    file.plan(FileFault::throwRuntime, 1);
+    file.plan(FileFault::kThrowRuntime, 1);
     EXPECT_THROW(file.seek(0), std::runtime_error);
     EXPECT_TRUE(file.seek(0));
-    file.plan(FileFault::throwBadAlloc, 1, FileOperation::read);
+    file.plan(FileFault::kThrowBadAlloc, 1, FileOperation::kRead);
     EXPECT_TRUE(file.seek(0));
     EXPECT_THROW(readSome(file, 1), std::bad_alloc);
     EXPECT_EQ(file.faults(), 1u);

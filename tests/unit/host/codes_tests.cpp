@@ -23,13 +23,17 @@ using namespace host;
 // `first` up to and including `last`.
 std::vector<std::int64_t> range(std::int64_t first, std::int64_t last) {
     std::vector<std::int64_t> values;
-    for (std::int64_t value = first; value <= last; ++value) values.push_back(value);
+    for (std::int64_t value = first; value <= last; ++value) {
+        values.push_back(value);
+    }
     return values;
 }
 
 std::vector<std::int64_t> joined(std::initializer_list<std::vector<std::int64_t>> parts) {
     std::vector<std::int64_t> all;
-    for (const auto& part : parts) all.insert(all.end(), part.begin(), part.end());
+    for (const auto& part : parts) {
+        all.insert(all.end(), part.begin(), part.end());
+    }
     return all;
 }
 
@@ -37,7 +41,9 @@ std::vector<std::int64_t> joined(std::initializer_list<std::vector<std::int64_t>
 template <class Row, std::size_t kCount>
 std::vector<std::int64_t> codesOf(const Row (&rows)[kCount]) {
     std::vector<std::int64_t> codes;
-    for (const Row& row : rows) codes.push_back(row.code);
+    for (const Row& row : rows) {
+        codes.push_back(row.code);
+    }
     return codes;
 }
 
@@ -69,7 +75,9 @@ TEST(Selectors, ThoseThatTheImporterServes) {
               (std::vector<std::int64_t>{0, 1, 8, 9, 12, 13, 14, 25, 27, 36, 37, 39, 46, 47, 54, 64}));
     std::vector<std::int64_t> answered;
     for (const Selector& row : kSelectors) {
-        if (row.answered) answered.push_back(row.code);
+        if (row.answered) {
+            answered.push_back(row.code);
+        }
     }
     EXPECT_EQ(answered, served);
 }

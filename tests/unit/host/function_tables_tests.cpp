@@ -22,7 +22,9 @@ using namespace host;
 template <typename Table>
 Table numberedTable() {
     std::array<std::uint64_t, sizeof(Table) / 8> slots{};
-    for (std::size_t i = 0; i < slots.size(); ++i) slots[i] = i + 1;
+    for (std::size_t i = 0; i < slots.size(); ++i) {
+        slots[i] = i + 1;
+    }
     return std::bit_cast<Table>(slots);
 }
 

@@ -58,10 +58,12 @@ TEST(PixelFormats, AreAllDifferent) {
 }
 
 TEST(PixelFormats, AreNamed) {
-    for (const HostFormat& format : hostFormats())
+    for (const HostFormat& format : hostFormats()) {
         EXPECT_STREQ(pixelFormatName(formatValue(format.code)), format.name);
-    for (const HostFormat& format : laterHostFormats())
+    }
+    for (const HostFormat& format : laterHostFormats()) {
         EXPECT_STREQ(pixelFormatName(formatValue(format.code)), format.name);
+    }
     EXPECT_STREQ(pixelFormatName(0), "PrPixelFormat_Any");
     EXPECT_STREQ(pixelFormatName(0x61726762), "PrPixelFormat_BGRA_4444_8u");
     EXPECT_STREQ(pixelFormatName(0x30313276), "PrPixelFormat_V210_422_10u_601");
@@ -122,7 +124,9 @@ TEST(PixelFormats, CapitalsTellTheDepthOfRgbFormats) {
     for (const std::string family : {"BGRA", "BGRX", "BGRP", "ARGB", "XRGB", "PRGB"}) {
         const std::uint32_t eight = code(family + "_4444_8u");
         std::string small = family;
-        for (char& letter : small) letter = static_cast<char>(letter + ('a' - 'A'));
+        for (char& letter : small) {
+            letter = static_cast<char>(letter + ('a' - 'A'));
+        }
         EXPECT_EQ(inMemory(eight), small);
         EXPECT_EQ(code(family + "_4444_16u"), eight ^ 0x00000020u) << family;
         EXPECT_EQ(code(family + "_4444_32f"), eight ^ 0x00002020u) << family;
@@ -147,7 +151,9 @@ TEST(PixelFormats, PlanarNamesAndCodesAgree) {
     int planar = 0;
     for (const PixelFormat& format : kPixelFormats) {
         const std::string name = format.name;
-        if (!contains(name, "_PLANAR_")) continue;
+        if (!contains(name, "_PLANAR_")) {
+            continue;
+        }
         ++planar;
         const bool full = contains(name, "FullRange");
         std::string expected = contains(name, "MPEG2") ? "y" : "Y";

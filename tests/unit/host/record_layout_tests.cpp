@@ -30,8 +30,9 @@ constexpr std::size_t kFieldBytes = sizeof(T);  // NOLINT(bugprone-sizeof-expres
 template <typename T>
 T patternValue(unsigned char seed) {
     std::array<unsigned char, kFieldBytes<T>> bytes{};
-    for (std::size_t i = 0; i < bytes.size(); ++i)
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
         bytes[i] = static_cast<unsigned char>((seed + i) % 0x80 + 1);
+    }
     return std::bit_cast<T>(bytes);
 }
 
@@ -48,7 +49,9 @@ template <typename Record, typename Field, typename Store>
     // address that could be handed out.
     using Element = std::remove_extent_t<Field>;
     std::array<unsigned char, sizeof(Record)> expected = before;
-    if (offset + size > expected.size()) return ::testing::AssertionFailure() << "ends behind the record";
+    if (offset + size > expected.size()) {
+        return ::testing::AssertionFailure() << "ends behind the record";
+    }
     const std::size_t count = std::is_array_v<Field> ? std::extent_v<Field> : 1;
     if (count * kFieldBytes<Element> != size) {
         return ::testing::AssertionFailure()
@@ -313,7 +316,9 @@ TEST(RecordLayout, FileNameAndPathAreSixteenBitText) {
     constexpr char16_t text[] = u"\u00E9\u20AC";
     imSubTypeDescriptionRec record;
     std::memset(&record, kPoison, sizeof record);
-    for (std::size_t i = 0; i < std::size(text); ++i) record.subTypeName[i] = text[i];
+    for (std::size_t i = 0; i < std::size(text); ++i) {
+        record.subTypeName[i] = text[i];
+    }
 
     std::array<unsigned char, 12> bytes{};
     std::memcpy(bytes.data(), &record, bytes.size());

@@ -23,7 +23,7 @@ namespace {
 constexpr auto kWrongCodeWouldBeDone = std::chrono::milliseconds(50);
 
 /// What the construction of a call throws; empty when nothing.
-std::string refusal(void* privateData, ImporterCall::Kind kind = ImporterCall::Kind::shared) {
+std::string refusal(void* privateData, ImporterCall::Kind kind = ImporterCall::Kind::kShared) {
     try {
         const ImporterCall call(privateData, kind);
         return {};
@@ -73,12 +73,18 @@ TEST_F(ImporterCallsTest, OnlyWhatTheHostHoldsIsAnImporter) {
 
 TEST_F(ImporterCallsTest, ManyImportersAreKeptApart) {
     std::vector<OrvantisImporter*> importers(2000);
-    for (OrvantisImporter*& importer : importers) importer = open();
-    for (std::size_t i = 0; i < importers.size(); i += 2) closeImporter(importers[i]);
+    for (OrvantisImporter*& importer : importers) {
+        importer = open();
+    }
+    for (std::size_t i = 0; i < importers.size(); i += 2) {
+        closeImporter(importers[i]);
+    }
     for (std::size_t i = 0; i < importers.size(); ++i) {
         ASSERT_EQ(refusal(importers[i]), i % 2 == 0 ? "importer is not open" : "") << i;
     }
-    for (std::size_t i = 1; i < importers.size(); i += 2) closeImporter(importers[i]);
+    for (std::size_t i = 1; i < importers.size(); i += 2) {
+        closeImporter(importers[i]);
+    }
     EXPECT_EQ(destroyed(), 2000);
 }
 
@@ -102,7 +108,9 @@ TEST_F(ImporterCallsTest, CloseWaitsForTheCallsOfOtherThreads) {
     leave.countDown();
     closed.get();
     EXPECT_EQ(destroyed(), 1);
-    for (std::thread& caller : callers) caller.join();
+    for (std::thread& caller : callers) {
+        caller.join();
+    }
 }
 
 TEST_F(ImporterCallsTest, CallsOnOtherImportersAreNotWaitedFor) {
@@ -177,7 +185,7 @@ TEST_F(ImporterCallsTest, ACallThatComesAfterAQuietFromInsideACallFindsTheImport
         importer->spareRequest().keep(std::make_unique<FrameRequest>());
         quietImporter(importer);
         later = std::async(std::launch::async, [importer] {
-            const ImporterCall call(importer, ImporterCall::Kind::exclusive);
+            const ImporterCall call(importer, ImporterCall::Kind::kExclusive);
             const bool quieted = importer->spareRequest().take() == nullptr;
             importer->spareRequest().keep(std::make_unique<FrameRequest>());
             return quieted;
@@ -212,7 +220,9 @@ TEST_F(ImporterCallsTest, TwoThreadsThatQuietFromInsideTheirCallsDoNotWaitForEac
             quietImporter(importer);
         });
     }
-    for (std::thread& thread : threads) thread.join();
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
     closeImporter(importer);
     EXPECT_EQ(destroyed(), 1);
 }
@@ -242,11 +252,11 @@ TEST_F(ImporterCallsTest, AnExclusiveCallFromInsideACallIsRefused) {
     OrvantisImporter* const importer = open();
     {
         const ImporterCall outer(importer);
-        EXPECT_EQ(refusal(importer, ImporterCall::Kind::exclusive),
+        EXPECT_EQ(refusal(importer, ImporterCall::Kind::kExclusive),
                   "importer is in use by a call of the same thread");
         EXPECT_EQ(refusal(importer), "");
     }
-    EXPECT_EQ(refusal(importer, ImporterCall::Kind::exclusive), "");
+    EXPECT_EQ(refusal(importer, ImporterCall::Kind::kExclusive), "");
     closeImporter(importer);
 }
 
@@ -261,8 +271,10 @@ TEST_F(ImporterCallsTest, AnExclusiveCallIsAlone) {
             start.arriveAndWait();
             for (int i = 0; i < 2000; ++i) {
                 if (t == 0) {
-                    const ImporterCall call(importer, ImporterCall::Kind::exclusive);
-                    if (++inside != 1) ++wrong;
+                    const ImporterCall call(importer, ImporterCall::Kind::kExclusive);
+                    if (++inside != 1) {
+                        ++wrong;
+                    }
                     --inside;
                 } else {
                     const ImporterCall call(importer);
@@ -273,7 +285,9 @@ TEST_F(ImporterCallsTest, AnExclusiveCallIsAlone) {
             }
         });
     }
-    for (std::thread& thread : threads) thread.join();
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
     EXPECT_EQ(wrong, 0);
     closeImporter(importer);
 }

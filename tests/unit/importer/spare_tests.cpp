@@ -68,12 +68,16 @@ TEST_F(SpareTest, NoTwoThreadsEverHoldTheSameObject) {
             start.arriveAndWait();
             for (int i = 0; i < 5000; ++i) {
                 const Loan<Counted> loan(spare);
-                if (++loan->users != 1) ++shared;
+                if (++loan->users != 1) {
+                    ++shared;
+                }
                 --loan->users;
             }
         });
     }
-    for (std::thread& thread : threads) thread.join();
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
     EXPECT_EQ(shared, 0);
     EXPECT_EQ(Counted::living, 1);
 }

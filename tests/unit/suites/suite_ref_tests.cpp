@@ -26,7 +26,9 @@ bool g_refuses = false;
 
 host::SPErr acquireSuite(const char* name, std::int32_t version, const void** suite) {
     g_calls.push_back(std::string("+ ") + name + ' ' + std::to_string(version));
-    if (g_refuses) return host::kSuiteFailed;
+    if (g_refuses) {
+        return host::kSuiteFailed;
+    }
     *suite = &kTable;
     return 0;
 }
@@ -70,7 +72,9 @@ class SuiteRefTest : public testing::Test {
     Lines linesAboutReleases() {
         Lines found;
         for (const std::string& line : m_log.lines()) {
-            if (line.starts_with("Releasing suite: ")) found.push_back(line);
+            if (line.starts_with("Releasing suite: ")) {
+                found.push_back(line);
+            }
         }
         return found;
     }

@@ -38,8 +38,9 @@ class DecodeFormats : public testing::Test {
 
     Codes build() {
         Codes codes;
-        for (const FormatInfo& row : buildDecodeFormats(kFormat))
+        for (const FormatInfo& row : buildDecodeFormats(kFormat)) {
             codes.push_back(fourccToString(row.pixelFormat));
+        }
         return codes;
     }
 
@@ -104,13 +105,13 @@ TEST_F(DecodeFormats, AsksEveryRowInOrderThenTheCodedTypeInASessionOfItsOwn) {
     build();
     const std::vector<Call> calls = library.calls();
     ASSERT_EQ(calls.size(), 2U + kRows + 1U + 2U);
-    EXPECT_EQ(calls[0].function, Function::LibraryInit);
-    EXPECT_EQ(calls[1].function, Function::Open);
+    EXPECT_EQ(calls[0].function, Function::kLibraryInit);
+    EXPECT_EQ(calls[1].function, Function::kOpen);
     for (std::size_t i = 0; i < kRows; ++i) {
         const Call& call = calls[2 + i];
         const FormatInfo& row = FormatInfos()[i];
         SCOPED_TRACE(row.name);
-        EXPECT_EQ(call.function, Function::DecompressQuery);
+        EXPECT_EQ(call.function, Function::kDecompressQuery);
         EXPECT_EQ(call.handle, calls[1].handle);
         EXPECT_EQ(call.data, kFormat.data());
         EXPECT_EQ(call.bytes, 40U);
@@ -118,17 +119,17 @@ TEST_F(DecodeFormats, AsksEveryRowInOrderThenTheCodedTypeInASessionOfItsOwn) {
         EXPECT_EQ(call.output->type, row.orvType);
         EXPECT_EQ(call.output->colorSpace, row.colorSpace);
     }
-    EXPECT_EQ(calls[kRows + 2].function, Function::DecompressQuery);
+    EXPECT_EQ(calls[kRows + 2].function, Function::kDecompressQuery);
     EXPECT_FALSE(calls[kRows + 2].output.has_value());
-    EXPECT_EQ(calls[kRows + 3].function, Function::Close);
+    EXPECT_EQ(calls[kRows + 3].function, Function::kClose);
     EXPECT_EQ(calls[kRows + 3].handle, calls[1].handle);
-    EXPECT_EQ(calls[kRows + 4].function, Function::LibraryClose);
+    EXPECT_EQ(calls[kRows + 4].function, Function::kLibraryClose);
 }
 
 TEST_F(DecodeFormats, RefusedRowsCostNoErrorTexts) {
     library.accepts = [](const OrvantisFrameFormat&) { return false; };
     build();
-    EXPECT_EQ(library.count(Function::GetString), 0);
+    EXPECT_EQ(library.count(Function::kGetString), 0);
 }
 
 TEST_F(DecodeFormats, UnknownCodedTypeThrowsAndClosesTheSession) {
@@ -147,22 +148,22 @@ TEST_F(DecodeFormats, EachFailingCallThrowsOrLeavesItsRowOut) {
     for (int call = 1; call <= static_cast<int>(kRows); ++call) {
         library.forgetCalls();
         library.stopFailing();
-        library.failCall(Function::DecompressQuery, call, 8);
+        library.failCall(Function::kDecompressQuery, call, 8);
         Codes expected = kAllCodes;
         expected.erase(expected.begin() + (call - 1));
         EXPECT_EQ(build(), expected) << "query " << call;
     }
     library.forgetCalls();
     library.stopFailing();
-    library.failCall(Function::DecompressQuery, static_cast<int>(kRows) + 1, 8);
+    library.failCall(Function::kDecompressQuery, static_cast<int>(kRows) + 1, 8);
     EXPECT_THROW(build(), OrvantisError);
     EXPECT_EQ(library.openSessions(), 0);
 
     library.stopFailing();
-    library.failAll(Function::Open, 8);
+    library.failAll(Function::kOpen, 8);
     EXPECT_THROW(build(), OrvantisError);
     library.stopFailing();
-    library.failAll(Function::LibraryInit, 8);
+    library.failAll(Function::kLibraryInit, 8);
     EXPECT_THROW(build(), OrvantisError);
 }
 

@@ -66,7 +66,9 @@ Lines subTypeLines() {
 
 std::string hostName(const std::string& code) {
     for (const formatlists::HostFormat& format : formatlists::hostFormats()) {
-        if (format.code == code) return format.name;
+        if (format.code == code) {
+            return format.name;
+        }
     }
     return "no such format";
 }
@@ -96,8 +98,12 @@ class FormatDump : public testing::Test {
         const auto usual = host.answer;
         host.answer = [usual](FakeHost::Question question, std::uint32_t format) {
             const std::string code = fourccToString(format);
-            if (question == FakeHost::kCompressed) return isCompressed(code);
-            if (question == FakeHost::kAlpha) return hasAlpha(code);
+            if (question == FakeHost::kCompressed) {
+                return isCompressed(code);
+            }
+            if (question == FakeHost::kAlpha) {
+                return hasAlpha(code);
+            }
             return usual(question, format);
         };
         library.param = [](std::uint32_t parameter, std::uint32_t type) -> std::uint32_t {
@@ -110,9 +116,15 @@ class FormatDump : public testing::Test {
         Lines result;
         bool inside = false;
         for (const std::string& line : lines) {
-            if (line == "----") inside = false;
-            if (inside) result.push_back(line);
-            if (line == heading) inside = true;
+            if (line == "----") {
+                inside = false;
+            }
+            if (inside) {
+                result.push_back(line);
+            }
+            if (line == heading) {
+                inside = true;
+            }
         }
         return result;
     }
@@ -199,18 +211,18 @@ TEST_F(FormatDump, AsksTwoParametersOfEachTypeInASessionOfItsOwn) {
     dumpFormatTables(host.basicSuite());
     const std::vector<Call> calls = library.calls();
     ASSERT_EQ(calls.size(), 2U + 61U * 2U + 2U);
-    EXPECT_EQ(calls[0].function, Function::LibraryInit);
-    EXPECT_EQ(calls[1].function, Function::Open);
+    EXPECT_EQ(calls[0].function, Function::kLibraryInit);
+    EXPECT_EQ(calls[1].function, Function::kOpen);
     for (std::size_t i = 0; i < 122; ++i) {
         const Call& call = calls[2 + i];
-        EXPECT_EQ(call.function, Function::GetParam);
+        EXPECT_EQ(call.function, Function::kGetParam);
         EXPECT_EQ(call.handle, calls[1].handle);
         EXPECT_EQ(call.number, i % 2 == 0 ? 7U : 9U);
         EXPECT_EQ(call.code, 1 + i / 2);
         EXPECT_EQ(call.bytes, 4U);
     }
-    EXPECT_EQ(calls[124].function, Function::Close);
-    EXPECT_EQ(calls[125].function, Function::LibraryClose);
+    EXPECT_EQ(calls[124].function, Function::kClose);
+    EXPECT_EQ(calls[125].function, Function::kLibraryClose);
 }
 
 TEST_F(FormatDump, NullNamesAreEmpty) {
@@ -234,7 +246,7 @@ TEST_F(FormatDump, FailingParameterQueryEndsTheListing) {
     for (const int call : {1, 2, 3, 61, 62, 121, 122}) {
         library.stopFailing();
         library.forgetCalls();
-        library.failCall(Function::GetParam, call, 21);
+        library.failCall(Function::kGetParam, call, 21);
         log.clear();
         dumpFormatTables(host.basicSuite());
         const Lines lines = log.lines();
@@ -244,13 +256,13 @@ TEST_F(FormatDump, FailingParameterQueryEndsTheListing) {
                                     ")");
         EXPECT_EQ(section(lines, "Orvantis types (can_flip supports_0_32768_range : format):").size(),
                   static_cast<std::size_t>(type));
-        EXPECT_EQ(library.count(Function::GetParam), call);
+        EXPECT_EQ(library.count(Function::kGetParam), call);
         EXPECT_EQ(library.openSessions(), 0);
     }
 }
 
 TEST_F(FormatDump, LibraryThatDoesNotOpenEndsTheListing) {
-    library.failAll(Function::LibraryInit, 22);
+    library.failAll(Function::kLibraryInit, 22);
     log.clear();
     dumpFormatTables(host.basicSuite());
     EXPECT_EQ(log.lines().back(),
@@ -278,13 +290,15 @@ TEST_F(FormatDump, ChangesNoTable) {
 
 // The switch cannot be turned off again, so this one needs a process in which no test captured the log.
 TEST(FormatDumpWithTheLogOff, AsksTheSameOfHostAndLibrary) {
-    if (logEnabled()) GTEST_SKIP() << "the log is on already";
+    if (logEnabled()) {
+        GTEST_SKIP() << "the log is on already";
+    }
     FakeHost host;
     FakeCodec library;
     dumpFormatTables(host.basicSuite());
     EXPECT_EQ(host.asked.size(), kHostFormats * 3U);
-    EXPECT_EQ(library.count(Function::GetParam), 122);
-    EXPECT_EQ(library.count(Function::GetString),
+    EXPECT_EQ(library.count(Function::kGetParam), 122);
+    EXPECT_EQ(library.count(Function::kGetString),
               static_cast<int>(61 + formatlists::codedTypes().size() + 2 * kRows));
 }
 

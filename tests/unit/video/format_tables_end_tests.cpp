@@ -14,7 +14,9 @@ namespace {
 struct LateReader {
     ~LateReader() {
         std::uint32_t rows = 0;
-        for (const FormatInfo& row : FormatInfos()) rows += row.orvType != 0 ? 1U : 0U;
+        for (const FormatInfo& row : FormatInfos()) {
+            rows += row.orvType != 0 ? 1U : 0U;
+        }
         (void)std::fprintf(stderr, "%u rows", rows);
     }
 };
@@ -45,7 +47,9 @@ TEST(FormatTablesEnd, ManyDifferentAnswersEachHaveTheirRows) {
             for (const FormatInfo& row : FormatInfos()) {
                 EXPECT_EQ(row.isTopLeft(), (row.pixelFormat >> 8) % divisor == 0);
             }
-            if (build == 0) tables.push_back(FormatInfos().data());
+            if (build == 0) {
+                tables.push_back(FormatInfos().data());
+            }
             EXPECT_EQ(FormatInfos().data(), tables.back());
         }
     }

@@ -52,7 +52,9 @@ TEST(SubTypeInfos, AreTheRowsOfTheListInOrder) {
         EXPECT_EQ(row.subsamplingV, expected.chromaStepY);
         EXPECT_EQ(row.colorModel, expected.modelNumber());
         std::vector<std::uint32_t> preferred;
-        for (const char* code : expected.preferred) preferred.push_back(format(code));
+        for (const char* code : expected.preferred) {
+            preferred.push_back(format(code));
+        }
         EXPECT_EQ(std::vector(row.preferredFormats.begin(), row.preferredFormats.end()), preferred);
     }
 }
@@ -143,8 +145,9 @@ TEST(FormatTablesBuild, AsksOncePerRowInOrderWithAClearedAnswer) {
     buildFormatTables(host.basicSuite());
     std::vector<FakeHost::AskedFormat> expected;
     expected.reserve(std::size(kFormats));
-    for (const formatlists::DeliveredFormat& row : kFormats)
+    for (const formatlists::DeliveredFormat& row : kFormats) {
         expected.push_back({FakeHost::kTopLeft, format(row.code), 0});
+    }
     EXPECT_EQ(host.asked, expected);
 }
 
@@ -152,7 +155,9 @@ TEST(FormatTablesBuild, HostThatFailsToAnswerMeansNotTopLeft) {
     FakeHost host;
     host.questionResults[FakeHost::kTopLeft] = -1;
     buildFormatTables(host.basicSuite());
-    for (const FormatInfo& row : FormatInfos()) EXPECT_FALSE(row.isTopLeft()) << row.name;
+    for (const FormatInfo& row : FormatInfos()) {
+        EXPECT_FALSE(row.isTopLeft()) << row.name;
+    }
 }
 
 TEST(FormatTablesBuild, AnyNonZeroAnswerMeansTopLeft) {
@@ -163,7 +168,9 @@ TEST(FormatTablesBuild, AnyNonZeroAnswerMeansTopLeft) {
             return 0;
         };
     buildFormatTables(host.basicSuite());
-    for (const FormatInfo& row : FormatInfos()) EXPECT_TRUE(row.isTopLeft()) << row.name;
+    for (const FormatInfo& row : FormatInfos()) {
+        EXPECT_TRUE(row.isTopLeft()) << row.name;
+    }
 }
 
 TEST(FormatTablesBuild, SuiteIsAcquiredAndReleasedWithItsLines) {
@@ -228,7 +235,9 @@ TEST(FormatTablesBuild, ReadersNeverSeeAMixture) {
         while (!stop) {
             const std::span<const FormatInfo> rows = FormatInfos();
             for (const FormatInfo& row : rows) {
-                if (row.isTopLeft() != rows[0].isTopLeft()) ++mixtures;
+                if (row.isTopLeft() != rows[0].isTopLeft()) {
+                    ++mixtures;
+                }
             }
         }
     });

@@ -60,12 +60,15 @@ TEST(FormatTablesThreads, ATableThatIsInForceIsWholeWhoeverBuildsOne) {
                 t_asked = 0;
                 buildFormatTables(&kLender);
                 const std::span<const FormatInfo> rows = FormatInfos();
-                for (std::size_t i = 0; i < 8; ++i)
+                for (std::size_t i = 0; i < 8; ++i) {
                     mixtures += rows[i].isTopLeft() != rows[i + 8].isTopLeft() ? 1 : 0;
+                }
             }
         });
     }
-    for (std::thread& thread : threads) thread.join();
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
     EXPECT_EQ(mixtures, 0);
 }
 

@@ -28,7 +28,7 @@ TEST(FrameDecoder, OneCallAfterTheOtherUsesTheMainSession) {
         EXPECT_EQ(&use.session(), &decoder.mainSession());
     }
     EXPECT_EQ(library.openSessions(), 1);
-    EXPECT_EQ(library.count(Function::Open), 1);
+    EXPECT_EQ(library.count(Function::kOpen), 1);
 }
 
 TEST(FrameDecoder, ACallThatMeetsAnotherGetsASessionOfItsOwnWhichIsKept) {
@@ -40,11 +40,13 @@ TEST(FrameDecoder, ACallThatMeetsAnotherGetsASessionOfItsOwnWhichIsKept) {
         const FrameDecoder::Use inner(decoder);
         EXPECT_EQ(&outer.session(), &decoder.mainSession());
         EXPECT_NE(inner.session().codec.handle(), outer.session().codec.handle());
-        if (i == 0) second = inner.session().codec.handle();
+        if (i == 0) {
+            second = inner.session().codec.handle();
+        }
         EXPECT_EQ(inner.session().codec.handle(), second);
         EXPECT_FALSE(inner.session().begun);
     }
-    EXPECT_EQ(library.count(Function::Open), 2);
+    EXPECT_EQ(library.count(Function::kOpen), 2);
     decoder.dropSpareSession();
     EXPECT_EQ(library.openSessions(), 1);
     const FrameDecoder::Use use(decoder);
@@ -67,7 +69,7 @@ TEST(FrameDecoder, ASessionThatCannotBeOpenedLeavesTheOthersAlone) {
     FakeCodec library;
     FrameDecoder decoder;
     const FrameDecoder::Use use(decoder);
-    library.failAll(Function::LibraryInit, 12);
+    library.failAll(Function::kLibraryInit, 12);
     EXPECT_THROW(FrameDecoder::Use{decoder}, OrvantisError);
     library.stopFailing();
     EXPECT_EQ(&use.session(), &decoder.mainSession());
@@ -91,7 +93,9 @@ TEST(FrameDecoder, NoTwoThreadsEverUseOneSession) {
                 const FrameDecoder::Use use(decoder);
                 {
                     const std::lock_guard lock(mutex);
-                    if (!inUse.insert(&use.session()).second) ++wrong;
+                    if (!inUse.insert(&use.session()).second) {
+                        ++wrong;
+                    }
                 }
                 use.session().pixelFormat = static_cast<std::uint32_t>(i);  // for ThreadSanitizer to see
                 const std::lock_guard lock(mutex);
@@ -99,7 +103,9 @@ TEST(FrameDecoder, NoTwoThreadsEverUseOneSession) {
             }
         });
     }
-    for (std::thread& thread : threads) thread.join();
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
     EXPECT_EQ(wrong, 0);
     EXPECT_LE(library.openSessions(), 2);
 }

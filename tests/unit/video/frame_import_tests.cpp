@@ -63,7 +63,9 @@ class FrameImport : public testing::Test {
         stream.header.dwRate = 25;
         stream.header.dwScale = 1;
         stream.format.assign(40, 0);
-        for (int i = 0; i < kFrames; ++i) addFrame(i + 1, static_cast<std::uint8_t>(i));
+        for (int i = 0; i < kFrames; ++i) {
+            addFrame(i + 1, static_cast<std::uint8_t>(i));
+        }
         open();
     }
 
@@ -88,8 +90,12 @@ class FrameImport : public testing::Test {
 
     host::ImporterResult run() {
         host::ImporterResult result = prepareFrame(*video, request);
-        if (result == host::ImporterResult::imNoErr) result = readFrame(*video, file, request);
-        if (result == host::ImporterResult::imNoErr) result = decodeFrame(*video, suites.get(), request);
+        if (result == host::ImporterResult::imNoErr) {
+            result = readFrame(*video, file, request);
+        }
+        if (result == host::ImporterResult::imNoErr) {
+            result = decodeFrame(*video, suites.get(), request);
+        }
         return result;
     }
 
@@ -233,7 +239,9 @@ TEST_F(FrameImport, ReadFetchesTheFramesChunk) {
     static_cast<void>(prepareFrame(*video, request));
     EXPECT_EQ(readFrame(*video, file, request), host::ImporterResult::imNoErr);
     ASSERT_EQ(request.chunk.bytes, 5U);
-    for (std::size_t i = 0; i < 5; ++i) EXPECT_EQ(request.chunk.buffer.data()[i], std::byte{4});
+    for (std::size_t i = 0; i < 5; ++i) {
+        EXPECT_EQ(request.chunk.buffer.data()[i], std::byte{4});
+    }
 }
 
 TEST_F(FrameImport, ReadOfAStreamWithoutDataFindsNoFrame) {
@@ -322,7 +330,7 @@ TEST_F(FrameImport, FirstFrameBeginsTheSessionAndFillsTheHostsFrame) {
 
 TEST_F(FrameImport, BeginIsAskedForTheRowsOutput) {
     ASSERT_EQ(frame(0, kBgra), host::ImporterResult::imNoErr);
-    const Call begin = library.callsOf(Function::DecompressBegin).at(0);
+    const Call begin = library.callsOf(Function::kDecompressBegin).at(0);
     EXPECT_EQ(begin.handle, video->decoder().mainSession().codec.handle());
     EXPECT_EQ(begin.data, video->formatData().data());
     EXPECT_EQ(begin.bytes, 40U);
@@ -365,7 +373,7 @@ TEST_F(FrameImport, HostWithTheOppositeOrderIsNotFlipped) {
     host.answer = [](FakeHost::Question, std::uint32_t) { return true; };
     buildFormatTables(host.basicSuite());
     ASSERT_EQ(frame(0, kBgra16), host::ImporterResult::imNoErr);
-    EXPECT_EQ(library.callsOf(Function::DecompressBegin).at(0).output->flags, 2U);
+    EXPECT_EQ(library.callsOf(Function::kDecompressBegin).at(0).output->flags, 2U);
 }
 
 TEST_F(FrameImport, SecondFrameOfTheFormatOnlyDecodes) {
@@ -382,7 +390,7 @@ TEST_F(FrameImport, SecondFrameOfTheFormatOnlyDecodes) {
 TEST_F(FrameImport, DecodeHandsOverTheChunkAndTheFramesRows) {
     ASSERT_EQ(frame(6, kBgra), host::ImporterResult::imNoErr);
     const FakeHost::Frame& made = host.frameOf(request.frame.get());
-    const Call decode = library.callsOf(Function::Decompress).at(0);
+    const Call decode = library.callsOf(Function::kDecompress).at(0);
     EXPECT_EQ(decode.handle, video->decoder().mainSession().codec.handle());
     EXPECT_EQ(decode.data, request.chunk.buffer.data());
     EXPECT_EQ(decode.bytes, 7U);
@@ -396,7 +404,7 @@ TEST_F(FrameImport, NegativeRowBytesKeepTheirBitPatternAndTheSizeWraps) {
     ASSERT_EQ(frame(2, kBgra), host::ImporterResult::imNoErr);
     const FakeHost::Frame& made = host.frameOf(request.frame.get());
     ASSERT_EQ(made.rowBytes, -80);
-    const Call decode = library.callsOf(Function::Decompress).at(0);
+    const Call decode = library.callsOf(Function::kDecompress).at(0);
     EXPECT_EQ(decode.buffer.rowPitch, 4294967216U);
     EXPECT_EQ(decode.buffer.totalBytes, 4294966976U);  // -320
     // The first row written is the last in memory, and nothing outside the frame was touched (ASan watches).
@@ -422,7 +430,7 @@ TEST_F(FrameImport, FormatChangeEndsAndBegins) {
 TEST_F(FrameImport, FailedEndIsLoggedAndOtherwiseIgnored) {
     CapturedLog log;
     ASSERT_EQ(frame(0, kBgra), host::ImporterResult::imNoErr);
-    library.failAll(Function::DecompressEnd, 31);
+    library.failAll(Function::kDecompressEnd, 31);
     log.clear();
     EXPECT_EQ(frame(1, kYuy2), host::ImporterResult::imNoErr);
     EXPECT_TRUE(request.formatChanged);
@@ -433,7 +441,7 @@ TEST_F(FrameImport, FailedEndIsLoggedAndOtherwiseIgnored) {
 
 TEST_F(FrameImport, FailedBeginLeavesTheSessionNotRunningAndIsTriedAgain) {
     CapturedLog log;
-    library.failCall(Function::DecompressBegin, 1, 32);
+    library.failCall(Function::kDecompressBegin, 1, 32);
     EXPECT_EQ(frame(0, kBgra), host::ImporterResult::imBadCompression);
     EXPECT_FALSE(video->decoder().mainSession().begun);
     EXPECT_EQ(video->decoder().mainSession().pixelFormat, host::PrPixelFormat_Invalid);
@@ -444,8 +452,8 @@ TEST_F(FrameImport, FailedBeginLeavesTheSessionNotRunningAndIsTriedAgain) {
         << log.lines().back();
 
     EXPECT_EQ(frame(0, kBgra), host::ImporterResult::imNoErr);
-    EXPECT_EQ(library.count(Function::DecompressBegin), 2);
-    EXPECT_EQ(library.count(Function::DecompressEnd), 0);
+    EXPECT_EQ(library.count(Function::kDecompressBegin), 2);
+    EXPECT_EQ(library.count(Function::kDecompressEnd), 0);
 }
 
 TEST_F(FrameImport, FrameThatMeetsAnotherOneDecodesWithASessionOfItsOwn) {
@@ -456,16 +464,16 @@ TEST_F(FrameImport, FrameThatMeetsAnotherOneDecodesWithASessionOfItsOwn) {
         EXPECT_FALSE(request.formatChanged);
         EXPECT_EQ(other.session().pixelFormat, kBgra) << "the other call's session is left alone";
     }
-    EXPECT_EQ(library.count(Function::DecompressBegin), 2);
-    EXPECT_EQ(library.count(Function::DecompressEnd), 0);
+    EXPECT_EQ(library.count(Function::kDecompressBegin), 2);
+    EXPECT_EQ(library.count(Function::kDecompressEnd), 0);
     EXPECT_EQ(frame(2, kBgra), host::ImporterResult::imNoErr);
-    EXPECT_EQ(library.count(Function::DecompressBegin), 2) << "the first session still runs";
+    EXPECT_EQ(library.count(Function::kDecompressBegin), 2) << "the first session still runs";
 }
 
 TEST_F(FrameImport, FrameThatMeetsAnotherOneFailsWithoutASecondSession) {
     CapturedLog log;
     const FrameDecoder::Use other(video->decoder());
-    library.failAll(Function::LibraryInit, 12);
+    library.failAll(Function::kLibraryInit, 12);
     EXPECT_EQ(frame(1, kBgra), host::ImporterResult::imBadCompression);
     EXPECT_TRUE(log.lines().back().starts_with("Decompress begin failed: Orvantis error (12): "))
         << log.lines().back();
@@ -476,17 +484,17 @@ TEST_F(FrameImport, FrameThatMeetsAnotherOneFailsWithoutASecondSession) {
 
 TEST_F(FrameImport, FailedBeginAfterAFormatChangeIsNotEndedTwice) {
     ASSERT_EQ(frame(0, kBgra), host::ImporterResult::imNoErr);
-    library.failCall(Function::DecompressBegin, 2, 32);
+    library.failCall(Function::kDecompressBegin, 2, 32);
     EXPECT_EQ(frame(1, kYuy2), host::ImporterResult::imBadCompression);
     EXPECT_FALSE(video->decoder().mainSession().begun);
     EXPECT_EQ(frame(2, kBgra), host::ImporterResult::imNoErr);
-    EXPECT_EQ(library.count(Function::DecompressEnd), 1);
+    EXPECT_EQ(library.count(Function::kDecompressEnd), 1);
     EXPECT_FALSE(request.formatChanged) << "nothing was running";
 }
 
 TEST_F(FrameImport, FailedDecodeIsBadCompressionAndTheFrameIsGivenBack) {
     CapturedLog log;
-    library.failCall(Function::Decompress, 1, 33);
+    library.failCall(Function::kDecompress, 1, 33);
     EXPECT_EQ(frame(0, kBgra), host::ImporterResult::imBadCompression);
     EXPECT_TRUE(
         log.lines().back().starts_with("Decompress failed: Orvantis error (33): error33: decompress({0x"))
@@ -497,7 +505,7 @@ TEST_F(FrameImport, FailedDecodeIsBadCompressionAndTheFrameIsGivenBack) {
     EXPECT_EQ(host.liveFrames(), 0);
 
     EXPECT_EQ(frame(1, kBgra), host::ImporterResult::imNoErr);
-    EXPECT_EQ(library.count(Function::DecompressBegin), 1);
+    EXPECT_EQ(library.count(Function::kDecompressBegin), 1);
 }
 
 TEST_F(FrameImport, FormatOutsideTheTableThrowsAndLeavesTheRunningSessionAlone) {
@@ -558,7 +566,7 @@ TEST_F(FrameImport, RefusedFrameIsAnotherErrorAndNothingIsDecoded) {
     host.createResult = -2147483646;
     EXPECT_EQ(frame(0, kBgra), host::ImporterResult::imOtherErr);
     EXPECT_EQ(log.lines().back(), "ERROR: CreatePPix() failed: -2147483646");
-    EXPECT_EQ(library.count(Function::Decompress), 0);
+    EXPECT_EQ(library.count(Function::kDecompress), 0);
     EXPECT_FALSE(request.frame);
     EXPECT_EQ(host.disposed, 0);
 
@@ -585,7 +593,7 @@ TEST_F(FrameImport, FrameWithoutPixelsIsAnotherErrorAndGivenBack) {
     host.pixelsNull = true;
     EXPECT_EQ(frame(0, kBgra), host::ImporterResult::imOtherErr);
     EXPECT_EQ(log.lines().back(), "ERROR: GetPixels() failed: 0");
-    EXPECT_EQ(library.count(Function::Decompress), 0);
+    EXPECT_EQ(library.count(Function::kDecompress), 0);
 }
 
 TEST_F(FrameImport, FrameWithoutRowBytesIsAnotherErrorAndGivenBack) {
@@ -593,7 +601,7 @@ TEST_F(FrameImport, FrameWithoutRowBytesIsAnotherErrorAndGivenBack) {
     host.rowBytesResult = 18;
     EXPECT_EQ(frame(0, kBgra), host::ImporterResult::imOtherErr);
     EXPECT_EQ(log.lines().back(), "ERROR: GetRowBytes() failed: 18");
-    EXPECT_EQ(library.count(Function::Decompress), 0);
+    EXPECT_EQ(library.count(Function::kDecompress), 0);
     request.frame.reset();
     EXPECT_EQ(host.disposed, 1);
 }
@@ -620,8 +628,12 @@ TEST_F(FrameImport, ThousandFramesInAlternatingFormatsEndAndBeginOnEveryChange) 
 
 // The switch cannot be turned off again, so this one needs a process in which no test captured the log.
 TEST_F(FrameImport, SteadyPlaybackAllocatesNothingWhileTheLogIsOff) {
-    if (!test::canCountAllocations()) GTEST_SKIP() << "this build cannot count allocations";
-    if (logEnabled()) GTEST_SKIP() << "the log is on already";
+    if (!test::canCountAllocations()) {
+        GTEST_SKIP() << "this build cannot count allocations";
+    }
+    if (logEnabled()) {
+        GTEST_SKIP() << "the log is on already";
+    }
     library.setRecording(false);
     ask(9 * kFrameTicks, kBgra);
     ASSERT_EQ(
@@ -642,13 +654,15 @@ TEST_F(FrameImport, SteadyPlaybackAllocatesNothingWhileTheLogIsOff) {
     }
     EXPECT_TRUE(allDecoded);
     EXPECT_EQ(allocations, 0U);
-    EXPECT_EQ(library.count(Function::Decompress), 101);
-    EXPECT_EQ(library.count(Function::GetString), 0) << "no text is asked for while the log is off";
+    EXPECT_EQ(library.count(Function::kDecompress), 101);
+    EXPECT_EQ(library.count(Function::kGetString), 0) << "no text is asked for while the log is off";
 }
 
 // Through another library's code, since a compiler may leave out an allocation that it sees whole.
 TEST(AllocationCounterItself, CountsAllocations) {
-    if (!test::canCountAllocations()) GTEST_SKIP() << "this build cannot count allocations";
+    if (!test::canCountAllocations()) {
+        GTEST_SKIP() << "this build cannot count allocations";
+    }
     test::startCounting();
     const std::string text = formatString("%0100d", 1);
     EXPECT_GE(test::counted().calls, 1U);

@@ -237,9 +237,13 @@ TEST(FrameIndexOfTime, MinusOneAsDivisorDoesNotTrap) {
 __extension__ using Int128 = __int128;
 
 std::uint32_t expectedIndex(std::int64_t frameTime, FrameRate rate, std::int64_t ticksPerSecond) {
-    if (rate.numerator == 0) return kNoFrame;
+    if (rate.numerator == 0) {
+        return kNoFrame;
+    }
     const Int128 ticksPerFrame = static_cast<Int128>(rate.denominator) * ticksPerSecond / rate.numerator;
-    if (ticksPerFrame == 0) return kNoFrame;
+    if (ticksPerFrame == 0) {
+        return kNoFrame;
+    }
     return static_cast<std::uint32_t>(static_cast<Int128>(frameTime) / ticksPerFrame);
 }
 

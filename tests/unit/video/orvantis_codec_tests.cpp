@@ -71,7 +71,7 @@ TEST(OrvantisError, NegativeCodeIsDecimalAndReachesTheLibraryUnchanged) {
     FakeCodec library;
     const OrvantisError error("x", CodecResult{std::numeric_limits<std::int32_t>::min()});
     EXPECT_STREQ(error.what(), "Orvantis error (-2147483648): error-2147483648: x");
-    const std::vector<Call> asked = library.callsOf(Function::GetString);
+    const std::vector<Call> asked = library.callsOf(Function::kGetString);
     ASSERT_EQ(asked.size(), 1U);
     EXPECT_EQ(asked[0].number, 2U);
     EXPECT_EQ(asked[0].code, 0x80000000U);
@@ -104,12 +104,12 @@ TEST(OrvantisCodec, OpensAndClosesInThisOrder) {
         library.forgetCalls();
     }
     EXPECT_EQ(library.callNames(), (std::vector<std::string>{"orvantis_close", "orvantis_library_close"}));
-    EXPECT_EQ(library.callsOf(Function::Close).at(0).handle, 0x5100U);
+    EXPECT_EQ(library.callsOf(Function::kClose).at(0).handle, 0x5100U);
 }
 
 TEST(OrvantisCodec, FailedInitialisationThrowsAndClosesNothing) {
     FakeCodec library;
-    library.failAll(Function::LibraryInit, 3);
+    library.failAll(Function::kLibraryInit, 3);
     EXPECT_EQ(messageOf([] { const OrvantisCodec codec; }),
               "Orvantis error (3): error3: OrvantisCodec(): orvantis_library_init()");
     EXPECT_EQ(library.callNames(), std::vector<std::string>{"orvantis_library_init"});
@@ -117,7 +117,7 @@ TEST(OrvantisCodec, FailedInitialisationThrowsAndClosesNothing) {
 
 TEST(OrvantisCodec, FailedOpenThrowsAndClosesNothing) {
     FakeCodec library;
-    library.failAll(Function::Open, -4);
+    library.failAll(Function::kOpen, -4);
     EXPECT_EQ(messageOf([] { const OrvantisCodec codec; }),
               "Orvantis error (-4): error-4: OrvantisCodec(): orvantis_open()");
     EXPECT_EQ(library.callNames(), (std::vector<std::string>{"orvantis_library_init", "orvantis_open"}));
@@ -132,11 +132,11 @@ TEST(OrvantisCodec, HandleZeroIsNoSessionToClose) {
 
 TEST(OrvantisCodec, FailuresOfTheCloseCallsAreSwallowed) {
     FakeCodec library;
-    library.failAll(Function::Close, 1);
-    library.failAll(Function::LibraryClose, 1);
+    library.failAll(Function::kClose, 1);
+    library.failAll(Function::kLibraryClose, 1);
     { const OrvantisCodec codec; }
-    EXPECT_EQ(library.count(Function::Close), 1);
-    EXPECT_EQ(library.count(Function::LibraryClose), 1);
+    EXPECT_EQ(library.count(Function::kClose), 1);
+    EXPECT_EQ(library.count(Function::kLibraryClose), 1);
 }
 
 TEST(OrvantisCodec, ARunningDecompressionIsNotEndedByTheDestructor) {
@@ -145,8 +145,8 @@ TEST(OrvantisCodec, ARunningDecompressionIsNotEndedByTheDestructor) {
         OrvantisCodec codec;
         codec.decompressBegin(kFormat, kOutput);
     }
-    EXPECT_EQ(library.count(Function::DecompressEnd), 0);
-    EXPECT_EQ(library.count(Function::Close), 1);
+    EXPECT_EQ(library.count(Function::kDecompressEnd), 0);
+    EXPECT_EQ(library.count(Function::kClose), 1);
 }
 
 TEST(OrvantisCodec, EmptyFrameFormatHasTheTwoWordsOnly) {
@@ -158,7 +158,7 @@ TEST(OrvantisCodecQuery, WithoutOutputTellsTheCodedFormat) {
     library.coded = {1920, 1080, 254, 1, 104, 5, 2, 1, 9};
     const OrvantisCodec codec;
     expectSame(codec.decompressQuery(kFormat, nullptr), library.coded);
-    const Call call = library.callsOf(Function::DecompressQuery).at(0);
+    const Call call = library.callsOf(Function::kDecompressQuery).at(0);
     EXPECT_EQ(call.handle, codec.handle());
     EXPECT_EQ(call.data, kFormat.data());
     EXPECT_EQ(call.bytes, 5U);
@@ -170,12 +170,12 @@ TEST(OrvantisCodecQuery, WithOutputPassesIt) {
     FakeCodec library;
     const OrvantisCodec codec;
     expectSame(codec.decompressQuery(kFormat, &kOutput), {64, 48, 254, 1, 31, 3, 2, 2, 0});
-    expectSame(*library.callsOf(Function::DecompressQuery).at(0).output, kOutput);
+    expectSame(*library.callsOf(Function::kDecompressQuery).at(0).output, kOutput);
 }
 
 TEST(OrvantisCodecQuery, FailureNamesBufferAndAbsentOutput) {
     FakeCodec library;
-    library.failAll(Function::DecompressQuery, 7);
+    library.failAll(Function::kDecompressQuery, 7);
     const OrvantisCodec codec;
     EXPECT_EQ(messageOf([&] { codec.decompressQuery(kFormat, nullptr); }),
               "Orvantis error (7): error7: decompressQuery({" + hexadecimal(kFormat.data()) + ",5},null)");
@@ -185,7 +185,7 @@ TEST(OrvantisCodecQuery, FailureNamesTheOutputWithItsTypeAndColourSpace) {
     FakeCodec library;
     library.setString(kOrvantisStringTypeName, 31, "BGRA16");
     library.setString(kOrvantisStringColorSpaceName, 2, "Rec.709");
-    library.failAll(Function::DecompressQuery, 7);
+    library.failAll(Function::kDecompressQuery, 7);
     const OrvantisCodec codec;
     EXPECT_EQ(messageOf([&] { codec.decompressQuery(kFormat, &kOutput); }),
               "Orvantis error (7): error7: decompressQuery({" + hexadecimal(kFormat.data()) +
@@ -194,7 +194,7 @@ TEST(OrvantisCodecQuery, FailureNamesTheOutputWithItsTypeAndColourSpace) {
 
 TEST(OrvantisCodecQuery, AbsentBufferIsNull) {
     FakeCodec library;
-    library.failAll(Function::DecompressQuery, 7);
+    library.failAll(Function::kDecompressQuery, 7);
     const OrvantisCodec codec;
     EXPECT_EQ(messageOf([&] { codec.decompressQuery({}, nullptr); }),
               "Orvantis error (7): error7: decompressQuery(null,null)");
@@ -208,8 +208,8 @@ TEST(OrvantisCodecQuery, CanDecompressAnswersWithoutAskingForTexts) {
     OrvantisFrameFormat other = kOutput;
     other.type = 30;
     EXPECT_FALSE(codec.canDecompress(kFormat, other));
-    EXPECT_EQ(library.count(Function::GetString), 0);
-    const Call call = library.callsOf(Function::DecompressQuery).at(1);
+    EXPECT_EQ(library.count(Function::kGetString), 0);
+    const Call call = library.callsOf(Function::kDecompressQuery).at(1);
     EXPECT_EQ(call.handle, codec.handle());
     EXPECT_EQ(call.data, kFormat.data());
     EXPECT_EQ(call.bytes, 5U);
@@ -220,7 +220,7 @@ TEST(OrvantisCodecDecode, BeginPassesFormatAndOutputAndAnswersWhatIsProduced) {
     FakeCodec library;
     OrvantisCodec codec;
     expectSame(codec.decompressBegin(kFormat, kOutput), {64, 48, 254, 1, 31, 3, 2, 2, 0});
-    const Call call = library.callsOf(Function::DecompressBegin).at(0);
+    const Call call = library.callsOf(Function::kDecompressBegin).at(0);
     EXPECT_EQ(call.handle, codec.handle());
     EXPECT_EQ(call.data, kFormat.data());
     EXPECT_EQ(call.bytes, 5U);
@@ -229,7 +229,7 @@ TEST(OrvantisCodecDecode, BeginPassesFormatAndOutputAndAnswersWhatIsProduced) {
 
 TEST(OrvantisCodecDecode, FailedBeginNamesItsArguments) {
     FakeCodec library;
-    library.failAll(Function::DecompressBegin, 11);
+    library.failAll(Function::kDecompressBegin, 11);
     OrvantisCodec codec;
     EXPECT_EQ(messageOf([&] { codec.decompressBegin(kFormat, kOutput); }),
               "Orvantis error (11): error11: decompressBegin({" + hexadecimal(kFormat.data()) +
@@ -243,7 +243,7 @@ TEST(OrvantisCodecDecode, DecompressPassesBothBuffers) {
     const std::array<std::byte, 3> frame{};
     char pixels[4];
     codec.decompress(frame, {pixels, 256, 256 * 48});
-    const Call call = library.callsOf(Function::Decompress).at(0);
+    const Call call = library.callsOf(Function::kDecompress).at(0);
     EXPECT_EQ(call.handle, codec.handle());
     EXPECT_EQ(call.data, frame.data());
     EXPECT_EQ(call.bytes, 3U);
@@ -254,7 +254,7 @@ TEST(OrvantisCodecDecode, DecompressPassesBothBuffers) {
 
 TEST(OrvantisCodecDecode, FailedDecompressNamesBothBuffers) {
     FakeCodec library;
-    library.failAll(Function::Decompress, 12);
+    library.failAll(Function::kDecompress, 12);
     OrvantisCodec codec;
     codec.decompressBegin(kFormat, kOutput);
     const std::array<std::byte, 3> frame{};
@@ -271,10 +271,10 @@ TEST(OrvantisCodecDecode, EndIsNamedWithoutArguments) {
     OrvantisCodec codec;
     codec.decompressBegin(kFormat, kOutput);
     codec.decompressEnd();
-    EXPECT_EQ(library.callsOf(Function::DecompressEnd).at(0).handle, codec.handle());
+    EXPECT_EQ(library.callsOf(Function::kDecompressEnd).at(0).handle, codec.handle());
 
     codec.decompressBegin(kFormat, kOutput);
-    library.failAll(Function::DecompressEnd, 13);
+    library.failAll(Function::kDecompressEnd, 13);
     EXPECT_EQ(messageOf([&] { codec.decompressEnd(); }), "Orvantis error (13): error13: decompressEnd()");
 }
 
@@ -283,7 +283,7 @@ TEST(OrvantisCodecParam, PassesTheTypeAndAnswersTheValue) {
     library.param = [](std::uint32_t parameter, std::uint32_t type) { return parameter * 100 + type; };
     const OrvantisCodec codec;
     EXPECT_EQ(codec.getParam(7, 31), 731U);
-    const Call call = library.callsOf(Function::GetParam).at(0);
+    const Call call = library.callsOf(Function::kGetParam).at(0);
     EXPECT_EQ(call.handle, codec.handle());
     EXPECT_EQ(call.number, 7U);
     EXPECT_EQ(call.code, 31U);
@@ -292,7 +292,7 @@ TEST(OrvantisCodecParam, PassesTheTypeAndAnswersTheValue) {
 
 TEST(OrvantisCodecParam, FailureNamesTheParameter) {
     FakeCodec library;
-    library.failAll(Function::GetParam, 2);
+    library.failAll(Function::kGetParam, 2);
     const OrvantisCodec codec;
     EXPECT_EQ(messageOf([&] { codec.getParam(9, 31); }), "Orvantis error (2): error2: getParam(9,31)");
 }
@@ -311,7 +311,7 @@ TEST(OrvantisCodecNames, NullNamesDoNotBreakAContext) {
     FakeCodec library;
     library.setNullString(kOrvantisStringTypeName, 31);
     library.setNullString(kOrvantisStringColorSpaceName, 2);
-    library.failAll(Function::DecompressBegin, 1);
+    library.failAll(Function::kDecompressBegin, 1);
     OrvantisCodec codec;
     EXPECT_EQ(messageOf([&] { codec.decompressBegin({}, kOutput); }),
               "Orvantis error (1): error1: decompressBegin(null,{0,0,254,1,31 (),3,2 (),2,0})");

@@ -52,7 +52,9 @@ class VideoAnalysis : public testing::Test {
     std::int32_t analyse() {
         video.emplace(suites);
         const std::int32_t result = numberOf(video->analyseFormat(stream));
-        if (result == host::imNoErr) video->analyseTiming();
+        if (result == host::imNoErr) {
+            video->analyseTiming();
+        }
         return result;
     }
 
@@ -91,12 +93,12 @@ TEST_F(VideoAnalysis, ConstructionOpensTheCodecThenAsksForTheTimeBase) {
 
 TEST_F(VideoAnalysis, FailedCodecLeavesTheConstructorBeforeAnySuite) {
     CapturedLog log;
-    library.failAll(Function::LibraryInit, 3);
+    library.failAll(Function::kLibraryInit, 3);
     EXPECT_THROW(video.emplace(suites), OrvantisError);
     EXPECT_EQ(log.lines(), Lines{"VideoInfo::VideoInfo()"});
 
     library.stopFailing();
-    library.failAll(Function::Open, 3);
+    library.failAll(Function::kOpen, 3);
     log.clear();
     EXPECT_THROW(video.emplace(suites), OrvantisError);
     EXPECT_EQ(log.lines(), Lines{"VideoInfo::VideoInfo()"});
@@ -113,7 +115,7 @@ TEST_F(VideoAnalysis, RefusedTimeSuiteLeavesTheConstructorAndClosesTheCodec) {
         EXPECT_STREQ(error.what(), "Could not acquire suite: 'Premiere Time Suite', ver: 1");
     }
     EXPECT_EQ(library.openSessions(), 0);
-    EXPECT_EQ(library.count(Function::LibraryClose), 1);
+    EXPECT_EQ(library.count(Function::kLibraryClose), 1);
     EXPECT_EQ(log.linesWithoutSuites(), Lines{"VideoInfo::VideoInfo()"});
 }
 
@@ -177,12 +179,12 @@ TEST_F(VideoAnalysis, FindingsAreThoseOfLibraryAndStream) {
 
 TEST_F(VideoAnalysis, QueriesHandTheWholeStreamFormatToTheLibrary) {
     analyse();
-    for (const fakecodec::Call& call : library.callsOf(Function::DecompressQuery)) {
+    for (const fakecodec::Call& call : library.callsOf(Function::kDecompressQuery)) {
         EXPECT_EQ(call.data, video->formatData().data());
         EXPECT_EQ(call.bytes, 7U);
     }
-    EXPECT_FALSE(library.callsOf(Function::DecompressQuery).at(0).output.has_value());
-    EXPECT_EQ(library.callsOf(Function::DecompressQuery).at(0).handle,
+    EXPECT_FALSE(library.callsOf(Function::kDecompressQuery).at(0).output.has_value());
+    EXPECT_EQ(library.callsOf(Function::kDecompressQuery).at(0).handle,
               video->decoder().mainSession().codec.handle());
 }
 
@@ -200,12 +202,12 @@ TEST_F(VideoAnalysis, EmptyFormatDataIsABadFile) {
     EXPECT_EQ(analyse(), host::imBadFile);
     EXPECT_EQ(log.linesWithoutSuites(),
               (Lines{"VideoInfo::VideoInfo()", "Compressed format size is invalid"}));
-    EXPECT_EQ(library.count(Function::DecompressQuery), 0);
+    EXPECT_EQ(library.count(Function::kDecompressQuery), 0);
 }
 
 TEST_F(VideoAnalysis, ForeignFileIsRefusedAfterOneQuery) {
     CapturedLog log;
-    library.failAll(Function::DecompressQuery, 7);
+    library.failAll(Function::kDecompressQuery, 7);
     EXPECT_EQ(analyse(), host::imBadFile);
     const Lines lines = log.linesWithoutSuites();
     ASSERT_EQ(lines.size(), 2U);
@@ -213,8 +215,8 @@ TEST_F(VideoAnalysis, ForeignFileIsRefusedAfterOneQuery) {
         lines[1].starts_with("Decompress query failed: Orvantis error (7): error7: decompressQuery({0x"))
         << lines[1];
     EXPECT_TRUE(lines[1].ends_with(",7},null)")) << lines[1];
-    EXPECT_EQ(library.count(Function::DecompressQuery), 1);
-    EXPECT_EQ(library.count(Function::Open), 1);
+    EXPECT_EQ(library.count(Function::kDecompressQuery), 1);
+    EXPECT_EQ(library.count(Function::kOpen), 1);
 }
 
 TEST_F(VideoAnalysis, UnknownCodedTypeIsAnotherError) {
@@ -223,7 +225,7 @@ TEST_F(VideoAnalysis, UnknownCodedTypeIsAnotherError) {
     library.coded.type = 116;
     EXPECT_EQ(analyse(), host::imOtherErr);
     EXPECT_EQ(log.linesWithoutSuites().back(), "Unknown compressed type: GREY12 (116)");
-    EXPECT_EQ(library.count(Function::DecompressQuery), 1);
+    EXPECT_EQ(library.count(Function::kDecompressQuery), 1);
 }
 
 TEST_F(VideoAnalysis, UnknownCodedTypeIsLoggedAsAnUnsignedNumber) {
@@ -261,11 +263,11 @@ TEST_F(VideoAnalysis, EveryFailingCodecCallIsAnsweredOrThrown) {
     CapturedLog log;
     // Calls of one analysis: query 1, then in a second session one for each row and the last for the type.
     const auto rows = static_cast<int>(formatlists::deliveredFormats().size());
-    library.failCall(Function::DecompressQuery, rows + 2, 9);
+    library.failCall(Function::kDecompressQuery, rows + 2, 9);
     EXPECT_EQ(analyse(), host::imBadFile);
     EXPECT_TRUE(log.linesWithoutSuites().back().starts_with("Decompress query failed: Orvantis error (9): "));
 
-    for (const Function function : {Function::LibraryInit, Function::Open}) {
+    for (const Function function : {Function::kLibraryInit, Function::kOpen}) {
         video.reset();
         library.stopFailing();
         library.forgetCalls();

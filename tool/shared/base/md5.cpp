@@ -41,10 +41,18 @@ void Md5::addBlock(const std::uint8_t* block) noexcept {
         b += std::rotl(sum, kTurns[i / 16][i % 4]);
     };
     std::size_t i = 0;
-    for (; i < 16; ++i) step(i, (b & c) | (~b & d), i);
-    for (; i < 32; ++i) step(i, (d & b) | (~d & c), 5 * i + 1);
-    for (; i < 48; ++i) step(i, b ^ c ^ d, 3 * i + 5);
-    for (; i < 64; ++i) step(i, c ^ (b | ~d), 7 * i);
+    for (; i < 16; ++i) {
+        step(i, (b & c) | (~b & d), i);
+    }
+    for (; i < 32; ++i) {
+        step(i, (d & b) | (~d & c), 5 * i + 1);
+    }
+    for (; i < 48; ++i) {
+        step(i, b ^ c ^ d, 3 * i + 5);
+    }
+    for (; i < 64; ++i) {
+        step(i, c ^ (b | ~d), 7 * i);
+    }
     m_state[0] += a;
     m_state[1] += b;
     m_state[2] += c;

@@ -32,7 +32,7 @@ class Atomic {
         return value;
     }
     ORVANTIS_SEAM T exchange(T value, std::memory_order order = std::memory_order_seq_cst) noexcept {
-        before("exchange", Access::write, ORVANTIS_SEAM_SITE);
+        before("exchange", Access::kWrite, ORVANTIS_SEAM_SITE);
         learn(order);
         tell(order, true);
         const T former = m_value;
@@ -60,28 +60,32 @@ class Atomic {
         schedules::engine::operation(what, this, access, site);
     }
     ORVANTIS_SEAM void learn(std::memory_order order) const noexcept {
-        if (order != std::memory_order_relaxed && order != std::memory_order_release)
+        if (order != std::memory_order_relaxed && order != std::memory_order_release) {
             schedules::engine::learn(m_told);
+        }
     }
     /// A store that is no release takes from later readers what was told before it; an exchange hands it on.
     ORVANTIS_SEAM void tell(std::memory_order order, bool handsOn) noexcept {
-        if (!handsOn) m_told = {};
-        if (order != std::memory_order_relaxed && order != std::memory_order_acquire)
+        if (!handsOn) {
+            m_told = {};
+        }
+        if (order != std::memory_order_relaxed && order != std::memory_order_acquire) {
             schedules::engine::tell(m_told);
+        }
     }
     ORVANTIS_SEAM T loadFrom(std::memory_order order, const void* site) const noexcept {
-        before("load", Access::read, site);
+        before("load", Access::kRead, site);
         learn(order);
         return m_value;
     }
     ORVANTIS_SEAM void storeFrom(T value, std::memory_order order, const void* site) noexcept {
-        before("store", Access::write, site);
+        before("store", Access::kWrite, site);
         tell(order, false);
         m_value = value;
     }
     ORVANTIS_SEAM bool compareFrom(T& expected, T desired, std::memory_order order,
                                    const void* site) noexcept {
-        before("compare", Access::write, site);
+        before("compare", Access::kWrite, site);
         learn(order);
         if (m_value != expected) {
             expected = m_value;

@@ -21,7 +21,9 @@ class ConditionVariable {
     ORVANTIS_SEAM void wait(std::unique_lock<Mutex>& lock) { waitFrom(*lock.mutex(), ORVANTIS_SEAM_SITE); }
     template <class Predicate>
     void wait(std::unique_lock<Mutex>& lock, Predicate predicate) {
-        while (!predicate()) wait(lock);
+        while (!predicate()) {
+            wait(lock);
+        }
     }
     ORVANTIS_SEAM void notify_one() noexcept { notifyFrom(true, ORVANTIS_SEAM_SITE); }
     ORVANTIS_SEAM void notify_all() noexcept { notifyFrom(false, ORVANTIS_SEAM_SITE); }
@@ -77,14 +79,18 @@ class Share {
     ORVANTIS_SEAM explicit Share(OutcomeOf<T>* outcome) noexcept : m_outcome(outcome) {}
     ORVANTIS_SEAM Share(Share&& other) noexcept : m_outcome(other.m_outcome) { other.m_outcome = nullptr; }
     ORVANTIS_SEAM ~Share() {
-        if (m_outcome != nullptr && --m_outcome->owners == 0) delete m_outcome;
+        if (m_outcome != nullptr && --m_outcome->owners == 0) {
+            delete m_outcome;
+        }
     }
     Share(const Share&) = delete;
     Share& operator=(const Share&) = delete;
 
     ORVANTIS_SEAM bool isEmpty() const noexcept { return m_outcome == nullptr; }
     ORVANTIS_SEAM OutcomeOf<T>& get() const {
-        if (m_outcome == nullptr) throwNoState();
+        if (m_outcome == nullptr) {
+            throwNoState();
+        }
         return *m_outcome;
     }
 
@@ -118,7 +124,9 @@ class Promise {
     ORVANTIS_SEAM Promise() : m_share(new seam::OutcomeOf<T>) {}
     Promise(Promise&&) noexcept = default;
     ORVANTIS_SEAM ~Promise() {
-        if (!m_share.isEmpty()) m_share.get().abandon();
+        if (!m_share.isEmpty()) {
+            m_share.get().abandon();
+        }
     }
 
     ORVANTIS_SEAM Future<T> get_future() {

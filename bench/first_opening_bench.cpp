@@ -1,5 +1,5 @@
 // Opening clips into memory that the process has not touched before, as a host does that opens a clip for the
-// first time. This is where the cost of each frame has to stay the same however many there are: in memory
+// first time. This is where each further frame has to cost the same however many there are: in memory
 // that the allocator kept from the last opening a short clip would be measured inside the processor's caches.
 #include <algorithm>
 #include <vector>
@@ -24,38 +24,40 @@ double timeFirstOpening(const BenchImporter& importer, const std::string& path) 
     return timeOpening(importer, path);
 }
 
-// What a clip costs beyond one of a single frame, for each frame. All lengths take turns.
+// What each further frame costs: by how much the longer of two clips takes longer, for each frame that it has
+// more. On a straight line that is the same everywhere. All lengths take turns.
 void openAsFramesGrow(benchmark::State& state) {
     const simhost::Plugin plugin(modulePath("ImporterOrvantis.prm"));
     const BenchImporter importer(plugin.entry());
-    const std::string shortest = benchFile(scalingFile(1));
-    std::vector<std::vector<double>> costs(std::size(kScalingFrames));
-    std::vector<double> fixed;
+    constexpr std::size_t kLengths = std::size(kScalingFrames);
+    std::vector<double> times[kLengths];
+    std::vector<double> slopes[kLengths - 1];
     for ([[maybe_unused]] auto round : state) {
         double total = 0;
-        const double one = timeFirstOpening(importer, shortest);
-        fixed.push_back(one);
-        for (std::size_t i = 0; i < costs.size(); ++i) {
-            const double seconds = timeFirstOpening(importer, benchFile(scalingFile(kScalingFrames[i])));
-            costs[i].push_back((seconds - one) * 1e9 / kScalingFrames[i]);
-            total += seconds;
+        for (std::size_t i = 0; i < kLengths; ++i) {
+            times[i].push_back(timeFirstOpening(importer, benchFile(scalingFile(kScalingFrames[i]))));
+            total += times[i].back();
+        }
+        for (std::size_t i = 0; i + 1 < kLengths; ++i) {
+            const double frames = kScalingFrames[i + 1] - kScalingFrames[i];
+            slopes[i].push_back((times[i + 1].back() - times[i].back()) * 1e9 / frames);
         }
         state.SetIterationTime(total);
     }
+    for (std::size_t i = 0; i < kLengths; ++i) {
+        state.counters["us_" + std::to_string(kScalingFrames[i])] = quantile(times[i], 0.5) * 1e6;
+    }
     double least = 0;
     double most = 0;
-    for (std::size_t i = 0; i < costs.size(); ++i) {
-        const double median = quantile(costs[i], 0.5);
+    for (std::size_t i = 0; i + 1 < kLengths; ++i) {
+        const double median = quantile(slopes[i], 0.5);
         least = i == 0 ? median : std::min(least, median);
         most = i == 0 ? median : std::max(most, median);
-        const std::string length = std::to_string(kScalingFrames[i]);
-        state.counters["ns_per_frame_" + length] = median;
-        state.counters["q1_" + length] = quantile(costs[i], 0.25);
-        state.counters["q3_" + length] = quantile(costs[i], 0.75);
+        const std::string length = std::to_string(kScalingFrames[i + 1]);
+        state.counters["ns_per_frame_to_" + length] = median;
     }
-    state.counters["fixed_us"] = quantile(fixed, 0.5) * 1e6;
     state.counters["times"] = most / least;
-    state.counters["runs"] = static_cast<double>(fixed.size());
+    state.counters["runs"] = static_cast<double>(times[0].size());
 }
 
 }  // namespace

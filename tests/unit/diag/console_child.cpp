@@ -1,7 +1,6 @@
 // Logs with the console switched on, with the log redirection of the test that started it. On Windows the
 // process must have a console; what then stands in its screen buffer is written to the file named on the
-// command line, as
-// "<columns> <rows>\n<characters>".
+// command line, as "<columns> <rows>\n<characters>".
 
 #ifdef _WIN32
 #include <windows.h>

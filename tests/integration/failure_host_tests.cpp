@@ -24,15 +24,9 @@ class HostFailures : public ClipTest {
     void describe() {
         logOn();
         startAndInit();
-        m_clip.emplace(importer(), placeClip());
-        ASSERT_EQ(m_clip->getInfo(0).result, host::imNoErr);
+        describeClip();
         static_cast<void>(log().news());
     }
-    void TearDown() override {
-        m_clip.reset();
-        ClipTest::TearDown();
-    }
-    simhost::Clip& clip() { return *m_clip; }
 
     void expectGoodFrame(std::uint32_t index) {
         const auto answer = clip().getFrame(index, kYuy2);
@@ -40,9 +34,6 @@ class HostFailures : public ClipTest {
         ASSERT_TRUE(answer.frame.has_value());
         EXPECT_EQ(answer.frame->picture(), clips::yuy2Picture(index));
     }
-
- private:
-    std::optional<simhost::Clip> m_clip;
 };
 
 TEST_F(HostFailures, AFrameThatCannotBeMadeIsAnOtherError) {

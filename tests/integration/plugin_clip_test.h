@@ -61,6 +61,13 @@ class ClipTest : public PluginTest {
     }
     const orvantis::test::TempFolder& folder() const { return m_folder; }
 
+    /// After start(): opens and describes the ordinary clip, which clip() then is until the test ends.
+    void describeClip() {
+        m_clip.emplace(importer(), placeClip());
+        ASSERT_EQ(m_clip->getInfo(0).result, host::imNoErr);
+    }
+    simhost::Clip& clip() { return *m_clip; }
+
     /// Before start(): switches the log on.
     void logOn() {
         m_capture = std::make_unique<orvantis::test::LogCapture>();
@@ -80,6 +87,7 @@ class ClipTest : public PluginTest {
     std::string codecTrace() const { return orvantis::test::readFile(m_folder / "codec-calls.txt"); }
 
     void TearDown() override {
+        m_clip.reset();
         PluginTest::TearDown();
         if (m_codecTrace) {
             // A pool thread that has just delivered its frame keeps the module loaded until it has left it.
@@ -99,6 +107,7 @@ class ClipTest : public PluginTest {
     std::unique_ptr<orvantis::test::LogCapture> m_capture;
     std::optional<LogText> m_log;
     std::optional<orvantis::test::ScopedEnvironment> m_codecTrace;
+    std::optional<simhost::Clip> m_clip;
 };
 
 /// The codec library answers by this plan from its next start on, that is with the next file that is opened

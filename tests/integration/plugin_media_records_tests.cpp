@@ -20,18 +20,9 @@ class MediaRecords : public ClipTest, public testing::WithParamInterface<const c
  protected:
     void SetUp() override {
         startAndInit(*simhost::findProfile(GetParam()));
-        m_clip.emplace(importer(), placeClip());
-        ASSERT_EQ(m_clip->getInfo(0).result, host::imNoErr);
+        describeClip();
         importer().setRecordFill(kPattern);
     }
-    void TearDown() override {
-        m_clip.reset();
-        ClipTest::TearDown();
-    }
-    simhost::Clip& clip() { return *m_clip; }
-
- private:
-    std::optional<simhost::Clip> m_clip;
 };
 
 TEST_P(MediaRecords, AFrameRequestIsOnlyRead) {

@@ -125,18 +125,9 @@ class NullPointersInAClip : public NullPointers {
     void SetUp() override {
         logOn();
         startAndInit();
-        m_clip.emplace(importer(), placeClip());
-        ASSERT_EQ(m_clip->getInfo(0).result, host::imNoErr);
+        describeClip();
         static_cast<void>(log().news());
     }
-    void TearDown() override {
-        m_clip.reset();
-        NullPointers::TearDown();
-    }
-    simhost::Clip& clip() { return *m_clip; }
-
- private:
-    std::optional<simhost::Clip> m_clip;
 };
 
 TEST_F(NullPointersInAClip, NoFrameFormatsAreAnEmptyList) {

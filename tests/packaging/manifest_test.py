@@ -28,6 +28,8 @@ def digest(package):
 
 
 class WingetTest(unittest.TestCase):
+    """The official schemas here are of version 1.0, which knows most fields; of version 1.6 there is one of our own, narrower."""
+
     def test_three_files_of_one_version_by_their_schema(self):
         self.assertEqual(len(list((FOLDER / "winget").iterdir())), 3)
         for part in ("", ".installer", ".locale.en-US"):
@@ -35,10 +37,22 @@ class WingetTest(unittest.TestCase):
             self.assertEqual(schema_check.problems(manifest, "winget-1.6.0.own.schema.json"), [])
             self.assertEqual((manifest["PackageIdentifier"], manifest["PackageVersion"]), (IDENTIFIER, settings.VERSION))
 
-    def test_schema_refuses_what_is_wrong(self):
+    def whole(self, installer):
+        """All three as the one manifest that version 1.0 had for everything, with one of the installers."""
+        return {**winget(""), **winget(".locale.en-US"), **winget(".installer"), "ManifestType": "singleton",
+                "Installers": [winget(".installer")["Installers"][installer]]}
+
+    def test_are_by_the_official_schemas_of_their_first_version(self):
+        self.assertEqual(schema_check.problems(winget(".installer"), "winget-installer-1.0.0.schema.json"), [])
+        for installer in (0, 1):
+            self.assertEqual(schema_check.problems(self.whole(installer), "winget-singleton-1.0.0.schema.json"), [])
+
+    def test_every_schema_refuses_what_is_wrong(self):
         manifest = winget(".installer")
         manifest["Installers"][0]["InstallerSha256"] = "12"
-        self.assertNotEqual(schema_check.problems(manifest, "winget-1.6.0.own.schema.json"), [])
+        for schema in ("winget-1.6.0.own.schema.json", "winget-installer-1.0.0.schema.json"):
+            self.assertNotEqual(schema_check.problems(manifest, schema), [], schema)
+        self.assertNotEqual(schema_check.problems({**self.whole(0), "License": "?"}, "winget-singleton-1.0.0.schema.json"), [])
 
     def test_checksums_and_names_are_those_of_the_packages(self):
         installers = winget(".installer")["Installers"]
@@ -54,7 +68,8 @@ class WingetTest(unittest.TestCase):
 class ScoopTest(unittest.TestCase):
     def test_is_by_its_schema_and_true_of_the_zip(self):
         manifest = json.loads((FOLDER / "scoop/orvantis-importer.json").read_text())
-        self.assertEqual(schema_check.problems(manifest, "scoop.own.schema.json"), [])
+        self.assertEqual(schema_check.problems(manifest, "scoop.schema.json"), [])
+        self.assertNotEqual(schema_check.problems({**manifest, "thing": "unknown"}, "scoop.schema.json"), [])
         self.assertEqual(manifest["version"], settings.VERSION)
         package = manifest["architecture"]["64bit"]
         self.assertEqual(manifest["homepage"], settings.HOME_URL)

@@ -15,9 +15,14 @@ OTHERS = {
 
 
 def read(name):
-    """A schema of the folder; the large ones of others are packed."""
+    """A schema of the folder; those of others are packed."""
     packed = FOLDER / f"{name}.gz"
     return json.loads(gzip.decompress(packed.read_bytes()) if packed.exists() else (FOLDER / name).read_text())
+
+
+def innermost(error):
+    """Of a choice between forms, what is wrong by the form that goes furthest with it says more than that none fits."""
+    return innermost(max(error.context, key=lambda each: len(each.absolute_path))) if error.context else error
 
 
 def problems(document, schema_name):
@@ -28,5 +33,5 @@ def problems(document, schema_name):
     for reference, file in OTHERS.items():
         other = read(file)
         store[base.rsplit("/", 1)[0] + "/" + reference] = other
-    validator = jsonschema.Draft7Validator(schema, resolver=jsonschema.RefResolver(base, schema, store))
-    return [f"{'/'.join(map(str, error.absolute_path))}: {error.message}" for error in validator.iter_errors(document)]
+    validator = jsonschema.validators.validator_for(schema)(schema, resolver=jsonschema.RefResolver(base, schema, store))
+    return [f"{'/'.join(map(str, error.absolute_path))}: {error.message}" for error in map(innermost, validator.iter_errors(document))]

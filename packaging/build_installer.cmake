@@ -14,9 +14,13 @@ foreach(component plugin tool texts)
     file(COPY ${files} DESTINATION "${stage}")
 endforeach()
 
+include("${CMAKE_CURRENT_LIST_DIR}/home_url.cmake")
 set(defines "-DVERSION=${CPACK_PACKAGE_VERSION}" "-DSTAGE=${stage}" "-DOUTFILE=${installer}")
 if(EXISTS "${stage}/importer_host.exe")
     list(APPEND defines -DHAVE_TOOL)
+endif()
+if(HOME_URL)
+    list(APPEND defines "-DHOME_URL=${HOME_URL}")
 endif()
 if(DEFINED ENV{ORVANTIS_SIGN_PROGRAM})
     list(APPEND defines "-DSIGN=$ENV{ORVANTIS_SIGN_PROGRAM}")
@@ -51,6 +55,7 @@ if(EXISTS "${msi}")
             "${out}.cdx.json" "${out}.spdx.json"
         COMMAND_ERROR_IS_FATAL ANY)
     file(GLOB validator "${CPACK_PACKAGE_DIRECTORY}/importer-validator-${CPACK_PACKAGE_VERSION}-win64.zip")
+    set(ENV{ORVANTIS_HOME_URL} "${HOME_URL}")
     execute_process(
         COMMAND "${CPACK_ORVANTIS_PYTHON}" -B "${parts}/make_provenance.py" "${record}" "${out}.intoto.json"
             "${installer}" "${msi}" ${validator} ${CPACK_PACKAGE_FILES}

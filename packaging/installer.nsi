@@ -500,7 +500,12 @@ Section "Importer plug-in" sectionPlugin
     WriteRegStr HKLM "${UNINSTALL_KEY}" "DisplayIcon" "$INSTDIR\uninstall.exe"
     WriteRegStr HKLM "${UNINSTALL_KEY}" "Readme" "$INSTDIR\README.txt"
     WriteRegStr HKLM "${UNINSTALL_KEY}" "HelpLink" "file:///$INSTDIR\README.txt"
-    WriteRegStr HKLM "${UNINSTALL_KEY}" "URLUpdateInfo" "file:///$INSTDIR\CHANGELOG.txt"
+    !ifdef HOME_URL
+        WriteRegStr HKLM "${UNINSTALL_KEY}" "URLInfoAbout" "${HOME_URL}"
+        WriteRegStr HKLM "${UNINSTALL_KEY}" "URLUpdateInfo" "${HOME_URL}/releases"
+    !else
+        WriteRegStr HKLM "${UNINSTALL_KEY}" "URLUpdateInfo" "file:///$INSTDIR\CHANGELOG.txt"
+    !endif
     ${GetTime} "" "L" $0 $1 $2 $3 $4 $5 $6      ; day, month, year
     WriteRegStr HKLM "${UNINSTALL_KEY}" "InstallDate" "$2$1$0"
     WriteRegStr HKLM "${UNINSTALL_KEY}" "InstallLocation" "$INSTDIR"

@@ -1,20 +1,17 @@
 # Run by build_installer.cmake when all packages are made: what the package managers winget and scoop want to know of them,
-# below <packages>/manifests. They name the place where the packages can be fetched, so they are made only when the environment
-# tells it: ORVANTIS_HOME_URL is the address of the repository on its forge, below which releases are published.
+# below <packages>/manifests. They name the place where the packages can be fetched, so they are made only when it is known
+# (../home_url.cmake).
+include("${CMAKE_CURRENT_LIST_DIR}/../home_url.cmake")
 set(manifests "${CPACK_PACKAGE_DIRECTORY}/manifests")
 file(REMOVE_RECURSE "${manifests}")
 if(NOT EXISTS "${msi}")
     return()
 endif()
-set(HOMEPAGE "$ENV{ORVANTIS_HOME_URL}")
-if(HOMEPAGE STREQUAL "")
-    message(STATUS "Manifests: none, as ORVANTIS_HOME_URL does not tell where the packages will be published")
+if(HOME_URL STREQUAL "")
+    message(STATUS "Manifests: none, as nobody has told where the packages will be published (scripts/set-home-url.sh)")
     return()
 endif()
-if(NOT HOMEPAGE MATCHES "^https://[^/ \"@]+\\.[^/ \"@]+/[^ \"@]*[^ \"@/]$" OR
-        HOMEPAGE MATCHES "^https://([^/]*\\.)?(example\\.(com|net|org)|[^/]*\\.(example|invalid|test))/")
-    message(FATAL_ERROR "ORVANTIS_HOME_URL is no address that packages can be fetched from: ${HOMEPAGE}")
-endif()
+set(HOMEPAGE "${HOME_URL}")
 set(VERSION "${CPACK_PACKAGE_VERSION}")
 set(URL "${HOMEPAGE}/releases/download")
 set(MSI_PRODUCT "${product}")

@@ -6,7 +6,13 @@ set(msi "${CPACK_PACKAGE_DIRECTORY}/${CPACK_PACKAGE_NAME}-${CPACK_PACKAGE_VERSIO
 if(NOT CPACK_ORVANTIS_WIXL OR NOT EXISTS "${stage}/importer_host.exe")
     return()
 endif()
-set(contents "${CPACK_PACKAGE_VERSION}")
+# Where the entry among the apps leads. The compiler's own conditions do not know what its command line defines.
+set(LINKS "")
+if(HOME_URL)
+    set(LINKS "<Property Id=\"ARPURLINFOABOUT\" Value=\"${HOME_URL}\"/>
+    <Property Id=\"ARPURLUPDATEINFO\" Value=\"${HOME_URL}/releases\"/>")
+endif()
+set(contents "${CPACK_PACKAGE_VERSION} ${HOME_URL}")
 file(GLOB staged "${stage}/*")
 foreach(file IN LISTS staged CPACK_ORVANTIS_MSI_ACTIONS CPACK_ORVANTIS_MSI_SOURCE)
     file(SHA256 "${file}" sum)
@@ -19,7 +25,8 @@ string(UUID package NAMESPACE ${namespace} NAME "package ${contents} $ENV{SOURCE
 set(work "${CPACK_TOPLEVEL_DIRECTORY}/msi-stage")
 file(REMOVE_RECURSE "${work}")
 file(MAKE_DIRECTORY "${work}")
-file(COPY ${staged} "${CPACK_ORVANTIS_MSI_SOURCE}" DESTINATION "${work}")
+file(COPY ${staged} DESTINATION "${work}")
+configure_file("${CPACK_ORVANTIS_MSI_SOURCE}" "${work}/ImporterOrvantis.wxs" @ONLY)
 configure_file("${CPACK_ORVANTIS_MSI_ACTIONS}" "${work}/setup_actions.dll" COPYONLY)
 file(GLOB files "${work}/*")
 # Cabinets record the date of each file.

@@ -3,7 +3,7 @@
     make_provenance.py RECORD OUT PACKAGE...      RECORD is what record_build.py wrote
 
 The statement is not signed. Two claims of whoever makes it come from the environment: ORVANTIS_BUILDER is the address of who built,
-ORVANTIS_HOME_URL that of the repository.
+ORVANTIS_HOME_URL that of the repository, which packaging has from home-url.txt unless somebody says another.
 """
 
 import os

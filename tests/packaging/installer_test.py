@@ -104,7 +104,8 @@ class InstallTest(InstallerTest):
             "DisplayIcon": ("REG_SZ", rf"{OWN_FOLDER}\uninstall.exe"),
             "Readme": ("REG_SZ", rf"{OWN_FOLDER}\README.txt"),
             "HelpLink": ("REG_SZ", rf"file:///{OWN_FOLDER}\README.txt"),
-            "URLUpdateInfo": ("REG_SZ", rf"file:///{OWN_FOLDER}\CHANGELOG.txt"),
+            "URLInfoAbout": ("REG_SZ", settings.HOME_URL),
+            "URLUpdateInfo": ("REG_SZ", f"{settings.HOME_URL}/releases"),
             "NoModify": ("REG_DWORD", "0x1"),
             "NoRepair": ("REG_DWORD", "0x1"),
         }

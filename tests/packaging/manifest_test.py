@@ -81,34 +81,52 @@ class ScoopTest(unittest.TestCase):
 class PlaceTest(unittest.TestCase):
     """Manifests that name no place, or one that cannot be, would be handed in by mistake."""
 
-    def make(self, home):
-        """As packaging does it once the packages are there; what it says, and the files that it makes."""
-        with tempfile.TemporaryDirectory() as folder:
-            variables = {"CPACK_PACKAGE_DIRECTORY": folder, "CPACK_PACKAGE_VERSION": settings.VERSION, "msi": settings.MSI,
-                         "installer": settings.SETUP, "CPACK_PACKAGE_FILES": settings.PACKAGE}
+    def make(self, home, recorded="https://example.com/nowhere-yet"):
+        """As packaging does it once the packages are there; what it says, and the files that it makes. `home` is what the
+        environment says, `recorded` what the sources do."""
+        with tempfile.TemporaryDirectory() as name:
+            folder = pathlib.Path(name)
+            (folder / "recorded").write_text(recorded + "\n")
+            variables = {"CPACK_PACKAGE_DIRECTORY": folder / "out", "CPACK_PACKAGE_VERSION": settings.VERSION, "msi": settings.MSI,
+                         "installer": settings.SETUP, "CPACK_PACKAGE_FILES": settings.PACKAGE, "home_url_file": folder / "recorded"}
             result = subprocess.run(
                 [settings.CMAKE, *(f"-D{name}={value}" for name, value in variables.items()), "-P",
                  settings.SOURCE_DIR / "packaging/manifests/build_manifests.cmake"],
                 stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, env={**os.environ, "ORVANTIS_HOME_URL": home})
-            return result.returncode, result.stdout, sorted(each.name for each in pathlib.Path(folder).rglob("*.*"))
+            files = sorted((folder / "out").rglob("*.*"))
+            page = [json.loads(each.read_text())["homepage"] for each in files if each.suffix == ".json"]
+            return result.returncode, result.stdout, len(files), page
 
     def test_without_a_place_there_are_none(self):
-        code, said, files = self.make("")
-        self.assertEqual((code, files), (0, []))
-        self.assertIn("Manifests: none, as ORVANTIS_HOME_URL does not tell where", said)
+        code, said, files, _ = self.make("")
+        self.assertEqual((code, files), (0, 0))
+        self.assertIn("Manifests: none, as nobody has told where the packages will be published", said)
 
     def test_place_that_cannot_be_is_refused(self):
         for home in ("http://192.0.2.1/a/b", "https://192.0.2.1", "https://192.0.2.1/a/", "https://localhost/a", "192.0.2.1/a/b",
                      "https://example.com/a/b", "https://www.example.org/a", "https://forge.invalid/a", "https://192.0.2.1/a b",
                      "https://somebody@192.0.2.1/a"):
-            code, said, files = self.make(home)
-            self.assertEqual((code, files), (1, []), home)
+            code, said, files, _ = self.make(home)
+            self.assertEqual((code, files), (1, 0), home)
             self.assertIn("ORVANTIS_HOME_URL is no address", said)
 
     def test_place_that_can_be_is_taken(self):
         for home in ("https://192.0.2.1/a/b", "https://192.0.2.1:8000/a"):
-            code, said, files = self.make(home)
-            self.assertEqual((code, len(files)), (0, 4), said)
+            code, said, files, page = self.make(home)
+            self.assertEqual((code, files, page), (0, 4, [home]), said)
+
+    def test_place_that_the_sources_name_is_taken_unless_somebody_says_another(self):
+        for home, expected in (("", "https://192.0.2.1/a/b"), ("https://192.0.2.2/c", "https://192.0.2.2/c")):
+            code, said, files, page = self.make(home, "https://192.0.2.1/a/b")
+            self.assertEqual((code, files, page), (0, 4, [expected]), said)
+        self.assertEqual(self.make("", "http://192.0.2.1/a/b")[0], 1)
+
+
+class MsiLinksTest(unittest.TestCase):
+    def test_entry_among_the_apps_leads_to_the_repository(self):
+        table = subprocess.run(["msiinfo", "export", settings.MSI, "Property"], check=True, capture_output=True, text=True).stdout
+        self.assertEqual(re.findall(r"(?m)^(ARPURL\w+)\t(.*?)\r?$", table),
+                         [("ARPURLINFOABOUT", settings.HOME_URL), ("ARPURLUPDATEINFO", f"{settings.HOME_URL}/releases")])
 
 
 if __name__ == "__main__":

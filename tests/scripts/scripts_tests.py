@@ -16,7 +16,7 @@ SOURCE = pathlib.Path(os.environ["ORVANTIS_SOURCE_DIR"])
 SCRIPTS = ["demo.sh", "test.sh", "bench.sh", "lint.sh", "mutate.sh", "coverage.sh", ".ci/nightly", "tests/fuzz/run.sh",
            "scripts/check-reproducible.sh", "scripts/install-packages.sh", "scripts/sign-file.sh",
            "scripts/sign-release.sh", "scripts/verify-release.sh", "scripts/build-release.sh",
-           "scripts/check-workflows.sh"]
+           "scripts/check-workflows.sh", "scripts/set-home-url.sh", "scripts/pin-actions.sh"]
 
 RECORD = '#!/bin/sh\necho "$(basename "$0") $*" >>"$CALLS"\n'
 # Prints what ninja prints, so that the progress can be seen.

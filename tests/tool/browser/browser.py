@@ -128,7 +128,8 @@ class Browser:
             raise RuntimeError(f"{expression}: {answer['exceptionDetails']}")
         return answer["result"].get("value")
 
-    def screenshot(self, path):
-        """The whole page, however long."""
-        image = self.call("Page.captureScreenshot", captureBeyondViewport=True, format="png")["data"]
+    def screenshot(self, path, width=None, height=None, scale=1):
+        """The whole page, however long, or its upper left part, larger or smaller."""
+        part = {"clip": {"x": 0, "y": 0, "width": width, "height": height, "scale": scale}} if width else {}
+        image = self.call("Page.captureScreenshot", captureBeyondViewport=True, format="png", **part)["data"]
         pathlib.Path(path).write_bytes(base64.b64decode(image))

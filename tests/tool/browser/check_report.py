@@ -6,6 +6,7 @@ light or dark as the user has it, needs nothing from outside, and says what ther
 IMPORTER_HOST is the tool with what it takes to start it. Clips, pages and screenshots go to FOLDER. Ends with 77, which
 CTest shows as skipped, where there is no Chromium.
 """
+import struct
 import subprocess
 import sys
 import unittest
@@ -14,6 +15,7 @@ from pathlib import Path
 import axe
 import browser
 import make_report_clips as clips
+import readme_picture
 
 WIDTHS = (400, 1400)
 A4_WIDTH = 718  # pixels of CSS between margins of a centimetre
@@ -152,6 +154,13 @@ class ReportTest(unittest.TestCase):
         self.assertEqual(texts(self.page, "h2")[-2:],
                          ["Diagnostic log of this run, no failures", "How this page was made"])
         self.assertFalse(self.page.value("document.querySelector('details').open"), "it is folded")
+
+    def test_picture_in_the_readme_is_of_this_page(self):
+        png = readme_picture.PICTURE.read_bytes()
+        shown = readme_picture.comparable(readme_picture.words(self.page, FOLDER / (clips.SOUND_NAME + ".html")))
+        self.assertGreater(len(shown.splitlines()), 30)
+        self.assertEqual(readme_picture.words_of(png), shown, "make it anew: tests/tool/browser/readme_picture.py build/windows-clang")
+        self.assertEqual(png[16:24], struct.pack(">II", *readme_picture.SIZE))
 
     def test_every_oddity_of_a_clip_is_told(self):
         self.openPage(clips.ODD_NAME)

@@ -17,6 +17,11 @@ mkdir -p "$2" "$3"
 packages="$(realpath "$2")"
 ORVANTIS_SIGNATURES="$(realpath "$3")"
 export ORVANTIS_SIGNATURES
+# Packaging signs in folders of its own.
+for name in ORVANTIS_SIGN_MODULE ORVANTIS_SIGN_PIN ORVANTIS_SIGN_CERTS ORVANTIS_SIGN_CA; do
+    eval "value=\${$name:-}"
+    [ -z "$value" ] || export "$name=$(realpath "$value")"
+done
 
 # What the build made stays as it was, for the next one.
 work="$(mktemp -d)"

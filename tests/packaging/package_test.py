@@ -72,6 +72,20 @@ class ZipTest(unittest.TestCase):
         data = programs()[settings.PLUGIN]
         self.assertIn("IMPT".encode("utf-16-le"), pe_file.PeFile(data).section(".rsrc"))
 
+    def test_plugin_takes_no_crash_from_the_host(self):
+        """The tool does: what is to be seen is there to be found. (The thread library in both watches for the exception by which
+        debuggers learn the names of threads, and leaves every other one alone.)"""
+        for name, expected in ((settings.PLUGIN, set()), (settings.TOOL, {"SetUnhandledExceptionFilter"})):
+            if name not in programs():
+                continue
+            with tempfile.NamedTemporaryFile() as file:
+                file.write(programs()[name])
+                file.flush()
+                said = subprocess.run(["llvm-readobj", "--coff-imports", file.name], check=True, capture_output=True, text=True).stdout
+            imported = set(re.findall(r"Symbol: (\w+)", said))
+            self.assertIn("GetProcAddress", imported)
+            self.assertEqual(imported & {"SetUnhandledExceptionFilter", "UnhandledExceptionFilter", "MiniDumpWriteDump"}, expected, name)
+
     def test_no_program_tells_where_it_was_built(self):
         folders = [settings.SOURCE_DIR, settings.BUILD_DIR, pathlib.Path.home()]
         for name, data in programs().items():

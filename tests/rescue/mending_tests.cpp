@@ -111,6 +111,41 @@ TEST(RescueInPlace, AnIndexAtAnOddPlaceDoesNotHideTheNewOne) {
     EXPECT_EQ(check.streams[0].entries + check.streams[1].entries, 11U);
 }
 
+// A list of data that a recorder gave its size once and then wrote on behind, garbage that has moved the rest
+// to odd places, and bytes too few for a chunk: an index behind them stands where none is looked for, and an
+// empty chunk has no data of its own that would show where it ends.
+TEST(RescueInPlace, TheLastChunkStaysAChunkWhereverTheNewIndexBegins) {
+    for (const std::uint32_t last : {0U, 3U, 4U}) {
+        for (const std::size_t stray : {0U, 1U, 3U, 7U}) {
+            for (const std::size_t garbage : {74U, 75U}) {
+                AviBuilder avi = mendBuilder();
+                avi.addFilledChunk(0, last, 9);
+                TestBytes clip = avi.build();
+                const auto place = [&avi](std::size_t i) {
+                    return static_cast<std::ptrdiff_t>(avi.placements()[i].offset - 8);
+                };
+                clip.resize(static_cast<std::size_t>(avi.idx1Offset()));
+                clip.insert(clip.begin() + place(6), garbage, 0xEE);
+                clip.insert(clip.end(), stray, 0xEE);
+                const auto list = static_cast<std::size_t>(avi.moviOffset());
+                const auto size = static_cast<std::uint32_t>(place(4)) - static_cast<std::uint32_t>(list) - 8;
+                for (std::size_t i = 0; i < 4; ++i) {
+                    clip[list + 4 + i] = static_cast<std::uint8_t>(size >> (8 * i));
+                }
+                TestBytes whole = mended(clip);
+                MemoryStorage before(clip);
+                MemoryStorage after(whole);
+                ClipScan scan = scanClip(after);
+                const std::string what = std::to_string(last) + " bytes, " + std::to_string(stray) +
+                                         " stray, " + std::to_string(garbage) + " of garbage";
+                EXPECT_EQ(foundChunks(scan), foundChunks(scanClip(before))) << what;
+                EXPECT_EQ(scan.chunks.size(), 12U) << what;
+                EXPECT_FALSE(checkIndexes(after, scan).gains()) << what;
+            }
+        }
+    }
+}
+
 class RescueCrashes : public ::testing::TestWithParam<int> {
  protected:
     TestBytes clip() const {

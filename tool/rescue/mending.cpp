@@ -190,7 +190,11 @@ class MendingPlan {
             } else {
                 patchWord(form.at + 4, size);
             }
-            if (form.moviAt == 0 || form.moviSizeIsRight) {
+            // A recorder that gives sizes now and then leaves a list that ends at a chunk, and has more
+            // behind.
+            const bool holdsAll =
+                form.moviAt + kChunkHeaderSize + form.moviSize + form.moviSize % 2 >= form.dataEnd;
+            if (form.moviAt == 0 || (form.moviSizeIsRight && holdsAll)) {
                 continue;
             }
             std::uint64_t moviEnd = std::max(form.dataEnd, form.moviAt + kListHeaderSize);

@@ -174,6 +174,18 @@ class Scanner {
         return endOf(at, head) + head.size % 2;
     }
 
+    // Behind chunks that damage has moved to odd places one byte may lead back to an even one, where readers
+    // look for an index. `at`, or the place behind that byte.
+    std::uint64_t passFiller(ByteWindow& window, std::uint64_t at, std::size_t ahead = 4096) {
+        if ((at - m_out.forms.back().at) % 2 == 0) {
+            return at;
+        }
+        const auto byte = window.view(at, 1, ahead);
+        const bool filler =
+            !byte.empty() && byte[0] == 0 && headAt(window, at + 1, ahead).token == Token::kOwn;
+        return filler ? at + 1 : at;
+    }
+
     // ---- from chunk to chunk ----
 
     void walk(std::uint64_t start) {
@@ -183,6 +195,7 @@ class Scanner {
                 tellStep(m_at);
             }
             noteListEnd();
+            m_at = passFiller(m_walk, m_at, m_ahead);
             takeToken(headAt(m_walk, m_at, m_ahead));
         }
         noteListEnd();
@@ -356,14 +369,15 @@ class Scanner {
 
     // Whether what stands at `at` can stand behind a chunk.
     bool follows(std::uint64_t at) {
+        at = passFiller(m_walk, at, m_ahead);
         const Head head = headAt(m_walk, at, m_ahead);
         if (head.token != Token::kOther) {
             return head.token != Token::kBad;
         }
-        const std::uint64_t next = paddedEndOf(at, head);
         if (endOf(at, head) > m_out.fileSize) {
             return false;
         }
+        const std::uint64_t next = passFiller(m_walk, paddedEndOf(at, head), m_ahead);
         const Token then = headAt(m_walk, next, m_ahead).token;
         return then != Token::kOther && then != Token::kBad;
     }
@@ -444,7 +458,7 @@ class Scanner {
             if (endOf(at, head) > m_out.fileSize) {
                 return false;
             }
-            const Token then = headAt(m_peek, paddedEndOf(at, head)).token;
+            const Token then = headAt(m_peek, passFiller(m_peek, paddedEndOf(at, head))).token;
             return then != Token::kOther && then != Token::kBad;
         }
         constexpr int kLinks = 2;
@@ -456,10 +470,11 @@ class Scanner {
             if (end > m_out.fileSize) {
                 return i > 0;  // the file's last chunk, cut off
             }
-            const std::uint64_t next = paddedEndOf(at, head);
+            std::uint64_t next = paddedEndOf(at, head);
             if (next == moviDataEnd() || next == moviEnd()) {
                 return true;
             }
+            next = passFiller(m_peek, next);
             const Head then = headAt(m_peek, next);
             if (then.token == Token::kEnd) {
                 return i > 0 || !m_inIndex;
@@ -485,6 +500,7 @@ class Scanner {
         constexpr int kFew = 3;
         int whole = 0;
         for (int i = 0; i < kLong; ++i) {
+            at = passFiller(m_peek, at);
             const Head head = headAt(m_peek, at);
             if (head.token == Token::kBad || head.token == Token::kOther) {
                 return false;

@@ -163,7 +163,8 @@ class MendingPlan {
                 stretch.place.begin >= m_out.appendAt) {
                 continue;
             }
-            size -= tail ? 0 : size % 2;  // a byte is left over, rather than one of the next chunk taken
+            const bool led = tail && (stretch.place.begin - m_scan.forms.back().at) % 2 == 0;
+            size -= led ? 0 : size % 2;  // a byte is left over, rather than one of what follows taken
             FileBytes junk;
             putHeader(junk, riffCode("JUNK"), size);
             patch(stretch.place.begin, std::move(junk));

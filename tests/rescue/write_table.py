@@ -16,7 +16,8 @@ def read(paths):
         for line in open(path, encoding="utf-8"):
             words = line.split()
             if words[0] == "scan":
-                scan = {words[i]: int(words[i + 1]) for i in range(1, len(words), 2)}
+                old = scan or {}
+                scan = {words[i]: int(words[i + 1]) + old.get(words[i], 0) for i in range(1, len(words), 2)}
             elif words[0] == "tool":
                 counts = [int(word) for word in words[2:]]
                 old = tools.get(words[1], [0] * len(counts))

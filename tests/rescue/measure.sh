@@ -59,4 +59,10 @@ while [ "$job" -lt "$jobs" ]; do
     job=$((job + 1))
 done
 wait
-python3 tests/rescue/write_table.py docs/rescue.md "$done"/tools.*.txt "$done/scan.$per_clip".*.txt
+first=0
+while [ "$first" -lt "$cuts" ]; do
+    last=$((first + block < cuts ? first + block : cuts))
+    cat "$done/tools.$first-$last.txt"
+    first=$last
+done > "$work/tools.txt"
+python3 tests/rescue/write_table.py docs/rescue.md "$work/tools.txt" "$done/scan.$per_clip".*.txt

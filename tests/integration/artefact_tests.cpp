@@ -172,7 +172,8 @@ TEST(Artefact, ImportsTheWholeCodecInterface) {
         "orvantis_close",        "orvantis_decompress_query", "orvantis_decompress_begin",
         "orvantis_decompress",   "orvantis_decompress_end",   "orvantis_get_string",
         "orvantis_get_param",    "orvantis_compress_query"};
-    EXPECT_EQ(PeFile(pluginPath()).imports()["orvantis_common64.dll"], expected);
+    EXPECT_EQ(PeFile(pluginPath()).imports()["orvantis_common64.dll"], expected)
+        << "CONTRIBUTING.md, \"How do I add ...\", a function of the codec library";
 }
 
 TEST(Artefact, DependsOnSystemLibrariesAndTheCodecOnly) {

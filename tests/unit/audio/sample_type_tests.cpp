@@ -35,7 +35,7 @@ TEST(SampleType, NamesAreThoseOfTheFiveKinds) {
     for (std::uint32_t code = 0; code < 300; ++code) {
         const auto found = known.find(code);
         EXPECT_EQ(audioSampleTypeName(code), found != known.end() ? found->second : "Unknown sample type")
-            << code;
+            << code << ": CONTRIBUTING.md, \"How do I add ...\", an audio format";
     }
     EXPECT_STREQ(audioSampleTypeName(0xFFFFFFFFu), "Unknown sample type");
 }

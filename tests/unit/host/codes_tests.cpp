@@ -79,7 +79,8 @@ TEST(Selectors, ThoseThatTheImporterServes) {
             answered.push_back(row.code);
         }
     }
-    EXPECT_EQ(answered, served);
+    EXPECT_EQ(answered, served)
+        << "CONTRIBUTING.md, \"How do I add ...\", a selector that the importer answers";
 }
 
 TEST(Selectors, AsyncOnesCountFromZero) {

@@ -38,7 +38,8 @@ TEST(PixelFormats, ReadAsTheirTextInMemoryInTheListsOrder) {
         EXPECT_EQ(inMemory(kPixelFormats[i].code), hostFormats()[i].code);
         EXPECT_STREQ(kPixelFormats[i].name, hostFormats()[i].name);
     }
-    ASSERT_EQ(std::size(kLaterPixelFormats), laterHostFormats().size());
+    ASSERT_EQ(std::size(kLaterPixelFormats), laterHostFormats().size())
+        << "CONTRIBUTING.md, \"How do I add ...\", a host pixel format";
     for (std::size_t i = 0; i < laterHostFormats().size(); ++i) {
         EXPECT_EQ(inMemory(kLaterPixelFormats[i].code), laterHostFormats()[i].code);
         EXPECT_STREQ(kLaterPixelFormats[i].name, laterHostFormats()[i].name);

@@ -259,6 +259,26 @@ TEST_F(ImporterHostReport, TheLogDoesNotGrowWithTheSound) {
     EXPECT_EQ(count(page, "<svg class=\"wave\""), 2U) << "all of the sound was heard";
 }
 
+// What a page asks for does not depend on how much there is, so a clip of hours has no longer log to read.
+TEST_F(ImporterHostReport, TheLogDoesNotGrowWithTheClip) {
+    std::filesystem::create_directories(folder / "profile");
+    const orvantis::test::ScopedEnvironment profile("ORVANTIS_TEST_PROFILE", in(u8"profile"));
+    std::vector<std::size_t> lines;
+    for (const std::uint32_t frames : {100U, 2000U}) {
+        const std::string clip = write(u8"a.avi", clips::builder({.frames = frames}).build());
+        ASSERT_EQ(run({"--log", "report", clip, "--out", in(u8"out")}), kSuccess);
+        std::size_t all = 0;
+        for (const auto& log :
+             std::filesystem::directory_iterator(folder / "profile" / "orvantis" / "adobe")) {
+            all += count(orvantis::test::readFile(log.path()), "\n");
+        }
+        std::filesystem::remove_all(folder / "profile" / "orvantis");
+        lines.push_back(all);
+    }
+    EXPECT_GT(lines[0], 100U);
+    EXPECT_EQ(lines[1], lines[0]);
+}
+
 TEST_F(ImporterHostReport, TheLogOfTheRunIsOnThePageAndNowhereElse) {
     std::filesystem::create_directories(folder / "profile");
     const orvantis::test::ScopedEnvironment profile("ORVANTIS_TEST_PROFILE", in(u8"profile"));

@@ -42,6 +42,19 @@ TEST(PictureTest, TopRowsComeFirstThoughTheFormatStoresThemLast) {
               (Samples{1, 1, 1, 2, 2, 2}));
 }
 
+TEST(PictureTest, AStepTakesEverySuchRowAndPixel) {
+    Host sim;
+    const auto paint = [](std::int32_t y, std::uint8_t* row) {
+        for (int x = 0; x < 5; ++x) {
+            std::memset(row + std::ptrdiff_t{4} * x, 10 * y + x, 4);
+        }
+    };
+    const Picture picture = toPicture(test::madeFrame(sim, host::PrPixelFormat_BGRX_4444_8u, 5, 3, paint), 2);
+    EXPECT_EQ(picture.width, 3);
+    EXPECT_EQ(picture.height, 2);
+    EXPECT_EQ(picture.samples, (Samples{0, 0, 0, 2, 2, 2, 4, 4, 4, 20, 20, 20, 22, 22, 22, 24, 24, 24}));
+}
+
 TEST(PictureTest, SixteenBitsReachFullScaleAt32768) {
     // B = 0, G = 16384, R = 32768, A = 32768
     const Picture picture =

@@ -195,5 +195,16 @@ TEST(Thumbnails, SmallPicturesKeepTheirSize) {
     EXPECT_EQ(wide.samples, std::vector<std::uint16_t>(300, 9));
 }
 
+// From 8 × 8 pixels on for one of the thumbnail nobody sees whether all of them were taken.
+TEST(Thumbnails, TakeAPartOfAFrameThatIsVeryLarge) {
+    EXPECT_EQ(thumbnailStep(1920, 1080, 240, 480), 1);
+    EXPECT_EQ(thumbnailStep(3839, 2160, 240, 480), 1);
+    EXPECT_EQ(thumbnailStep(3840, 2160, 240, 480), 2);
+    EXPECT_EQ(thumbnailStep(16384, 16384, 240, 480), 8);
+    EXPECT_EQ(thumbnailStep(1, 20000, 240, 480), 1) << "there is one column to take";
+    EXPECT_EQ(thumbnailStep(20000, 1, 240, 480), 1);
+    EXPECT_EQ(thumbnailStep(0, 0, 240, 480), 1);
+}
+
 }  // namespace
 }  // namespace simhost::tool

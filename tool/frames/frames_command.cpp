@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -27,6 +28,8 @@ namespace simhost::tool {
 namespace {
 
 using Json = nlohmann::ordered_json;
+
+constexpr std::int64_t kMostPngPixels = 100'000'000;
 
 struct FramesOptions {
     std::string file;
@@ -76,13 +79,16 @@ class FrameWriter {
         if (!png && !onSheet) {
             return;
         }
-        const Picture picture = toPicture(frame);
+        const std::int32_t step = m_sheet.step(frame.width(), frame.height());
+        std::optional<Picture> whole;
         if (png) {
-            writeFile(path + ".png", encodePng(picture));
+            whole = toPicture(frame);
+            writeFile(path + ".png", encodePng(*whole));
             ++m_files;
         }
         if (onSheet) {
-            m_sheet.add(picture, std::to_string(index) + "  " + time(index) + name);
+            m_sheet.add(whole && step == 1 ? *whole : toPicture(frame, step),
+                        std::to_string(index) + "  " + time(index) + name);
             ++m_onSheet;
         }
     }
@@ -142,13 +148,17 @@ struct Delivery {
     std::vector<LostFrame> lost;
 };
 
-Json toJson(const FramesOptions& options, const Delivery& done, const std::string& note) {
+Json toJson(const FramesOptions& options, const Delivery& done, const std::vector<std::string>& notes) {
     Json out = {{"file", options.file},
                 {"delivered", done.delivered},
                 {"files", done.files},
                 {"onSheet", done.onSheet}};
     out["folder"] = options.folder.empty() ? Json() : Json(options.folder);
     out["sheet"] = options.sheet.empty() ? Json() : Json(options.sheet);
+    std::string note;
+    for (const std::string& text : notes) {
+        note += (note.empty() ? "" : "; ") + text;
+    }
     out["note"] = note;
     out["lost"] = Json::array();
     for (const LostFrame& frame : done.lost) {
@@ -176,6 +186,16 @@ void printCounts(const FramesOptions& options, const Delivery& done) {
     }
 }
 
+// A PNG of more is not made: it takes 20 bytes of memory for each pixel.
+void requirePngSize(std::int32_t width, std::int32_t height) {
+    if (std::int64_t{width} * height > kMostPngPixels) {
+        throw ToolError(kFailed,
+                        "frames of " + std::to_string(width) + " × " + std::to_string(height) +
+                            " are too large for PNG files, which are made up to 100 million pixels",
+                        "--raw writes them as they are, --sheet shows them small", "frame-too-large");
+    }
+}
+
 int deliver(const HostedRun& hosted, const FramesOptions& options, const FrameRange& range, bool json) {
     Answer<host::imFileInfoRec8> info;
     const auto clip = hosted.open(options.file, 0, info);
@@ -185,21 +205,35 @@ int deliver(const HostedRun& hosted, const FramesOptions& options, const FrameRa
         throw ToolError(kFailed, "the clip has " + counted(count, "frame", "frames") + ", counted from 0; '" +
                                      options.range + "' asks for others");
     }
-    const std::string note = rangeNote(range, count);
-    if (!note.empty()) {
+    std::vector<std::string> notes;
+    if (const std::string cut = rangeNote(range, count); !cut.empty()) {
+        notes.push_back(cut);
+    }
+    const std::int32_t width = info.record.vidInfo.imageWidth;
+    const std::int32_t height = info.record.vidInfo.imageHeight;
+    if (!options.folder.empty() && !options.raw) {
+        requirePngSize(width, height);
+    }
+    auto formats = chosenFormats(options.formats, clip->pixelFormats().formats);
+    auto onSheet = formats;
+    onSheet.resize(std::min(formats.size(), ContactSheet::mostCells(width, height)));
+    if (!options.sheet.empty() && onSheet.size() < formats.size()) {
+        notes.push_back("frames of " + std::to_string(width) + " × " + std::to_string(height) +
+                        " are large: the sheet shows them in " + std::to_string(onSheet.size()) + " of " +
+                        std::to_string(formats.size()) + " pixel formats; --format names others");
+    }
+    for (const std::string& note : notes) {
         (void)std::fprintf(stderr, "importer_host: %s\n", note.c_str());
     }
-    const auto formats = chosenFormats(options.formats, clip->pixelFormats().formats);
-    const auto shown =
-        spreadFrames(frames, ContactSheet::mostFrames(formats.size(), info.record.vidInfo.imageWidth,
-                                                      info.record.vidInfo.imageHeight));
+    const auto shown = spreadFrames(frames, ContactSheet::mostFrames(onSheet.size(), width, height));
     const std::size_t asked = frames.size();
     if (options.folder.empty()) {
         frames = shown;
+        formats = onSheet;
     }
     // With several formats a row of the sheet is a format.
     constexpr std::size_t kMostColumns = 12;
-    const std::size_t columns = formats.size() > 1 ? std::min(shown.size(), kMostColumns) : 0;
+    const std::size_t columns = onSheet.size() > 1 ? std::min(shown.size(), kMostColumns) : 0;
     FrameWriter writer(options, columns, framesPerSecond(info.record));
     Delivery done;
     done.spread = !options.sheet.empty() && shown.size() < asked;
@@ -211,15 +245,15 @@ int deliver(const HostedRun& hosted, const FramesOptions& options, const FrameRa
         for (const std::uint32_t format : formats) {
             for (const std::uint32_t index : frames) {
                 const FrameAnswer answer = clip->getFrame(index, format);
-                const bool onSheet = std::binary_search(shown.begin(), shown.end(), index);
+                const bool isShown = std::binary_search(shown.begin(), shown.end(), index) &&
+                                     std::find(onSheet.begin(), onSheet.end(), format) != onSheet.end();
                 if (answer.frame) {
-                    writer.write(*answer.frame, index, onSheet);
+                    writer.write(*answer.frame, index, isShown);
                     ++done.delivered;
                 } else if (options.goesOn()) {
                     done.lost.push_back({index, format, answer.result});
-                    if (onSheet) {
-                        writer.writeLost(done.lost.back(), info.record.vidInfo.imageWidth,
-                                         info.record.vidInfo.imageHeight);
+                    if (isShown) {
+                        writer.writeLost(done.lost.back(), width, height);
                     }
                 } else {
                     throw ToolError(kFailed,
@@ -235,7 +269,7 @@ int deliver(const HostedRun& hosted, const FramesOptions& options, const FrameRa
     done.files = writer.files();
     done.onSheet = writer.onSheet();
     if (json) {
-        writeAnswer("", jsonText(toJson(options, done, note)));
+        writeAnswer("", jsonText(toJson(options, done, notes)));
     } else {
         printCounts(options, done);
     }

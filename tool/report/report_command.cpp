@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <set>
 #include <string>
 #include <system_error>
@@ -28,7 +29,7 @@ using Json = nlohmann::ordered_json;
 struct ReportOptions {
     std::vector<std::string> files;
     std::string folder;  // empty: beside each clip
-    std::uint32_t frames = 24;
+    std::optional<std::uint32_t> frames;
     bool noLog = false;
     bool open = false;
 };
@@ -77,6 +78,8 @@ class Pages {
 
 struct OneReport {
     std::string page;
+    std::uint64_t framesAsked = 0;
+    std::uint64_t sampleFramesRead = 0;
     int result = kSuccess;
     Json failure;  ///< null without one
 };
@@ -88,6 +91,10 @@ OneReport reportOn(const std::string& file, const GlobalOptions& global, const R
     out.result = made.result;
     if (made.failure) {
         out.failure = failureJson(*made.failure);
+    }
+    out.framesAsked = made.report.frames.size();
+    for (const ReportSound& sound : made.report.sounds) {
+        out.sampleFramesRead += sound.sampleFramesRead;
     }
     out.page = pages.write(file, made.report);
     return out;
@@ -118,7 +125,11 @@ int runReport(const GlobalOptions& global, const ReportOptions& options) {
             std::printf("%s\n", one.page.c_str());
             (void)std::fflush(stdout);
         }
-        told.push_back({{"file", file}, {"page", one.page}, {"error", one.failure}});
+        told.push_back({{"file", file},
+                        {"page", one.page},
+                        {"framesAsked", one.framesAsked},
+                        {"sampleFramesRead", one.sampleFramesRead},
+                        {"error", one.failure}});
         if (options.open && !one.page.empty() && !openWithSystem(one.page)) {
             (void)std::fprintf(stderr, "importer_host: '%s' cannot be opened; open it yourself\n",
                                one.page.c_str());
@@ -141,8 +152,9 @@ Command addReportCommand(CLI::App& app) {
     parser->add_option("FILE", options->files, "AVI files, or folders of them")->required();
     parser->add_option("--out", options->folder, "Folder for the pages (default: beside each file)");
     parser->add_flag("--open", options->open, "Show each page when it is done");
-    parser->add_option("--frames", options->frames, "How many frames to show")
-        ->capture_default_str()
+    parser
+        ->add_option("--frames", options->frames,
+                     "How many frames to show (default: 24, fewer when they are larger than 2000 × 2000)")
         ->check(CLI::Range(0, 200));
     parser->add_flag("--no-log", options->noLog, "Leave the plug-in's log off");
     return {parser, [options](const GlobalOptions& global) { return runReport(global, *options); }};

@@ -59,8 +59,37 @@ std::uint64_t soundInFile(const AviFacts& avi, std::size_t index) {
     return 0;
 }
 
-std::uint32_t framesShown(std::uint32_t count, std::uint32_t mostFrames) {
-    return std::min(count, mostFrames);
+// How much of the host's stream `index` there is to read, as far as the file tells without the plug-in.
+SoundShape soundAhead(const AviFacts& avi, std::size_t index) {
+    SoundShape out;
+    std::size_t number = index;
+    for (const StreamFacts& stream : avi.streams) {
+        if (stream.kind == StreamFacts::Kind::kAudio && number-- == 0) {
+            out.channels = stream.channels;
+            out.length = std::min<std::uint64_t>(stream.declaredLength, soundInFile(avi, index));
+        }
+    }
+    return out;
+}
+
+std::size_t tracksHeard(const AviFacts& avi) {
+    const auto tracks = std::count_if(avi.streams.begin(), avi.streams.end(), [](const StreamFacts& stream) {
+        return stream.kind == StreamFacts::Kind::kAudio;
+    });
+    return std::min(static_cast<std::size_t>(tracks), kMostTracks);
+}
+
+// Nothing when all of the track is to be read.
+std::optional<SoundSampling> stretchesOf(const AviFacts& avi, const SoundShape& shape) {
+    return soundSampling(shape, kDrawingColumns,
+                         kMostReportSamples / std::max<std::size_t>(tracksHeard(avi), 1));
+}
+
+std::uint32_t framesShown(std::uint32_t count, std::optional<std::uint32_t> wanted, std::int32_t width,
+                          std::int32_t height) {
+    const std::uint64_t most =
+        wanted ? *wanted : std::min<std::uint64_t>(kUsualFrames, framesWorthShowing(width, height));
+    return static_cast<std::uint32_t>(std::min<std::uint64_t>(count, most));
 }
 
 std::string lookInLog(const Report& report) {
@@ -95,15 +124,20 @@ void addVideo(const Clip& clip, const host::imFileInfoRec8& info, Report& out) {
     addRateWarning(info, out);
 }
 
-void addPictures(const Clip& clip, std::uint32_t count, std::uint32_t mostFrames, Progress& progress,
-                 Report& out) {
+void addPictures(const Clip& clip, const host::imFileInfoRec8& info, std::optional<std::uint32_t> frames,
+                 Progress& progress, Report& out) {
     constexpr std::int32_t kThumbnailWidth = 320;
+    constexpr std::int32_t kThumbnailHeight = 2 * kThumbnailWidth;
+    const std::int32_t width = info.vidInfo.imageWidth;
+    const std::int32_t height = info.vidInfo.imageHeight;
+    const std::int32_t step = thumbnailStep(width, height, kThumbnailWidth, kThumbnailHeight);
+    const std::uint32_t count = frameCount(info);
     const auto formats = clip.pixelFormats().formats;
     const auto shown = std::find_if(formats.begin(), formats.end(), canShow);
     if (shown == formats.end()) {
         return;
     }
-    const std::uint32_t wanted = framesShown(count, mostFrames);
+    const std::uint32_t wanted = framesShown(count, frames, width, height);
     std::uint32_t lost = 0;
     for (std::uint32_t i = 0; i < wanted; ++i) {
         // The first and the last frame are always among them.
@@ -115,7 +149,8 @@ void addPictures(const Clip& clip, std::uint32_t count, std::uint32_t mostFrames
         frame.empty = index < out.avi.frameSizes.size() && out.avi.frameSizes[index] == 0;
         const FrameAnswer answer = clip.getFrame(index, *shown);
         if (answer.frame) {
-            frame.png = encodePng(thumbnail(toPicture(*answer.frame), kThumbnailWidth));
+            frame.png =
+                encodePng(thumbnail(toPicture(*answer.frame, step), kThumbnailWidth, kThumbnailHeight));
         } else {
             frame.problem = lostFrameWords(answer.result);
             ++lost;
@@ -183,12 +218,27 @@ void addSound(const HostedRun& hosted, std::size_t index, Progress& progress, Re
     section.channelsTold = shape->channels;
     const auto columns = static_cast<std::size_t>(std::min<std::uint64_t>(shape->length, kDrawingColumns));
     std::vector<SampleRanges> ranges(shape->channels, SampleRanges(shape->length, columns));
-    const auto failure = readSound(*clip, *shape, false, [&](const AudioAnswer& answer) {
+    const auto take = [&](const AudioAnswer& answer) {
         for (std::size_t channel = 0; channel < ranges.size(); ++channel) {
             ranges[channel].add(answer.channels[channel]);
         }
+        section.sampleFramesRead += answer.channels.front().size();
         progress.advance();
-    });
+    };
+    const auto stretches = stretchesOf(out.avi, *shape);
+    const auto failure =
+        stretches ? sampleSound(*clip, *shape, *stretches, false,
+                                [&](std::uint64_t position, const AudioAnswer& answer) {
+                                    std::ranges::for_each(
+                                        ranges, [position](SampleRanges& range) { range.skipTo(position); });
+                                    take(answer);
+                                })
+                  : readSound(*clip, *shape, false, take);
+    if (stretches) {
+        section.facts.emplace_back("Looked at",
+                                   std::to_string(section.sampleFramesRead) +
+                                       " sample frames, evenly spread; peaks are those of these");
+    }
     if (failure) {
         section.failedAt = failure->position;
         section.problem = "From sample frame " + std::to_string(failure->position) +
@@ -265,20 +315,29 @@ Report reportOnFile(const std::string& pathUtf8) {
     return out;
 }
 
-std::uint64_t stepsOf(const Report& report, std::uint32_t mostFrames) {
-    std::uint64_t steps = std::min<std::uint64_t>(report.avi.frameSizes.size(), mostFrames);
-    for (std::size_t i = 0; i < std::min(kMostTracks, report.avi.streams.size()); ++i) {
-        steps += (soundInFile(report.avi, i) + kSoundBlock - 1) / kSoundBlock;
+std::uint64_t stepsOf(const Report& report, std::optional<std::uint32_t> frames) {
+    std::uint64_t steps = 0;
+    const auto video = std::find_if(report.avi.streams.begin(), report.avi.streams.end(),
+                                    [](const StreamFacts& s) { return s.kind == StreamFacts::Kind::kVideo; });
+    if (video != report.avi.streams.end()) {
+        steps = framesShown(static_cast<std::uint32_t>(report.avi.frameSizes.size()), frames, video->width,
+                            video->height);
+    }
+    for (std::size_t i = 0; i < tracksHeard(report.avi); ++i) {
+        const SoundShape shape = soundAhead(report.avi, i);
+        const auto stretches = stretchesOf(report.avi, shape);
+        steps += stretches ? stretches->blocks : (shape.length + kSoundBlock - 1) / kSoundBlock;
     }
     return steps;
 }
 
-void addPictures(const HostedRun& hosted, std::uint32_t mostFrames, Progress& progress, Report& out) {
+void addPictures(const HostedRun& hosted, std::optional<std::uint32_t> frames, Progress& progress,
+                 Report& out) {
     Answer<host::imFileInfoRec8> info;
     const auto clip = hosted.open(out.path, 0, info);
     if (info.record.hasVideo == 1) {
         addVideo(*clip, info.record, out);
-        addPictures(*clip, frameCount(info.record), mostFrames, progress, out);
+        addPictures(*clip, info.record, frames, progress, out);
         if (frameCount(info.record) == 0 && out.alarms.empty()) {
             out.alarms.emplace_back("The plug-in finds no frames in this file.");
         }

@@ -41,6 +41,7 @@ struct ReportSound {
     // For those who ask the plug-in once more.
     std::int32_t index = 0;  ///< as the host counts the streams
     std::uint32_t channelsTold = 0;
+    std::uint64_t sampleFramesRead = 0;
     std::optional<std::uint64_t> failedAt;  ///< the sample frame
 };
 

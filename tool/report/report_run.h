@@ -12,8 +12,8 @@
 namespace simhost::tool {
 
 struct ReportWish {
-    std::uint32_t frames = 24;  ///< shown
-    bool log = true;            ///< of the run
+    std::optional<std::uint32_t> frames;  ///< shown; unset: as many as a page has room for
+    bool log = true;                      ///< of the run
 };
 
 struct MadeReport {

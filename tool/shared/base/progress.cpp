@@ -31,8 +31,9 @@ Progress::~Progress() {
 
 void Progress::advance(std::uint64_t count) {
     throwIfInterrupted();
+    const bool ends = m_done < m_total && count >= m_total - m_done;
     m_done = std::min(m_done + count, m_total);
-    if (m_enabled && std::chrono::steady_clock::now() >= m_nextDraw) {
+    if (m_enabled && (ends || std::chrono::steady_clock::now() >= m_nextDraw)) {
         m_nextDraw = std::chrono::steady_clock::now() + std::chrono::milliseconds(100);
         draw();
     }

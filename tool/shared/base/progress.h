@@ -1,5 +1,5 @@
-// A progress bar on the error stream with the time left, redrawn at most ten times a second. Main thread
-// only.
+// A progress bar on the error stream with the time left, redrawn at most ten times a second, and at
+// the end. Main thread only.
 #pragma once
 
 #include <chrono>

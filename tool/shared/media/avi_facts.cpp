@@ -65,11 +65,14 @@ StreamFacts factsOf(const orvantis::AviStream& stream, const IndexProbe& probe, 
                                                               : StreamFacts::Kind::kOther;
     if (out.kind == StreamFacts::Kind::kVideo) {
         out.format = codeText(stream.formatHeader().biCompression, false);
+        out.width = stream.formatHeader().biWidth;
+        out.height = stream.formatHeader().biHeight;
     } else if (out.kind == StreamFacts::Kind::kAudio) {
         const SoundFormat format(stream.format);
         out.format = format.text();
         out.frameBytes = format.isUncompressed() ? format.frameBytes : 0;
         out.samplesPerSecond = format.isUncompressed() ? format.rate : 0;
+        out.channels = format.isUncompressed() ? format.channels : 0;
     }
     out.rate = header.dwRate;
     out.scale = header.dwScale;

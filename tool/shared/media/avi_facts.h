@@ -17,13 +17,16 @@ enum class IndexKind { kNone, kLegacy, kOpenDml };
 struct StreamFacts {
     enum class Kind { kVideo, kAudio, kOther };
     Kind kind = Kind::kOther;
-    std::string format;  ///< "O8Y2", "PCM, 16 bits, 2 channels, 48000 Hz"
+    std::string format;      ///< "O8Y2", "PCM, 16 bits, 2 channels, 48000 Hz"
+    std::int32_t width = 0;  ///< of pictures
+    std::int32_t height = 0;
     std::uint32_t rate = 0;
     std::uint32_t scale = 0;
     std::uint32_t declaredLength = 0;  ///< of the header: frames, or sample frames
-    /// Of uncompressed sound: bytes of a sample frame, and sample frames a second. Else 0.
+    /// Of uncompressed sound: bytes of a sample frame, sample frames a second, and channels. Else 0.
     std::uint32_t frameBytes = 0;
     std::uint32_t samplesPerSecond = 0;
+    std::uint32_t channels = 0;
     IndexKind index = IndexKind::kNone;
     IndexBase base = IndexBase::kRight;
     bool openDmlRefused = false;  ///< it has an OpenDML index, but that could not be used

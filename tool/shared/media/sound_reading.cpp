@@ -11,8 +11,9 @@ std::uint64_t SoundSampling::start(std::uint64_t block) const noexcept {
     return length / blocks * block + (length % blocks * block + blocks - 1) / blocks;
 }
 
-std::optional<SoundSampling> soundSampling(const SoundShape& shape, std::uint32_t columns) noexcept {
-    const std::uint64_t most = kMostDrawnSamples / std::max(shape.channels, 1U);
+std::optional<SoundSampling> soundSampling(const SoundShape& shape, std::uint32_t columns,
+                                           std::uint64_t mostSamples) noexcept {
+    const std::uint64_t most = mostSamples / std::max(shape.channels, 1U);
     if (shape.length <= most || columns == 0) {
         return std::nullopt;
     }

@@ -30,8 +30,10 @@ struct SoundSampling {
 /// moment.
 inline constexpr std::uint64_t kMostDrawnSamples = 12'000'000;
 
-/// What to read for a drawing of so many columns, a block for each. Nothing when all of it may be read.
-std::optional<SoundSampling> soundSampling(const SoundShape& shape, std::uint32_t columns) noexcept;
+/// What to read for a drawing of so many columns, a block for each: at most `most` samples of all channels,
+/// but at least one sample frame for each column. Nothing when all of it may be read.
+std::optional<SoundSampling> soundSampling(const SoundShape& shape, std::uint32_t columns,
+                                           std::uint64_t most = kMostDrawnSamples) noexcept;
 
 /// Hands the stretches to `take`, each with its position, up to the end or the first refusal.
 std::optional<SoundFailure> sampleSound(const Clip& clip, const SoundShape& shape,

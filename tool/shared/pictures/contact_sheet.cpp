@@ -114,11 +114,16 @@ std::vector<std::uint32_t> spreadFrames(const std::vector<std::uint32_t>& frames
     return out;
 }
 
+std::size_t ContactSheet::mostCells(std::int32_t width, std::int32_t height) noexcept {
+    return static_cast<std::size_t>(std::min<std::uint64_t>(kMostCells, framesWorthShowing(width, height)));
+}
+
 std::size_t ContactSheet::mostFrames(std::size_t formats, std::int32_t width, std::int32_t height) noexcept {
-    const std::uint64_t pixels = std::uint64_t{static_cast<std::uint32_t>(std::max(width, 1))} *
-                                 static_cast<std::uint32_t>(std::max(height, 1));
-    const std::uint64_t cells = std::min<std::uint64_t>(kMostCells, kMostPixels / pixels);
-    return std::max<std::size_t>(static_cast<std::size_t>(cells) / std::max<std::size_t>(formats, 1), 1);
+    return std::max<std::size_t>(mostCells(width, height) / std::max<std::size_t>(formats, 1), 1);
+}
+
+std::int32_t ContactSheet::step(std::int32_t width, std::int32_t height) const noexcept {
+    return thumbnailStep(width, height, m_cellWidth, 2 * m_cellWidth);
 }
 
 void ContactSheet::add(const Picture& picture, std::string label) {

@@ -15,16 +15,20 @@ class ContactSheet {
  public:
     /// A sheet of more than this takes more than a moment to make, and nobody looks at it.
     static constexpr std::size_t kMostCells = 120;
-    /// Nor of more pixels than this in all frames: about 48 of 1920 × 1080.
-    static constexpr std::uint64_t kMostPixels = 100'000'000;
 
-    /// How many frames of a size fit on a sheet, each in so many formats; at least one.
+    /// How many pictures of frames of this size a sheet has at most: no more than kMostCells, and no more
+    /// pixels than kMostShownPixels; at least one.
+    static std::size_t mostCells(std::int32_t width, std::int32_t height) noexcept;
+    /// How many frames that is, each in so many formats; at least one.
     static std::size_t mostFrames(std::size_t formats, std::int32_t width, std::int32_t height) noexcept;
 
     /// Pictures wider than `cellWidth`, or higher than twice that, are scaled down; smaller ones stay as they
     /// are. `title` stands above them, unless it is empty.
     explicit ContactSheet(std::int32_t cellWidth = 240, std::string title = {})
         : m_cellWidth(cellWidth), m_title(std::move(title)) {}
+
+    /// What `toPicture` has to take of a frame of this size for a cell.
+    std::int32_t step(std::int32_t width, std::int32_t height) const noexcept;
 
     void add(const Picture& picture, std::string label);
     void setTitle(std::string title) { m_title = std::move(title); }

@@ -191,13 +191,13 @@ bool canShow(std::uint32_t pixelFormat) noexcept {
     return findReader(pixelFormat) != nullptr;
 }
 
-Picture toPicture(const Frame& frame) {
+Picture toPicture(const Frame& frame, std::int32_t step) {
     const Reader& reader = *findReader(frame.pixelFormat());
     const bool deep =
         reader.kind == Kind::kWords || reader.kind == Kind::kRgb10 || reader.kind == Kind::kV210;
     Picture out;
-    out.width = frame.width();
-    out.height = frame.height();
+    out.width = (frame.width() + step - 1) / step;
+    out.height = (frame.height() + step - 1) / step;
     out.channels = reader.places[3] < 0 ? 3 : 4;
     out.bits = deep ? 16 : 8;
     const auto channels = static_cast<std::size_t>(out.channels);
@@ -206,11 +206,12 @@ Picture toPicture(const Frame& frame) {
     const Matrix matrix = matrixOf(frame.layout(), reader.kind);
     const float scale = fullScale(reader.kind);
     const float most = deep ? 65535.0F : 255.0F;
-    std::vector<Components> pixels(static_cast<std::size_t>(out.width));
+    std::vector<Components> pixels(static_cast<std::size_t>(frame.width()));
     for (std::int32_t y = 0; y < out.height; ++y) {
-        readRow(reader, frame.pictureRow(y), pixels);
+        readRow(reader, frame.pictureRow(y * step), pixels);
         std::uint16_t* row = out.row(y);
-        for (const Components& pixel : pixels) {
+        for (std::size_t x = 0; x < pixels.size(); x += static_cast<std::size_t>(step)) {
+            const Components& pixel = pixels[x];
             Components rgb = reader.yuv ? matrix.rgb(pixel) : pixel;
             for (std::size_t c = 0; c < channels; ++c) {
                 // YUV is on a scale of 0 to 1 now; alpha never was anything but full range.

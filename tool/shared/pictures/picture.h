@@ -29,7 +29,8 @@ bool canShow(std::uint32_t pixelFormat) noexcept;
 
 /// YUV becomes RGB by the format's own matrix (Rec.601 or 709) and limited range; 4:2:2 chroma is
 /// interpolated from its place at the even pixels. Formats of 10 and 16 bits give 16-bit pictures, the others
-/// 8-bit ones. The format must be one that can be shown.
-Picture toPicture(const Frame& frame);
+/// 8-bit ones. The format must be one that can be shown. `step` above 1 takes every such row and, of these,
+/// every such pixel, so that a frame too large for its purpose costs neither its time nor its memory.
+Picture toPicture(const Frame& frame, std::int32_t step = 1);
 
 }  // namespace simhost::tool

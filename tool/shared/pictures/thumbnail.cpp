@@ -37,18 +37,43 @@ void average(const Picture& from, std::int32_t x0, std::int32_t x1, std::int32_t
     }
 }
 
+struct Size {
+    std::int32_t width;
+    std::int32_t height;
+};
+
+Size thumbnailSize(std::int32_t fromWidth, std::int32_t fromHeight, std::int32_t width, std::int32_t height) {
+    if (fromHeight > height) {
+        width = std::min(width, static_cast<std::int32_t>(std::int64_t{fromWidth} * height / fromHeight));
+    }
+    Size out{std::max(std::min(width, fromWidth), 1), 1};
+    out.height = static_cast<std::int32_t>(std::max<std::int64_t>(
+        (std::int64_t{fromHeight} * out.width + fromWidth / 2) / std::max(fromWidth, 1), 1));
+    out.height = std::min(out.height, std::max(height, 1));
+    return out;
+}
+
 }  // namespace
+
+std::uint64_t framesWorthShowing(std::int32_t width, std::int32_t height) noexcept {
+    const std::uint64_t pixels = std::uint64_t{static_cast<std::uint32_t>(std::max(width, 1))} *
+                                 static_cast<std::uint32_t>(std::max(height, 1));
+    return std::max<std::uint64_t>(kMostShownPixels / pixels, 1);
+}
+
+std::int32_t thumbnailStep(std::int32_t frameWidth, std::int32_t frameHeight, std::int32_t width,
+                           std::int32_t height) noexcept {
+    constexpr std::int64_t kCovered = 8;
+    const Size small = thumbnailSize(frameWidth, frameHeight, width, height);
+    return static_cast<std::int32_t>(std::max<std::int64_t>(
+        std::min(frameWidth / (kCovered * small.width), frameHeight / (kCovered * small.height)), 1));
+}
 
 Picture thumbnail(const Picture& picture, std::int32_t width, std::int32_t height) {
     Picture out;
-    if (picture.height > height) {
-        width =
-            std::min(width, static_cast<std::int32_t>(std::int64_t{picture.width} * height / picture.height));
-    }
-    out.width = std::max(std::min(width, picture.width), 1);
-    out.height = static_cast<std::int32_t>(std::max<std::int64_t>(
-        (std::int64_t{picture.height} * out.width + picture.width / 2) / std::max(picture.width, 1), 1));
-    out.height = std::min(out.height, std::max(height, 1));
+    const Size size = thumbnailSize(picture.width, picture.height, width, height);
+    out.width = size.width;
+    out.height = size.height;
     out.channels = picture.channels;
     out.bits = 8;
     out.samples.resize(static_cast<std::size_t>(out.width) * static_cast<std::size_t>(out.height) *

@@ -11,6 +11,7 @@ import argparse
 import concurrent.futures
 import json
 import pathlib
+import re
 import subprocess
 import sys
 import tempfile
@@ -38,6 +39,15 @@ def coverage(table, known):
     return ([f"{check}: no piece breaks it, and nothing says why\n" for check in sorted(known.keys() - broken - excused)]
             + [f"{check}: has a piece and a reason to have none\n" for check in sorted(broken & excused)]
             + [f"there is no check {check}\n" for check in sorted((broken | excused) - known.keys())])
+
+
+def unguarded(folder):
+    """The pieces that keep something between calls, which come on any thread, and guard it by nothing."""
+    keeps = re.compile(r"^\s+static (?!const|cast)|^[A-Za-z][^()]*\bg_\w+[^()]*;", re.MULTILINE)
+    guard = re.compile(r"\bstd::(lock_guard|atomic)\b")
+    return [f"{piece.name}: keeps something between calls without a lock, and calls come on several threads\n"
+            for piece in sorted(folder.glob("*.cpp"))
+            if keeps.search(piece.read_text(encoding="utf-8")) and not guard.search(piece.read_text(encoding="utf-8"))]
 
 
 def validate(tool, module, clip, level):
@@ -98,7 +108,7 @@ def main():
         table = [(piece, checks, "warning" in marks) for piece, checks, marks in rows(given.table)
                  if (given.windows or "windows" not in marks) and ("smoke" in marks or not given.smoke)
                  and (not given.only or piece in given.only)]
-        unknown = coverage(given.table, known)
+        unknown = coverage(given.table, known) + unguarded(given.table.parent / "pieces")
         with concurrent.futures.ThreadPoolExecutor(given.jobs) as pool:
             wrong = unknown + list(pool.map(
                 lambda row: judge(tool, given.pieces / f"{row[0]}.prm", given.clip,

@@ -6,7 +6,7 @@
 
 namespace {
 
-std::thread::id g_maker;
+std::atomic<std::thread::id> g_maker;
 std::atomic<bool> g_otherAsked{false};
 
 std::int32_t asyncAnswer(std::int32_t selector, void* param) {

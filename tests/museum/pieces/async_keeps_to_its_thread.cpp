@@ -1,11 +1,12 @@
 // Shows frames by its asynchronous importer on the thread alone that has made it.
+#include <atomic>
 #include <thread>
 
 #include "tests/museum/piece.h"
 
 namespace {
 
-std::thread::id g_maker;
+std::atomic<std::thread::id> g_maker;
 
 std::int32_t asyncAnswer(std::int32_t selector, void* param) {
     return selector == host::aiGetFrame && std::this_thread::get_id() != g_maker

@@ -1,14 +1,16 @@
 // Keeps a frame when it is closed with five requests that nobody has taken.
 #include <map>
+#include <mutex>
 
-#include "host/pixel_formats.h"
 #include "tests/museum/piece.h"
 
 namespace {
 
+std::mutex g_mutex;
 std::map<const void*, std::pair<std::shared_ptr<sample::Clip>, int>> g_waiting;  // of each importer
 
 std::int32_t asyncAnswer(std::int32_t selector, void* param) {
+    const std::lock_guard lock(g_mutex);
     if (selector == host::aiInitiateAsyncRead) {
         ++g_waiting[static_cast<host::aiAsyncRequest*>(param)->inPrivateData].second;
     } else if (selector == host::aiClose) {
@@ -30,6 +32,7 @@ std::int32_t piece::answer(const Call& call) {
     const std::int32_t result = call.correct();
     if (call.is(host::imCreateAsyncImporter) && result == host::imNoErr) {
         auto* const record = static_cast<host::imAsyncImporterCreationRec*>(call.param1);
+        const std::lock_guard lock(g_mutex);
         g_waiting[record->outAsyncPrivateData] = {sample::findClip(record->inPrivateData), 0};
         record->outAsyncEntry = asyncAnswer;
     }

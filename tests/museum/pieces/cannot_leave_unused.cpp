@@ -1,4 +1,5 @@
 // Crashes when it is unloaded without having been started.
+#include <atomic>
 #include <cstdlib>
 
 #include "tests/museum/piece.h"
@@ -11,7 +12,7 @@ struct AtTheEnd {
             std::abort();
         }
     }
-    bool started = false;
+    std::atomic<bool> started{false};
 };
 AtTheEnd g_end;
 

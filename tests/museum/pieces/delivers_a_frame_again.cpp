@@ -1,8 +1,12 @@
 // Delivers the frame of the request before once more.
+#include <mutex>
+
 #include "tests/museum/piece.h"
 
 std::int32_t piece::answer(const Call& call) {
+    static std::mutex mutex;
     static host::PPixHand before = nullptr;
+    const std::lock_guard lock(mutex);
     const host::imFrameFormat* const wanted = call.wanted();
     if (wanted == nullptr) {
         before = call.is(host::imGetSourceVideo) ? nullptr : before;

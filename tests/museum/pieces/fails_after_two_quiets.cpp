@@ -1,10 +1,13 @@
 // Fails to close a file that was quieted twice.
+#include <mutex>
 #include <set>
 
 #include "tests/museum/piece.h"
 
 std::int32_t piece::answer(const Call& call) {
+    static std::mutex mutex;
     static std::multiset<const void*> quieted;
+    const std::lock_guard lock(mutex);
     if (call.is(host::imQuietFile)) {
         quieted.insert(call.param2);
     }

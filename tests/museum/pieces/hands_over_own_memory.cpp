@@ -3,9 +3,9 @@
 #include "tests/museum/piece.h"
 
 std::int32_t piece::answer(const Call& call) {
-    static host::imSubTypeDescriptionRec row{sample::kFileType, u"Plain BGRA"};
+    static const host::imSubTypeDescriptionRec row{sample::kFileType, u"Plain BGRA"};
     if (call.is(host::imGetSubTypeNames) && call.param2 != nullptr) {
-        *static_cast<void**>(call.param2) = &row;
+        *static_cast<const void**>(call.param2) = &row;
         return host::imNoErr;
     }
     return call.correct();

@@ -1,8 +1,10 @@
 // Refuses to start after it was shut down.
+#include <atomic>
+
 #include "tests/museum/piece.h"
 
 std::int32_t piece::answer(const Call& call) {
-    static bool ended = false;
+    static std::atomic<bool> ended{false};
     ended = ended || call.is(host::imShutdown);
     return ended && call.is(host::imInit) ? host::imOtherErr : call.correct();
 }

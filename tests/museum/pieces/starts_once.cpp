@@ -1,8 +1,10 @@
 // Refuses a second start while it runs.
+#include <atomic>
+
 #include "tests/museum/piece.h"
 
 std::int32_t piece::answer(const Call& call) {
-    static bool runs = false;
+    static std::atomic<bool> runs{false};
     if (call.is(host::imInit) && runs) {
         return host::imOtherErr;
     }

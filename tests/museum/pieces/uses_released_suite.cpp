@@ -1,9 +1,11 @@
 // Goes on with a suite that it has given back.
+#include <atomic>
+
 #include "tests/museum/piece.h"
 
 namespace {
 
-const host::TimeSuite* g_time = nullptr;
+std::atomic<const host::TimeSuite*> g_time{nullptr};
 
 }  // namespace
 
@@ -13,8 +15,8 @@ std::int32_t piece::answer(const Call& call) {
         g_time = held ? held.operator->() : nullptr;
     }
     host::PrTime ticks = 0;
-    if (call.is(host::imGetSupports8) && g_time != nullptr) {
-        (void)g_time->GetTicksPerSecond(&ticks);
+    if (const auto* const time = g_time.load(); call.is(host::imGetSupports8) && time != nullptr) {
+        (void)time->GetTicksPerSecond(&ticks);
     }
     return call.correct();
 }

@@ -10,6 +10,7 @@
 #include "tool/validate/base/protected_fields.h"
 #include "tool/validate/run/job.h"
 #include "tool/validate/run/made_clips.h"
+#include "tool/validate/run/patience.h"
 #include "tool/validate/run/plan.h"
 #include "tool/validate/run/report.h"
 
@@ -271,6 +272,48 @@ TEST(ValidateJob, EventsAreTakenAsFarAsTheyAreWhole) {
     ASSERT_EQ(events[2].result.findings.size(), 1u);
     EXPECT_EQ(events[2].result.findings[0].seen, "another <picture>");
     EXPECT_EQ(events[2].result.findings[0].field, "imSourceVideoRec.outFrame");
+}
+
+// Seconds that count after 600 slices of a tenth of a second.
+double usedInAMinute(double worked, double idle) {
+    Patience patience;
+    for (int i = 0; i < 600; ++i) {
+        patience.add({.clock = 0.1, .worked = worked, .idle = idle});
+    }
+    return patience.used();
+}
+
+TEST(ValidatePatience, OnAFreeMachineTheClockCounts) {
+    EXPECT_NEAR(usedInAMinute(0.1, 0.1), 60, 0.01);      // computes
+    EXPECT_NEAR(usedInAMinute(0.0001, 0.19), 60, 0.01);  // looks every now and then whether it may go on
+    EXPECT_NEAR(usedInAMinute(0, 0.2), 60, 0.01);        // waits for what never comes
+}
+
+TEST(ValidatePatience, OnABusyMachineTheWorkCounts) {
+    EXPECT_NEAR(usedInAMinute(0.02, 0), 12, 0.01);  // a fifth of a processor
+    EXPECT_NEAR(usedInAMinute(0.001, 0), 6, 0.01);  // a hundredth: still a tenth of the clock
+    EXPECT_NEAR(usedInAMinute(0.3, 0), 60, 0.01);   // several threads are no more than the clock
+    EXPECT_NEAR(usedInAMinute(0, 0), 60, 0.01);     // waits for what never comes
+}
+
+TEST(ValidatePatience, AShareThatIsSpareByChanceIsNone) {
+    EXPECT_NEAR(usedInAMinute(0.005, 0.01), 6, 0.01);
+    EXPECT_NEAR(usedInAMinute(0.005, 0.011), 60, 0.01);
+}
+
+TEST(ValidatePatience, WhatWaitsAndThenWorksHasLostNothing) {
+    Patience patience;
+    patience.add({.clock = 50, .worked = 0, .idle = 0});
+    EXPECT_EQ(patience.used(), 50);
+    patience.add({.clock = 1, .worked = 0.5, .idle = 0});
+    EXPECT_EQ(patience.used(), 5.5);
+}
+
+TEST(ValidatePatience, BeginsAnewWithEachCheck) {
+    Patience patience;
+    patience.add({.clock = 50, .worked = 50, .idle = 50});
+    patience.restart();
+    EXPECT_EQ(patience.used(), 0);
 }
 
 TEST(ValidateTrial, DrawsTheSameForASeedAndACheckWhateverRanBefore) {

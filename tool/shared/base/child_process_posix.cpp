@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <ctime>
 #include <filesystem>
 #include <stdexcept>
 #include <system_error>
@@ -93,6 +94,16 @@ std::optional<std::uint32_t> ChildProcess::waitFor(std::chrono::milliseconds pat
     m_process = 0;
     m_exitCode = ended < 0 ? 255 : exitCodeOf(status);
     return m_exitCode;
+}
+
+double ChildProcess::worked() const {
+    clockid_t clock{};
+    timespec time{};
+    if (m_process == 0 || ::clock_getcpuclockid(static_cast<pid_t>(m_process), &clock) != 0 ||
+        ::clock_gettime(clock, &time) != 0) {
+        return 0;
+    }
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
 void ChildProcess::kill() {

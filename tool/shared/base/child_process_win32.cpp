@@ -119,6 +119,20 @@ std::optional<std::uint32_t> ChildProcess::waitFor(std::chrono::milliseconds pat
     return m_exitCode;
 }
 
+double ChildProcess::worked() const {
+    FILETIME begun{};
+    FILETIME ended{};
+    FILETIME kernel{};
+    FILETIME user{};
+    if (m_process == 0 || GetProcessTimes(asHandle(m_process), &begun, &ended, &kernel, &user) == FALSE) {
+        return 0;
+    }
+    const auto seconds = [](const FILETIME& time) {
+        return static_cast<double>((std::uint64_t{time.dwHighDateTime} << 32) | time.dwLowDateTime) * 1e-7;
+    };
+    return seconds(kernel) + seconds(user);
+}
+
 void ChildProcess::kill() {
     if (m_process != 0) {
         (void)TerminateProcess(asHandle(m_process), 1);

@@ -14,9 +14,11 @@
 
 #include "tool/shared/base/child_process.h"
 #include "tool/shared/base/interruption.h"
+#include "tool/shared/base/machine_time.h"
 #include "tool/shared/base/output_file.h"
 #include "tool/shared/base/tool_error.h"
 #include "tool/validate/run/job.h"
+#include "tool/validate/run/patience.h"
 
 namespace simhost::tool::validate {
 namespace {
@@ -24,9 +26,11 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds kLook{10};
-// What a look may count for. On a machine with too much to do this process gets as little of it as the one
-// that it waits for, and a check that waits for its threads a thousand times is slow without a fault.
+// What a look may count for: a machine that slept, or was late with this process, was late with the other,
+// too.
 constexpr std::chrono::milliseconds kMostOfOneLook{50};
+// Processor times go in steps of up to 16 ms.
+constexpr std::chrono::milliseconds kSlice{100};
 constexpr const char* kAborted = "the process aborted itself";  // as tool/shared/base/crash_watch says
 constexpr std::size_t kMostOutput = 4000;
 constexpr const char* kSessionCheck = "session.standard";
@@ -104,13 +108,17 @@ class Worker {
             throw ToolError(kFailed, error.what());
         }
         m_lastLook = Clock::now();
+        m_idle = idleProcessorSeconds();
     }
 
     // What has come since the last look; whether the process has ended.
     std::optional<std::uint32_t> look(std::vector<JobEvent>& events) {
         const auto code = m_child->waitFor(kLook);
         const Clock::time_point now = Clock::now();
-        m_waited += std::min<Clock::duration>(now - std::exchange(m_lastLook, now), m_mostBetweenLooks);
+        m_slice += std::min<Clock::duration>(now - std::exchange(m_lastLook, now), m_mostBetweenLooks);
+        if (m_slice >= kSlice) {
+            endSlice();
+        }
         std::ifstream file(pathFromUtf8(m_folder + "/results"), std::ios::binary);
         file.seekg(static_cast<std::streamoff>(m_read));
         const std::string more{std::istreambuf_iterator<char>(file), {}};
@@ -118,7 +126,8 @@ class Worker {
         m_text += more;
         events = takeEvents(m_text);
         if (!events.empty()) {
-            m_waited = {};
+            endSlice();
+            m_patience.restart();
             m_starting = false;
         }
         return code;
@@ -127,7 +136,7 @@ class Worker {
     bool isOver(double timeout) const {
         const double most =
             timeout + (m_starting ? kStartSeconds : 0.0) + (crashRecord().empty() ? 0.0 : kDumpSeconds);
-        return std::chrono::duration<double>(m_waited).count() > most;
+        return m_patience.used() > most;
     }
     void kill() { m_child->kill(); }
     // What it has written down of its crash so far; empty while it lives.
@@ -144,13 +153,27 @@ class Worker {
     std::string phase;
 
  private:
+    void endSlice() {
+        TimeSlice slice;
+        slice.clock = std::chrono::duration<double>(std::exchange(m_slice, {})).count();
+        const double worked = m_child->worked();
+        slice.worked = std::max(worked - std::exchange(m_worked, worked), 0.0);
+        const std::optional<double> idle = idleProcessorSeconds();
+        slice.idle = idle && m_idle ? *idle - *m_idle : slice.clock;
+        m_idle = idle;
+        m_patience.add(slice);
+    }
+
     std::vector<std::size_t> m_places;  // in the plan
     std::string m_folder;
     std::unique_ptr<ChildProcess> m_child;
     Clock::duration m_mostBetweenLooks;
     Clock::time_point m_lastLook;
-    Clock::duration m_waited{};  // for the check that it is at
-    bool m_starting = true;      // it is at none yet
+    Clock::duration m_slice{};     // since processor times were looked at
+    double m_worked = 0;           // then
+    std::optional<double> m_idle;  // then
+    Patience m_patience;           // with the check that it is at
+    bool m_starting = true;        // it is at none yet
     std::size_t m_done = 0;
     std::size_t m_read = 0;
     std::string m_text;  // of the results, not yet a whole line

@@ -17,7 +17,10 @@
 #include "simhost/plugin.h"
 #include "simhost/shared_library.h"
 #include "tests/integration/plugin_path.h"
+#include "tests/support/log_redirection.h"
+#include "tests/support/temp_folder.h"
 #include "tests/support/thorough.h"
+#include "tool/shared/base/process_usage.h"
 
 namespace {
 
@@ -45,7 +48,9 @@ std::uint32_t lowestFreeSlot() {
 
 class LoadUnload : public testing::Test {
  protected:
-    LoadUnload() : m_codec(codecFolder() + "/orvantis_common64.dll") {
+    LoadUnload() : m_log(m_profile.path()), m_codec(codecFolder() + "/orvantis_common64.dll") {
+        // The key is there to be opened: one that is missing leaves nothing to be closed.
+        m_log.setSwitch(0);
         // A host has these loaded anyway; their own loading is not what is measured.
         for (const char* library : {"shell32.dll", "shlwapi.dll", "user32.dll", "advapi32.dll"}) {
             EXPECT_NE(LoadLibraryA(library), nullptr) << library;
@@ -70,6 +75,7 @@ class LoadUnload : public testing::Test {
             ASSERT_NO_FATAL_FAILURE(cycle(initialise));
         }
         const std::uint32_t slotBefore = lowestFreeSlot();
+        const std::uint64_t handlesBefore = simhost::tool::processUsage().handles;
         const std::uint64_t before = privateBytes();
         ASSERT_GT(before, 0U) << "the system does not tell";
         for (int i = 0; i < cycles(); ++i) {
@@ -80,10 +86,13 @@ class LoadUnload : public testing::Test {
         RecordProperty("bytesPerLoad", static_cast<int>(kept / cycles()));
         EXPECT_LT(kept / cycles(), kMostBytesPerCycle);
         EXPECT_EQ(lowestFreeSlot(), slotBefore) << "thread-local slots stay taken";
+        EXPECT_EQ(simhost::tool::processUsage().handles, handlesBefore) << "files, keys or events stay open";
         EXPECT_TRUE(m_host.isClean()) << m_host.report();
     }
 
  private:
+    orvantis::test::TempFolder m_profile;
+    orvantis::test::LogRedirection m_log;
     simhost::SharedLibrary m_codec;  // stays, so that only the plug-in comes and goes
     simhost::Host m_host;
 };

@@ -10,7 +10,7 @@ namespace {
 
 using orvantis::riffCode;
 
-constexpr std::size_t kHeaderBytes = 8;
+constexpr std::size_t kChunkHeaderBytes = 8;
 constexpr std::size_t kTypeBytes = 4;
 
 std::uint32_t wordAt(std::span<const std::uint8_t> bytes, std::size_t at) {
@@ -39,19 +39,19 @@ bool isCode(std::uint32_t id) {
 void readLevel(ChunkTree& tree, ChunkNode& list, std::span<const std::uint8_t> bytes, std::uint64_t at,
                int depth) {
     std::size_t done = 0;
-    while (bytes.size() - done >= kHeaderBytes && isCode(wordAt(bytes, done))) {
+    while (bytes.size() - done >= kChunkHeaderBytes && isCode(wordAt(bytes, done))) {
         ChunkNode node;
         node.id = wordAt(bytes, done);
         node.offset = at + done;
         node.number = tree.nextNumber++;
         const std::uint32_t claimed = wordAt(bytes, done + 4);
-        const std::size_t left = bytes.size() - done - kHeaderBytes;
+        const std::size_t left = bytes.size() - done - kChunkHeaderBytes;
         const std::size_t size = std::min<std::size_t>(claimed, left);
         if (size != claimed) {
             node.claim = claimed;
         }
-        const auto content = bytes.subspan(done + kHeaderBytes, size);
-        done += kHeaderBytes + size;
+        const auto content = bytes.subspan(done + kChunkHeaderBytes, size);
+        done += kChunkHeaderBytes + size;
         if (size % 2 != 0 && done < bytes.size()) {
             node.padding = bytes[done++];
         }
@@ -59,7 +59,7 @@ void readLevel(ChunkTree& tree, ChunkNode& list, std::span<const std::uint8_t> b
                       depth < kMostLevels;
         if (node.isList) {
             node.type = wordAt(content, 0);
-            readLevel(tree, node, content.subspan(kTypeBytes), node.offset + kHeaderBytes + kTypeBytes,
+            readLevel(tree, node, content.subspan(kTypeBytes), node.offset + kChunkHeaderBytes + kTypeBytes,
                       depth + 1);
         } else {
             node.data.assign(content.begin(), content.end());
@@ -84,7 +84,7 @@ bool isPadded(const ChunkNode& node, std::uint64_t size, bool isLast) {
 void layOutLevel(ChunkNode& list, std::uint64_t at) {
     for (ChunkNode& node : list.children) {
         node.offset = at;
-        layOutLevel(node, at + kHeaderBytes + kTypeBytes);
+        layOutLevel(node, at + kChunkHeaderBytes + kTypeBytes);
         at += bytesOf(node, &node == &list.children.back() && list.data.empty());
     }
 }
@@ -116,7 +116,7 @@ ChunkTree readTree(std::span<const std::uint8_t> file) {
 
 std::uint64_t bytesOf(const ChunkNode& node, bool isLast) {
     const std::uint64_t size = contentBytes(node);
-    return kHeaderBytes + size + (isPadded(node, size, isLast) ? 1 : 0);
+    return kChunkHeaderBytes + size + (isPadded(node, size, isLast) ? 1 : 0);
 }
 
 std::uint64_t layOut(ChunkTree& tree) {

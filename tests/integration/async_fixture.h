@@ -2,6 +2,7 @@
 // hold decode tasks until the test says go.
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <memory>
@@ -20,6 +21,10 @@
 inline constexpr std::int32_t kClipWidth = 16;
 inline constexpr std::int32_t kClipHeight = 8;
 inline constexpr std::uint32_t kClipFrames = 40;
+inline constexpr std::uint64_t kFrameBytes = 3u * kClipWidth * kClipHeight;
+inline constexpr std::uint32_t kArgb = host::PrPixelFormat_ARGB_4444_8u;
+inline constexpr std::uint32_t kBgra = host::PrPixelFormat_BGRA_4444_8u;
+inline constexpr auto kWrongCodeWouldBeDone = std::chrono::milliseconds(100);
 
 /// Every byte of frame `index`'s picture.
 inline std::uint8_t frameValue(std::uint32_t index) {

@@ -17,9 +17,6 @@
 
 namespace {
 
-constexpr std::uint32_t kBgra = host::PrPixelFormat_BGRA_4444_8u;
-constexpr auto kWrongCodeWouldBeDone = std::chrono::milliseconds(100);
-
 class AsyncCodecGate : public AsyncTest {
  protected:
     void open() {
@@ -282,7 +279,6 @@ TEST_F(AsyncCodecGate, TwoGetsForOneFrameEachReceiveOneOfTheirOwn) {
 
 TEST_F(AsyncCodecGate, OfTwoRequestsForOneFrameTheOlderIsTakenFirst) {
     open();
-    constexpr std::uint32_t kArgb = host::PrPixelFormat_ARGB_4444_8u;
     ASSERT_EQ(async().initiate(timeOf(3), anySize(kBgra)), host::aiNoError);
     ASSERT_TRUE(gate().arrived());
     ASSERT_EQ(async().initiate(timeOf(3), anySize(kArgb)), host::aiNoError);

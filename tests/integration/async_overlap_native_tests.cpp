@@ -9,9 +9,6 @@
 
 namespace {
 
-constexpr std::uint32_t kBgra = host::PrPixelFormat_BGRA_4444_8u;
-constexpr std::uint64_t kFrameBytes = 3u * kClipWidth * kClipHeight;
-
 class AsyncOverlap : public AsyncTest {};
 
 TEST_F(AsyncOverlap, TheNextFrameIsReadWhileOneIsDecompressed) {

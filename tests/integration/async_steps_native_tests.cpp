@@ -18,8 +18,6 @@ extern "C" std::size_t __sanitizer_get_current_allocated_bytes() __attribute__((
 
 namespace {
 
-constexpr std::uint32_t kBgra = host::PrPixelFormat_BGRA_4444_8u;
-constexpr std::uint64_t kFrameBytes = 3u * kClipWidth * kClipHeight;
 constexpr std::uint32_t kMebibyte = 1 << 20;
 
 class AsyncSteps : public AsyncTest {

@@ -12,10 +12,6 @@
 
 namespace {
 
-constexpr std::uint32_t kBgra = host::PrPixelFormat_BGRA_4444_8u;
-constexpr std::uint32_t kArgb = host::PrPixelFormat_ARGB_4444_8u;
-constexpr auto kWrongCodeWouldBeDone = std::chrono::milliseconds(100);
-
 class AsyncImporter : public AsyncTest {};
 
 TEST_F(AsyncImporter, DeliversEveryInitiatedFrame) {

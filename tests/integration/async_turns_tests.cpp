@@ -19,7 +19,6 @@
 
 namespace {
 
-constexpr std::uint32_t kBgra = host::PrPixelFormat_BGRA_4444_8u;
 constexpr std::uint32_t kPictureBytes = 3u * kClipWidth * kClipHeight;
 
 /// Holds the first CreatePPix of the test, and lets all others pass.

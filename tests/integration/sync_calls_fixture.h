@@ -14,9 +14,6 @@
 #include "tests/integration/async_codec_gate.h"
 #include "tests/integration/async_fixture.h"
 
-inline constexpr std::uint32_t kBgra = host::PrPixelFormat_BGRA_4444_8u;
-inline constexpr auto kWrongCodeWouldBeDone = std::chrono::milliseconds(100);
-
 template <class Result>
 bool isDone(std::future<Result>& future) {
     return future.wait_for(kWrongCodeWouldBeDone) == std::future_status::ready;

@@ -20,7 +20,7 @@ namespace {
 using test::AviBuilder;
 using test::Bytes;
 using test::MemoryFile;
-using Outcome = FrameChunkRead::Outcome;
+using FrameOutcome = FrameChunkRead::Outcome;
 using Substitute = std::optional<std::uint64_t>;
 
 // A video stream with frames of these sizes; frame i is filled with i + 1.
@@ -42,8 +42,8 @@ class FrameChunkTest : public ::testing::Test {
         m_file->resetCounts();
     }
     /// The rest of the answer is in m_last.
-    Outcome read(std::uint64_t frame) { return read(*m_file, frame); }
-    Outcome read(fileio::File& file, std::uint64_t frame) {
+    FrameOutcome read(std::uint64_t frame) { return read(*m_file, frame); }
+    FrameOutcome read(fileio::File& file, std::uint64_t frame) {
         m_last = readFrameChunk(file, *m_reader.streams.at(0), frame, m_frameCount, m_chunk);
         return m_last.outcome;
     }
@@ -64,7 +64,7 @@ TEST_F(FrameChunkTest, ReadsTheFramesOwnChunk) {
     open({10, 200, 30});
     const Bytes expected[] = {Bytes(10, 1), Bytes(200, 2), Bytes(30, 3)};
     for (const std::uint64_t frame : {1U, 0U, 2U}) {
-        EXPECT_EQ(read(frame), Outcome::kRead) << frame;
+        EXPECT_EQ(read(frame), FrameOutcome::kRead) << frame;
         EXPECT_EQ(bytesRead(), expected[frame]) << frame;
         EXPECT_EQ(m_last.substitute, std::nullopt) << frame;
     }
@@ -72,36 +72,36 @@ TEST_F(FrameChunkTest, ReadsTheFramesOwnChunk) {
 
 TEST_F(FrameChunkTest, EmptyChunkIsServedByTheNearestEarlierOne) {
     open({10, 11, 12, 13, 14, 0, 0});
-    EXPECT_EQ(read(5), Outcome::kRead);
+    EXPECT_EQ(read(5), FrameOutcome::kRead);
     EXPECT_EQ(bytesRead(), Bytes(14, 5));
     EXPECT_EQ(m_last.substitute, Substitute(4));
-    EXPECT_EQ(read(6), Outcome::kRead);
+    EXPECT_EQ(read(6), FrameOutcome::kRead);
     EXPECT_EQ(bytesRead(), Bytes(14, 5));
     EXPECT_EQ(m_last.substitute, Substitute(4));
 }
 
 TEST_F(FrameChunkTest, EmptyChunksAtTheStartAreServedByTheFirstWithData) {
     open({0, 0, 12, 13});
-    EXPECT_EQ(read(0), Outcome::kRead);
+    EXPECT_EQ(read(0), FrameOutcome::kRead);
     EXPECT_EQ(bytesRead(), Bytes(12, 3));
     EXPECT_EQ(m_last.substitute, Substitute(2));
-    EXPECT_EQ(read(1), Outcome::kRead);
+    EXPECT_EQ(read(1), FrameOutcome::kRead);
     EXPECT_EQ(m_last.substitute, Substitute(2));
 }
 
 TEST_F(FrameChunkTest, SearchForwardEndsAtTheFrameCount) {
     open({0, 0, 12, 13});
     m_frameCount = 2;
-    EXPECT_EQ(read(0), Outcome::kNoneWithData);
+    EXPECT_EQ(read(0), FrameOutcome::kNoneWithData);
     EXPECT_EQ(m_last.substitute, std::nullopt);
     m_frameCount = 3;
-    EXPECT_EQ(read(0), Outcome::kRead);
+    EXPECT_EQ(read(0), FrameOutcome::kRead);
 }
 
 TEST_F(FrameChunkTest, StreamOfEmptyChunksHasNoFrame) {
     open({0, 0, 0});
     for (std::uint64_t i = 0; i < 3; ++i) {
-        EXPECT_EQ(read(i), Outcome::kNoneWithData) << i;
+        EXPECT_EQ(read(i), FrameOutcome::kNoneWithData) << i;
     }
     EXPECT_EQ(m_last.substitute, std::nullopt);
     EXPECT_EQ(m_file->counts().reads, 0U);
@@ -116,11 +116,11 @@ TEST_F(FrameChunkTest, FrameNumberBehindTheListThrows) {
 
 TEST_F(FrameChunkTest, SteadyStateIsOneSeekAndOneReadAndNoNewBuffer) {
     open({1000, 900, 1000, 0});
-    ASSERT_EQ(read(0), Outcome::kRead);
+    ASSERT_EQ(read(0), FrameOutcome::kRead);
     const std::byte* const buffer = m_chunk.buffer.data();
     m_file->resetCounts();
     for (std::uint64_t i = 0; i < 4; ++i) {
-        ASSERT_EQ(read(i), Outcome::kRead);
+        ASSERT_EQ(read(i), FrameOutcome::kRead);
     }
     EXPECT_EQ(m_file->counts().seeks, 4U);
     EXPECT_EQ(m_file->counts().reads, 4U);
@@ -133,12 +133,12 @@ TEST_F(FrameChunkTest, ChunkCutByTheEndOfTheFileFailsWithTheBytesLeft) {
     open({500, 100});
     const std::uint64_t offset = list().at(0).offset;
     m_file->bytes().resize(offset + 120);
-    EXPECT_EQ(read(0), Outcome::kFailed);
+    EXPECT_EQ(read(0), FrameOutcome::kFailed);
     EXPECT_EQ(m_last.failure, "Read error: size: 500, read: 120");
     EXPECT_EQ(m_chunk.buffer.capacity(), 0U);
     // The same text when the buffer is large enough already and the read itself comes up short.
     m_chunk.buffer.ensure(1000);
-    EXPECT_EQ(read(0), Outcome::kFailed);
+    EXPECT_EQ(read(0), FrameOutcome::kFailed);
     EXPECT_EQ(m_last.failure, "Read error: size: 500, read: 120");
 }
 
@@ -146,8 +146,8 @@ TEST_F(FrameChunkTest, ClaimThatTheFileCannotBackDoesNotGrowTheBuffer) {
     open({500, 100});
     test::resizeChunk(list(), 1, 0x7FFFFFFF);
     const std::uint64_t left = m_file->bytes().size() - list().at(1).offset;
-    ASSERT_EQ(read(0), Outcome::kRead);
-    EXPECT_EQ(read(1), Outcome::kFailed);
+    ASSERT_EQ(read(0), FrameOutcome::kRead);
+    EXPECT_EQ(read(1), FrameOutcome::kFailed);
     EXPECT_EQ(m_last.failure, "Read error: size: 2147483647, read: " + std::to_string(left));
     EXPECT_EQ(m_chunk.buffer.capacity(), 500U);
     EXPECT_EQ(m_chunk.bytes, 500U) << "a failed read leaves the count of the last good one";
@@ -156,14 +156,14 @@ TEST_F(FrameChunkTest, ClaimThatTheFileCannotBackDoesNotGrowTheBuffer) {
 TEST_F(FrameChunkTest, ChunkBehindTheEndOfTheFileHasNoBytesLeft) {
     open({500, 100});
     test::moveChunk(list(), 0, m_file->bytes().size() + 1000);
-    EXPECT_EQ(read(0), Outcome::kFailed);
+    EXPECT_EQ(read(0), FrameOutcome::kFailed);
     EXPECT_EQ(m_last.failure, "Read error: size: 500, read: 0");
 }
 
 TEST_F(FrameChunkTest, PositionThatIsRefusedIsASeekError) {
     open({500, 100});
     test::moveChunk(list(), 0, 0xFFFF'FFFF'FFFF'FFF0);
-    EXPECT_EQ(read(0), Outcome::kFailed);
+    EXPECT_EQ(read(0), FrameOutcome::kFailed);
     EXPECT_EQ(m_last.failure, "Seek error: offset: -16");
 }
 
@@ -171,17 +171,17 @@ TEST_F(FrameChunkTest, AnyExceptionOfTheFileIsAFailedRead) {
     open({500, 100});
     test::FailingFile faulty(*m_file);
     faulty.plan(test::FileFault::kThrowRuntime, 1, test::FileOperation::kRead);
-    EXPECT_EQ(read(faulty, 0), Outcome::kFailed);
+    EXPECT_EQ(read(faulty, 0), FrameOutcome::kFailed);
     EXPECT_EQ(m_last.failure, "injected fault");
     // The next attempt is a new one.
-    EXPECT_EQ(read(faulty, 0), Outcome::kRead);
+    EXPECT_EQ(read(faulty, 0), FrameOutcome::kRead);
 }
 
 TEST_F(FrameChunkTest, ReadFrameHasNothingToTell) {
     open({10, 0});
-    ASSERT_EQ(read(1), Outcome::kRead);
+    ASSERT_EQ(read(1), FrameOutcome::kRead);
     ASSERT_EQ(m_last.substitute, Substitute(0));
-    ASSERT_EQ(read(0), Outcome::kRead);
+    ASSERT_EQ(read(0), FrameOutcome::kRead);
     EXPECT_EQ(m_last.substitute, std::nullopt) << "frame 0 has a chunk of its own";
     EXPECT_EQ(m_last.failure, "");
 }
@@ -189,7 +189,7 @@ TEST_F(FrameChunkTest, ReadFrameHasNothingToTell) {
 TEST_F(FrameChunkTest, SubstituteThatCannotBeReadIsNamedAllTheSame) {
     open({500, 0});
     m_file->bytes().resize(list().at(0).offset + 120);
-    EXPECT_EQ(read(1), Outcome::kFailed);
+    EXPECT_EQ(read(1), FrameOutcome::kFailed);
     EXPECT_EQ(m_last.substitute, Substitute(0));
     EXPECT_EQ(m_last.failure, "Read error: size: 500, read: 120");
 }
@@ -198,7 +198,7 @@ TEST_F(FrameChunkTest, NoMemoryIsAFailedRead) {
     open({500, 100});
     test::FailingFile faulty(*m_file);
     faulty.plan(test::FileFault::kThrowBadAlloc, 1, test::FileOperation::kSeek);
-    EXPECT_EQ(read(faulty, 0), Outcome::kFailed);
+    EXPECT_EQ(read(faulty, 0), FrameOutcome::kFailed);
     EXPECT_EQ(m_last.failure, std::bad_alloc().what());
 }
 
@@ -212,9 +212,9 @@ TEST_F(FrameChunkTest, ReadsThroughTheOpenDmlListWhenThatIsInForce) {
     }
     m_file = std::make_unique<MemoryFile>(bytes);
     ASSERT_TRUE(m_reader.parse(*m_file, false));
-    EXPECT_EQ(read(2), Outcome::kRead);
+    EXPECT_EQ(read(2), FrameOutcome::kRead);
     EXPECT_EQ(bytesRead(), Bytes(30, 3));
-    EXPECT_EQ(read(1), Outcome::kRead);
+    EXPECT_EQ(read(1), FrameOutcome::kRead);
     EXPECT_EQ(bytesRead(), Bytes(10, 1));
     EXPECT_EQ(m_last.substitute, Substitute(0));
 }
@@ -235,7 +235,7 @@ TEST_F(FrameChunkTest, MillionEmptyFramesAreServedAtOnce) {
     constexpr std::uint64_t kRequests = 500'000;
     for (std::uint64_t i = 0; i < kRequests; ++i) {
         const FrameChunkRead result = readFrameChunk(file, *stream, kFrames - 1 - i, kFrames, m_chunk);
-        ASSERT_EQ(result.outcome, Outcome::kRead);
+        ASSERT_EQ(result.outcome, FrameOutcome::kRead);
         ASSERT_EQ(result.substitute, Substitute(0));
     }
     EXPECT_EQ(file.counts().reads, kRequests);

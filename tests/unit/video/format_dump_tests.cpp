@@ -26,7 +26,7 @@ using test::FakeHost;
 using Lines = std::vector<std::string>;
 
 const std::size_t kHostFormats = formatlists::hostFormats().size();
-const std::size_t kRows = formatlists::deliveredFormats().size();
+const std::size_t kDumpRows = formatlists::deliveredFormats().size();
 
 // The answers that the fixture's host gives: DV is compressed, an "a" in the code means alpha.
 bool isCompressed(const std::string& code) {
@@ -299,7 +299,7 @@ TEST(FormatDumpWithTheLogOff, AsksTheSameOfHostAndLibrary) {
     EXPECT_EQ(host.asked.size(), kHostFormats * 3U);
     EXPECT_EQ(library.count(Function::kGetParam), 122);
     EXPECT_EQ(library.count(Function::kGetString),
-              static_cast<int>(61 + formatlists::codedTypes().size() + 2 * kRows));
+              static_cast<int>(61 + formatlists::codedTypes().size() + 2 * kDumpRows));
 }
 
 }  // namespace

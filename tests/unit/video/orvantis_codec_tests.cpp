@@ -21,7 +21,7 @@ using fakecodec::Call;
 using fakecodec::FakeCodec;
 using fakecodec::Function;
 
-constexpr std::array<std::uint8_t, 5> kFormat{1, 2, 3, 4, 5};
+constexpr std::array<std::uint8_t, 5> kStreamFormat{1, 2, 3, 4, 5};
 constexpr OrvantisFrameFormat kOutput{0, 0, 254, 1, 31, 3, 2, 2, 0};
 
 // As the contexts render it.
@@ -44,7 +44,7 @@ void expectSame(const OrvantisFrameFormat& actual, const OrvantisFrameFormat& ex
 }
 
 template <class Action>
-std::string messageOf(Action&& action) {
+std::string codecMessageOf(Action&& action) {
     try {
         action();
     } catch (const OrvantisError& error) {
@@ -110,7 +110,7 @@ TEST(OrvantisCodec, OpensAndClosesInThisOrder) {
 TEST(OrvantisCodec, FailedInitialisationThrowsAndClosesNothing) {
     FakeCodec library;
     library.failAll(Function::kLibraryInit, 3);
-    EXPECT_EQ(messageOf([] { const OrvantisCodec codec; }),
+    EXPECT_EQ(codecMessageOf([] { const OrvantisCodec codec; }),
               "Orvantis error (3): error3: OrvantisCodec(): orvantis_library_init()");
     EXPECT_EQ(library.callNames(), std::vector<std::string>{"orvantis_library_init"});
 }
@@ -118,7 +118,7 @@ TEST(OrvantisCodec, FailedInitialisationThrowsAndClosesNothing) {
 TEST(OrvantisCodec, FailedOpenThrowsAndClosesNothing) {
     FakeCodec library;
     library.failAll(Function::kOpen, -4);
-    EXPECT_EQ(messageOf([] { const OrvantisCodec codec; }),
+    EXPECT_EQ(codecMessageOf([] { const OrvantisCodec codec; }),
               "Orvantis error (-4): error-4: OrvantisCodec(): orvantis_open()");
     EXPECT_EQ(library.callNames(), (std::vector<std::string>{"orvantis_library_init", "orvantis_open"}));
 }
@@ -143,7 +143,7 @@ TEST(OrvantisCodec, ARunningDecompressionIsNotEndedByTheDestructor) {
     FakeCodec library;
     {
         OrvantisCodec codec;
-        codec.decompressBegin(kFormat, kOutput);
+        codec.decompressBegin(kStreamFormat, kOutput);
     }
     EXPECT_EQ(library.count(Function::kDecompressEnd), 0);
     EXPECT_EQ(library.count(Function::kClose), 1);
@@ -157,10 +157,10 @@ TEST(OrvantisCodecQuery, WithoutOutputTellsTheCodedFormat) {
     FakeCodec library;
     library.coded = {1920, 1080, 254, 1, 104, 5, 2, 1, 9};
     const OrvantisCodec codec;
-    expectSame(codec.decompressQuery(kFormat, nullptr), library.coded);
+    expectSame(codec.decompressQuery(kStreamFormat, nullptr), library.coded);
     const Call call = library.callsOf(Function::kDecompressQuery).at(0);
     EXPECT_EQ(call.handle, codec.handle());
-    EXPECT_EQ(call.data, kFormat.data());
+    EXPECT_EQ(call.data, kStreamFormat.data());
     EXPECT_EQ(call.bytes, 5U);
     EXPECT_FALSE(call.output.has_value());
     expectSame(call.answerOnEntry, {0, 0, 254, 1, 0, 0, 0, 0, 0});
@@ -169,7 +169,7 @@ TEST(OrvantisCodecQuery, WithoutOutputTellsTheCodedFormat) {
 TEST(OrvantisCodecQuery, WithOutputPassesIt) {
     FakeCodec library;
     const OrvantisCodec codec;
-    expectSame(codec.decompressQuery(kFormat, &kOutput), {64, 48, 254, 1, 31, 3, 2, 2, 0});
+    expectSame(codec.decompressQuery(kStreamFormat, &kOutput), {64, 48, 254, 1, 31, 3, 2, 2, 0});
     expectSame(*library.callsOf(Function::kDecompressQuery).at(0).output, kOutput);
 }
 
@@ -177,8 +177,9 @@ TEST(OrvantisCodecQuery, FailureNamesBufferAndAbsentOutput) {
     FakeCodec library;
     library.failAll(Function::kDecompressQuery, 7);
     const OrvantisCodec codec;
-    EXPECT_EQ(messageOf([&] { codec.decompressQuery(kFormat, nullptr); }),
-              "Orvantis error (7): error7: decompressQuery({" + hexadecimal(kFormat.data()) + ",5},null)");
+    EXPECT_EQ(
+        codecMessageOf([&] { codec.decompressQuery(kStreamFormat, nullptr); }),
+        "Orvantis error (7): error7: decompressQuery({" + hexadecimal(kStreamFormat.data()) + ",5},null)");
 }
 
 TEST(OrvantisCodecQuery, FailureNamesTheOutputWithItsTypeAndColourSpace) {
@@ -187,8 +188,8 @@ TEST(OrvantisCodecQuery, FailureNamesTheOutputWithItsTypeAndColourSpace) {
     library.setString(kOrvantisStringColorSpaceName, 2, "Rec.709");
     library.failAll(Function::kDecompressQuery, 7);
     const OrvantisCodec codec;
-    EXPECT_EQ(messageOf([&] { codec.decompressQuery(kFormat, &kOutput); }),
-              "Orvantis error (7): error7: decompressQuery({" + hexadecimal(kFormat.data()) +
+    EXPECT_EQ(codecMessageOf([&] { codec.decompressQuery(kStreamFormat, &kOutput); }),
+              "Orvantis error (7): error7: decompressQuery({" + hexadecimal(kStreamFormat.data()) +
                   ",5},{0,0,254,1,31 (BGRA16),3,2 (Rec.709),2,0})");
 }
 
@@ -196,7 +197,7 @@ TEST(OrvantisCodecQuery, AbsentBufferIsNull) {
     FakeCodec library;
     library.failAll(Function::kDecompressQuery, 7);
     const OrvantisCodec codec;
-    EXPECT_EQ(messageOf([&] { codec.decompressQuery({}, nullptr); }),
+    EXPECT_EQ(codecMessageOf([&] { codec.decompressQuery({}, nullptr); }),
               "Orvantis error (7): error7: decompressQuery(null,null)");
 }
 
@@ -204,14 +205,14 @@ TEST(OrvantisCodecQuery, CanDecompressAnswersWithoutAskingForTexts) {
     FakeCodec library;
     library.accepts = [](const OrvantisFrameFormat& output) { return output.type == 31; };
     const OrvantisCodec codec;
-    EXPECT_TRUE(codec.canDecompress(kFormat, kOutput));
+    EXPECT_TRUE(codec.canDecompress(kStreamFormat, kOutput));
     OrvantisFrameFormat other = kOutput;
     other.type = 30;
-    EXPECT_FALSE(codec.canDecompress(kFormat, other));
+    EXPECT_FALSE(codec.canDecompress(kStreamFormat, other));
     EXPECT_EQ(library.count(Function::kGetString), 0);
     const Call call = library.callsOf(Function::kDecompressQuery).at(1);
     EXPECT_EQ(call.handle, codec.handle());
-    EXPECT_EQ(call.data, kFormat.data());
+    EXPECT_EQ(call.data, kStreamFormat.data());
     EXPECT_EQ(call.bytes, 5U);
     EXPECT_EQ(call.output->type, 30U);
 }
@@ -219,10 +220,10 @@ TEST(OrvantisCodecQuery, CanDecompressAnswersWithoutAskingForTexts) {
 TEST(OrvantisCodecDecode, BeginPassesFormatAndOutputAndAnswersWhatIsProduced) {
     FakeCodec library;
     OrvantisCodec codec;
-    expectSame(codec.decompressBegin(kFormat, kOutput), {64, 48, 254, 1, 31, 3, 2, 2, 0});
+    expectSame(codec.decompressBegin(kStreamFormat, kOutput), {64, 48, 254, 1, 31, 3, 2, 2, 0});
     const Call call = library.callsOf(Function::kDecompressBegin).at(0);
     EXPECT_EQ(call.handle, codec.handle());
-    EXPECT_EQ(call.data, kFormat.data());
+    EXPECT_EQ(call.data, kStreamFormat.data());
     EXPECT_EQ(call.bytes, 5U);
     expectSame(*call.output, kOutput);
 }
@@ -231,15 +232,15 @@ TEST(OrvantisCodecDecode, FailedBeginNamesItsArguments) {
     FakeCodec library;
     library.failAll(Function::kDecompressBegin, 11);
     OrvantisCodec codec;
-    EXPECT_EQ(messageOf([&] { codec.decompressBegin(kFormat, kOutput); }),
-              "Orvantis error (11): error11: decompressBegin({" + hexadecimal(kFormat.data()) +
+    EXPECT_EQ(codecMessageOf([&] { codec.decompressBegin(kStreamFormat, kOutput); }),
+              "Orvantis error (11): error11: decompressBegin({" + hexadecimal(kStreamFormat.data()) +
                   ",5},{0,0,254,1,31 (type31),3,2 (space2),2,0})");
 }
 
 TEST(OrvantisCodecDecode, DecompressPassesBothBuffers) {
     FakeCodec library;
     OrvantisCodec codec;
-    codec.decompressBegin(kFormat, kOutput);
+    codec.decompressBegin(kStreamFormat, kOutput);
     const std::array<std::byte, 3> frame{};
     char pixels[4];
     codec.decompress(frame, {pixels, 256, 256 * 48});
@@ -256,10 +257,10 @@ TEST(OrvantisCodecDecode, FailedDecompressNamesBothBuffers) {
     FakeCodec library;
     library.failAll(Function::kDecompress, 12);
     OrvantisCodec codec;
-    codec.decompressBegin(kFormat, kOutput);
+    codec.decompressBegin(kStreamFormat, kOutput);
     const std::array<std::byte, 3> frame{};
     char pixels[4];
-    EXPECT_EQ(messageOf([&] {
+    EXPECT_EQ(codecMessageOf([&] {
                   codec.decompress(frame, {pixels, 256, 12288});
               }),
               "Orvantis error (12): error12: decompress({" + hexadecimal(frame.data()) + ",3},{" +
@@ -269,13 +270,14 @@ TEST(OrvantisCodecDecode, FailedDecompressNamesBothBuffers) {
 TEST(OrvantisCodecDecode, EndIsNamedWithoutArguments) {
     FakeCodec library;
     OrvantisCodec codec;
-    codec.decompressBegin(kFormat, kOutput);
+    codec.decompressBegin(kStreamFormat, kOutput);
     codec.decompressEnd();
     EXPECT_EQ(library.callsOf(Function::kDecompressEnd).at(0).handle, codec.handle());
 
-    codec.decompressBegin(kFormat, kOutput);
+    codec.decompressBegin(kStreamFormat, kOutput);
     library.failAll(Function::kDecompressEnd, 13);
-    EXPECT_EQ(messageOf([&] { codec.decompressEnd(); }), "Orvantis error (13): error13: decompressEnd()");
+    EXPECT_EQ(codecMessageOf([&] { codec.decompressEnd(); }),
+              "Orvantis error (13): error13: decompressEnd()");
 }
 
 TEST(OrvantisCodecParam, PassesTheTypeAndAnswersTheValue) {
@@ -294,7 +296,7 @@ TEST(OrvantisCodecParam, FailureNamesTheParameter) {
     FakeCodec library;
     library.failAll(Function::kGetParam, 2);
     const OrvantisCodec codec;
-    EXPECT_EQ(messageOf([&] { codec.getParam(9, 31); }), "Orvantis error (2): error2: getParam(9,31)");
+    EXPECT_EQ(codecMessageOf([&] { codec.getParam(9, 31); }), "Orvantis error (2): error2: getParam(9,31)");
 }
 
 TEST(OrvantisCodecNames, NullIsTheEmptyText) {
@@ -313,7 +315,7 @@ TEST(OrvantisCodecNames, NullNamesDoNotBreakAContext) {
     library.setNullString(kOrvantisStringColorSpaceName, 2);
     library.failAll(Function::kDecompressBegin, 1);
     OrvantisCodec codec;
-    EXPECT_EQ(messageOf([&] { codec.decompressBegin({}, kOutput); }),
+    EXPECT_EQ(codecMessageOf([&] { codec.decompressBegin({}, kOutput); }),
               "Orvantis error (1): error1: decompressBegin(null,{0,0,254,1,31 (),3,2 (),2,0})");
 }
 

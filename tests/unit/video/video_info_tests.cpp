@@ -60,8 +60,8 @@ class VideoAnalysis : public testing::Test {
 
     Lines decodeFormatCodes() const {
         Lines codes;
-        for (const FormatInfo& format : video->decodeFormats()) {
-            codes.push_back(fourccToString(format.pixelFormat));
+        for (const FormatInfo& offered : video->decodeFormats()) {
+            codes.push_back(fourccToString(offered.pixelFormat));
         }
         return codes;
     }

@@ -50,7 +50,9 @@ class CodecCallFaults : public SessionFaults, public ::testing::WithParamInterfa
     /// calls failed.
     std::uint64_t failEach(const char* suffix) {
         const std::string function = GetParam();
-        for (std::uint64_t n = 1; n < kMost; n = orvantis::test::nextCase(n, kAlwaysTaken, kStep)) {
+        for (std::uint64_t n = 1; n < kMost;
+             n = orvantis::test::nextCase(n, orvantis::test::takesSample() ? kSampled : kAlwaysTaken,
+                                          kStep * orvantis::test::sampleStep(3))) {
             const std::string plan = function + ':' + std::to_string(n) + suffix;
             orvantis::test::writeFile(path("codec-calls.txt"), "");
             bool reached = false;
@@ -75,6 +77,7 @@ class CodecCallFaults : public SessionFaults, public ::testing::WithParamInterfa
 
  private:
     static constexpr std::uint64_t kAlwaysTaken = 16;
+    static constexpr std::uint64_t kSampled = 6;
     static constexpr std::uint64_t kStep = 9;
 
     std::optional<ScopedEnvironment> m_trace;

@@ -4,6 +4,7 @@
 
 #include "tests/faults/fault_session.h"
 #include "tests/support/file_hooks.h"
+#include "tests/support/thorough.h"
 
 namespace {
 
@@ -22,7 +23,8 @@ class FileOperationFaults : public SessionFaults {
         for (const auto& [name, kind] : kKinds) {
             FileOperationHook& hook = (*m_hooks).*kind;
             bool reached = true;
-            for (std::uint64_t n = 1; reached; ++n) {
+            std::uint64_t last = 0;
+            for (std::uint64_t n = 1; reached; n = orvantis::test::nextSample(n, 16, 5)) {
                 const std::string what = std::string(name) + ' ' + std::to_string(n);
                 const bool good = survives(
                     what,
@@ -40,8 +42,9 @@ class FileOperationFaults : public SessionFaults {
                     ADD_FAILURE() << "stopped at " << what;
                     return total;
                 }
-                total += reached ? 1 : 0;
+                last = reached ? n : last;
             }
+            total += last;
         }
         return total;
     }

@@ -12,6 +12,7 @@
 #include "simhost/session.h"
 #include "tests/integration/plugin_clip_test.h"
 #include "tests/support/file_hooks.h"
+#include "tests/support/thorough.h"
 
 namespace {
 
@@ -163,7 +164,7 @@ TEST_F(FileFailures, EachOperationOfASessionMayFailAndTheNextSessionIsGood) {
 
     for (const Kind& kind : kinds) {
         FileOperationHook& hook = hooks().*kind.hook;
-        for (std::uint64_t n = 1; n <= kind.count; ++n) {
+        for (std::uint64_t n = 1; n <= kind.count; n = orvantis::test::nextSample(n, 6, 5)) {
             const std::string what = std::string(kind.name) + " " + std::to_string(n);
             hook.failAt = hook.count + n;
             static_cast<void>(run(what));

@@ -26,7 +26,7 @@ namespace {
 
 // In a long run more than the 1,088 thread-local slots of a process.
 int cycles() {
-    return orvantis::test::howMany(300, 1500);
+    return orvantis::test::howMany(orvantis::test::howManyOfSample(100, 300), 1500);
 }
 // What a cycle may keep. The runtime's share is about 1 KiB, which cannot be given back (docs/soak.md); the
 // rest is the system's loader.

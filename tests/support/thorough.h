@@ -1,5 +1,6 @@
-// How much of a long row of cases a test takes. `./test.sh` takes the first ones and then a part, so that it
-// stays quick; with ORVANTIS_TEST_EVERYTHING=1 in the environment it takes all.
+// How much of a long row of equal cases a test takes. By itself the first ones and then a part; with
+// ORVANTIS_TEST_SAMPLE=1 in the environment, which `./test.sh` and `./test.sh quick` set so that they stay
+// quick, fewer; with ORVANTIS_TEST_EVERYTHING=1, which `./test.sh everything` sets every night, all.
 #pragma once
 
 #include <cstdint>
@@ -12,15 +13,35 @@ inline bool takesEverything() {
     return getEnvironment("ORVANTIS_TEST_EVERYTHING") == "1";
 }
 
-/// The case that comes behind case n: the next one, but in a quick run behind case `all` the one `step`
-/// further.
+inline bool takesSample() {
+    return !takesEverything() && getEnvironment("ORVANTIS_TEST_SAMPLE") == "1";
+}
+
+/// The case that comes behind case n: the next one, but unless everything is taken, behind case `all` the one
+/// `step` further.
 inline std::uint64_t nextCase(std::uint64_t n, std::uint64_t all, std::uint64_t step) {
     return n < all || takesEverything() ? n + 1 : n + step;
+}
+
+/// The same of a row of which only samples are taken: otherwise the next one.
+inline std::uint64_t nextSample(std::uint64_t n, std::uint64_t all, std::uint64_t step) {
+    return n < all || !takesSample() ? n + 1 : n + step;
+}
+
+/// How far it is from one case to the next in a row of which samples take every `step`th. No factor of what
+/// the row repeats itself by, so that samples meet all of that.
+inline std::uint64_t sampleStep(std::uint64_t step) {
+    return takesSample() ? step : 1;
 }
 
 /// `few` of something, or `many` in a run that takes everything.
 inline int howMany(int few, int many) {
     return takesEverything() ? many : few;
+}
+
+/// `few` of something in a run that takes samples, or else `many`.
+inline int howManyOfSample(int few, int many) {
+    return takesSample() ? few : many;
 }
 
 }  // namespace orvantis::test

@@ -5,6 +5,7 @@
 #include <random>
 
 #include "tests/support/failing_file.h"
+#include "tests/support/thorough.h"
 #include "tests/unit/avi/avi_test_support.h"
 #include "tests/unit/avi/plain_parser.h"
 
@@ -50,7 +51,7 @@ TEST(DamagedFile, UndamagedFilesGiveThePlainAnswer) {
 TEST(DamagedFile, CutAtEveryByte) {
     for (AviBuilder& avi : allKinds()) {
         const Bytes bytes = avi.build();
-        for (std::size_t size = 0; size < bytes.size(); ++size) {
+        for (std::size_t size = 0; size < bytes.size(); size += test::sampleStep(5)) {
             expectPlainAnswer(Bytes(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(size)),
                               "cut at " + std::to_string(size));
         }
@@ -60,7 +61,7 @@ TEST(DamagedFile, CutAtEveryByte) {
 TEST(DamagedFile, CutFileReadInTwoHalvesGivesTheSame) {
     for (AviBuilder& avi : allKinds()) {
         const Bytes bytes = avi.build();
-        for (std::size_t size = 0; size < bytes.size(); size += 3) {
+        for (std::size_t size = 0; size < bytes.size(); size += 3 * test::sampleStep(5)) {
             const Bytes cut(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(size));
             Parsed halves(cut, true);
             halves.reader.readIndexes();
@@ -76,7 +77,7 @@ TEST(DamagedFile, EachByteOfTheHeadersSetToEachOfSomeValues) {
     for (AviBuilder& avi : allKinds()) {
         const Bytes bytes = avi.build();
         const auto end = static_cast<std::size_t>(avi.moviOffset()) + 12;
-        for (std::size_t at = 0; at < end; ++at) {
+        for (std::size_t at = 0; at < end; at += test::sampleStep(5)) {
             for (const unsigned value : {0x00U, 0x01U, 0x7FU, 0x80U, 0xF7U, 0xFFU}) {
                 Bytes changed = bytes;
                 changed[at] = static_cast<std::uint8_t>(value);
@@ -90,7 +91,7 @@ TEST(DamagedFile, EachByteOfTheIndexesSetToEachOfSomeValues) {
     for (AviBuilder& avi : allKinds()) {
         const Bytes bytes = avi.build();
         const auto from = static_cast<std::size_t>(avi.idx1Offset());
-        for (std::size_t at = from; at < bytes.size(); ++at) {
+        for (std::size_t at = from; at < bytes.size(); at += test::sampleStep(5)) {
             for (const unsigned value : {0x00U, 0x30U, 0x80U, 0xFFU}) {
                 Bytes changed = bytes;
                 changed[at] = static_cast<std::uint8_t>(value);
@@ -103,7 +104,8 @@ TEST(DamagedFile, EachByteOfTheIndexesSetToEachOfSomeValues) {
 TEST(DamagedFile, RandomChanges) {
     constexpr unsigned kSeed = 20240607;
     std::mt19937 random(kSeed);
-    for (int round = 0; round < 6000; ++round) {
+    const int rounds = test::howManyOfSample(1000, 6000);
+    for (int round = 0; round < rounds; ++round) {
         std::vector<AviBuilder> kinds = allKinds();
         AviBuilder& avi = kinds[random() % kinds.size()];
         Bytes bytes = avi.build();
@@ -154,7 +156,7 @@ TEST(FailingFile, EachOperationFailingInEachWay) {
     ASSERT_EQ(sound.errors, "");
     for (const test::FileFault fault : kFaults) {
         for (const bool fromThere : {false, true}) {
-            for (std::uint64_t failAt = 1;; ++failAt) {
+            for (std::uint64_t failAt = 1;; failAt = test::nextSample(failAt, 8, 5)) {
                 ASSERT_LT(failAt, 200U);
                 test::MemoryFile whole(bytes);
                 test::FailingFile file(whole);

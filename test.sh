@@ -8,10 +8,12 @@
 #   ./test.sh tsan         only the concurrency tests under ThreadSanitizer
 #   ./test.sh packaging    the packages: made, installed, upgraded, removed, signed, rebuilt elsewhere to the same bytes
 #   ./test.sh gcc          the same tests, compiled by the other compiler
+#   ./test.sh everything   what .ci/nightly runs of these: also the tests labelled nightly, and all cases of long rows
 #   ./test.sh quick        while you edit: natively, without sanitizers, the tests that see what changed since the last time
+#   ./test.sh quick all    the same with the tool's tests, the schedules, the fuzz corpora and clips of other programs
 #   ./test.sh golden       no test: writes the texts of tests/golden anew, for you to read in `git diff` before you keep them
 #
-# Everything takes about 16 minutes on 2 cores with an empty compiler cache, packaging 7 minutes more.
+# Without an argument it takes less than 10 minutes on 2 cores with an empty compiler cache, packaging 7 minutes more.
 set -eu
 script="$(realpath "$0")"
 cd "$(dirname "$script")"
@@ -19,9 +21,12 @@ cd "$(dirname "$script")"
 help_or_go_on "$@"
 what="${1:-all}"
 case "$what" in
-    all | windows | asan | tsan | packaging | gcc | quick | golden) ;;
+    all | windows | asan | tsan | everything | packaging | gcc | quick | golden) ;;
     *) wrong_usage "test.sh: unknown argument: $what" ;;
 esac
+[ $# -lt 2 ] || [ "$*" = "quick all" ] || wrong_usage "test.sh: unknown arguments: $*"
+# See tests/support/thorough.h.
+if [ "$what" = everything ]; then export ORVANTIS_TEST_EVERYTHING=1; else export ORVANTIS_TEST_SAMPLE=1; fi
 jobs="$(nproc)"
 # Programs under Wine wait for its server half of the time.
 wine_jobs="$((jobs * 2))"
@@ -34,12 +39,13 @@ if [ "$what" = quick ]; then
     mkdir -p build/linux-quick/quick
     touch build/linux-quick/quick/begun
     failed=0
+    target="quick${2:+_all}"
     # All of them, whatever fails.
-    cmake --build --preset linux-quick -j "$jobs" --target quick -- -k 0 --quiet || failed=1
+    cmake --build --preset linux-quick -j "$jobs" --target "$target" -- -k 0 --quiet || failed=1
     ran="$(find build/linux-quick/quick -name '*.log' -newer build/linux-quick/quick/begun | wc -l)"
     [ "$failed" = 0 ] && verdict="all passed" || verdict="FAILED"
-    echo "quick: $ran of $(find build/linux-quick/quick -name '*.log' | wc -l) test programs had to run, $verdict," \
-        "$(($(date +%s) - begun)) s"
+    there="$(ninja -C build/linux-quick -t commands "$target" | grep -c run-quick-test.sh)"
+    echo "quick: $ran of $there test programs had to run, $verdict, $(($(date +%s) - begun)) s"
     exit "$failed"
 fi
 
@@ -102,33 +108,41 @@ run() {
     check "$name" "$preset" "$@"
 }
 
-windows_tests="-LE packaging"
+# Of every day: see orvantis_nightly in cmake/OrvantisTesting.cmake.
+target=everyday
+windows_tests="-LE packaging|nightly"
+asan_tests="$windows_tests"
 tsan_tests="-L concurrency"
+if [ "$what" = everything ]; then
+    target=all
+    windows_tests="-LE packaging"
+    asan_tests=""
+fi
 # shellcheck disable=SC2086 # lists of words on purpose
 case "$what" in
-    all)
+    all | everything)
         windows=0 native=0
-        build windows windows-clang all || windows=1
+        build windows windows-clang "$target" || windows=1
         # The native builds take what the tests under Wine leave of the processors.
         (
             sh -c 'renice -n 19 -p $PPID' >/dev/null
-            build asan linux-asan all && build tsan linux-tsan concurrency_tests
+            build asan linux-asan "$target" && build tsan linux-tsan concurrency_tests
         ) &
         if [ "$windows" = 0 ]; then check windows windows-clang $windows_tests; else failed=1; fi
         wait $! || native=1
         if [ "$native" = 0 ]; then
-            check asan linux-asan
+            check asan linux-asan $asan_tests
             check tsan linux-tsan $tsan_tests
         else
             failed=1
         fi
         ;;
-    windows) run windows windows-clang all $windows_tests ;;
-    asan) run asan linux-asan all ;;
+    windows) run windows windows-clang "$target" $windows_tests ;;
+    asan) run asan linux-asan "$target" $asan_tests ;;
     tsan) run tsan linux-tsan concurrency_tests $tsan_tests ;;
     # They take turns on one Wine system, beside two more builds: on a busy machine a program there may fail to start.
     packaging) wine_jobs="$jobs"; run packaging windows-clang packaging_test_files -L packaging --repeat until-pass:2 ;;
-    gcc) run gcc windows-mingw all $windows_tests ;;
+    gcc) run gcc windows-mingw all -LE packaging ;;
 esac
 
 # One line for people and for CI: the tests of all builds. A CTest test that is a GoogleTest program counts as the tests in it.

@@ -1,14 +1,14 @@
-# The target `quick`: seconds from an edit to an answer. Each test program has a file that says it passed; the build makes it
+# The targets `quick` and `quick_all`: seconds from an edit to an answer. Each test program has a file that says it passed; the build makes it
 # by running the tests, and so runs again exactly what was linked anew or loads what was linked anew.
 
-# orvantis_quick_test(NAME name PROGRAM target [ARGUMENTS ...] [ENVIRONMENT NAME=VALUE...] [FILTER filter] [APART filter]
+# orvantis_quick_test([ALL] NAME name PROGRAM target [ARGUMENTS ...] [ENVIRONMENT NAME=VALUE...] [FILTER filter] [APART filter]
 #                     [FIXTURES name] [DEPENDS target-or-file...])
-# FILTER and APART as for orvantis_add_test.
+# FILTER and APART as for orvantis_add_test. ALL: only for `quick_all`.
 function(orvantis_quick_test)
     if(NOT ORVANTIS_QUICK)
         return()
     endif()
-    cmake_parse_arguments(arg "" "NAME;PROGRAM;FILTER;APART;FIXTURES" "ARGUMENTS;ENVIRONMENT;DEPENDS" ${ARGN})
+    cmake_parse_arguments(arg "ALL" "NAME;PROGRAM;FILTER;APART;FIXTURES" "ARGUMENTS;ENVIRONMENT;DEPENDS" ${ARGN})
     set(passed "${CMAKE_BINARY_DIR}/quick/${arg_NAME}.passed")
     set(run "${PROJECT_SOURCE_DIR}/cmake/run-quick-test.sh")
     foreach(fixture IN LISTS arg_FIXTURES)
@@ -22,7 +22,10 @@ function(orvantis_quick_test)
         VERBATIM)
     # A command belongs to its folder, where a target has to ask for it.
     add_custom_target(quick.${arg_NAME} DEPENDS "${passed}")
-    set_property(GLOBAL APPEND PROPERTY ORVANTIS_QUICK_TESTS quick.${arg_NAME})
+    set_property(GLOBAL APPEND PROPERTY ORVANTIS_QUICK_ALL_TESTS quick.${arg_NAME})
+    if(NOT arg_ALL)
+        set_property(GLOBAL APPEND PROPERTY ORVANTIS_QUICK_TESTS quick.${arg_NAME})
+    endif()
 endfunction()
 
 # orvantis_quick_fixture(name COMMAND...): as orvantis_add_fixture.
@@ -42,7 +45,10 @@ endfunction()
 # orvantis_add_quick_target(): once, behind all tests of the folder that calls it and those below.
 function(orvantis_add_quick_target)
     if(ORVANTIS_QUICK)
-        get_property(tests GLOBAL PROPERTY ORVANTIS_QUICK_TESTS)
-        add_custom_target(quick DEPENDS ${tests})
+        foreach(target quick quick_all)
+            string(TOUPPER "ORVANTIS_${target}_TESTS" tests)
+            get_property(tests GLOBAL PROPERTY ${tests})
+            add_custom_target(${target} DEPENDS ${tests})
+        endforeach()
     endif()
 endfunction()

@@ -1,19 +1,25 @@
 # GoogleTest from the distribution's source package, and the function that every test folder uses.
 
-set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
-set(gtest_force_shared_crt ON CACHE BOOL "" FORCE)
-add_subdirectory("${ORVANTIS_GOOGLETEST_DIR}" "${CMAKE_BINARY_DIR}/googletest" EXCLUDE_FROM_ALL)
-foreach(lib gtest gmock)
-    target_compile_options(${lib} PRIVATE $<$<CXX_COMPILER_ID:GNU,Clang>:-O0;-g1>)
-    if(ORVANTIS_SANITIZE)
-        target_compile_options(${lib} PRIVATE -fsanitize=${ORVANTIS_SANITIZE} -fno-omit-frame-pointer)
-    endif()
-endforeach()
-include(GoogleTest)
-
 # With an edit in mind (see OrvantisQuick.cmake): the target `quick` runs the tests that an edit of the plug-in can break.
 option(ORVANTIS_QUICK "The target `quick`, which runs the tests whose programs changed" OFF)
 include(OrvantisQuick)
+
+set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
+set(gtest_force_shared_crt ON CACHE BOOL "" FORCE)
+add_subdirectory("${ORVANTIS_GOOGLETEST_DIR}" "${CMAKE_BINARY_DIR}/googletest" EXCLUDE_FROM_ALL)
+# The line numbers of what tests call: for sanitizers and for the stacks of a test that hangs.
+set(lines -g1)
+if(ORVANTIS_QUICK OR ORVANTIS_PDB)
+    set(lines -g0)
+endif()
+foreach(lib gtest gmock)
+    target_compile_options(${lib} PRIVATE $<$<CXX_COMPILER_ID:GNU,Clang>:-O0;${lines}>)
+    if(ORVANTIS_SANITIZE)
+        string(REGEX MATCH "^[a-z]+" sanitizer "${ORVANTIS_SANITIZE}")
+        target_compile_options(${lib} PRIVATE -fsanitize=${sanitizer} -fno-omit-frame-pointer)
+    endif()
+endforeach()
+include(GoogleTest)
 
 # Windows programs built on Linux run through Wine. The wrapper knows the folder of the stand-in codec library.
 if(WIN32 AND CMAKE_CROSSCOMPILING)
@@ -27,7 +33,8 @@ add_custom_target(concurrency_tests)
 
 # What is tested is optimised; the tests themselves are quick to compile instead: without optimisation, and with the headers
 # of the test framework and of the standard library compiled once.
-set(test_options $<$<CXX_COMPILER_ID:GNU,Clang>:-Wno-sign-conversion;-O0;-g1> ${orvantis_precompiled_options})
+set(test_options $<$<CXX_COMPILER_ID:GNU,Clang>:-Wno-sign-conversion;-O0;${lines}>
+    ${orvantis_precompiled_options})
 # A program, as its users are: compilers want them alike.
 add_executable(orvantis_test_headers "${CMAKE_CURRENT_LIST_DIR}/test_headers.cpp")
 set_target_properties(orvantis_test_headers PROPERTIES ORVANTIS_IS_TEST ON
@@ -36,6 +43,19 @@ target_link_libraries(orvantis_test_headers PRIVATE orvantis_options GTest::gtes
 target_precompile_headers(orvantis_test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h>
     <algorithm> <array> <cstdint> <cstring> <filesystem> <fstream> <functional> <memory> <mutex> <string> <thread> <vector>)
 target_compile_options(orvantis_test_headers PRIVATE ${test_options})
+# The tests of the tool, most of which run under Wine, read JSON.
+if(WIN32 AND TARGET orvantis_json)
+    target_link_libraries(orvantis_test_headers PRIVATE orvantis_json)
+    target_precompile_headers(orvantis_test_headers PRIVATE <nlohmann/json.hpp>)
+endif()
+
+# Builds what the tests of every day need: all but the programs of the tests that are labelled "nightly", and packages.
+add_custom_target(everyday)
+
+# orvantis_nightly(test...): CTest tests that `./test.sh everything` runs, which .ci/nightly does, and `./test.sh` leaves out.
+function(orvantis_nightly)
+    set_property(TEST ${ARGN} APPEND PROPERTY LABELS nightly)
+endfunction()
 
 # Loaded or started by the tests of a library's users, which therefore have to run again when it changes.
 define_property(TARGET PROPERTY ORVANTIS_LOADS BRIEF_DOCS "Targets that programs which link this one load or start")
@@ -45,7 +65,8 @@ define_property(TARGET PROPERTY ORVANTIS_LOADS BRIEF_DOCS "Targets that programs
 function(orvantis_add_fixture)
     cmake_parse_arguments(arg "" "NAME;TEST" "COMMAND" ${ARGN})
     add_test(NAME ${arg_TEST} COMMAND ${arg_COMMAND})
-    set_tests_properties(${arg_TEST} PROPERTIES FIXTURES_SETUP ${arg_NAME} TIMEOUT 900)
+    # First of all: others wait for it.
+    set_tests_properties(${arg_TEST} PROPERTIES FIXTURES_SETUP ${arg_NAME} TIMEOUT 900 COST 1000)
     orvantis_quick_fixture(${arg_NAME} ${arg_COMMAND})
 endfunction()
 
@@ -98,14 +119,18 @@ function(orvantis_unity_test target)
 endfunction()
 
 # orvantis_add_test(NAME name SOURCES ... [LIBRARIES ...] [LABELS ...] [LOADS target...] [DATA file...] [TIMEOUT seconds]
-#                   [FIXTURES name] [PARTS number] [APART filter] [QUICK_FILTER filter] [NOT_QUICK])
+#                   [FIXTURES name] [PARTS number] [COST seconds] [APART filter] [QUICK_FILTER filter] [QUICK_ALL | NOT_QUICK]
+#                   [NIGHTLY | PORTABLE])
 # A GoogleTest program and the CTest test <name> that runs it; with PARTS that many, <name>.1 and so on, which share its
 # tests and may run side by side. All in one process, since its start is most of the time that a test takes under Wine.
 # Tests that the GoogleTest filter APART names need a process of their own each; they are CTest tests
-# <name>.<Suite>.<Test>. LOADS names targets that the tests start or load, DATA files that they read. For the target `quick`
-# QUICK_FILTER chooses from what takes long, and NOT_QUICK leaves out what no edit of the plug-in can break.
+# <name>.<Suite>.<Test>. LOADS names targets that the tests start or load, DATA files that they read. What takes more than some
+# seconds says so by COST: long ones start first. For the target `quick` QUICK_FILTER chooses from what takes long, QUICK_ALL
+# leaves to `quick_all` what sees the plug-in from afar, as FIXTURES does, whose files have to be made, and NOT_QUICK leaves out what no
+# edit of the plug-in can break. NIGHTLY: see orvantis_nightly; PORTABLE is that for Windows only, for code of ours that knows no
+# system and is tested natively every day.
 function(orvantis_add_test)
-    cmake_parse_arguments(arg "NOT_QUICK" "NAME;TIMEOUT;FIXTURES;PARTS;APART;QUICK_FILTER"
+    cmake_parse_arguments(arg "NOT_QUICK;QUICK_ALL;NIGHTLY;PORTABLE" "NAME;TIMEOUT;FIXTURES;PARTS;COST;APART;QUICK_FILTER"
         "SOURCES;LIBRARIES;LABELS;LOADS;DATA" ${ARGN})
     add_executable(${arg_NAME} ${arg_SOURCES})
     target_link_libraries(${arg_NAME} PRIVATE
@@ -138,8 +163,17 @@ function(orvantis_add_test)
         set(arg_TIMEOUT 300)
     endif()
     set(properties TIMEOUT ${arg_TIMEOUT})
+    if(arg_PORTABLE AND WIN32)
+        set(arg_NIGHTLY ON)
+    endif()
+    if(NOT arg_NIGHTLY)
+        add_dependencies(everyday ${arg_NAME})
+    endif()
     if(arg_LABELS)
         list(APPEND properties LABELS "${arg_LABELS}")
+    endif()
+    if(arg_COST)
+        list(APPEND properties COST ${arg_COST})
     endif()
     # Before CTest ends a test that hangs, it says itself where (see tests/support/main/).
     math(EXPR hang_seconds "${arg_TIMEOUT} * 9 / 10")
@@ -173,8 +207,6 @@ function(orvantis_add_test)
     endif()
     if(NOT arg_PARTS)
         set(arg_PARTS 1)
-    else()
-        list(APPEND properties COST 100)  # long ones start first
     endif()
     foreach(part RANGE 1 ${arg_PARTS})
         set(name ${arg_NAME})
@@ -186,8 +218,16 @@ function(orvantis_add_test)
         add_test(NAME ${name} COMMAND ${arg_NAME} ${filter}
             "--gtest_output=xml:${CMAKE_BINARY_DIR}/test-results/${name}.xml")
         set_tests_properties(${name} PROPERTIES ${properties} ENVIRONMENT "${environment};${shard}")
+        if(arg_NIGHTLY)
+            orvantis_nightly(${name})
+        endif()
         if(NOT arg_NOT_QUICK)
-            orvantis_quick_test(NAME ${name} PROGRAM ${arg_NAME} ENVIRONMENT ${environment} ${shard}
+            if(arg_QUICK_ALL OR arg_FIXTURES)
+                set(all ALL)
+            else()
+                set(all "")
+            endif()
+            orvantis_quick_test(${all} NAME ${name} PROGRAM ${arg_NAME} ENVIRONMENT ${environment} ${shard}
                 FILTER "${arg_QUICK_FILTER}" APART "${arg_APART}" FIXTURES "${arg_FIXTURES}"
                 DEPENDS ${arg_LOADS} ${arg_DATA})
         endif()

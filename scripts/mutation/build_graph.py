@@ -36,7 +36,7 @@ class BuildGraph:
     def __init__(self, build, root):
         self.build, self.root = pathlib.Path(build), pathlib.Path(root)
         self.compile, self.links, self.programs, self.archives = {}, {}, {}, {}
-        for line in self.ninja("-t", "commands", "quick").splitlines():
+        for line in self.ninja("-t", "commands", "quick_all").splitlines():
             self.read_command(line)
         for program in self.programs.values():
             program.link = self.links[f"bin/{program.name}"]

@@ -50,7 +50,7 @@ build plugin/libx.a: ar plugin/a.o plugin/b.o
 build bin/a_tests: link tests/unit/t.o | plugin/libx.a
   libraries = plugin/libx.a
 build quick/a_tests.passed: test bin/a_tests
-build quick: phony quick/a_tests.passed
+build quick_all: phony quick/a_tests.passed
 """
 
 

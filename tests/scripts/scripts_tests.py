@@ -94,7 +94,7 @@ class Usage(Folder):
 
 
 class Nightly(Folder):
-    STEPS = ["gcc", "mutation", "coverage", "schedules", "proofs", "fuzzing", "sessions", "reproducible"]
+    STEPS = ["everything", "gcc", "mutation", "coverage", "schedules", "proofs", "fuzzing", "sessions", "reproducible"]
 
     def setUp(self):
         super().setUp()
@@ -116,7 +116,7 @@ class Nightly(Folder):
         self.assertEqual(run.returncode, 0, run.stderr)
         self.assertEqual(self.results(run), {step: "passed" for step in self.STEPS})
         self.assertEqual([call for call in self.called().splitlines() if not call.startswith(("cmake", "install"))], [
-            "test.sh gcc", "mutate.sh --sample 200 --seed 7", "coverage.sh ", "schedules.sh ", "schedules.sh --planted",
+            "test.sh everything", "test.sh gcc", "mutate.sh --sample 200 --seed 7", "coverage.sh ", "schedules.sh ", "schedules.sh --planted",
             "prove.sh ", "run.sh 30",
             "importer_host soak --sessions 200000 --seed 7",
             "wine-run build/windows-clang/bin/importer_host.exe soak --sessions 2000 --seed 7", "check-reproducible.sh "])

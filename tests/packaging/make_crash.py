@@ -14,7 +14,7 @@ folder = wine.native(r"C:\t")
 (folder / "clip.avi").write_bytes(b"RIFF")
 shutil.copy(os.environ["ORVANTIS_CRASH_IMPORTER"], folder)
 result = wine.run(os.environ["ORVANTIS_DUMP_ON_CRASH"], r"C:\t\crash.dmp", rf"C:\t\{settings.TOOL}", "info", "--plugin",
-                  r"C:\t\crash_importer.prm", r"C:\t\clip.avi")
+                  r"C:\t\crash_importer.prm", r"C:\t\clip.avi", timeout=280)  # a busy machine loads a whole tool under a debugger
 if result.returncode != 0:
     sys.exit(f"no dump: {result.returncode}\n{result.stdout}")
 shutil.copy(folder / "crash.dmp", settings.BUILD_DIR / "crash.dmp")

@@ -6,32 +6,27 @@
 #   NAME.planar.raw     its frames as the encoder was given them
 #   clips.txt           NAME TAG WIDTH HEIGHT FRAMES, one line a clip
 set -eu
-out="$1"
+mkdir -p "$1"
+cd "$1"
+out=.  # without blanks, since commands are put together from it
 frames=4
-mkdir -p "$out"
 : >"$out/clips.tmp"
 
-# convert NAME WIDTH HEIGHT FROM TO HOST-FORMAT: unscaled, so that only the layout changes.
-convert_layout() {
-    ffmpeg -nostdin -v error -y -f rawvideo -pix_fmt "$4" -video_size "$2x$3" -i "$out/$1.planar.raw" \
-        -sws_flags accurate_rnd+full_chroma_int -f rawvideo -pix_fmt "$5" "$out/$1.$6.raw"
-}
-
-# clip NAME TAG PIXEL-FORMAT WIDTH HEIGHT [TO:HOST-FORMAT ...]
+# clip NAME TAG PIXEL-FORMAT WIDTH HEIGHT [TO:HOST-FORMAT ...]: converted unscaled, so that only the layout changes. All by one
+# start of the program, which takes longer than its work.
 clip() {
     name="$1"; tag="$2"; pixels="$3"; width="$4"; height="$5"; shift 5
     ffmpeg -nostdin -v error -y -f lavfi -i "testsrc2=size=128x96:rate=25,format=gbrp,noise=alls=60:allf=t:all_seed=7,crop=$width:$height:8:8:exact=1" \
         -frames:v "$frames" -f rawvideo -pix_fmt "$pixels" "$out/$name.planar.raw"
+    conversions=""
+    for target in "$@"; do
+        case "$target" in v210:*) layout="-c:v v210" ;; *) layout="-pix_fmt ${target%%:*}" ;; esac
+        conversions="$conversions -sws_flags accurate_rnd+full_chroma_int $layout -f rawvideo $out/$name.${target##*:}.raw"
+    done
+    # shellcheck disable=SC2086 # words on purpose
     ffmpeg -nostdin -v error -y -f rawvideo -pix_fmt "$pixels" -video_size "${width}x${height}" -framerate 25 \
-        -i "$out/$name.planar.raw" -c:v rawvideo -strict unofficial -pix_fmt "$pixels" -vtag "$tag" "$out/$name.avi"
-    for target in "$@"; do convert_layout "$name" "$width" "$height" "$pixels" "${target%%:*}" "${target##*:}"; done
+        -i "$out/$name.planar.raw" -c:v rawvideo -strict unofficial -pix_fmt "$pixels" -vtag "$tag" "$out/$name.avi" $conversions
     echo "$name $tag $width $height $frames" >>"$out/clips.tmp"
-}
-
-v210() { # NAME WIDTH HEIGHT
-    ffmpeg -nostdin -v error -y -f rawvideo -pix_fmt yuv422p10le -video_size "$2x$3" -i "$out/$1.planar.raw" \
-        -c:v v210 -f rawvideo "$out/$1.v210.raw"
-    cp "$out/$1.v210.raw" "$out/$1.v211.raw"
 }
 
 for size in 96x54 33x17 1x1; do
@@ -61,7 +56,9 @@ for size in 96x54 33x17 1x1; do
     # shellcheck disable=SC2086
     clip "yuv422-$size" O8Y2 yuv422p "$w" "$h" $packed
     clip "yuv420-$size" O8Y0 yuv420p "$w" "$h"
-    clip "yuv422-10-$size" O0Y2 yuv422p10le "$w" "$h"
-    [ $((w % 6)) -ne 0 ] || v210 "yuv422-10-$size" "$w" "$h"
+    if [ $((w % 6)) -eq 0 ]; then words="v210:v210"; else words=""; fi
+    # shellcheck disable=SC2086
+    clip "yuv422-10-$size" O0Y2 yuv422p10le "$w" "$h" $words
+    [ -z "$words" ] || cp "$out/yuv422-10-$size.v210.raw" "$out/yuv422-10-$size.v211.raw"
 done
 mv "$out/clips.tmp" "$out/clips.txt"

@@ -4,6 +4,7 @@
 #include <csignal>
 #include <filesystem>
 
+#include "tests/integration/plugin_path.h"
 #include "tests/support/child_process.h"
 #include "tests/tool/stream_capture.h"
 #include "tests/tool/tool_run.h"
@@ -40,6 +41,27 @@ TEST_F(ToolOutputNative, AFullDiskIsToldAsSuch) {
     const ToolRun result = runTool({"info", soundClip(), "--out", "/dev/full"});
     EXPECT_EQ(result.code, kNoOutput);
     EXPECT_THAT(result.err, HasSubstr("cannot write to '/dev/full': disk full"));
+}
+
+TEST_F(ToolOutputNative, EveryCommandTellsThatTheDiskIsFull) {
+    const std::string clip = soundClip();
+    for (const std::vector<std::string>& arguments : std::vector<std::vector<std::string>>{
+             {"doctor", clip, "--out"},
+             {"frames", clip, "--sheet"},
+             {"audio", clip, "--out"},
+             {"audio", clip, "--waveform"},
+             {"async", clip, "--json", "--out"},
+             {"soak", clip, "--minutes", "0.01", "--plot"},
+             {"bench", clip, "--what", "open", "--runs", "1", "--json", "--out"},
+             {"verify", clip, "--write", "--framemd5"},
+             {"collect", clip, "--out"},
+             {"validate", pluginPath(), clip, "--only", "files.opens", "--html"}}) {
+        std::vector<std::string> words = arguments;
+        words.emplace_back("/dev/full");
+        const ToolRun result = runTool(words);
+        EXPECT_EQ(result.code, kNoOutput) << words.front() << result.err;
+        EXPECT_THAT(result.err, HasSubstr("'/dev/full': disk full")) << words.front();
+    }
 }
 
 TEST_F(ToolOutputNative, AnAnswerThatIsLostIsNoSuccess) {

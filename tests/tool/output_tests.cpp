@@ -24,6 +24,11 @@ class ToolOutput : public ToolTest {
                 {"async", clip, "--json", "--out", target},
                 {"soak", clip, "--minutes", "0.01", "--plot", target},
                 {"soak", clip, "--minutes", "0.01", "--json", "--out", target},
+                {"soak", clip, "--sessions", "1", "--json", "--out", target},
+                {"verify", clip, "--framemd5", target, "--write"},
+                {"verify", clip, "--resume", target},
+                {"collect", clip, "--out", target},
+                {"validate", pluginPath(), clip, "--only", "files.opens", "--html", target},
                 {"bench", clip, "--what", "open", "--runs", "1", "--json", "--out", target}};
     }
     static std::string named(const Arguments& arguments) {
@@ -64,6 +69,28 @@ TEST_F(ToolOutput, AHardLinkOfTheClipIsTheClip) {
     EXPECT_EQ(result.code, kNoOutput);
     EXPECT_THAT(result.err, HasSubstr("this run reads that file"));
     EXPECT_EQ(read("link.txt"), before);
+}
+
+// A page and a picture have names of the tool's own choice, behind which the clip may lie as well.
+TEST_F(ToolOutput, AHardLinkInTheFolderOfResultsIsTheClip) {
+    const std::string clip = soundClip();
+    const std::string before = read("clip.avi");
+    std::filesystem::create_directories(folder / "out");
+    const std::string picture = "clip_YUYV_422_8u_601_000000";
+    for (const std::string& name : {std::string("clip.avi.html"), picture + ".png", picture + ".raw"}) {
+        std::filesystem::create_hard_link(folder / "clip.avi", folder / "out" / name);
+    }
+    for (const Arguments& arguments : {Arguments{"report", clip, "--out", in("out"), "--no-log"},
+                                       Arguments{"frames", clip, "--out", in("out")},
+                                       Arguments{"frames", clip, "--out", in("out"), "--raw"}}) {
+        const ToolRun result = runTool(arguments);
+        EXPECT_EQ(result.code, kNoOutput) << named(arguments);
+        EXPECT_THAT(result.err, HasSubstr("this run reads that file")) << named(arguments);
+    }
+    EXPECT_EQ(read("clip.avi"), before);
+    for (const std::string& name : namesIn(folder / "out")) {
+        EXPECT_TRUE(std::filesystem::equivalent(folder / "out" / name, folder / "clip.avi")) << name;
+    }
 }
 
 TEST_F(ToolOutput, TheOnesOfSeveralClipsAreSafe) {

@@ -93,4 +93,19 @@ TEST_F(ToolWords, AMistypedClipIsAMissingFileAndNoCommand) {
     EXPECT_THAT(result.err, HasSubstr("there is no such file"));
 }
 
+TEST_F(ToolWords, AWrongChoiceListsTheRightOnes) {
+    const std::string clip = soundClip();
+    EXPECT_THAT(runTool({"info", clip, "--profile", "nonesuch"}).err,
+                HasSubstr("the profiles are default, "));
+    EXPECT_THAT(runTool({"async", clip, "--pattern", "nonesuch"}).err,
+                HasSubstr("the patterns are sequential, scrub, reverse, random"));
+}
+
+TEST_F(ToolWords, OpeningARefusedFileIsTimedButNotTakenForOpening) {
+    const ToolRun result = runTool({"bench", write("text.avi", "no clip"), "--what", "open", "--runs", "1"});
+    EXPECT_EQ(result.code, kSuccess);
+    EXPECT_THAT(result.err, HasSubstr("text.avi': what is timed is how long that takes"));
+    EXPECT_THAT(runTool({"bench", soundClip(), "--what", "open", "--runs", "1"}).err, testing::IsEmpty());
+}
+
 }  // namespace

@@ -209,9 +209,12 @@ void printAll(std::FILE* text, const AsyncOptions& options, const Player& player
 int runAsync(const GlobalOptions& global, const AsyncOptions& options) {
     const auto range = parseFrameRange(options.range);
     const auto pattern = parsePlayPattern(options.pattern);
-    if (!range || !pattern) {
-        throw ToolError(kUsage, "'" + (range ? options.pattern : options.range) + "' is no " +
-                                    (range ? "pattern" : "range of frames"));
+    if (!range) {
+        throw ToolError(kUsage, "'" + options.range + "' is no range of frames: FIRST[:LAST[:STEP]] or all");
+    }
+    if (!pattern) {
+        throw ToolError(kUsage, "'" + options.pattern + "' is no pattern",
+                        "the patterns are sequential, scrub, reverse, random");
     }
     requireClipFile(options.file);
     checkOutput(options.output);

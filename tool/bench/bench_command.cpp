@@ -161,6 +161,11 @@ void requireDescribable(const BenchImporter& importer, const BenchOptions& optio
     if (options.what != "open" && result != host::imNoErr && result != host::imIterateStreams) {
         throw refusedClip(options.file, result);
     }
+    if (result != host::imNoErr && result != host::imIterateStreams) {
+        (void)std::fprintf(stderr,
+                           "importer_host: the plug-in refuses '%s': what is timed is how long that takes\n",
+                           options.file.c_str());
+    }
 }
 
 int runBench(const GlobalOptions& global, const BenchOptions& options) {

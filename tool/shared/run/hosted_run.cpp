@@ -21,7 +21,11 @@ namespace {
 const HostProfile& profileNamed(const std::string& name) {
     const HostProfile* profile = findProfile(name);
     if (profile == nullptr) {
-        throw ToolError(kUsage, "there is no host profile '" + name + "'");
+        std::string all;
+        for (const HostProfile& known : builtinProfiles()) {
+            all += (all.empty() ? "" : ", ") + known.name;
+        }
+        throw ToolError(kUsage, "there is no host profile '" + name + "'", "the profiles are " + all);
     }
     return *profile;
 }

@@ -305,9 +305,14 @@ class Supervisor {
         makeFolder(m_options.dumps);
         const std::string kept =
             m_options.dumps + "/" + result.id + "-" + std::to_string(result.seed) + ".dmp";
-        std::filesystem::copy_file(pathFromUtf8(made), pathFromUtf8(kept),
-                                   std::filesystem::copy_options::overwrite_existing, error);
-        return error ? std::string() : kept;
+        try {
+            std::ifstream dump(pathFromUtf8(made), std::ios::binary);
+            const std::string bytes{std::istreambuf_iterator<char>(dump), {}};
+            writeText(kept, bytes);
+        } catch (const ToolError&) {
+            return {};
+        }
+        return kept;
     }
 
     static void removeFolder(const std::string& folder) {

@@ -6,6 +6,7 @@ path. A stand-in writes its name and arguments into a list of calls.
 
 import os
 import pathlib
+import re
 import shutil
 import stat
 import subprocess
@@ -311,6 +312,33 @@ class Demo(Folder):
         self.assertEqual(run.returncode, 7)
         self.assertIn("[100/100] Building thing 100", run.stdout)
         self.assertTrue((self.out / "rgb-8bit/page.html").exists())
+
+
+class FinishPage(unittest.TestCase):
+    """The last page of setup has a window, which no test here clicks in: its check is held against the menu entry, whose
+    command the tests of the packages read from the installed shortcut."""
+
+    TEXT = (SOURCE / "packaging/installer.nsi").read_text()
+
+    def function(self, name):
+        return self.TEXT.split(f"\nFunction {name}\n")[1].split("\nFunctionEnd")[0]
+
+    def test_the_check_is_on_the_finish_page(self):
+        page = self.TEXT.split("!insertmacro MUI_PAGE_INSTFILES")[1].split("!insertmacro MUI_PAGE_FINISH")[0]
+        for line in ("!define MUI_FINISHPAGE_RUN", "!define MUI_FINISHPAGE_RUN_FUNCTION checkComputer",
+                     "!define MUI_PAGE_CUSTOMFUNCTION_SHOW showFinish"):
+            self.assertIn(line, [text.strip() for text in page.splitlines()])
+
+    def test_it_runs_what_the_menu_entry_runs(self):
+        shortcut = re.search(r'CreateShortcut "\$\{MENU\}\\Check this computer.lnk" "([^"]+)" \'([^\']+)\'', self.TEXT)
+        self.assertEqual(self.function("checkComputer").strip(), f"Exec '\"{shortcut[1]}\" {shortcut[2]}'")
+        self.assertTrue(shortcut[2].endswith('doctor"'))
+
+    def test_it_is_not_offered_without_the_tool(self):
+        show = self.function("showFinish")
+        self.assertIn("${IfNot} ${SectionIsSelected} ${sectionTool}", show)
+        self.assertIn("${BM_SETCHECK} ${BST_UNCHECKED}", show)
+        self.assertIn("ShowWindow $mui.FinishPage.Run ${SW_HIDE}", show)
 
 
 if __name__ == "__main__":

@@ -1,11 +1,7 @@
-#include <optional>
-#include <string>
 #include <thread>
-#include <vector>
 
-#include "tool/validate/base/async_frames.h"
 #include "tool/validate/base/check.h"
-#include "tool/validate/base/playing.h"
+#include "tool/validate/base/known_frames.h"
 
 namespace simhost::tool::validate {
 namespace {
@@ -13,26 +9,17 @@ namespace {
 void threadsBothWays(Trial& trial) {
     Stage stage(trial);
     forSteadyAsync(trial, stage, [&](Playing& playing, AsyncClip& async) {
-        const std::uint32_t format = playing.formats().front();
-        const auto frames = playing.someFrames(trial, 6);
-        std::vector<std::optional<Picture>> expected;
-        for (const std::uint32_t frame : frames) {
-            expected.push_back(playing.picture(frame, format));
-        }
+        const KnownFrames known(trial, playing, 6);
         std::thread other([&] {
-            const host::imFrameFormat wanted[] = {{0, 0, format}};
-            for (const std::uint32_t frame : frames) {
-                (void)async.initiate(playing.clip().frameTime(frame), wanted);
-                (void)async.getFrame(playing.clip().frameTime(frame), wanted);
+            const host::imFrameFormat wanted[] = {{0, 0, known.format()}};
+            for (std::size_t i = 0; i < known.count(); ++i) {
+                const host::PrTime time = playing.clip().frameTime(known.frame(i));
+                (void)async.initiate(time, wanted);
+                (void)async.getFrame(time, wanted);
             }
         });
-        for (std::size_t i = 0; i < frames.size(); ++i) {
-            const std::string difference = pictureDifference(expected[i], playing.picture(frames[i], format));
-            if (!difference.empty()) {
-                trial.fail({.call = frameCall(frames[i], format) + " while aiGetFrame runs",
-                            .clip = playing.path(),
-                            .seen = difference});
-            }
+        for (std::size_t i = 0; i < known.count(); ++i) {
+            (void)known.isShown(trial, playing, i, " while aiGetFrame runs");
         }
         other.join();
     });

@@ -1,11 +1,8 @@
-#include <optional>
-#include <string>
 #include <thread>
 #include <vector>
 
-#include "tool/validate/base/async_frames.h"
 #include "tool/validate/base/check.h"
-#include "tool/validate/base/playing.h"
+#include "tool/validate/base/known_frames.h"
 
 namespace simhost::tool::validate {
 namespace {
@@ -13,27 +10,17 @@ namespace {
 void threadsOneClip(Trial& trial) {
     Stage stage(trial);
     forSteadyPictures(trial, stage, [&](Playing& playing) {
-        const std::uint32_t format = playing.formats().front();
-        const auto frames = playing.someFrames(trial, 6);
-        std::vector<std::optional<Picture>> expected;
-        for (const std::uint32_t frame : frames) {
-            expected.push_back(playing.picture(frame, format));
-        }
+        const KnownFrames known(trial, playing, 6);
         std::vector<std::thread> threads;
         for (std::size_t thread = 0; thread < 3; ++thread) {
             threads.emplace_back([&, thread] {
-                for (std::size_t round = 0; round < 2 * frames.size(); ++round) {
-                    const std::size_t i = (round + thread) % frames.size();
+                for (std::size_t round = 0; round < 2 * known.count(); ++round) {
                     if (playing.sound() && thread == 0) {
                         (void)playing.clip().importAudio(static_cast<std::int64_t>(round), 50,
                                                          playing.sound()->channels);
                     }
-                    const std::string difference =
-                        pictureDifference(expected[i], playing.picture(frames[i], format));
-                    if (!difference.empty()) {
-                        trial.fail({.call = frameCall(frames[i], format) + ", three threads on one clip",
-                                    .clip = playing.path(),
-                                    .seen = difference});
+                    if (!known.isShown(trial, playing, (round + thread) % known.count(),
+                                       ", three threads on one clip")) {
                         return;
                     }
                 }

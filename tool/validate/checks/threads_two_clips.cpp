@@ -1,11 +1,7 @@
-#include <optional>
-#include <string>
 #include <thread>
-#include <vector>
 
-#include "tool/validate/base/async_frames.h"
 #include "tool/validate/base/check.h"
-#include "tool/validate/base/playing.h"
+#include "tool/validate/base/known_frames.h"
 
 namespace simhost::tool::validate {
 namespace {
@@ -13,22 +9,11 @@ namespace {
 void threadsTwoClips(Trial& trial) {
     Stage stage(trial);
     forSteadyPictures(trial, stage, [&](Playing& playing) {
-        const std::uint32_t format = playing.formats().front();
-        const auto frames = playing.someFrames(trial, 6);
-        std::vector<std::optional<Picture>> expected;
-        for (const std::uint32_t frame : frames) {
-            expected.push_back(playing.picture(frame, format));
-        }
+        const KnownFrames known(trial, playing, 6);
         const auto play = [&] {
             const auto own = Playing::open(stage.importer(), playing.path());
-            for (std::size_t round = 0; own != nullptr && round < 3 * frames.size(); ++round) {
-                const std::size_t i = round % frames.size();
-                const std::string difference =
-                    pictureDifference(expected[i], own->picture(frames[i], format));
-                if (!difference.empty()) {
-                    trial.fail({.call = frameCall(frames[i], format) + ", two clips at once",
-                                .clip = playing.path(),
-                                .seen = difference});
+            for (std::size_t round = 0; own != nullptr && round < 3 * known.count(); ++round) {
+                if (!known.isShown(trial, *own, round % known.count(), ", two clips at once")) {
                     return;
                 }
             }

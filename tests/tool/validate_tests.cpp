@@ -8,6 +8,7 @@
 #include "tool/shared/base/tool_error.h"
 #include "tool/validate/base/check.h"
 #include "tool/validate/base/protected_fields.h"
+#include "tool/validate/base/session_watch.h"
 #include "tool/validate/run/job.h"
 #include "tool/validate/run/made_clips.h"
 #include "tool/validate/run/patience.h"
@@ -335,6 +336,50 @@ TEST(ValidateTrial, APhaseThatEndedAProcessIsNotTriedAgain) {
     setting.lostPhases = {"walk"};
     Trial trial(setting, "a.b", 1);
     EXPECT_THROW(trial.phase("walk", [] { FAIL(); }), Skipped);
+}
+
+TEST(ValidateTrial, TheSameIsToldOnce) {
+    const TrialSetting setting;
+    Trial trial(setting, "a.b", 1);
+    trial.fail({.call = "imGetInfo8", .seen = "0"});
+    trial.fail({.call = "imGetInfo8", .seen = "0"});
+    trial.fail({.call = "imGetInfo8", .seen = "1"});
+    ASSERT_EQ(trial.findings().size(), 2u);
+    EXPECT_EQ(trial.findings()[1].seen, "1");
+}
+
+TEST(ValidateTrial, AFileOfItsOwnIsCalledByItsName) {
+    TrialSetting setting;
+    setting.workFolder = "/tmp/run/work";
+    Trial trial(setting, "a.b", 1);
+    trial.fail({.clip = trial.freshPath("cut-off.avi")});
+    trial.fail({.clip = "/clips/9-a.avi"});
+    EXPECT_EQ(trial.findings()[0].clip, "cut-off.avi, a file of the check");
+    EXPECT_EQ(trial.findings()[1].clip, "/clips/9-a.avi");
+}
+
+TEST(ValidateRules, WhatEveryHostSeesIsToldOfTheHostOfTodayAlone) {
+    const Violation behind{Rule::kRecordsBounds, "imGetInfo8", "offset 1", "imFileInfoRec8"};
+    const Violation other{Rule::kRecordsBounds, "imAnalysis", "offset 2", "imAnalysisRec", "buffer"};
+    const Violation foreign{Rule::kSoundChannels, "imGetInfo8", "99"};
+    const auto told = findingsOf({{behind, "a.avi", "default"},
+                                  {foreign, "a.avi", "default"},
+                                  {behind, "a.avi", "older"},
+                                  {other, "a.avi", "older"},
+                                  {other, "b.avi", "negative-rows"}},
+                                 Rule::kRecordsBounds);
+    EXPECT_THAT(
+        told,
+        ElementsAre(
+            Finding{.call = "imGetInfo8", .field = "imFileInfoRec8", .clip = "a.avi", .seen = "offset 1"},
+            Finding{.call = "imAnalysis, host profile older",
+                    .field = "imAnalysisRec.buffer",
+                    .clip = "a.avi",
+                    .seen = "offset 2"},
+            Finding{.call = "imAnalysis, host profile negative-rows",
+                    .field = "imAnalysisRec.buffer",
+                    .clip = "b.avi",
+                    .seen = "offset 2"}));
 }
 
 TEST(ValidateFields, AWrittenFieldIsNamed) {

@@ -26,6 +26,8 @@ struct Finding {
     std::string field = {};  ///< "imSourceVideoRec.outFrame"; empty when it is about none
     std::string clip = {};   ///< path; empty when it is about none
     std::string seen = {};   ///< what the plug-in did
+
+    friend bool operator==(const Finding&, const Finding&) = default;
 };
 
 struct CheckResult {

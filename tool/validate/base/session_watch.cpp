@@ -4,6 +4,8 @@
 #include <array>
 #include <fstream>
 #include <optional>
+#include <set>
+#include <utility>
 
 #include "host/result_codes.h"
 #include "simhost/session.h"
@@ -110,6 +112,30 @@ const std::vector<SeenViolation>& watchedSessions(Trial& trial) {
         seen = std::move(all);
     }
     return *seen;
+}
+
+std::vector<Finding> findingsOf(const std::vector<SeenViolation>& seen, Rule rule) {
+    std::vector<Finding> out;
+    std::set<std::pair<std::string, std::string>> usual;
+    for (const auto& [violation, clip, profile] : seen) {
+        if (violation.rule != rule) {
+            continue;
+        }
+        const std::string call = violation.call.empty() ? "the whole session" : violation.call;
+        std::string field = violation.record;
+        field += (field.empty() || violation.field.empty() ? "" : ".") + violation.field;
+        const bool today = profile == kWatchedProfiles[0];
+        if (today) {
+            usual.emplace(call, field);
+        } else if (usual.contains({call, field})) {
+            continue;
+        }
+        out.push_back({.call = call + (today ? "" : ", host profile " + profile),
+                       .field = field,
+                       .clip = clip,
+                       .seen = violation.seen});
+    }
+    return out;
 }
 
 void playInTrouble(Trial& trial, const HostProfile& profile, const std::function<void(Host&)>& prepare,

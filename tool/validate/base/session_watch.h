@@ -24,6 +24,10 @@ struct SeenViolation {
 /// imInit to after imShutdown. Throws Skipped.
 const std::vector<SeenViolation>& watchedSessions(Trial& trial);
 
+/// What is to tell of a rule in them: what is broken under the host of today is not told of other hosts
+/// again. Pure.
+std::vector<Finding> findingsOf(const std::vector<SeenViolation>& seen, Rule rule);
+
 /// The same once more, under a host that is in trouble from `prepare` on, which is called before imInit. A
 /// plug-in may answer with failures, but breaks no rule that it keeps when nothing goes wrong. `call` says in
 /// reports what the trouble is.

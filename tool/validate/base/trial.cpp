@@ -21,8 +21,10 @@ std::uint64_t Trial::draw(std::uint64_t below) {
 }
 
 void Trial::fail(Finding finding) {
+    finding.clip = clipWords(finding.clip);
     const std::lock_guard lock(m_mutex);
-    if (m_findings.size() < kMostFindings) {
+    const bool known = std::find(m_findings.begin(), m_findings.end(), finding) != m_findings.end();
+    if (!known && m_findings.size() < kMostFindings) {
         m_findings.push_back(std::move(finding));
     }
 }
@@ -50,6 +52,15 @@ void Trial::phase(const std::string& name, const std::function<void()>& work) {
     m_setting.atPhase(name);
     work();
     m_setting.atPhase("");
+}
+
+std::string Trial::clipWords(const std::string& path) const {
+    const std::string& folder = m_setting.workFolder;
+    if (folder.empty() || !path.starts_with(folder + "/")) {
+        return path;
+    }
+    const std::string name = path.substr(folder.size() + 1);
+    return name.substr(name.find('-') + 1) + ", a file of the check";
 }
 
 std::string Trial::freshPath(const std::string& name) {

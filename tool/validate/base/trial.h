@@ -45,7 +45,8 @@ class Trial {
     std::mt19937_64& random() noexcept { return m_random; }
     std::uint64_t draw(std::uint64_t below);
 
-    /// Any thread.
+    /// What is found several times is told once; a file in the work folder is called by its name, since it
+    /// goes with the process. Any thread.
     void fail(Finding finding);
     /// Any thread.
     void warn(Finding finding);
@@ -61,6 +62,8 @@ class Trial {
     std::string freshPath(const std::string& name);
 
  private:
+    std::string clipWords(const std::string& path) const;
+
     const TrialSetting& m_setting;
     std::mt19937_64 m_random;
     mutable std::mutex m_mutex;

@@ -9,26 +9,35 @@
 namespace simhost::tool::validate {
 namespace {
 
-std::vector<Picture> firstPictures(Trial& trial, std::uint8_t poison) {
+struct Last {
+    std::string call;
+    std::string clip;
+    Picture picture;
+};
+
+std::vector<Last> lastPictures(Trial& trial, std::uint8_t poison) {
     HostOptions options = Stage::quiet();
     options.pixelPoison = poison;
     Stage stage(trial, defaultProfile(), options);
-    std::vector<Picture> out;
+    std::vector<Last> out;
     forSteadyPictures(trial, stage, [&](Playing& playing) {
         for (const std::uint32_t format : playing.formats()) {
-            out.push_back(playing.picture(playing.frames() - 1, format).value_or(Picture()));
+            const std::uint32_t frame = playing.frames() - 1;
+            out.push_back({frameCall(frame, format), playing.path(),
+                           playing.picture(frame, format).value_or(Picture())});
         }
     });
     return out;
 }
 
 void framesEveryPixel(Trial& trial) {
-    const auto first = firstPictures(trial, 0xCD);
-    const auto second = firstPictures(trial, 0x32);
+    const auto first = lastPictures(trial, 0xCD);
+    const auto second = lastPictures(trial, 0x32);
     for (std::size_t i = 0; i < std::min(first.size(), second.size()); ++i) {
-        const std::string difference = pictureDifference(first[i], second[i]);
+        const std::string difference = pictureDifference(first[i].picture, second[i].picture);
         if (!difference.empty()) {
-            trial.fail({.call = "imGetSourceVideo, the last frame",
+            trial.fail({.call = first[i].call,
+                        .clip = first[i].clip,
                         .seen = difference + ", when the new frame holds other bytes"});
         }
     }

@@ -7,16 +7,8 @@ namespace simhost::tool::validate {
 namespace {
 
 void checkHostRule(Trial& trial, Rule rule) {
-    for (const SeenViolation& seen : watchedSessions(trial)) {
-        const Violation& violation = seen.violation;
-        if (violation.rule != rule) {
-            continue;
-        }
-        const std::string call = violation.call.empty() ? "the whole session" : violation.call;
-        const std::string where = seen.profile == "default" ? "" : ", host profile " + seen.profile;
-        std::string field = violation.record;
-        field += (field.empty() || violation.field.empty() ? "" : ".") + violation.field;
-        trial.fail({.call = call + where, .field = field, .clip = seen.clip, .seen = violation.seen});
+    for (const Finding& finding : findingsOf(watchedSessions(trial), rule)) {
+        trial.fail(finding);
     }
     if (!trial.hasFindings() && std::string_view(ruleText(rule).id).starts_with("frames.") &&
         usualCalls(trial, Service::kCreatePPix) == 0) {

@@ -4,7 +4,7 @@
 #include <mutex>
 #include <thread>
 
-#include "tests/museum/piece.h"
+#include "tests/museum/async_piece.h"
 
 namespace {
 
@@ -32,9 +32,5 @@ std::int32_t asyncAnswer(std::int32_t selector, void* param) {
 }  // namespace
 
 std::int32_t piece::answer(const Call& call) {
-    const std::int32_t result = call.correct();
-    if (call.is(host::imCreateAsyncImporter) && result == host::imNoErr) {
-        static_cast<host::imAsyncImporterCreationRec*>(call.param1)->outAsyncEntry = asyncAnswer;
-    }
-    return result;
+    return correctThrough(call, asyncAnswer);
 }

@@ -128,7 +128,21 @@ def usage(script):
     return "\n".join(lines)
 
 
+def problems_of_cmake(words):
+    """Presets and variables of a step that the project does not have: all that can be seen of a step for Windows."""
+    presets = json.loads(pathlib.Path("CMakePresets.json").read_text())
+    for program, mode, name in re.findall(r"\b(cmake|ctest)(?: --(build|workflow))? --preset ([\w-]+)", words):
+        kind = f"{mode or ('configure' if program == 'cmake' else 'test')}Presets"
+        if name not in (each["name"] for each in presets[kind]):
+            yield f"there is no `{name}` among the {kind}"
+    project = "".join(path.read_text() for path in [pathlib.Path("CMakeLists.txt"), *pathlib.Path("cmake").glob("*.cmake")])
+    for name in re.findall(r"-D((?!CMAKE_)\w+)=", words):
+        if not re.search(rf"\b{name.removesuffix('_include_dir')}\b", project):
+            yield f"the project knows no variable {name}"
+
+
 def problems_of_step(step):
+    yield from problems_of_cmake(step.words)
     if step.container != DEBIAN and not step.unrun:
         yield "is in no Debian container, and no comment `# UNRUN: reason` says why nobody runs it"
     if step.shell == "pwsh":

@@ -2,6 +2,7 @@
 """Changes the plug-in's sources in small ways and looks whether the tests notice: see mutate.sh and docs/mutation.md."""
 import argparse
 import collections
+import copy
 import concurrent.futures
 import dataclasses
 import hashlib
@@ -10,6 +11,7 @@ import os
 import pathlib
 import queue
 import random
+import re
 import subprocess
 import sys
 import threading
@@ -17,6 +19,7 @@ import threading
 import explained
 import processes
 import table
+from at_once import AtOnce
 from build_graph import BuildGraph
 from history import History
 from source_mutants import Mutant, find_mutants, joined
@@ -30,6 +33,8 @@ DOCUMENT = ROOT / "docs/mutation.md"
 # Decided without tests, or by them for good, as long as the file is the same. Survivors are tried again: tests may be new.
 KINDS = ("relation", "arithmetic", "constant", "condition", "statement", "lock", "arguments", "text")
 LASTING = ("killed", "timeout", "invalid", "equal")
+# From so many on a build that has all mutants costs less than one for each.
+AT_ONCE_FROM = 60
 
 
 def arguments_of(arguments=None):
@@ -62,7 +67,7 @@ def chosen_files(places, sources):
         if not inside:
             raise SystemExit(f"mutate.sh: the native build has no plug-in source {place}")
         found += inside
-    return sorted(set(found))
+    return list(dict.fromkeys(found))
 
 
 def parse_arguments(graph, source, resources):
@@ -78,7 +83,7 @@ def cached_mutants(source, arguments, library):
     finder = pathlib.Path(__file__).with_name("source_mutants.py").read_bytes()
     cache = STATE / "found" / hashlib.sha1(finder + source.encode() + (ROOT / source).read_bytes()).hexdigest()
     if cache.exists():
-        return [Mutant(**fields) for fields in json.loads(cache.read_text())]
+        return [Mutant(**{**fields, "body": tuple(fields["body"])}) for fields in json.loads(cache.read_text())]
     mutants = find_mutants(source, ROOT / source, arguments, library)
     cache.parent.mkdir(exist_ok=True)
     cache.write_text(json.dumps([dataclasses.asdict(mutant) for mutant in mutants]))
@@ -110,9 +115,44 @@ def measure_programs(graph, trials, history):
         outcome = trials.run_program(program, clock=600)
         if outcome is not None:
             raise SystemExit(f"mutate.sh: {program.name} fails without any mutant: {outcome.test}")
-        # The clock of a busy machine says little; at least what the processor took.
-        history.seconds[program.name] = [round(trials.seconds, 2), round(2 * trials.seconds + 5, 2)]
-        history.save()
+        history.note_time(program.name, trials.seconds)
+
+
+def build_at_once(graph, mutants, history, jobs):
+    """The programs that have all of the mutants, and which of their tests reach which."""
+    trials = Trials(graph, STATE / "worker-0", history, Originals())
+    texts = {source: (ROOT / source).read_bytes() for source in {mutant.file for mutant in mutants}}
+    at_once = AtOnce(graph, STATE / "at-once", history, trials, texts)
+    try:
+        at_once.build(mutants, jobs)
+        for program in graph.tested_programs():
+            trials.seconds = 0.0
+            at_once.record(program)
+            if program.name not in history.seconds:
+                history.note_time(program.name, trials.seconds)
+    except RuntimeError as problem:
+        raise SystemExit(f"mutate.sh: {problem}") from problem
+    print(f"{len(at_once.numbers)} of {len(mutants)} mutants in one build", flush=True)
+    return at_once
+
+
+def runs_when_compiled(mutant, text):
+    """Whether the compiler may have the function's results already."""
+    head = text[:mutant.body[0]]
+    return re.search(rb"\bconst(expr|eval)\b", head[max(head.rfind(b";"), head.rfind(b"}")) + 1:]) is not None
+
+
+def try_one(trials, at_once, mutant, text):
+    outcome = at_once.try_mutant(mutant) if at_once else None
+    if outcome is None:
+        return trials.try_mutant(mutant, text)
+    if outcome.verdict == "survived":
+        # Tests have the inline functions of headers from their own objects.
+        if mutant.file.endswith(".h") or runs_when_compiled(mutant, text):
+            outcome = trials.try_mutant(mutant, text)
+        elif trials.is_same_code(mutant, text):
+            outcome.verdict = "equal"
+    return outcome
 
 
 class Progress:
@@ -136,7 +176,7 @@ def result_of(mutant, outcome):
             "program": outcome.program, "test": outcome.test, "seconds": round(outcome.seconds, 2)}
 
 
-def try_all(graph, mutants, history, jobs, listed, keep):
+def try_all(graph, mutants, history, jobs, listed, keep, at_once=None):
     progress, waiting, originals = Progress(len(mutants)), queue.Queue(), Originals()
     for mutant in mutants:
         waiting.put(mutant)
@@ -144,12 +184,15 @@ def try_all(graph, mutants, history, jobs, listed, keep):
 
     def work(number):
         trials = Trials(graph, STATE / f"worker-{number}", history, originals)
+        mine = copy.copy(at_once)
+        if mine:
+            mine.trials = trials
         while True:
             try:
                 mutant = waiting.get_nowait()
             except queue.Empty:
                 return
-            outcome = trials.try_mutant(mutant, texts[mutant.file])
+            outcome = try_one(trials, mine, mutant, texts[mutant.file])
             if outcome.verdict == "survived" and mutant.key() in listed:
                 outcome.verdict = "explained"
             progress.tell(mutant, outcome)
@@ -218,7 +261,6 @@ def main():
 
     kept = Kept(STATE / "outcomes.jsonl")
     history = History(STATE / "history.json")
-    measure_programs(graph, Trials(graph, STATE / "worker-0", history, Originals()), history)
     results, to_try = [], []
     for mutant in mutants:
         old = None if options.fresh else kept.of(mutant)
@@ -229,11 +271,18 @@ def main():
     if results:
         print(f"{len(results)} of {len(mutants)} mutants are known from earlier runs (--fresh tries them again)")
 
+    at_once = None
+    if len(to_try) >= AT_ONCE_FROM:
+        at_once = build_at_once(graph, [mutant for source in sources for mutant in found[source]], history,
+                                options.jobs)
+    elif to_try:
+        measure_programs(graph, Trials(graph, STATE / "worker-0", history, Originals()), history)
+
     def keep(mutant, outcome):
         kept.add(mutant, outcome)
         results.append(result_of(mutant, outcome))
 
-    try_all(graph, to_try, history, options.jobs, listed, keep)
+    try_all(graph, to_try, history, options.jobs, listed, keep, at_once)
 
     for result in results:
         key = (result["file"], result["function"], result["before"], result["after"], result["number"])

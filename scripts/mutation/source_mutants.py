@@ -40,6 +40,7 @@ class Mutant:
     before: str       # the line, or the lines joined, without the mutation
     after: str
     number: int = 1   # among mutants of one function that read alike
+    body: tuple = ()  # where the outermost function's body begins and ends, if the edit lies in one
 
     def key(self):
         return (self.file, self.function, self.before, self.after, self.number)
@@ -65,6 +66,7 @@ class Finder:
         self.starts = sorted(self.at)
         self.edits = []
         self.seen = set()
+        self.body = ()
 
     # Where things stand.
 
@@ -93,7 +95,8 @@ class Finder:
         found = (start, end, replacement)
         if found not in self.seen:
             self.seen.add(found)
-            self.edits.append((start, end, kind, function, replacement))
+            inside = self.body and self.body[0] < start and end < self.body[1]
+            self.edits.append((start, end, kind, function, replacement, self.body if inside else ()))
 
     # What can be changed.
 
@@ -106,6 +109,11 @@ class Finder:
                 and cursor.semantic_parent.kind in (Kind.NAMESPACE, Kind.TRANSLATION_UNIT):
             function = f"{function}::{cursor.spelling}" if function else cursor.spelling
         children = list(cursor.get_children())
+        outermost = not self.body
+        if cursor.kind in FUNCTIONS and outermost:
+            for child in children:
+                if child.kind == Kind.COMPOUND_STMT and self.written(child):
+                    self.body = (child.extent.start.offset, child.extent.end.offset)
         self.statements(cursor, children, function)
         self.operators(cursor, children, function)
         self.literals(cursor, function)
@@ -117,6 +125,8 @@ class Finder:
             if cursor.kind in FUNCTIONS and child.kind in (Kind.TYPE_REF, Kind.NAMESPACE_REF, Kind.TEMPLATE_REF):
                 continue
             self.visit(child, function)
+        if outermost:
+            self.body = ()
 
     @staticmethod
     def is_extent_of_array(cursor, child):
@@ -319,7 +329,7 @@ def find_mutants(name, path, arguments, library=None):
     finder = Finder(name, text, unit)
     finder.visit(unit.cursor, "")
     mutants, alike = [], {}
-    for start, end, kind, function, replacement in sorted(finder.edits):
+    for start, end, kind, function, replacement, body in sorted(finder.edits):
         low, high = line_around(text, start, end)
         before = joined(text[low:high])
         after = joined(text[low:start] + replacement.encode() + text[end:high])
@@ -327,5 +337,5 @@ def find_mutants(name, path, arguments, library=None):
             continue
         number = alike[function, before, after] = alike.get((function, before, after), 0) + 1
         mutants.append(Mutant(name, function, kind, text.count(b"\n", 0, start) + 1, start, end - start, replacement,
-                              before, after, number))
+                              before, after, number, body))
     return mutants

@@ -49,8 +49,9 @@ class Trials:
 
     # Compiling.
 
-    def compile(self, source, text, place):
-        """Compiles the file with `text` in its place; {object in the build: path}, or None if that fails."""
+    def compile(self, source, text, place, with_tests=True):
+        """Compiles the file with `text` in its place; {object in the build: path}, or None if that fails. Of a file that is
+        compiled beside tests, too, those objects only `with_tests`."""
         folder = self.folder / place / source.replace("/", "-")
         shutil.rmtree(folder, ignore_errors=True)
         copy = folder / pathlib.Path(source).relative_to("plugin")
@@ -58,28 +59,13 @@ class Trials:
         copy.write_bytes(text)
         made = {}
         for number, (name, words) in enumerate(sorted(self.graph.objects_of(source).items())):
-            words = list(words)
-            at = words.index("-c") + 1
-            compiled = pathlib.Path(words[at])
-            unity = "/Unity/" in str(compiled)
-            if unity:
-                joined = folder / compiled.name
-                joined.write_text(compiled.read_text().replace(str(self.graph.root / source), str(copy)))
-                words[at] = str(joined)
-            elif compiled == self.graph.root / source:
-                words[at] = str(copy)
+            if "/Unity/" in name and not with_tests:
+                continue
             output = folder / f"{number}.o"
-            words[words.index("-o") + 1] = str(output)
-            for option in ("-MT", "-MF"):
-                if option in words:
-                    index = words.index(option)
-                    del words[index:index + 2]
-            words = [word for word in words if word not in ("-MD", "-Werror") and not word.startswith("-W")]
+            words = plain_compile(words, self.graph.root, folder, output)
             # Optimised, so that mutants which are the same program are the same code. What is compiled with tests has the
             # options of their precompiled header.
-            words += ["-w"] if unity else ["-w", "-O2", "-g0"]
-            # The changed header comes first.
-            words.insert(next(index for index, word in enumerate(words) if word.startswith("-I")), f"-I{folder}")
+            words += ["-w"] if "/Unity/" in name else ["-w", "-O2", "-g0"]
             if self.run(words, self.graph.build, environment=quiet_environment()).code != 0:
                 return None
             made[name] = str(output)
@@ -89,14 +75,18 @@ class Trials:
         with self.originals.lock:
             if source not in self.originals.made:
                 text = (self.graph.root / source).read_bytes()
-                original = self.compile(source, text, "original")
+                original = self.compile(source, text, "original", with_tests=False)
                 if original is None:
                     raise RuntimeError(f"{source} does not compile")
                 self.originals.made[source] = original
             original = self.originals.made[source]
             # What is compiled beside tests is the same file as another object has.
-            return all(filecmp.cmp(original[name], path, shallow=False)
-                       for name, path in made.items() if "/Unity/" not in name)
+            alone = [name for name in made if "/Unity/" not in name]
+            return bool(alone) and all(filecmp.cmp(original[name], made[name], shallow=False) for name in alone)
+
+    def is_same_code(self, mutant, text):
+        made = self.compile(mutant.file, mutant.apply(text), "mutant", with_tests=False)
+        return made is not None and self.is_equal(mutant.file, made)
 
     # Linking and testing.
 
@@ -178,7 +168,7 @@ class Trials:
     def run_program(self, program, clock=None):
         """The outcome by which the program kills a mutant, or None."""
         clock = clock or self.history.clock_seconds(program.name)
-        processor = max(5, int(PATIENCE * self.history.processor_seconds(program.name)) + 5)
+        processor = processor_limit(self.history.processor_seconds(program.name))
         for arguments, environment in self.runs(program):
             scratch = self.folder / "scratch"
             shutil.rmtree(scratch, ignore_errors=True)
@@ -189,9 +179,7 @@ class Trials:
             if ended.timed_out:
                 return Outcome("timeout", program.name)
             if ended.code != 0:
-                failed = re.search(r"\[  FAILED  \] (\S+)|Note: .*|\[ RUN      \] (\S+)", ended.output)
-                test = next((part for part in failed.groups() if part), "") if failed else ""
-                return Outcome("killed", program.name, test.rstrip(",") or f"exit code {ended.code}")
+                return Outcome("killed", program.name, failed_test(ended) or f"exit code {ended.code}")
         return None
 
     def runs(self, program):
@@ -205,6 +193,42 @@ class Trials:
     def environment(self, scratch, extra):
         return {"PATH": os.environ["PATH"], "HOME": str(scratch), "TMPDIR": str(scratch), **extra,
                 "ORVANTIS_PLUGIN": str(self.bin / "ImporterOrvantis.prm")}
+
+
+def plain_compile(words, root, folder, output):
+    """The command that compiles to `output` what `folder` has in place of the plug-in's files. Warnings are for others."""
+    words = list(words)
+    at = words.index("-c") + 1
+    compiled = pathlib.Path(words[at])
+    copies = {root / "plugin" / copy.relative_to(folder): copy for copy in folder.rglob("*.cpp")}
+    if "/Unity/" in str(compiled):
+        text = compiled.read_text()
+        for original, copy in copies.items():
+            text = text.replace(f'"{original}"', f'"{copy}"')
+        joined = pathlib.Path(f"{output}.joined.cpp")
+        joined.write_text(text)
+        words[at] = str(joined)
+    else:
+        words[at] = str(copies.get(compiled, compiled))
+    words[words.index("-o") + 1] = str(output)
+    for option in ("-MT", "-MF"):
+        if option in words:
+            index = words.index(option)
+            del words[index:index + 2]
+    words = [word for word in words if word not in ("-MD", "-Werror") and not word.startswith("-W")]
+    # A changed header comes first.
+    words.insert(next(index for index, word in enumerate(words) if word.startswith("-I")), f"-I{folder}")
+    return words
+
+
+def processor_limit(seconds):
+    return max(2, int(PATIENCE * seconds) + 2)
+
+
+def failed_test(ended):
+    """The test that failed, or in which the program ended; "" if it says none."""
+    found = re.search(r"\[  FAILED  \] (\S+)", ended.output) or re.search(r"\[ RUN      \] (\S+)(?!.*\[ RUN )", ended.output, re.S)
+    return found[1].rstrip(",") if found else ""
 
 
 def quiet_environment():

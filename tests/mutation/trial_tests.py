@@ -6,6 +6,7 @@ import tempfile
 import unittest
 
 import scripts_path  # noqa: F401
+import at_once
 from build_graph import BuildGraph
 from history import History
 from source_mutants import find_mutants
@@ -111,6 +112,41 @@ class MutantsOfASmallProject(unittest.TestCase):
     def test_one_in_a_header_reaches_every_file_that_includes_it(self):
         outcome = self.outcome("plugin/x/a.h", "inline int same(int a) { return a - 1 - 1; }")
         self.assertEqual((outcome.verdict, outcome.test), ("killed", "exit code 3"))
+
+    def all_at_once(self, changed=lambda mutants: mutants):
+        found = {source: changed(find_mutants(source, self.root / source, ["-x", "c++", f"-I{self.root}/plugin"]))
+                 for source in ("plugin/x/a.cpp", "plugin/x/a.h")}
+        texts = {source: (self.root / source).read_bytes() for source in found}
+        built = at_once.AtOnce(self.graph, self.root / "at-once", self.trials.history, self.trials, texts)
+        self.told = []
+        built.build([mutant for mutants in found.values() for mutant in mutants], tell=self.told.append)
+        for program in self.graph.tested_programs():
+            built.record(program)
+        return built, found
+
+    def test_all_in_one_build_are_told_apart(self):
+        built, found = self.all_at_once()
+        outcomes = {mutant.after: built.try_mutant(mutant) for mutants in found.values() for mutant in mutants
+                    if "return a" not in mutant.after and "on" not in mutant.after}
+        self.assertEqual((outcomes["int b = a - a;"].verdict, outcomes["int b = a - a;"].test), ("killed", "Twice.IsTwice"))
+        self.assertEqual(outcomes["if (a < 0) b = 3 * a;"].verdict, "survived")
+        self.assertEqual(outcomes["if (a <= 0) b = 2 * a;"].verdict, "survived")
+        self.assertEqual(outcomes["int n = 1;"].verdict, "killed")
+        self.assertEqual(self.everything(), self.before)
+
+    def test_what_does_not_compile_beside_the_others_is_left_out(self):
+        def spoilt(mutants):
+            return [mutants[0].__class__(**{**mutants[0].__dict__, "replacement": ") no C++ ("}), *mutants[1:]]
+        built, found = self.all_at_once(spoilt)
+        self.assertEqual(self.told, ["plugin/a.o: 2 mutants do not compile beside the others"])  # one of the header
+        self.assertIsNone(built.try_mutant(found["plugin/x/a.cpp"][0]))
+        self.assertEqual([mutant.after for mutant in found["plugin/x/a.cpp"][1:] if mutant not in built.numbers], [])
+
+    def test_what_no_test_reaches_survives_without_a_run(self):
+        built, found = self.all_at_once()
+        built.reach.clear()
+        outcome = built.try_mutant(next(one for one in found["plugin/x/a.cpp"] if one.after == "int b = a - a;"))
+        self.assertEqual((outcome.verdict, outcome.seconds), ("survived", 0.0))
 
     def test_nothing_but_its_own_folder_is_written(self):
         self.outcome("plugin/x/a.cpp", "int b = a - a;")

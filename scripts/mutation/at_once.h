@@ -1,4 +1,5 @@
-// Which mutant runs, in programs that have all of them: scripts/mutation/at_once.py writes what includes this.
+// Which mutant runs, in programs that have all of them: scripts/mutation/at_once.py writes what includes
+// this.
 #pragma once
 
 #include <fcntl.h>
@@ -22,7 +23,8 @@ inline bool setUp() {
     const int file = path == nullptr ? -1 : open(path, O_RDWR | O_CLOEXEC);
     if (file >= 0) {
         const off_t size = lseek(file, 0, SEEK_END);
-        void* const bytes = mmap(nullptr, static_cast<size_t>(size), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
+        void* const bytes =
+            mmap(nullptr, static_cast<size_t>(size), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
         close(file);
         if (bytes != MAP_FAILED) {
             reached = static_cast<volatile unsigned char*>(bytes);

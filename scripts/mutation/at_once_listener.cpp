@@ -1,5 +1,6 @@
-// Part of test programs that have all mutants: writes for each test which functions with mutants it reached, in how many
-// microseconds of the processor. What is reached between two tests, as by a fixture of a whole suite, stands behind "-".
+// Part of test programs that have all mutants: writes for each test which functions with mutants it reached,
+// in how many microseconds of the processor. What is reached between two tests, as by a fixture of a whole
+// suite, stands behind "-".
 #include <gtest/gtest.h>
 
 #include <ctime>
@@ -13,8 +14,9 @@
 namespace {
 
 class Listener : public testing::EmptyTestEventListener {
-public:
-    explicit Listener(const char* path) : m_out(std::fopen(path, "a")), m_count(std::atoi(std::getenv("MUTANT_FUNCTIONS"))) {}
+ public:
+    explicit Listener(const char* path)
+        : m_out(std::fopen(path, "a")), m_count(std::atoi(std::getenv("MUTANT_FUNCTIONS"))) {}
 
     void OnTestStart(const testing::TestInfo&) override {
         write("-");
@@ -27,7 +29,7 @@ public:
 
     void OnTestProgramEnd(const testing::UnitTest&) override { write("-"); }
 
-private:
+ private:
     void write(const std::string& name) {
         std::fprintf(m_out, "%s %ld", name.c_str(), static_cast<long>(std::clock() - m_begin));
         for (int function = 0; mutants_at_once::reached != nullptr && function < m_count; ++function) {

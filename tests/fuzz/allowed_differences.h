@@ -4,7 +4,9 @@
 
 #include <cstdint>
 #include <span>
+#include <vector>
 
+#include "avi/avi_reader.h"
 #include "avi/avi_stream.h"
 #include "tests/fuzz/peer_avi.h"
 
@@ -13,11 +15,16 @@ namespace fuzz {
 /// What is compared.
 enum class Compared { kAcceptance, kStreamCount, kKind, kRate, kPicture, kSound, kEntries };
 
+/// Whether a stream has an indx chunk, and whether that claims more entries than it has room for.
+enum class OpenDml { kNone, kWhole, kClaimsMore };
+
 struct Difference {
     Compared what;
+    const orvantis::AviReader* file = nullptr;
     const orvantis::AviStream* ours = nullptr;  ///< null for the whole file
     const PeerStream* theirs = nullptr;
     std::uint64_t fileSize = 0;
+    const std::vector<OpenDml>* openDml = nullptr;  ///< of each stream
 };
 
 struct AllowedDifference {

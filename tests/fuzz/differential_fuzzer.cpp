@@ -1,11 +1,14 @@
 // Reads the input by the plug-in's reader and by libavformat: on a plain file both have to see the same
 // streams and the same chunks, but for what allowed_differences.cpp lists. Needs libavformat.
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <span>
+#include <vector>
 
 #include "audio/wave_format.h"
 #include "avi/avi_reader.h"
+#include "avi/four_char_code.h"
 #include "tests/fuzz/allowed_differences.h"
 #include "tests/fuzz/fuzz_target.h"
 #include "tests/fuzz/peer_avi.h"
@@ -16,6 +19,7 @@ namespace {
 
 using fuzz::Compared;
 using fuzz::Difference;
+using fuzz::OpenDml;
 using fuzz::PeerStream;
 using orvantis::AviReader;
 using orvantis::AviStream;
@@ -31,6 +35,14 @@ void settle(const Difference& difference, const char* what) {
         std::fprintf(stderr, "stream %d: %zu entries here, %zu there\n",
                      static_cast<int>(difference.ours->index), difference.ours->entries().size(),
                      difference.theirs->entries.size());
+        for (const orvantis::IndexEntry& entry : difference.ours->entries()) {
+            std::fprintf(stderr, "here %llu bytes at %llu\n", static_cast<unsigned long long>(entry.size),
+                         static_cast<unsigned long long>(entry.offset));
+        }
+        for (const fuzz::PeerEntry& entry : difference.theirs->entries) {
+            std::fprintf(stderr, "there %lld, %lld bytes behind %lld\n", static_cast<long long>(entry.frame),
+                         static_cast<long long>(entry.size), static_cast<long long>(entry.header));
+        }
     }
     std::abort();
 }
@@ -74,10 +86,36 @@ bool sameEntries(const AviStream& ours, const PeerStream& theirs) {
     return true;
 }
 
-void compare(const AviStream& ours, const PeerStream& theirs, std::uint64_t fileSize) {
+OpenDml openDmlOf(const fuzz::ChunkNode& strl) {
+    for (const fuzz::ChunkNode& node : strl.children) {
+        if (node.id == orvantis::riffCode("indx")) {
+            const std::uint64_t room = node.data.size() < 24 ? 0 : (node.data.size() - 24) / 16;
+            const bool superIndex = node.data.size() < 4 || node.data[3] == orvantis::kIndexOfIndexes;
+            return superIndex && fuzz::numberAt(node.data, 4, 4) > room ? OpenDml::kClaimsMore
+                                                                        : OpenDml::kWhole;
+        }
+    }
+    return OpenDml::kNone;
+}
+
+// Of each stream list of a plain file, in their order.
+std::vector<OpenDml> openDmlOfStreams(const fuzz::ChunkTree& tree) {
+    std::vector<OpenDml> found;
+    for (const fuzz::ChunkNode& hdrl : tree.root.children.front().children) {
+        for (const fuzz::ChunkNode& node : hdrl.children) {
+            if (hdrl.type == orvantis::riffCode("hdrl") && node.type == orvantis::riffCode("strl")) {
+                found.push_back(openDmlOf(node));
+            }
+        }
+    }
+    return found;
+}
+
+void compare(const AviReader& file, const AviStream& ours, const PeerStream& theirs, std::uint64_t fileSize,
+             const std::vector<OpenDml>& openDml) {
     const auto demand = [&](bool same, Compared what, const char* name) {
         if (!same) {
-            settle({what, &ours, &theirs, fileSize}, name);
+            settle({what, &file, &ours, &theirs, fileSize, &openDml}, name);
         }
     };
     demand(sameKind(ours, theirs), Compared::kKind, "kind of a stream");
@@ -97,7 +135,8 @@ void compare(const AviStream& ours, const PeerStream& theirs, std::uint64_t file
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::span<const std::uint8_t> input(data, size);
-    if (!fuzz::isPlain(fuzz::readTree(input))) {
+    const fuzz::ChunkTree tree = fuzz::readTree(input);
+    if (!fuzz::isPlain(tree)) {
         return 0;
     }
     orvantis::test::MemoryFile file(input);
@@ -106,15 +145,18 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     FUZZ_CHECK(usable);  // a plain file is usable
     const auto peer = fuzz::readAsPeer(input);
     if (!peer) {
-        settle({Compared::kAcceptance, nullptr, nullptr, size}, "the peer refuses the file");
+        settle({Compared::kAcceptance, &reader, nullptr, nullptr, size, nullptr},
+               "the peer refuses the file");
         return 0;
     }
     if (peer->size() != reader.streams.size()) {
-        settle({Compared::kStreamCount, nullptr, nullptr, size}, "number of streams");
+        settle({Compared::kStreamCount, &reader, nullptr, nullptr, size, nullptr}, "number of streams");
         return 0;
     }
+    const std::vector<OpenDml> openDml = openDmlOfStreams(tree);
+    FUZZ_CHECK(openDml.size() == peer->size());
     for (std::size_t i = 0; i < peer->size(); ++i) {
-        compare(*reader.streams[i], (*peer)[i], size);
+        compare(reader, *reader.streams[i], (*peer)[i], size, openDml);
     }
     return 0;
 }

@@ -7,8 +7,8 @@
 namespace fuzz {
 
 /// One form with one hdrl, one movi behind it and at most one idx1 behind that; every stream list has one
-/// strh and one strf of the sizes that their kinds have; no size lies; nothing that belongs to one place lies
-/// in another.
+/// strh and one strf of the sizes that their kinds have, and nothing in it that belongs elsewhere; its index
+/// names it; no size lies; nothing that belongs to one place lies in another.
 bool isPlain(const ChunkTree& tree);
 
 }  // namespace fuzz

@@ -51,8 +51,7 @@ enum class Guard {
     kDivisorNotZero,
     kDivisorPositive,
     kDurationFits,
-    kLimitedNumerator,
-    kLimitedDenominator,
+    kLimitedTerm,
 };
 
 struct Machine {

@@ -50,35 +50,40 @@ constexpr typename A::U64 ticksPerFrame(typename A::I32 numerator, typename A::I
                              static_cast<U32>(magnitude<A>(static_cast<I64>(numerator))));
 }
 
+/// frameTime / ticks, truncated, low 32 bits; kNoFrame where a frame lasts no tick. A frame's length is given
+/// without its sign, which is in `backwards`. Truncating division commutes with the sign, so the sizes are
+/// divided and the sign is put back at the end.
+template <class A = Machine>
+constexpr typename A::U32 frameOfTime(typename A::I64 frameTime, typename A::U64 ticks,
+                                      typename A::Bool backwards) noexcept {
+    using U32 = typename A::U32;
+    using U64 = typename A::U64;
+    return A::choose(
+        A::template guarded<Guard::kFrameLastsATick>(ticks != U64{0}),
+        [&] {
+            const U64 index = magnitude<A>(frameTime) / ticks;
+            return A::choose((frameTime < typename A::I64{0}) != backwards,
+                             [&] { return static_cast<U32>(U64{0} - index); },
+                             [&] { return static_cast<U32>(index); });
+        },
+        [] { return U32{kNoFrame}; });
+}
+
 /// frameTime / (denominator * ticksPerSecond / numerator), both truncated, low 32 bits; kNoFrame where that
-/// has no value.
+/// has no value. A frame's length beyond 64 bits saturates: every time then lies in frame 0.
 template <class A = Machine>
 constexpr typename A::U32 frameIndex(typename A::I64 frameTime, typename A::I32 numerator,
                                      typename A::I32 denominator, typename A::I64 ticksPerSecond) noexcept {
-    using U32 = typename A::U32;
-    using U64 = typename A::U64;
     using I32 = typename A::I32;
     using I64 = typename A::I64;
     return A::choose(
         A::template guarded<Guard::kRateHasNumerator>(numerator != I32{0}),
         [&] {
-            // Truncating division commutes with the sign, so the sizes are divided and the sign is put back
-            // at the end. A size beyond 64 bits saturates: every time then lies in frame 0.
-            const U64 ticks = ticksPerFrame<A>(numerator, denominator, ticksPerSecond);
-            return A::choose(
-                A::template guarded<Guard::kFrameLastsATick>(ticks != U64{0}),
-                [&] {
-                    const U64 index = magnitude<A>(frameTime) / ticks;
-                    const auto negative =
-                        (frameTime < I64{0}) !=
-                        ((denominator < I32{0}) != ((ticksPerSecond < I64{0}) != (numerator < I32{0})));
-                    return A::choose(
-                        negative, [&] { return static_cast<U32>(U64{0} - index); },
-                        [&] { return static_cast<U32>(index); });
-                },
-                [] { return U32{kNoFrame}; });
+            return frameOfTime<A>(
+                frameTime, ticksPerFrame<A>(numerator, denominator, ticksPerSecond),
+                (denominator < I32{0}) != ((ticksPerSecond < I64{0}) != (numerator < I32{0})));
         },
-        [] { return U32{kNoFrame}; });
+        [] { return typename A::U32{kNoFrame}; });
 }
 
 }  // namespace orvantis

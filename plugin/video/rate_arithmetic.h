@@ -30,13 +30,17 @@ typename A::I32 low32(typename A::Real wholeNumber) noexcept {
     return static_cast<typename A::I32>(A::truncated(wholeNumber));
 }
 
-/// The rate of a stream, with what lies within the tolerance of a whole number, or of one by 1000 / 1001,
-/// taken for that. Neither term is 0.
+/// Frames per second of a rate and a scale that are not 0: neither 0 nor beyond 2^31 by size.
 template <class A = Machine>
-RateTerms<A> plainRate(typename A::I32 rate, typename A::I32 scale) noexcept {
+typename A::Real exactRate(typename A::I32 rate, typename A::I32 scale) noexcept {
+    return A::real(rate) / A::real(scale);
+}
+
+/// The terms of a rate that is `exact`, no larger than 2^31, and was given as rate / scale.
+template <class A = Machine>
+RateTerms<A> plainTerms(typename A::Real exact, typename A::I32 rate, typename A::I32 scale) noexcept {
     using Real = typename A::Real;
     using I32 = typename A::I32;
-    const Real exact = A::real(rate) / A::real(scale);
     const Real rounded = A::rounded(exact);
     const auto isWhole = A::size(rounded - exact) < Real{kRateTolerance};
     const auto isDropped = A::size((rounded * Real{1000.0}) / Real{1001.0} - exact) < Real{kRateTolerance};
@@ -55,6 +59,14 @@ RateTerms<A> plainRate(typename A::I32 rate, typename A::I32 scale) noexcept {
                     return RateTerms<A>{rate, scale};
                 });
         });
+}
+
+/// The rate of a stream, with what lies within the tolerance of a whole number, or of one by 1000 / 1001,
+/// taken for that. Neither is 0; the scale of the result is not, its rate is where `rate` is within the
+/// tolerance of nothing.
+template <class A = Machine>
+RateTerms<A> plainRate(typename A::I32 rate, typename A::I32 scale) noexcept {
+    return plainTerms<A>(exactRate<A>(rate, scale), rate, scale);
 }
 
 /// One step of Euclid's algorithm: what `a` leaves when divided by `b`, which is not 0. In 64 bits, since the
@@ -97,22 +109,30 @@ constexpr typename A::Bool isHostDuration(typename A::U64 duration) noexcept {
     return A::template guarded<Guard::kDurationFits>(duration <= typename A::U64{kMaxHostDuration});
 }
 
+/// What the terms of a rate are multiplied with, for a duration that the host cannot keep: above 0, below 1.
+template <class A = Machine>
+typename A::Real durationFactor(typename A::U64 duration) noexcept {
+    using Real = typename A::Real;
+    return Real{static_cast<double>(kMaxHostDuration)} / A::real(duration);
+}
+
+/// A term of a rate, scaled down by such a factor, at least 1. A product with less than 1 stays inside 32
+/// bits.
+template <class A = Machine>
+typename A::I32 scaledTerm(typename A::I32 term, typename A::Real factor) noexcept {
+    using I32 = typename A::I32;
+    const I32 scaled = low32<A>(A::real(term) * factor);
+    return A::choose(
+        A::template guarded<Guard::kLimitedTerm>(scaled >= I32{1}), [&] { return scaled; },
+        [] { return I32{1}; });
+}
+
 /// A rate whose duration the host cannot keep, scaled down; at least 1 / 1.
 template <class A = Machine>
 RateTerms<A> scaledRate(typename A::I32 numerator, typename A::I32 denominator,
                         typename A::U64 duration) noexcept {
-    using I32 = typename A::I32;
-    using Real = typename A::Real;
-    // Below 1, so both terms stay inside 32 bits.
-    const Real factor = Real{static_cast<double>(kMaxHostDuration)} / A::real(duration);
-    const I32 scaled = low32<A>(A::real(numerator) * factor);
-    const I32 below = low32<A>(A::real(denominator) * factor);
-    return {A::choose(
-                A::template guarded<Guard::kLimitedNumerator>(scaled >= I32{1}), [&] { return scaled; },
-                [] { return I32{1}; }),
-            A::choose(
-                A::template guarded<Guard::kLimitedDenominator>(below >= I32{1}), [&] { return below; },
-                [] { return I32{1}; })};
+    const auto factor = durationFactor<A>(duration);
+    return {scaledTerm<A>(numerator, factor), scaledTerm<A>(denominator, factor)};
 }
 
 }  // namespace orvantis

@@ -239,9 +239,18 @@ struct Symbols {
     }
     static Wide wideConstant(std::uint64_t value) { return Wide(U64(value)); }
 
-    /// An input of a statement.
+    /// An input of a statement. Of a double the solver is asked for the bits.
     template <class Number>
     Number input(const char* name) {
+        if constexpr (std::is_same_v<Number, Double>) {
+            question().inputs.emplace_back(name, question().context.bv_const(name, 64));
+            return Double(question().inputs.back().second.mk_from_ieee_bv(Double::sort()));
+        } else {
+            return wholeInput<Number>(name);
+        }
+    }
+    template <class Number>
+    Number wholeInput(const char* name) {
         question().inputs.emplace_back(
             name, question().context.bv_const(name, widthOf(static_cast<Number*>(nullptr))));
         return Number(question().inputs.back().second);

@@ -2,10 +2,12 @@
 // that ships, and through the code without the guard.
 #pragma once
 
+#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <map>
 #include <string>
+#include <type_traits>
 
 #include "numbers/machine.h"
 
@@ -44,7 +46,12 @@ struct Integers : orvantis::Machine {
 
     template <class Number>
     Number input(const char* name) {
-        return static_cast<Number>(g_replay->model->at(name));
+        const std::uint64_t bits = g_replay->model->at(name);
+        if constexpr (std::is_same_v<Number, double>) {
+            return std::bit_cast<double>(bits);
+        } else {
+            return static_cast<Number>(bits);
+        }
     }
     void assume(bool condition) { g_replay->assumed = g_replay->assumed && condition; }
     void claim(const char* what, bool condition) {

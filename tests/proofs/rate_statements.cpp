@@ -7,16 +7,43 @@ namespace {
 using namespace orvantis;  // NOLINT(google-build-using-namespace): the arithmetic that the statements are
                            // about
 
-struct PlainRate {
+// Two halves, since the solver has the quotient of two inputs in doubles, or what becomes of any double, but
+// not both: plainRate is the second half of the first, and what is claimed there is assumed here.
+struct ExactRate {
     template <class A>
     static void state(A& a) {
         using I32 = typename A::I32;
+        using Real = typename A::Real;
         const auto rate = a.template input<I32>("rate");
         const auto scale = a.template input<I32>("scale");
         a.assume(isRate<A>(rate, scale));
-        const auto terms = plainRate<A>(rate, scale);
+        const auto exact = A::size(exactRate<A>(rate, scale));
+        a.claim("a rate is not made of nothing", Real{0.0} < exact);
+        a.claim("no larger than 2^31", !(Real{2147483648.0} < exact) && exact < Real{2147483649.0});
+    }
+};
+
+// Where to look for the counter-example: a scale of nothing spares the solver the division.
+struct ExactRateOfNothing {
+    template <class A>
+    static void state(A& a) {
+        a.assume(a.template input<typename A::I32>("scale") == typename A::I32{0});
+        ExactRate::state(a);
+    }
+};
+
+struct PlainTerms {
+    template <class A>
+    static void state(A& a) {
+        using I32 = typename A::I32;
+        using Real = typename A::Real;
+        const auto exact = a.template input<Real>("exact");
+        const auto rate = a.template input<I32>("rate");
+        const auto scale = a.template input<I32>("scale");
+        a.assume(A::size(exact) < Real{2147483649.0});
+        a.assume(scale != I32{0});
+        const auto terms = plainTerms<A>(exact, rate, scale);
         a.claim("the scale is not zero", terms.denominator != I32{0});
-        a.claim("a rate is not made of nothing", rate != I32{0});
     }
 };
 
@@ -63,19 +90,28 @@ struct HostDuration {
     }
 };
 
-struct ScaledRate {
+// Two halves like those of plainRate: scaledRate is the second, for both terms, of the first.
+struct DurationFactor {
+    template <class A>
+    static void state(A& a) {
+        using Real = typename A::Real;
+        const auto duration = a.template input<typename A::U64>("duration");
+        a.assume(!isHostDuration<A>(duration));
+        const auto factor = durationFactor<A>(duration);
+        a.claim("above 0 and below 1", Real{0.0} < factor && factor < Real{1.0});
+    }
+};
+
+struct ScaledTerm {
     template <class A>
     static void state(A& a) {
         using I32 = typename A::I32;
-        const auto numerator = a.template input<I32>("numerator");
-        const auto denominator = a.template input<I32>("denominator");
-        const auto duration = a.template input<typename A::U64>("duration");
-        a.assume(duration > typename A::U64{kMaxHostDuration});
-        const auto scaled = scaledRate<A>(numerator, denominator, duration);
-        a.claim("both terms are 1 at least", scaled.numerator >= I32{1} && scaled.denominator >= I32{1});
-        a.claim("and no larger than they were",
-                (scaled.numerator <= numerator || scaled.numerator == I32{1}) &&
-                    (scaled.denominator <= denominator || scaled.denominator == I32{1}));
+        using Real = typename A::Real;
+        const auto term = a.template input<I32>("term");
+        const auto factor = a.template input<Real>("factor");
+        a.assume(Real{0.0} < factor && factor < Real{1.0});
+        const auto scaled = scaledTerm<A>(term, factor);
+        a.claim("at least 1", scaled >= I32{1});
     }
 };
 
@@ -83,11 +119,15 @@ struct ScaledRate {
 
 std::vector<Statement> rateStatements() {
     return {
-        {"plainRate",
+        {"exactRate",
+         "the quotient is neither 0 nor larger than 2^31",
+         true,
+         {PROOF(ExactRate, kBits), WITHOUT(ExactRate, kBits, kRateGiven),
+          WITHOUT(ExactRateOfNothing, kBits, kScaleGiven)}},
+        {"plainTerms",
          "every conversion from double is in range; no scale of zero comes out",
          true,
-         {PROOF(PlainRate, kBits), WITHOUT(PlainRate, kBits, kRateGiven),
-          WITHOUT(PlainRate, kBits, kScaleGiven)}},
+         {PROOF(PlainTerms, kBits)}},
         {"remainder", "a step of Euclid's algorithm never traps", false, {PROOF(EuclidsStep, kBits)}},
         {"usableDivisor",
          "terms divided by it fit 32 bits",
@@ -98,11 +138,14 @@ std::vector<Statement> rateStatements() {
          "a duration that is told is exact, for every count of frames",
          true,
          {PROOF(HostDuration, kBits), WITHOUT(HostDuration, kBits, kDurationFits)}},
-        {"scaledRate",
-         "every conversion from double is in range; 1 / 1 at least, and no larger than before",
+        {"durationFactor",
+         "above 0 and below 1 for every duration that the host cannot keep",
          true,
-         {PROOF(ScaledRate, kBits), WITHOUT(ScaledRate, kBits, kLimitedNumerator),
-          WITHOUT(ScaledRate, kBits, kLimitedDenominator)}},
+         {PROOF(DurationFactor, kBits)}},
+        {"scaledTerm",
+         "every conversion from double is in range; 1 at least",
+         true,
+         {PROOF(ScaledTerm, kBits), WITHOUT(ScaledTerm, kBits, kLimitedTerm)}},
     };
 }
 

@@ -20,6 +20,17 @@ struct EndPosition {
     }
 };
 
+struct FirstByteOf {
+    template <class A>
+    static void state(A& a) {
+        const auto position = a.template input<typename A::I64>("position");
+        const auto align = a.template input<typename A::U32>("blockAlign");
+        const auto exact = A::wide(position) * A::wide(align);
+        a.claim("the exact product, around 64 bits",
+                firstByteOf<A>(position, align) == static_cast<typename A::U64>(exact));
+    }
+};
+
 struct BytesOfFrames {
     template <class A>
     static void state(A& a) {
@@ -68,6 +79,7 @@ std::vector<Statement> sampleStatements() {
          "start + size, around 64 bits; no signed overflow",
          false,
          {PROOF(EndPosition, kBits)}},
+        {"firstByteOf", "the exact product, around 64 bits", false, {PROOF(FirstByteOf, kBits)}},
         {"bytesOfFrames", "the exact product below 4 GiB", false, {PROOF(BytesOfFrames, kBits)}},
         {"framesInBuffer",
          "as many sample frames as the buffer holds, and none beyond",

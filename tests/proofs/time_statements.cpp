@@ -76,7 +76,9 @@ struct MultiplyDivideByOne {
     }
 };
 
-// Everything but the exact quotient: no trap, no overflow, and kNoFrame where there is none.
+// Everything but the exact quotient: no trap, no overflow, and kNoFrame where there is none. Two halves,
+// since the way to a length of no tick leads through a long product and a long division: frameIndex is the
+// second half of ticksPerFrame, which is multiplyDivide of sizes.
 struct FrameIndex {
     template <class A>
     static void state(A& a) {
@@ -87,9 +89,20 @@ struct FrameIndex {
         const auto denominator = a.template input<I32>("denominator");
         const auto ticks = a.template input<I64>("ticksPerSecond");
         const auto index = frameIndex<A>(time, numerator, denominator, ticks);
-        a.claim("no frame without a rate, a scale or ticks",
-                (numerator != I32{0} && denominator != I32{0} && ticks != I64{0}) ||
-                    index == typename A::U32{kNoFrame});
+        a.claim("no frame without a rate", numerator != I32{0} || index == typename A::U32{kNoFrame});
+    }
+};
+
+struct FrameOfAnyLength {
+    template <class A>
+    static void state(A& a) {
+        using U32 = typename A::U32;
+        using U64 = typename A::U64;
+        const auto time = a.template input<typename A::I64>("frameTime");
+        const auto ticks = a.template input<U64>("ticksPerFrame");
+        const auto backwards = a.template input<U32>("backwards");
+        const U32 index = frameOfTime<A>(time, ticks, backwards != U32{0});
+        a.claim("no frame that lasts no tick", ticks != U64{0} || index == U32{kNoFrame});
     }
 };
 
@@ -118,11 +131,14 @@ std::vector<Statement> timeStatements() {
          false,
          {PROOF(MultiplyDivide, kWhole), WITHOUT(MultiplyDivideByOne, kBits, kQuotientFits)}},
         {"frameIndex",
-         "never divides by zero; no frame where a frame has no length",
+         "never divides by zero; no frame where there is no rate",
          true,
-         {PROOF(FrameIndex, kBits), WITHOUT(FrameIndex, kBits, kRateHasNumerator),
-          WITHOUT(FrameIndex, kBits, kFrameLastsATick)}},
-        {"frameIndex, the last step",
+         {PROOF(FrameIndex, kBits), WITHOUT(FrameIndex, kBits, kRateHasNumerator)}},
+        {"frameOfTime",
+         "never divides by zero; no frame where a frame lasts no tick",
+         false,
+         {PROOF(FrameOfAnyLength, kBits), WITHOUT(FrameOfAnyLength, kBits, kFrameLastsATick)}},
+        {"frameOfTime, the division",
          "the time lies in the frame that is told",
          false,
          {PROOF(FrameOfTime, kWhole)}},

@@ -15,7 +15,7 @@ import unittest
 
 SOURCE = pathlib.Path(os.environ["ORVANTIS_SOURCE_DIR"])
 SCRIPTS = ["demo.sh", "test.sh", "bench.sh", "lint.sh", "mutate.sh", "coverage.sh", ".ci/nightly", "tests/fuzz/run.sh",
-           "scripts/check-reproducible.sh", "scripts/install-packages.sh", "scripts/sign-file.sh",
+           "tests/museum/seeds.sh", "scripts/check-reproducible.sh", "scripts/install-packages.sh", "scripts/sign-file.sh",
            "scripts/sign-release.sh", "scripts/verify-release.sh", "scripts/build-release.sh",
            "scripts/check-workflows.sh", "scripts/set-home-url.sh", "scripts/pin-actions.sh"]
 
@@ -95,13 +95,15 @@ class Usage(Folder):
 
 
 class Nightly(Folder):
-    STEPS = ["everything", "gcc", "mutation", "coverage", "schedules", "proofs", "fuzzing", "sessions", "reproducible"]
+    STEPS = ["everything", "gcc", "mutation", "coverage", "schedules", "proofs", "fuzzing", "sessions",
+             "validation", "reproducible"]
 
     def setUp(self):
         super().setUp()
         for name in ("test.sh", "mutate.sh", "coverage.sh", "schedules.sh", "prove.sh"):
             self.program(name, RECORD, self.root)
         self.program("run.sh", RECORD, self.root / "tests/fuzz")
+        self.program("seeds.sh", RECORD, self.root / "tests/museum")
         for name in ("install-packages.sh", "check-reproducible.sh"):
             self.program(name, RECORD, self.root / "scripts")
         (self.root / "build/linux-quick/bin").mkdir(parents=True)
@@ -120,11 +122,13 @@ class Nightly(Folder):
             "test.sh everything", "test.sh gcc", "mutate.sh --sample 200 --seed 7", "coverage.sh ", "schedules.sh ", "schedules.sh --planted",
             "prove.sh ", "run.sh 30",
             "importer_host soak --sessions 200000 --seed 7",
-            "wine-run build/windows-clang/bin/importer_host.exe soak --sessions 2000 --seed 7", "check-reproducible.sh "])
+            "wine-run build/windows-clang/bin/importer_host.exe soak --sessions 2000 --seed 7", "seeds.sh 100 7",
+            "check-reproducible.sh "])
 
     def test_a_step_that_fails_is_listed_and_stops_no_other(self):
         for program, folder, step in (("mutate.sh", ".", "mutation"), ("prove.sh", ".", "proofs"),
                                       ("run.sh", "tests/fuzz", "fuzzing"),
+                                      ("seeds.sh", "tests/museum", "validation"),
                                       ("importer_host", "build/linux-quick/bin", "sessions"),
                                       ("wine-run", "build/windows-clang", "sessions")):
             with self.subTest(program=program):

@@ -240,6 +240,8 @@ TEST(ValidateReport, Page) {
         HasSubstr("<li class=\"bad\">FAILURE: 4 checks: 1 failed, 1 crashed, 1 passed, 1 skipped</li>"));
     EXPECT_THAT(page, HasSubstr("<dd>another &lt;picture&gt;</dd>"));
     EXPECT_THAT(page, HasSubstr("--only frames.steady --seed 9</pre>"));
+    EXPECT_THAT(page, HasSubstr("<td data-name=\"Rule\">"));
+    EXPECT_THAT(page, HasSubstr("\ntd[data-name=Rule]{white-space:normal}\n"));
     EXPECT_EQ(page.find("<script"), std::string::npos);
 }
 

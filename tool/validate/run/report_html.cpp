@@ -5,6 +5,9 @@
 namespace simhost::tool::validate {
 namespace {
 
+// Other pages have numbers and names in their tables, which stay in one line.
+constexpr const char* kSentencesWrap = "\ntd[data-name=Rule]{white-space:normal}\n";
+
 std::string fact(const char* name, const std::string& value) {
     return value.empty() ? std::string()
                          : std::string("<div><dt>") + name + "</dt><dd>" + htmlEscaped(value) + "</dd></div>";
@@ -77,7 +80,7 @@ std::string htmlReport(const Validation& validation) {
         "<meta name=\"viewport\" content=\"width=device-width,initial-scale=1\">"
         "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; style-src "
         "'unsafe-inline'\"><title>" +
-        name + "</title><style>" + kPageStyle + "</style></head><body><main>\n<h1>" + name +
+        name + "</title><style>" + kPageStyle + kSentencesWrap + "</style></head><body><main>\n<h1>" + name +
         "</h1><p class=\"path\">" + htmlEscaped(validation.plugin) +
         "</p>\n<ul class=\"notes\"><li class=\"" + (counts.success() ? "good" : "bad") + "\">" +
         htmlEscaped(summaryText(counts)) + "</li></ul>\n";

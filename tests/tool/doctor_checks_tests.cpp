@@ -144,6 +144,16 @@ TEST(DoctorCodec, BesideThePluginItIsOfNoUse) {
     EXPECT_TRUE(checkCodecBeside({}, true).empty());
 }
 
+// A command that asks back is answered by nobody who pasted it.
+TEST(DoctorLog, NamesTheWholeCommandForOnAndOff) {
+    EXPECT_EQ(
+        checkLogSwitch(LogSetting::kOff).found,
+        R"(off; to switch it on: reg add HKCU\Software\Orvantis /v EnableAdobeLog /t REG_DWORD /d 1 /f)");
+    EXPECT_EQ(checkLogSwitch(LogSetting::kOn).advice,
+              "switch it off when you are done: reg add HKCU\\Software\\Orvantis /v EnableAdobeLog /t "
+              "REG_DWORD /d 0 /f");
+}
+
 TEST(DoctorReports, CountFaultsOnly) {
     std::vector<Check> checks(3, Check{CheckState::kGood, "a", "b", ""});
     checks.push_back({CheckState::kWarning, "a", "b", "c"});

@@ -214,15 +214,17 @@ std::vector<Check> checkCodec(const CodecSearch& search) {
 
 Check checkLogSwitch(LogSetting setting) {
     const std::string key = R"(HKEY_CURRENT_USER\Software\Orvantis, EnableAdobeLog)";
+    // Without /f the command asks before it replaces a value.
+    const auto command = [](const char* value) {
+        return std::string(R"(reg add HKCU\Software\Orvantis /v EnableAdobeLog /t REG_DWORD /d )") + value +
+               " /f";
+    };
     switch (setting) {
         case LogSetting::kOn:
             return {CheckState::kWarning, "diagnostic log", "on, which makes the host a little slower",
-                    "switch it off when you are done: set " + key + " to 0"};
+                    "switch it off when you are done: " + command("0")};
         case LogSetting::kOff:
-            return {
-                CheckState::kGood, "diagnostic log",
-                "off; to switch it on: reg add HKCU\\Software\\Orvantis /v EnableAdobeLog /t REG_DWORD /d 1",
-                ""};
+            return {CheckState::kGood, "diagnostic log", "off; to switch it on: " + command("1"), ""};
         case LogSetting::kUnknown:
             break;
     }

@@ -206,7 +206,7 @@ void addSound(const HostedRun& hosted, std::size_t index, Progress& progress, Re
     const std::uint64_t told = shape->length;
     shape->length = std::min(told, soundInFile(out.avi, index));
     if (shape->length == 0) {
-        section.problem = "The file's index leads to no data of this track, so all of it is silent.";
+        section.problem = "No index leads to data of this track, so all of it is silent.";
         out.sounds.push_back(std::move(section));
         return;
     }

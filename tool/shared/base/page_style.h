@@ -62,7 +62,7 @@ white-space:normal}
 :is(.scroll,pre,summary):focus-visible{outline:2px solid var(--wave);outline-offset:2px}
 @media print{:root{--bg:#fff;--card:#fff}body{font-size:11pt}main{max-width:none;padding:0}
 section{padding:10px 0;border-width:1px 0 0;border-radius:0}.scroll,pre{overflow:visible;max-height:none}
-table{font-size:.8em}th,td{white-space:normal;overflow-wrap:break-word;padding-right:8px}
+table{font-size:.8em}th{font-size:inherit}th,td{white-space:normal;overflow-wrap:break-word;padding-right:8px}
 h2,h3,summary{break-after:avoid}figure,.channel,svg,tr,.facts div,.notes li{break-inside:avoid}
 details::details-content{content-visibility:visible;display:block}
 .notes li{border:1px solid var(--line)}}

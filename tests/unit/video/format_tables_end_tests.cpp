@@ -3,7 +3,10 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <new>
+#include <vector>
 
+#include "tests/support/allocation_meter/allocation_meter.h"
 #include "tests/support/fake_host/fake_host.h"
 #include "video/format_tables.h"
 
@@ -57,6 +60,51 @@ TEST(FormatTablesEnd, ManyDifferentAnswersEachHaveTheirRows) {
         const FormatInfo& first = tables[divisor - 2][0];
         EXPECT_EQ(first.isTopLeft(), (first.pixelFormat >> 8) % divisor == 0) << "changed by a later build";
     }
+}
+
+std::size_t bytesOfATable() {
+    return sizeof(FormatInfo) * FormatInfos().size();
+}
+
+// Builds the tables with the bits of `number` for answers while nothing larger than a table can be allocated.
+// Whether that went well; `kept` becomes what was not given back.
+bool buildsInLittleMemory(std::uint32_t number, std::size_t& kept) {
+    test::startCounting();
+    bool built = true;
+    {
+        test::FakeHost host;
+        host.asked.reserve(FormatInfos().size());
+        host.answer = [&](test::FakeHost::Question, std::uint32_t) {
+            const bool isTopLeft = (number & 1U) != 0;
+            number >>= 1;
+            return isTopLeft;
+        };
+        test::failAllocationsFrom(bytesOfATable() + 1);
+        try {
+            buildFormatTables(host.basicSuite());
+        } catch (const std::bad_alloc&) {
+            built = false;
+        }
+        test::failAllocationsFrom(0);
+    }
+    kept = test::counted().current;
+    return built;
+}
+
+// The list of tables becomes longer than a table, so that in the end it cannot grow.
+TEST(FormatTablesEnd, ATableThatIsNotKeptIsGivenBack) {
+    if (!test::canCountAllocations()) {
+        GTEST_SKIP() << "the sanitizer has the operators";
+    }
+    std::uint32_t failed = 0;
+    for (std::uint32_t number = 0x1000; number < 0x1100; ++number) {
+        std::size_t kept = 0;
+        if (!buildsInLittleMemory(number, kept)) {
+            ++failed;
+            EXPECT_LT(kept, bytesOfATable()) << number;
+        }
+    }
+    EXPECT_GT(failed, 0U);
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
 // Clips of every structure that the builder makes, cut everywhere.
 #include <gtest/gtest.h>
 
+#include <vector>
+
 #include "tests/rescue/cut_check.h"
 #include "tests/support/avi_builder/avi_builder.h"
 #include "tests/support/thorough.h"
@@ -71,8 +73,10 @@ TEST(RescueCuts, EveryRescueAtEveryStructuralPoint) {
         TestBytes whole = avi.build();
         const std::vector<ChunkFact> truth = builtChunks(avi);
         MemoryStorage file(whole);
-        for (const std::uint64_t size : structuralPoints(file)) {
-            ASSERT_EQ(wrongInRescue(whole, truth, size), "") << structure.name << " cut at " << size;
+        const std::vector<std::uint64_t> points = structuralPoints(file);
+        for (std::size_t i = 0; i < points.size(); i += orvantis::test::sampleStep(5)) {
+            ASSERT_EQ(wrongInRescue(whole, truth, points[i]), "")
+                << structure.name << " cut at " << points[i];
         }
     }
 }

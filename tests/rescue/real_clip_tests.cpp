@@ -12,6 +12,7 @@
 #include "tests/rescue/crash_disk.h"
 #include "tests/rescue/cut_check.h"
 #include "tests/support/temp_folder.h"
+#include "tests/support/thorough.h"
 #include "tool/rescue/mending.h"
 #include "tool/rescue/new_clip.h"
 #include "tool/rescue/undo_file.h"
@@ -47,7 +48,7 @@ TEST(RescueRealClips, CutAtEveryStructuralPointTheWholeChunksAreFound) {
             const std::vector<ChunkFact> truth = indexedChunks(*file);
             ASSERT_FALSE(truth.empty()) << path;
             const std::vector<std::uint64_t> points = structuralPoints(*file);
-            const std::size_t step = fs::file_size(path) > kLarge ? 31 : 1;
+            const std::size_t step = fs::file_size(path) > kLarge ? 31 : orvantis::test::sampleStep(5);
             for (std::size_t i = 0; i < points.size(); i += step) {
                 ASSERT_EQ(wrongInScan(*file, truth, points[i]), "") << path << " cut at " << points[i];
             }
@@ -66,7 +67,8 @@ TEST(RescueRealClips, EveryRescueOfAClipOfEachMuxer) {
         const std::vector<ChunkFact> truth = indexedChunks(file);
         const std::vector<std::uint64_t> points = structuralPoints(file);
         for (std::size_t i = 0; i < points.size();
-             i += 23) {  // a prime, so that all kinds of points have their turn
+             i +=
+             23 * orvantis::test::sampleStep(3)) {  // a prime, so that all kinds of points have their turn
             ASSERT_EQ(wrongInRescue(whole, truth, points[i]), "") << path << " cut at " << points[i];
         }
     }

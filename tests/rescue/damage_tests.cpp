@@ -161,6 +161,32 @@ TEST(RescueDamage, ADamagedHeaderOfTheDataListHidesNothing) {
     }
 }
 
+// A list that begins a second time, or the only one of two whose beginning is sound. The indexes count from
+// it, so nothing in front of it can be named by them where it lies.
+TEST(RescueDamage, DataInFrontOfItsListIsFoundAndComesIntoANewFile) {
+    for (const std::size_t garbage : {0U, 20U}) {
+        Damaged clip;
+        const auto list = static_cast<std::ptrdiff_t>(clip.avi.moviOffset());
+        const TestBytes chunk(clip.bytes.begin() + clip.chunk(3), clip.bytes.begin() + clip.chunk(4));
+        clip.bytes.insert(clip.bytes.begin() + list, chunk.begin(), chunk.end());
+        clip.bytes.insert(clip.bytes.begin() + list, garbage, std::uint8_t{0xEE});
+        EXPECT_THAT(clip.found(), ElementsAre(3, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9)) << garbage;
+        MemoryStorage file(clip.bytes);
+        ClipScan scan = scanClip(file);
+        TestBytes out;
+        MemoryStorage target(out);
+        writeNewClip(file, scan, layOutNewClip(scan), target);
+        EXPECT_EQ(dataOf(target, indexedChunks(target), 2), dataOf(file, foundChunks(scan), 2)) << garbage;
+        const IndexCheck check = checkIndexes(file, scan);
+        try {
+            (void)planMending(file, scan, check);
+            ADD_FAILURE() << garbage;
+        } catch (const ToolError& error) {
+            EXPECT_EQ(error.kind(), "not-in-place") << garbage;
+        }
+    }
+}
+
 TEST(RescueDamage, ChunksWithoutPaddingAreFound) {
     AviBuilder avi;
     avi.addStream(orvantis::test::videoStream("O8Y2", 16, 4, 25, 1));

@@ -226,6 +226,12 @@ class HeaderParse {
         m_out.streams.push_back(std::move(stream));
     }
 
+    // "01wb": where the list itself is damaged, another may follow.
+    static bool isData(std::uint32_t code) {
+        const auto digit = [code](int i) { return (code >> (8 * i) & 0xFF) - '0' < 10; };
+        return digit(0) && digit(1) && code >> 16 != ('i' | 'x' << 8);
+    }
+
     void findMovi() {
         std::uint64_t at = m_out.end() + m_out.bytes.size() % 2;
         for (std::size_t i = 0; i < kMostHeaderChunks && at + kListHeader <= m_file.size(); ++i) {
@@ -234,7 +240,7 @@ class HeaderParse {
                 return;
             }
             const std::uint32_t size = word(at + 4);
-            if (!isPrintable(word(at)) || word(at) == riffCode("RIFF")) {
+            if (!isPrintable(word(at)) || word(at) == riffCode("RIFF") || isData(word(at))) {
                 return;
             }
             at += kChunkHeader + std::uint64_t{size} + size % 2;

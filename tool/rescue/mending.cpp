@@ -32,6 +32,9 @@ class MendingPlan {
         if (m_scan.forms.front().moviAt == 0) {
             refuseInPlace("the list of its data (movi) is damaged");
         }
+        if (!m_scan.chunks.empty() && m_scan.chunks[0].offset() < m_scan.forms.front().moviAt) {
+            refuseInPlace("some of its data stands in front of the list of its data (movi)");
+        }
         m_out.oldSize = m_scan.fileSize;
         m_oldIndex = m_scan.forms.size() == 1;
         planTail();

@@ -4,6 +4,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <string>
+
 #include "tool/collect/zip_file.h"
 #include "tool/shared/base/deflate.h"
 
@@ -70,6 +73,41 @@ TEST(PersonalMask, EntitiesOfHtmlAreLetters) {
 TEST(PersonalMask, AShortNameGoesWhereItStandsAlone) {
     const Mask mask({{"al"}, {}});
     EXPECT_EQ(mask.apply("D:\\al\\also\\metal al.avi"), "D:\\%USERNAME%\\also\\metal %USERNAME%.avi");
+    // Behind an escape, which ends with what looks like a letter.
+    EXPECT_EQ(mask.apply("D:%5Cal%5Cmetal D:\\u005cAL\\u005cx"),
+              "D:%5C%USERNAME%%5Cmetal D:\\u005c%USERNAME%\\u005cx");
+    EXPECT_EQ(mask.apply("one\\nAl was here"), "one\\n%USERNAME% was here") << "a line's end in JSON";
+    EXPECT_EQ(mask.apply("Al"), "%USERNAME%");
+}
+
+// Names are letters and nothing else, whatever they mean to other programs.
+TEST(PersonalMask, AnyNameIsFoundInEveryForm) {
+    for (const std::string name : {"a.b*c", "(x)+[y]$", "^q|r{2}?", "Jane Doe", "m\u00fcller \u00df",
+                                   "o'neil & co", "%USERNAME%x", "root", "test", "x1", "100%"}) {
+        const Mask mask({{name}, {"C:\\Users\\" + name, "/home/" + name}});
+        std::string json;
+        std::string url;
+        std::string utf16;
+        for (const char c : name) {
+            constexpr const char* kDigits = "0123456789ABCDEF";
+            const auto byte = static_cast<unsigned char>(c);
+            json += c == '\\' ? "\\\\" : std::string(1, c);
+            url += std::string("%") + kDigits[byte >> 4] + kDigits[byte & 15];
+            utf16 += byte < 0x80 ? std::string{c, '\0'} : std::string();
+        }
+        std::string upper = name;
+        std::ranges::transform(upper, upper.begin(),
+                               [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; });
+        for (const std::string& form : {name, json, url, upper}) {
+            EXPECT_EQ(mask.apply("D:\\" + form + "\\a " + form), "D:\\%USERNAME%\\a %USERNAME%") << form;
+            EXPECT_EQ(mask.apply("c:/users/" + form + "/a"), "%USERPROFILE%/a") << form;
+            EXPECT_EQ(mask.apply("\"C:\\\\Users\\\\" + form + "\\\\a\""), "\"%USERPROFILE%\\\\a\"") << form;
+            EXPECT_EQ(mask.apply("file:///home/" + form + "/a"), "file:%USERPROFILE%/a") << form;
+        }
+        if (utf16.size() == 2 * name.size()) {
+            EXPECT_EQ(mask.apply("\xff\xfe" + utf16), "\xff\xfe" + wide("%USERNAME%", false)) << name;
+        }
+    }
 }
 
 TEST(PersonalMask, RootsAndNothingMaskNothing) {
@@ -83,6 +121,17 @@ TEST(PersonalMask, TheProgramsOwnPartsOfAPageStay) {
         mask.applyToPage("<style>:root{}</style><p>root</p><img src=\"data:image/png;base64,root\"> root"),
         "<style>:root{}</style><p>%USERNAME%</p><img src=\"data:image/png;base64,root\"> %USERNAME%");
     EXPECT_EQ(mask.apply(":root"), ":%USERNAME%");
+    // A user may be called as a part of the page's language is.
+    for (const char* name : {"mark", "Class", "div", "alt", "style"}) {
+        const Mask other({{name}, {}});
+        const std::string page = "<!doctype html><div class=\"mark div\"><mark role=\"alt\">style of a div";
+        const std::string masked = other.applyToPage(page);
+        EXPECT_TRUE(masked.starts_with("<!doctype html><div class=\"mark div\"><mark role=\"alt\">"))
+            << masked;
+        EXPECT_EQ(other.applyToPage("<img alt=\"" + std::string(name) + " 1\" class=\"a\">" + name + "<"),
+                  "<img alt=\"%USERNAME% 1\" class=\"a\">%USERNAME%<")
+            << name;
+    }
 }
 
 // Every form of the name in every place of a longer text.

@@ -198,6 +198,18 @@ bool isWordByte(std::string_view text, std::size_t at) {
     return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c & 0x80) != 0;
 }
 
+// Of the letter before `at`; the end of an escape is none, though it looks like one.
+bool isWordBefore(std::string_view text, std::size_t at) {
+    const auto back = [text, at](std::size_t bytes) {
+        return at >= bytes ? text.substr(at - bytes) : std::string_view();
+    };
+    const bool escaped =
+        (back(3).starts_with('%') && hexAt(text, at - 2, 2)) ||
+        (back(6).starts_with("\\u") && hexAt(text, at - 4, 4)) ||
+        (back(2).starts_with('\\') && std::string_view("bfnrt").find(text[at - 1]) != std::string_view::npos);
+    return at > 0 && !escaped && isWordByte(text, at - 1);
+}
+
 std::u32string patternOf(std::string_view utf8, bool path) {
     std::u32string out;
     for (std::size_t at = 0; at < utf8.size();) {
@@ -257,8 +269,7 @@ std::string Mask::apply(std::string_view text) const {
         for (const Pattern& pattern : m_patterns) {
             const std::string_view masked = pattern.home ? kMaskedHome : kMaskedName;
             if ((length = matchAt(text, at, pattern.text, kUtf8)) > 0) {
-                if (pattern.alone &&
-                    ((at > 0 && isWordByte(text, at - 1)) || isWordByte(text, at + length))) {
+                if (pattern.alone && (isWordBefore(text, at) || isWordByte(text, at + length))) {
                     length = 0;
                     continue;
                 }
@@ -281,22 +292,41 @@ std::string Mask::apply(std::string_view text) const {
 }
 
 std::string Mask::applyToPage(std::string_view page) const {
-    constexpr std::pair<std::string_view, std::string_view> kOwn[] = {{"<style>", "</style>"},
-                                                                      {"data:image/png;base64,", "\""}};
+    // Values that are words of the program; all others may tell of the user.
+    constexpr std::string_view kOwnValues[] = {"class",   "role", "scope", "lang",
+                                               "charset", "name", "type",  "src",
+                                               "viewBox", "d",    "id",    "preserveAspectRatio"};
+    constexpr std::string_view kStyle = "<style>";
     std::string out;
+    const auto take = [&out, &page](std::size_t end) {
+        out += page.substr(0, end);
+        page.remove_prefix(std::min(end, page.size()));
+    };
     while (!page.empty()) {
-        std::size_t begin = page.size();
-        std::size_t end = page.size();
-        for (const auto& [first, last] : kOwn) {
-            const std::size_t at = page.find(first);
-            if (at < begin) {
-                begin = at;
-                end = std::min(page.find(last, at), page.size());
-            }
+        const std::size_t text = std::min(page.find('<'), page.size());
+        out += apply(page.substr(0, text));
+        page.remove_prefix(text);
+        if (page.starts_with(kStyle)) {
+            take(page.find("</style>"));
         }
-        out += apply(page.substr(0, begin));
-        out += page.substr(begin, end - begin);
-        page = page.substr(end);
+        // Texts have their '<' escaped and values their '"', so this is a tag of the program's.
+        const std::size_t tag = std::min(page.find('>'), page.size());
+        std::size_t left = tag;
+        for (std::size_t value; (value = page.find("=\"")) < left;) {
+            const std::size_t end = page.find('"', value + 2);
+            if (end == std::string_view::npos || end >= left) {
+                break;
+            }
+            const std::string_view named = page.substr(0, value);
+            const std::string_view name = named.substr(named.find_last_of(' ') + 1);
+            const bool own = std::ranges::find(kOwnValues, name) != std::end(kOwnValues);
+            take(value + 2);
+            const std::string_view words = page.substr(0, end - value - 2);
+            out += own ? std::string(words) : apply(words);
+            page.remove_prefix(words.size());
+            left -= end;
+        }
+        take(left);
     }
     return out;
 }

@@ -7,6 +7,7 @@
 
 #include "avi/avi_reader.h"
 #include "fileio/win_file.h"
+#include "tests/support/thorough.h"
 #include "tests/tool/tool_run.h"
 
 namespace {
@@ -57,8 +58,7 @@ std::size_t changing(std::string_view text) {
     if (text.starts_with("0x")) {
         return text.find_first_not_of("0123456789abcdefABCDEF", 2);
     }
-    for (const std::string_view word :
-         {" and is silent", "silent", ", but from the wrong place of the file: it is noise"}) {
+    for (const std::string_view word : {" and is silent", "silent", ": it is noise"}) {
         if (text.starts_with(word)) {
             return word.size();
         }
@@ -83,7 +83,7 @@ std::string comparable(std::string text, const std::string& folder) {
     replaceAll(text, escaped, "FOLDER");
     std::string out;
     for (std::size_t at = 0; at < text.size();) {
-        const std::size_t length = std::string_view("2[0 s,<dpoi").find(text[at]) == std::string_view::npos
+        const std::size_t length = std::string_view("2[0 s:<dpoi").find(text[at]) == std::string_view::npos
                                        ? 0
                                        : changing(std::string_view(text).substr(at));
         out.append(text, at, length == 0 ? 1 : 0);
@@ -94,15 +94,24 @@ std::string comparable(std::string text, const std::string& folder) {
 
 class ToolExcerpt : public ToolTest {
  protected:
-    /// Excerpts of all clips of a folder, in "excerpts".
-    void takeExcerpts(const fs::path& clips) const {
+    /// Excerpts of all clips of a folder, in "excerpts". Up to `mayDiffer` may tell that they differ; they
+    /// and their clips are removed.
+    void takeExcerpts(const fs::path& clips, std::size_t mayDiffer) const {
         fs::create_directories(folder / "excerpts");
-        for (const auto& each : fs::directory_iterator(clips)) {
+        const std::vector<fs::directory_entry> all{fs::directory_iterator(clips), {}};
+        for (const auto& each : all) {
             if (each.path().extension() != ".avi") {
                 continue;
             }
             const std::string out = orvantis::test::utf8Path(folder / "excerpts" / each.path().filename());
             const ToolRun result = runTool({"excerpt", orvantis::test::utf8Path(each.path()), "--out", out});
+            if (mayDiffer > 0 && result.code == kFailed) {
+                --mayDiffer;
+                EXPECT_THAT(result.out, HasSubstr("  it differs from the clip: "));
+                fs::remove(each.path());
+                fs::remove(folder / "excerpts" / each.path().filename());
+                continue;
+            }
             EXPECT_EQ(result.code, kSuccess) << result.out << result.err;
             EXPECT_EQ(fs::file_size(each.path()),
                       fs::file_size(folder / "excerpts" / each.path().filename()));
@@ -124,8 +133,8 @@ class ToolExcerpt : public ToolTest {
         replaceAll(out, in(pages), "PAGES");
         return comparable(out, path);
     }
-    void expectSameAnswers(const fs::path& clips) const {
-        takeExcerpts(clips);
+    void expectSameAnswers(const fs::path& clips, std::size_t mayDiffer = 0) const {
+        takeExcerpts(clips, mayDiffer);
         std::istringstream one(told(clips, "pages of the clips"));
         std::istringstream other(told(folder / "excerpts", "pages of the excerpts"));
         std::string a;
@@ -185,6 +194,26 @@ TEST_F(ToolExcerpt, ClipsOfOtherProgramsGiveTheSameAnswersAndLeaveNothing) {
 
 #endif
 
+// Files that a fuzzer has made: every 25th, or all of them. Of all, one tells that it differs, because its
+// index leads into its pictures.
+TEST_F(ToolExcerpt, FilesOfAFuzzerGiveTheSameAnswers) {
+    std::vector<fs::path> files;
+    for (const char* corpus : {"corpus/parse_fuzzer", "corpus/session_fuzzer", "corpus/differential_fuzzer",
+                               "corpus/rescue_fuzzer", "regressions"}) {
+        for (const auto& each : fs::directory_iterator(fs::path(ORVANTIS_FUZZ_FOLDER) / corpus)) {
+            if (each.path().extension() != ".md") {
+                files.push_back(each.path());
+            }
+        }
+    }
+    std::ranges::sort(files);
+    fs::create_directories(folder / "clips");
+    for (std::size_t i = 0; i < files.size(); i = orvantis::test::nextCase(i, 0, 25)) {
+        fs::copy_file(files[i], folder / "clips" / (std::to_string(i) + ".avi"));
+    }
+    expectSameAnswers(folder / "clips", 1);
+}
+
 Bytes mark(std::size_t size) {
     return Bytes(size, kMark);
 }
@@ -235,6 +264,15 @@ TEST_F(ToolExcerpt, WholeAndDamagedClipsGiveTheSameAnswersAndKeepNothing) {
         const auto movi = placeOf(bytes, "movi");
         std::fill_n(movi - 4, 4, std::uint8_t{0});
     });
+    auto early = marked().idx1(false);
+    Bytes sizes = early.build();
+    for (const std::size_t list : {std::size_t{0}, static_cast<std::size_t>(early.moviOffset())}) {
+        const std::size_t size = static_cast<std::size_t>(early.placements()[4].offset) + 10 - list - 8;
+        for (unsigned i = 0; i < 4; ++i) {
+            sizes[list + 4 + i] = static_cast<std::uint8_t>(size >> (8 * i));
+        }
+    }
+    clip("sizes of an earlier moment", sizes);
     auto lost = marked();
     Bytes bytes = lost.build();
     for (std::size_t i = 0; i < 3; ++i) {

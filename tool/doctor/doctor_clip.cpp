@@ -25,8 +25,9 @@ bool isMisled(const std::optional<AviFacts>& facts, StreamFacts::Kind kind) {
            });
 }
 
-Check noise(const char* name, const std::string& found) {
-    return {CheckState::kWarning, name, found + ", but from the wrong place of the file: it is noise", ""};
+Check noise(const char* name, const std::string& found, bool silent = false) {
+    return {CheckState::kWarning, name,
+            found + ", but from the wrong place of the file" + (silent ? "" : ": it is noise"), ""};
 }
 
 void checkFrames(const Clip& clip, std::uint32_t frames, bool misled, std::vector<Check>& out) {
@@ -98,7 +99,7 @@ void checkStream(const Clip& clip, const host::imFileInfoRec8& info, std::size_t
     const std::string found =
         track + std::to_string(shape->channels) + (shape->channels == 1 ? " channel at " : " channels at ") +
         std::to_string(second) + " Hz, its beginning was read" + (silent ? " and is silent" : "");
-    out.push_back(misled && !silent ? noise("sound", found) : good("sound", found));
+    out.push_back(misled ? noise("sound", found, silent) : good("sound", found));
 }
 
 void checkSound(const HostedRun& hosted, const std::string& path, Clip& first,

@@ -33,6 +33,7 @@ std::vector<std::string> structureDifferences(const AviFacts& file, const AviFac
     check(file.frameSizes == excerpt.frameSizes, "the sizes of the frames");
     check(file.gapCount == excerpt.gapCount && std::ranges::equal(file.gaps, excerpt.gaps, sameGap),
           "the stretches that no index mentions");
+    check(file.unindexedChunks == excerpt.unindexedChunks, "the chunks that no index names");
     return out;
 }
 

@@ -53,6 +53,7 @@ class Map {
             return {};
         }
         walkForms();
+        walkOn();
         walkAsThePluginDoes();
         readIndexes();
         return without(merged(std::move(m_kept)), merged(std::move(m_payload)), merged(std::move(m_headers)));
@@ -129,6 +130,15 @@ class Map {
         }
     }
 
+    // A recorder that died may have left sizes of an earlier moment behind: data goes on where the last chunk
+    // ends.
+    void walkOn() {
+        const auto header = m_behindData == 0 ? std::nullopt : headerAt(m_behindData);
+        if (header && (isStreamCode(header->code()) || isIndexCode(header->code()) || header->isList())) {
+            walkLevel(m_behindData, m_size, 0);
+        }
+    }
+
     // Chunks up to `end`, or to the first that is none.
     void walkLevel(std::uint64_t at, std::uint64_t end, int depth) {
         while (at < end) {
@@ -149,6 +159,7 @@ class Map {
                 }
             } else if (isStreamCode(code)) {
                 keepHeader(at, kHeader);
+                m_behindData = std::max(m_behindData, next);
                 add(m_payload, at + kHeader,
                     std::min<std::uint64_t>(header->size, end - std::min(end, at + kHeader)));
             } else if (isKept(code)) {
@@ -270,6 +281,7 @@ class Map {
     std::vector<FileRange> m_headers;  //
     std::vector<FileRange> m_payload;  //
     std::array<char, 4096> m_buffer{};
+    std::uint64_t m_behindData = 0;  // of all chunks of streams
     std::uint64_t m_bufferStart = 0;
     std::uint64_t m_bufferBytes = 0;
 };

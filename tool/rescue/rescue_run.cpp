@@ -100,6 +100,21 @@ void requireChunks(const Found& found, const RescueOptions& options) {
     }
 }
 
+// A file has another name until it is whole; its user knows the one that it will have.
+template <typename Step>
+void inTheNameOf(const std::string& name, const std::string& part, Step&& step) {
+    try {
+        step();
+    } catch (const ToolError& error) {
+        std::string text = error.what();
+        const std::size_t at = text.find(part);
+        if (at == std::string::npos) {
+            throw;
+        }
+        throw ToolError(error.code(), text.replace(at, part.size(), name), error.advice(), error.kind());
+    }
+}
+
 // Ends with the new file under its name. Chunks that the disk cannot read are left out, and all is written
 // anew: their places in the file would be left over.
 void writeOutput(Disk& disk, Storage& clip, Found& found, const RescueOptions& options) {
@@ -110,14 +125,14 @@ void writeOutput(Disk& disk, Storage& clip, Found& found, const RescueOptions& o
         const TemporaryPath part(pathToUtf8(folder / temporaryName(".part")));
         const NewClipLayout layout = layOutNewClip(found.scan);
         try {
-            {
+            inTheNameOf(options.output, part.path(), [&] {
                 const auto target = disk.create(part.path());
                 PlaceProgress bar(options.progress, "write", layout.size);
                 writeNewClip(clip, found.scan, layout, *target,
                              [&bar](std::uint64_t place) { bar.comeTo(place); });
                 throwIfInterrupted();
                 target->flush();
-            }
+            });
             disk.publish(part.path(), options.output);
             return;
         } catch (const UnreadableChunks& bad) {
@@ -174,7 +189,7 @@ int runInPlace(Disk& disk, const RescueOptions& options) {
     {
         const EndHeldBack whole;
         throwIfInterrupted();
-        applyMending(disk, *clip, undo, part.path(), mending);
+        inTheNameOf(undo, part.path(), [&] { applyMending(disk, *clip, undo, part.path(), mending); });
     }
     tell(options, found,
          {"mended: the index names " + counted(found.scan.chunks.size(), "chunk", "chunks") +

@@ -125,7 +125,7 @@ void flushFolderOf(const std::string& path) {
 class PosixDisk final : public Disk {
  public:
     bool exists(const std::string& path) override {
-        return ::access(path.c_str(), F_OK) == 0 || errno != ENOENT;
+        return ::access(path.c_str(), F_OK) == 0 || (errno != ENOENT && errno != ENAMETOOLONG);
     }
     std::unique_ptr<Storage> openToRead(const std::string& path) override {
         return std::make_unique<PosixStorage>(path, O_RDONLY, kFailed);

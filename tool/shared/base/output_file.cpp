@@ -101,9 +101,11 @@ void requireFreeClip(const std::string& pathUtf8) {
         refuse("it has not the name of a clip", "name a file that ends with .avi");
     }
     const FileFacts facts = fileFacts(pathUtf8);
+    if (facts.kind == FileKind::kUnknown) {
+        refuse(facts.reason, "choose another name or folder");
+    }
     if (facts.kind != FileKind::kMissing) {
-        refuse(facts.kind == FileKind::kUnknown ? facts.reason : "there is something of that name",
-               "name a file that is not there yet");
+        refuse("there is something of that name", "name a file that is not there yet");
     }
     const std::string folder = pathToUtf8(pathFromUtf8(pathUtf8).parent_path());
     if (!folder.empty() && fileFacts(folder).kind != FileKind::kFolder) {

@@ -112,6 +112,7 @@ struct ScaledTerm {
         a.assume(Real{0.0} < factor && factor < Real{1.0});
         const auto scaled = scaledTerm<A>(term, factor);
         a.claim("at least 1", scaled >= I32{1});
+        a.claim("no larger than it was", scaled <= term || scaled == I32{1});
     }
 };
 
@@ -143,7 +144,7 @@ std::vector<Statement> rateStatements() {
          true,
          {PROOF(DurationFactor, kBits)}},
         {"scaledTerm",
-         "every conversion from double is in range; 1 at least",
+         "every conversion from double is in range; 1 at least, and no larger than before",
          true,
          {PROOF(ScaledTerm, kBits), WITHOUT(ScaledTerm, kBits, kLimitedTerm)}},
     };

@@ -5,7 +5,9 @@
 #include "tests/rescue/clip_truth.h"
 #include "tests/rescue/crash_disk.h"
 #include "tests/support/avi_builder/avi_builder.h"
+#include "tests/support/temp_folder.h"
 #include "tool/rescue/index_check.h"
+#include "tool/rescue/mended_view.h"
 #include "tool/rescue/mending.h"
 #include "tool/rescue/undo_file.h"
 
@@ -328,6 +330,88 @@ TEST(RescueInPlace, DamageInTheMiddleBecomesPadding) {
     MemoryStorage file(after);
     EXPECT_EQ(scanClip(file).damagedCount, 0U);
     EXPECT_EQ(indexedChunks(file).size(), 10U);
+}
+
+// The bytes of `file`, read in pieces of `piece` bytes.
+TestBytes readInPieces(Storage& file, std::size_t piece) {
+    TestBytes out;
+    for (std::size_t count = piece; count == piece;) {
+        TestBytes bytes(piece);
+        count = file.read(out.size(), bytes);
+        out.insert(out.end(), bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(count));
+    }
+    return out;
+}
+
+TEST(RescueInPlace, TheFileAsItWillBeIsSeenBeforeAByteIsChanged) {
+    for (TestBytes clip :
+         {cutClip(), cutClip(OpenDml::kStandardIndex), cutClip(OpenDml::kSuperIndex), zeroTailClip()}) {
+        const TestBytes after = mended(clip);
+        MemoryStorage file(clip);
+        ClipScan scan = scanClip(file);
+        const IndexCheck check = checkIndexes(file, scan);
+        const Mending mending = planMending(file, scan, check);
+        MendedView view(file, mending);
+        EXPECT_EQ(view.size(), after.size());
+        EXPECT_FALSE(mending.patches.empty());
+        for (const std::size_t piece : {1U, 7U, 100U, 65536U}) {
+            EXPECT_TRUE(readInPieces(view, piece) == after) << piece;
+        }
+        EXPECT_EQ(file.writes, 0);
+    }
+}
+
+// Holes of the damaged file stay holes, but for what is written into them.
+class WithAHole : public MemoryStorage {
+ public:
+    WithAHole(TestBytes& bytes, Extent hole) : MemoryStorage(bytes), m_hole(hole) {}
+    Extent dataFrom(std::uint64_t at) override {
+        if (at < m_hole.begin) {
+            return {at, m_hole.begin};
+        }
+        return {std::min(std::max(at, m_hole.end), size()), size()};
+    }
+
+ private:
+    Extent m_hole;
+};
+
+TEST(RescueInPlace, WhatIsWrittenIntoAHoleIsData) {
+    TestBytes bytes(10'000);
+    WithAHole file(bytes, {1000, 10'000});
+    Mending mending;
+    mending.patches = {{500, FileBytes(4, 1)}, {2000, FileBytes(8, 1)}};
+    mending.oldSize = 10'000;
+    mending.appendAt = 6000;
+    mending.append = FileBytes(40, 1);
+    mending.newSize = 6040;
+    MendedView view(file, mending);
+    EXPECT_EQ(view.dataFrom(0), (Extent{0, 1000}));
+    EXPECT_EQ(view.dataFrom(1000), (Extent{2000, 2008}));
+    EXPECT_EQ(view.dataFrom(2004), (Extent{2004, 2008}));
+    EXPECT_EQ(view.dataFrom(2008), (Extent{6000, 6040}));
+    EXPECT_EQ(view.dataFrom(6010), (Extent{6010, 6040}));
+    EXPECT_EQ(view.dataFrom(6040), (Extent{6040, 6040}));
+}
+
+TEST(RescueInPlace, WhereItsChunksWouldNotBeFoundAgainItIsRefused) {
+    const std::string clip =
+        orvantis::test::readFile(ORVANTIS_FUZZ_FOLDER "/regressions/rescue-two-readings-20261122.avi");
+    TestBytes bytes(clip.begin(), clip.end());
+    ASSERT_FALSE(bytes.empty());
+    MemoryStorage file(bytes);
+    ClipScan scan = scanClip(file);
+    const IndexCheck check = checkIndexes(file, scan);
+    try {
+        (void)planMending(file, scan, check);
+        FAIL();
+    } catch (const ToolError& error) {
+        EXPECT_EQ(error.kind(), "not-in-place");
+        EXPECT_STREQ(error.what(),
+                     "the file cannot be mended where it lies: its damaged stretches can be read in more "
+                     "than one way");
+    }
+    EXPECT_EQ(file.writes, 0);
 }
 
 TEST(RescueInPlace, WithoutRoomForTheIndexItIsRefused) {

@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "avi/four_char_code.h"
+#include "tool/rescue/mended_view.h"
 #include "tool/shared/base/tool_error.h"
 
 namespace simhost::tool {
@@ -273,10 +274,31 @@ class MendingPlan {
     bool m_oldIndex = false;
 };
 
+// Garbage can be read in more than one way, and what is mended around it can turn the scales.
+bool findsAgain(const ClipScan& mended, const ClipScan& scan) {
+    std::size_t next = 0;
+    for (std::size_t i = 0; i < scan.chunks.size(); ++i, ++next) {
+        const FoundChunk& wanted = scan.chunks[i];
+        while (next < mended.chunks.size() && mended.chunks[next].offset() < wanted.offset()) {
+            ++next;
+        }
+        if (next == mended.chunks.size() || mended.chunks[next].offset() != wanted.offset() ||
+            mended.chunks[next].size() != wanted.size() || mended.chunks[next].code() != wanted.code()) {
+            return false;
+        }
+    }
+    return true;
+}
+
 }  // namespace
 
-Mending planMending(Storage& clip, const ClipScan& scan, const IndexCheck& check) {
-    return MendingPlan(clip, scan, check).run();
+Mending planMending(Storage& clip, const ClipScan& scan, const IndexCheck& check, const ScanStep& step) {
+    Mending out = MendingPlan(clip, scan, check).run();
+    MendedView mended(clip, out);
+    if (!findsAgain(scanClip(mended, step), scan)) {
+        refuseInPlace("its damaged stretches can be read in more than one way");
+    }
+    return out;
 }
 
 }  // namespace simhost::tool

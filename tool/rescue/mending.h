@@ -26,7 +26,8 @@ struct Mending {
     std::uint64_t newSize = 0;  ///< smaller than before when a tail of zeros is given up
 };
 
-/// Throws ToolError when the file has no room for what would be needed; a new file can be written then.
-Mending planMending(Storage& clip, const ClipScan& scan, const IndexCheck& check);
+/// Looks at the file as it will be, and finds every chunk of `scan` there. Throws ToolError where it would
+/// not, or when the file has no room for what would be needed; a new file can be written then.
+Mending planMending(Storage& clip, const ClipScan& scan, const IndexCheck& check, const ScanStep& step = {});
 
 }  // namespace simhost::tool

@@ -62,6 +62,13 @@ Found search(Storage& clip, const RescueOptions& options) {
     return out;
 }
 
+Mending plan(Storage& clip, const Found& found, const RescueOptions& options) {
+    const std::uint64_t size = clip.size();
+    PlaceProgress bar(options.progress, "check", size);
+    return planMending(clip, found.scan, found.check,
+                       [&bar, size](std::uint64_t place) { bar.comeTo(std::min(place, size)); });
+}
+
 // What a run did beyond looking.
 struct Deed {
     std::string text;
@@ -182,7 +189,7 @@ int runInPlace(Disk& disk, const RescueOptions& options) {
         tell(options, found, {verdictText(found.check), {{"changed", false}}});
         return kSuccess;
     }
-    const Mending mending = planMending(*clip, found.scan, found.check);
+    const Mending mending = plan(*clip, found, options);
     throwIfInterrupted();
     const auto folder = pathFromUtf8(undo).parent_path();
     const TemporaryPath part(pathToUtf8(folder / temporaryName(".part")));

@@ -37,8 +37,8 @@ class ChildProcess {
     void kill();
 
  private:
-    std::intptr_t m_process = 0;  // handle or id; 0 once it has ended
-    std::intptr_t m_job = 0;      // Windows: what ends it together with this process
+    std::intptr_t m_process = 0;               // handle or id; 0 once it has ended
+    [[maybe_unused]] std::intptr_t m_job = 0;  // Windows: what ends it together with this process
     std::uint32_t m_exitCode = 0;
 };
 

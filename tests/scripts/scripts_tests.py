@@ -53,13 +53,14 @@ class Folder(unittest.TestCase):
         self.program("cmake", CMAKE)
         self.program("ffmpeg", FFMPEG)
         self.program("dpkg-query", RECORD + 'echo "install ok installed"\n')
-        for name in ("apt-get", "ctest", "clang-format", "run-clang-tidy", "cppcheck", "git", "sudo"):
+        for name in ("apt-get", "ctest", "clang-format-16", "run-clang-tidy", "cppcheck", "git", "sudo"):
             self.program(name, RECORD)
         (self.root / "build/windows-clang").mkdir(parents=True)
         self.program("wine-run", HOST, self.root / "build/windows-clang")
 
     def program(self, name, text, folder=None):
         path = (folder or self.bin) / name
+        path.parent.mkdir(parents=True, exist_ok=True)
         path.write_text(text)
         path.chmod(path.stat().st_mode | stat.S_IXUSR)
 
@@ -103,6 +104,7 @@ class Nightly(Folder):
         for name in ("test.sh", "mutate.sh", "coverage.sh", "schedules.sh", "prove.sh"):
             self.program(name, RECORD, self.root)
         self.program("run.sh", RECORD, self.root / "tests/fuzz")
+        self.program("check.sh", RECORD, self.root / "tests/fuzz/service")
         self.program("seeds.sh", RECORD, self.root / "tests/museum")
         for name in ("install-packages.sh", "check-reproducible.sh"):
             self.program(name, RECORD, self.root / "scripts")
@@ -119,8 +121,8 @@ class Nightly(Folder):
         self.assertEqual(run.returncode, 0, run.stderr)
         self.assertEqual(self.results(run), {step: "passed" for step in self.STEPS})
         self.assertEqual([call for call in self.called().splitlines() if not call.startswith(("cmake", "install"))], [
-            "test.sh everything", "test.sh gcc", "mutate.sh --sample 200 --seed 7", "coverage.sh ", "schedules.sh ", "schedules.sh --planted",
-            "prove.sh ", "run.sh 30",
+            "test.sh everything", "test.sh gcc", "mutate.sh --sample 200 --seed 7", "coverage.sh ", "schedules.sh ",
+            "schedules.sh --planted", "prove.sh ", "check.sh ", "run.sh 30",
             "importer_host soak --sessions 200000 --seed 7",
             "wine-run build/windows-clang/bin/importer_host.exe soak --sessions 2000 --seed 7", "seeds.sh 100 7",
             "check-reproducible.sh "])

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <stdexcept>
+#include <string>
 
 #include "diag/text.h"
 #include "tests/support/child_process.h"
@@ -48,7 +49,8 @@ ChildProcess::ChildProcess(const std::filesystem::path& program, const std::vect
     PROCESS_INFORMATION process{};
     if (CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
                        &process) == FALSE) {
-        throw std::runtime_error("cannot start " + program.string());
+        throw std::runtime_error("cannot start " + program.string() + " (error " +
+                                 std::to_string(GetLastError()) + ")");
     }
     (void)CloseHandle(process.hThread);
     m_process = reinterpret_cast<std::intptr_t>(process.hProcess);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 #include <stdexcept>
+#include <thread>
 #include <utility>
 
 #include "diag/log.h"
@@ -133,6 +134,9 @@ AsyncFrameRequest* OrvantisAsyncImporter::finish(AsyncFrameRequest& request, hos
     } else {
         promise.set_value(code);
     }
+    // Whoever waited is ready now, perhaps on this processor, which the next step keeps busy for as long as
+    // it takes: a system that does not interrupt it would show the frame a step late.
+    std::this_thread::yield();
     return decoder != nullptr ? decoder : reader;
 }
 

@@ -79,7 +79,7 @@ void addQuantiles(benchmark::State& state, const std::string& name, const std::v
 // All figures are quotients by one read and one decode, measured by synchronous frames in between.
 void latency(benchmark::State& state, double decodesARead) {
     constexpr double kRead = 2e-3;
-    constexpr std::uint32_t kJumps = 300;
+    constexpr std::uint32_t kJumps = 600;
     Device device(kRead, 0);
     const DecodeTime decode(kRead * decodesARead);
     const simhost::Plugin plugin(modulePath("ImporterOrvantis.prm"));
@@ -89,12 +89,10 @@ void latency(benchmark::State& state, double decodesARead) {
     for ([[maybe_unused]] auto round : state) {
         const double begin = benchClock();
         for (std::uint32_t jump = 0; jump < kJumps; ++jump) {
-            if (jump % 4 == 0) {
-                const double start = benchClock();
-                playing.synchronousFrame(jump);
-                single.push_back(benchClock() - start);
-            }
-            const std::uint32_t at = jump * 37;
+            const double start = benchClock();
+            playing.synchronousFrame(jump);
+            single.push_back(benchClock() - start);
+            const std::uint32_t at = jump * 17;
             for (std::uint32_t i = 0; i < kInFlight; ++i) {
                 playing.initiate(at + i);
             }
@@ -117,6 +115,7 @@ void latency(benchmark::State& state, double decodesARead) {
     }
     const double one = quantile(single, 0.5);
     state.counters["one_ms"] = one * 1e3;
+    addQuantiles(state, "one", single, one);
     addQuantiles(state, "first", firsts, one);
     addQuantiles(state, "flush", flushes, one);
     addQuantiles(state, "steady_ms", steady, 1e-3);

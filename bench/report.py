@@ -189,7 +189,8 @@ def async_rows(native):
         one = f"one read and one decode, {figures['one_ms']:.2f} ms"
         rows.append(Row(f"first frame after a flush, 7 in flight, {what}", one,
                         f"{figures['first_p99']:.3f} times (99 of 100)",
-                        f"half {figures['first_p50']:.3f}, largest {figures['first_max']:.3f}", "at most 1.2",
+                        f"half {figures['first_p50']:.3f}, largest {figures['first_max']:.3f}; "
+                        f"synchronous ones {figures['one_p99']:.3f}", "at most 1.2",
                         figures["first_p99"] <= 1.2, "latency", 1.2 / figures["first_p99"]))
         rows.append(Row(f"aiFlush with 7 pending, {what}", one, f"{figures['flush_p99']:.3f} times (99 of 100)",
                         f"half {figures['flush_p50']:.3f}, largest {figures['flush_max']:.3f}", "at most 1",

@@ -99,7 +99,7 @@ class WorkflowTest(unittest.TestCase):
             (WINDOWS, "ctest --preset windows-msys2", "ctest --preset msys2", "there is no `msys2` among the testPresets"),
             (WINDOWS, "-Dorvantis_cli11_include", "-Dorvantis_cli12_include", "the project knows no variable orvantis_cli12_include_dir"),
             (".github/workflows/nightly.yml", "run: .ci/nightly", "run: .ci/weekly", "there is no .ci/weekly"),
-            (".github/workflows/nightly.yml", "[gcc, ", "[", "nightly.yml: has the steps mutation coverage"),
+            (".github/workflows/nightly.yml", "[everything, ", "[", "nightly.yml: has the steps gcc mutation"),
             (".github/dependabot.yml", "interval: monthly", "interval: yearly", "dependabot.yml: updates/0/schedule/interval: 'yearly' is not"),
             (".github/ISSUE_TEMPLATE/bug.yml", "type: textarea", "type: text", "ISSUE_TEMPLATE/bug.yml: body/1/type: 'text' is not"),
             (LINKS, "blank_issues_enabled: true", "blank_issues_enabled: maybe", "ISSUE_TEMPLATE/config.yml: blank_issues_enabled: "),

@@ -30,8 +30,10 @@ case "$what" in plugin) folders="plugin" ;; *) folders="plugin|testbed|tool|test
 
 # The clang build for Windows: its commands are clang's own, and it has the files that talk to Windows.
 echo "== clang-tidy"
-# clang-tidy is of another version than that compiler, and does not know how it is told to write symbols.
-cmake --preset windows-clang -B build/windows-clang-lint -DORVANTIS_UNITY=OFF -DORVANTIS_PDB=OFF >/dev/null
+# clang-tidy is of another version than that compiler: it reads none of its precompiled headers, and does not know how it is
+# told to write symbols.
+cmake --preset windows-clang -B build/windows-clang-lint -DORVANTIS_UNITY=OFF -DORVANTIS_PDB=OFF \
+    -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON >/dev/null
 run-clang-tidy -quiet -j "$(nproc)" -p build/windows-clang-lint "^$PWD/($folders)/" >build/clang-tidy.log 2>/dev/null || {
     grep -E 'error:|warning:' build/clang-tidy.log | sort -u
     exit 1

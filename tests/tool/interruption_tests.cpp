@@ -30,6 +30,36 @@ class ToolInterruption : public ToolTest {
         return write("endless.avi", bytes);
     }
 
+    static std::string plugin() {
+        return (std::filesystem::path(ORVANTIS_BUILT_TOOL).parent_path() / "ImporterOrvantis.prm").string();
+    }
+
+    /// Ends the command while the codec decodes its first frame: it stops by itself at its next step, the
+    /// file of yesterday stays, and nothing else is left.
+    /// `arguments` name in("result") as the output.
+    void expectCleanEnd(const std::string& name, const std::vector<std::string>& arguments,
+                        const std::string& yesterday = "of yesterday") {
+        const std::string gateName = "end-" + name + "-" + std::to_string(orvantis::test::thisProcessId());
+        Gate::remove(gateName);
+        Gate gate(gateName);
+        {
+            const ScopedEnvironment gated("ORVANTIS_STANDIN_GATE", gateName);
+            write("result", yesterday);
+            const std::vector<std::string> before = namesIn(folder.path());
+            RunningTool tool(arguments);
+            ASSERT_TRUE(gate.waitForArrival());
+            tool.interrupt();
+            ASSERT_TRUE(tool.waitFor("ending; once more ends at once"));
+            gate.release(100'000);
+            EXPECT_TRUE(tool.waitFor("interrupted; what was unfinished is removed"));
+            EXPECT_EQ(tool.wait(), kInterrupted);
+            EXPECT_THAT(namesIn(folder.path()), testing::ElementsAreArray(before));
+        }
+        Gate::remove(gateName);
+        EXPECT_EQ(read("result"), yesterday);
+        EXPECT_THAT(namesIn(folder / "temporary"), IsEmpty());
+    }
+
 #if defined(_WIN32)
     const ScopedEnvironment temporary{"TMP", in("temporary")};
 #else
@@ -85,6 +115,29 @@ TEST_F(ToolInterruption, WorkThatComesToItsNextStepCleansUp) {
     }
     Gate::remove(name);
     EXPECT_FALSE(std::filesystem::exists(folder / "sheet.png"));
+}
+
+TEST_F(ToolInterruption, BenchmarksEndAtTheirNextRound) {
+    expectCleanEnd("bench", {"bench", soundClip(), "--what", "frames", "--out", in("result")});
+}
+
+TEST_F(ToolInterruption, ASoakEndsLongBeforeItsNextSample) {
+    expectCleanEnd("soak",
+                   {"soak", soundClip(), "--minutes", "1000", "--interval", "3600", "--out", in("result")});
+}
+
+TEST_F(ToolInterruption, SessionsEndWithTheirProcesses) {
+    expectCleanEnd("sessions", {"soak", "--sessions", "100000", "--out", in("result")});
+}
+
+TEST_F(ToolInterruption, CollectingLeavesNoZip) {
+    expectCleanEnd("collect", {"collect", soundClip(), "--frames", "1", "--out", in("result")});
+}
+
+TEST_F(ToolInterruption, ChecksOfAnImporterEndWithTheirProcesses) {
+    expectCleanEnd("validate",
+                   {"validate", plugin(), soundClip(), "--only", "frames", "--json", in("result")},
+                   "{ \"of\": \"yesterday\" }");
 }
 
 TEST_F(ToolInterruption, VerifyGoesOnWhereItWas) {

@@ -24,6 +24,6 @@ class RunningTool {
 
  private:
     std::intptr_t m_process = 0;  // handle or id
-    std::uint32_t m_number = 0;
+    [[maybe_unused]] std::uint32_t m_number = 0;  // of the process, on Windows
     std::intptr_t m_errors = -1;
 };

@@ -1,6 +1,7 @@
 #include "tool/soak/soak_run.h"
 
 #include <algorithm>
+#include <chrono>
 #include <exception>
 #include <optional>
 #include <random>
@@ -12,6 +13,7 @@
 #include "simhost/async_clip.h"
 #include "simhost/clip.h"
 #include "simhost/session.h"
+#include "tool/shared/base/interruption.h"
 #include "tool/shared/media/media_facts.h"
 #include "tool/shared/run/hosted_run.h"
 #include "tool/shared/run/result_names.h"
@@ -60,7 +62,7 @@ class Deck {
     }
 
  private:
-    bool isOver() const { return Clock::now() >= m_until; }
+    bool isOver() const { return Clock::now() >= m_until || interrupted(); }
     std::uint64_t draw(std::uint64_t below) { return m_random() % std::max<std::uint64_t>(below, 1); }
 
     void wrong(const SoakFile& file, const std::string& what, std::int32_t result) {
@@ -297,7 +299,11 @@ void soakRound(const Importer& importer, std::vector<SoakFile>& files, const Soa
         threads.emplace_back(
             [&, seed = work.seed + i] { Deck(importer, files, work, seed, until, tally).run(); });
     }
-    std::this_thread::sleep_until(start + (until - start) / 2);
+    // In pieces, because an interval may be an hour long and Ctrl-C is not to wait for half of it.
+    constexpr std::chrono::milliseconds kPiece{50};
+    for (const auto half = start + (until - start) / 2; Clock::now() < half && !interrupted();) {
+        std::this_thread::sleep_until(std::min(half, Clock::now() + kPiece));
+    }
     atWork();
     for (std::thread& thread : threads) {
         thread.join();

@@ -105,6 +105,15 @@ TEST_F(ToolOutputNative, ASymbolicLinkLeadsToTheClip) {
     EXPECT_EQ(read("clip.avi"), before);
 }
 
+TEST_F(ToolOutputNative, ASymbolicLinkLeadsToAClipThatTheRunDoesNotRead) {
+    write("other.avi", "precious");
+    std::filesystem::create_symlink(folder / "other.avi", folder / "info.txt");
+    const ToolRun result = runTool({"info", soundClip(), "--out", in("info.txt")});
+    EXPECT_EQ(result.code, kNoOutput);
+    EXPECT_THAT(result.err, HasSubstr("it has the name of a clip"));
+    EXPECT_EQ(read("other.avi"), "precious");
+}
+
 TEST_F(ToolOutputNative, ALinkToAnOrdinaryFileStaysALink) {
     write("real.txt", "of yesterday");
     std::filesystem::create_symlink(folder / "real.txt", folder / "link.txt");

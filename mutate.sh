@@ -12,7 +12,8 @@
 #
 #   --kind KIND   only relation, arithmetic, constant, condition, statement, lock, arguments or text
 #   --jobs N      as many at a time (1)
-#   --fresh       also those that earlier runs decided on the same code
+#   --fresh       also those that earlier runs decided on the same code, and all tests; else survivors see only new tests
+#   --known       tries nothing, adds up what earlier runs decided
 #   --docs        writes the table into docs/mutation.md
 #
 # Outcomes are kept in build/mutation/, so that a run that was ended goes on where it was.
@@ -27,7 +28,7 @@ for argument in "$@"; do
         --sample | --seed | --jobs | --kind) ;;
         *)
             case "$argument" in
-                --sample | --seed | --jobs | --kind | --explained | --fresh | --list | --docs) ;;
+                --sample | --seed | --jobs | --kind | --explained | --fresh | --known | --list | --docs) ;;
                 -*) wrong_usage "mutate.sh: unknown argument: $argument" ;;
                 *) [ -e "plugin/${argument#plugin/}" ] || wrong_usage "mutate.sh: there is no plugin/${argument#plugin/}" ;;
             esac

@@ -1,7 +1,9 @@
 // Part of test programs that have all mutants: writes for each test which functions with mutants it reached,
 // in how many microseconds of the processor. What is reached between two tests, as by a fixture of a whole
-// suite, stands behind "-".
+// suite, stands behind "-". And ends the program when one test takes more of the processor than it is
+// granted.
 #include <gtest/gtest.h>
+#include <sys/time.h>
 
 #include <ctime>
 
@@ -47,9 +49,24 @@ class Listener : public testing::EmptyTestEventListener {
     std::clock_t m_begin = 0;
 };
 
+// SIGPROF ends the program: a mutant that never ends costs what one test may take, not what all may.
+class Limit : public testing::EmptyTestEventListener {
+ public:
+    explicit Limit(int seconds) : m_limit{{0, 0}, {seconds, 0}} {}
+
+    void OnTestStart(const testing::TestInfo&) override { setitimer(ITIMER_PROF, &m_limit, nullptr); }
+
+ private:
+    itimerval m_limit;
+};
+
 const bool listens = [] {
+    testing::TestEventListeners& listeners = testing::UnitTest::GetInstance()->listeners();
     if (const char* const path = std::getenv("MUTANT_TESTS_REACH")) {
-        testing::UnitTest::GetInstance()->listeners().Append(new Listener(path));
+        listeners.Append(new Listener(path));
+    }
+    if (const char* const seconds = std::getenv("MUTANT_TEST_SECONDS")) {
+        listeners.Append(new Limit(std::atoi(seconds)));
     }
     return true;
 }();

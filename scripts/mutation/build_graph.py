@@ -6,6 +6,7 @@ need to have built: build_graph.py BUILD-FOLDER.
 """
 import collections
 import dataclasses
+import hashlib
 import os
 import pathlib
 import re
@@ -13,6 +14,8 @@ import shlex
 import subprocess
 import sys
 
+# Begins the only test of a program that names none.
+WHOLE = "whole program "
 # The rings that test the plug-in: those of the tool and of the test bed see it only in passing.
 RINGS = ("unit", "integration", "faults", "fuzz")
 
@@ -36,6 +39,7 @@ class BuildGraph:
     def __init__(self, build, root):
         self.build, self.root = pathlib.Path(build), pathlib.Path(root)
         self.compile, self.links, self.programs, self.archives = {}, {}, {}, {}
+        self.listed, self.listed_tests = {}, {}
         for line in self.ninja("-t", "commands", "quick_all").splitlines():
             self.read_command(line)
         for program in self.programs.values():
@@ -118,11 +122,12 @@ class BuildGraph:
         """The plug-in's files that the native build has, headers of theirs included."""
         return sorted(set(self.compile) | set(self.dependencies))
 
-    def objects_of(self, source):
-        """The objects that change with a file: its own, or, of a header, those of its folder's files that include it (of all
-        that do, when none of its folder does)."""
+    def objects_of(self, source, everywhere=True):
+        """The objects that change with a file: its own, or, of a header, those of the files that include it, or, unless
+        `everywhere`, those of its own folder (of all that do, when none of its folder does)."""
         users = [source] if source in self.compile else sorted(self.dependencies.get(source, ()))
-        users = [user for user in users if pathlib.Path(user).parent == pathlib.Path(source).parent] or users
+        if not everywhere:
+            users = [user for user in users if pathlib.Path(user).parent == pathlib.Path(source).parent] or users
         return {name: words for user in users for name, words in self.compile[user].items()}
 
     def link_with(self, link, objects, output, inline=False):
@@ -160,8 +165,20 @@ class BuildGraph:
         fixtures = {match[1] for line in made.splitlines() if (match := re.fullmatch(r" +\|? ?(quick/\S+\.made)", line))}
         return sorted({f"bin/{name}" for program in programs for name in [program.name, *program.children]} | fixtures)
 
+    def tests(self):
+        """{program: the names of its tests}. A program that does not tell has one, called by what it holds."""
+        found = self.listed_tests
+        for program in self.tested_programs() if not found else ():
+            takes_filters = any("gtest" in argument for _, arguments in program.runs for argument in arguments)
+            content = (self.build / "bin" / program.name).read_bytes()
+            found[program.name] = takes_filters and set(self.tests_of(program, "*")) \
+                or {WHOLE + hashlib.sha1(content).hexdigest()}
+        return found
+
     def tests_of(self, program, pattern):
-        """The tests of a program that the GoogleTest filter names."""
+        """The tests of a program that the GoogleTest filter names, as it lies there when it is first asked."""
+        if (program.name, pattern) in self.listed:
+            return self.listed[program.name, pattern]
         # A program that counts what it runs would leave its counts in the folder it is started in.
         listing = subprocess.run([self.build / "bin" / program.name, "--gtest_list_tests", f"--gtest_filter={pattern}"],
                                  check=True, capture_output=True, text=True,
@@ -173,6 +190,7 @@ class BuildGraph:
                 suite = name
             elif name.startswith("  "):
                 tests.append(suite + name.strip())
+        self.listed[program.name, pattern] = tests
         return tests
 
 

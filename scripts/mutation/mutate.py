@@ -5,13 +5,13 @@ import collections
 import copy
 import concurrent.futures
 import dataclasses
+import functools
 import hashlib
 import json
 import os
 import pathlib
 import queue
 import random
-import re
 import subprocess
 import sys
 import threading
@@ -46,6 +46,7 @@ def arguments_of(arguments=None):
     parser.add_argument("--explained", action="store_true")
     parser.add_argument("--fresh", action="store_true")
     parser.add_argument("--list", action="store_true")
+    parser.add_argument("--known", action="store_true")
     parser.add_argument("--docs", action="store_true")
     parser.add_argument("--build", type=pathlib.Path, default=BUILD)
     parser.add_argument("--jobs", type=int, default=1)
@@ -101,6 +102,7 @@ def all_mutants(graph, sources):
         return {source: future.result() for source, future in waiting}
 
 
+@functools.cache
 def content(source):
     """The same for the same code, whatever its comments."""
     return hashlib.sha1(joined((ROOT / source).read_bytes()).encode()).hexdigest()
@@ -125,31 +127,23 @@ def build_at_once(graph, mutants, history, jobs):
     at_once = AtOnce(graph, STATE / "at-once", history, trials, texts)
     try:
         at_once.build(mutants, jobs)
-        for program in graph.tested_programs():
-            trials.seconds = 0.0
-            at_once.record(program)
-            if program.name not in history.seconds:
-                history.note_time(program.name, trials.seconds)
+        with concurrent.futures.ThreadPoolExecutor(max_workers=jobs) as pool:
+            for waiting in [pool.submit(at_once.record, program) for program in graph.tested_programs()]:
+                waiting.result()
     except RuntimeError as problem:
         raise SystemExit(f"mutate.sh: {problem}") from problem
     print(f"{len(at_once.numbers)} of {len(mutants)} mutants in one build", flush=True)
     return at_once
 
 
-def runs_when_compiled(mutant, text):
-    """Whether the compiler may have the function's results already."""
-    head = text[:mutant.body[0]]
-    return re.search(rb"\bconst(expr|eval)\b", head[max(head.rfind(b";"), head.rfind(b"}")) + 1:]) is not None
-
-
-def try_one(trials, at_once, mutant, text):
-    outcome = at_once.try_mutant(mutant) if at_once else None
+def try_thoroughly(trials, at_once, mutant, text, shown):
+    """Of a mutant that the quick tests did not kill."""
+    outcome = at_once.try_mutant(mutant, quick=False, shown=shown) if at_once else None
     if outcome is None:
-        return trials.try_mutant(mutant, text)
+        return trials.try_mutant(mutant, text, shown)
     if outcome.verdict == "survived":
-        # Tests have the inline functions of headers from their own objects.
-        if mutant.file.endswith(".h") or runs_when_compiled(mutant, text):
-            outcome = trials.try_mutant(mutant, text)
+        if at_once.is_worked_out(mutant):
+            outcome = trials.try_mutant(mutant, text, shown)
         elif trials.is_same_code(mutant, text):
             outcome.verdict = "equal"
     return outcome
@@ -158,6 +152,11 @@ def try_one(trials, at_once, mutant, text):
 class Progress:
     def __init__(self, count):
         self.count, self.done, self.lock, self.verdicts = count, 0, threading.Lock(), collections.Counter()
+
+    def put_off(self, mutant):
+        with self.lock:
+            print(f"no quick test sees {mutant.file}:{mutant.line} {mutant.kind}: {mutant.before}  ->  {mutant.after}",
+                  flush=True)
 
     def tell(self, mutant, outcome):
         with self.lock:
@@ -176,39 +175,65 @@ def result_of(mutant, outcome):
             "program": outcome.program, "test": outcome.test, "seconds": round(outcome.seconds, 2)}
 
 
-def try_all(graph, mutants, history, jobs, listed, keep, at_once=None):
-    progress, waiting, originals = Progress(len(mutants)), queue.Queue(), Originals()
-    for mutant in mutants:
-        waiting.put(mutant)
+def try_all(graph, mutants, history, jobs, listed, keep, shown_to, at_once=None):
+    """First all with the quick tests, which kill nearly all of them, then the others with what takes long."""
+    progress, originals, spent = Progress(len(mutants)), Originals(), collections.Counter()
     texts = {source: (ROOT / source).read_bytes() for source in {mutant.file for mutant in mutants}}
-
-    def work(number):
+    together = [mutant for mutant in mutants if at_once and mutant in at_once.numbers]
+    workers = []
+    for number in range(jobs):
         trials = Trials(graph, STATE / f"worker-{number}", history, originals)
         mine = copy.copy(at_once)
         if mine:
             mine.trials = trials
+        workers.append((trials, mine))
+
+    def work(worker, waiting, attempt):
         while True:
             try:
                 mutant = waiting.get_nowait()
             except queue.Empty:
                 return
-            outcome = try_one(trials, mine, mutant, texts[mutant.file])
-            if outcome.verdict == "survived" and mutant.key() in listed:
-                outcome.verdict = "explained"
+            outcome = attempt(*worker, mutant)
+            spent[mutant] += outcome.seconds
+            outcome.seconds = spent[mutant]
+            if outcome.verdict == "survived":
+                if attempt is quickly:
+                    progress.put_off(mutant)
+                    continue
+                if mutant.key() in listed:
+                    outcome.verdict = "explained"
+            decided.add(mutant)
             progress.tell(mutant, outcome)
             keep(mutant, outcome)
-            history.save()
+            if progress.done % 20 == 0:
+                history.save()
 
-    with concurrent.futures.ThreadPoolExecutor(max_workers=jobs) as pool:
-        for future in [pool.submit(work, number) for number in range(jobs)]:
-            future.result()
+    def quickly(_, together, mutant):
+        return together.try_mutant(mutant, quick=True, shown=shown_to(mutant))
+
+    def thoroughly(trials, together, mutant):
+        return try_thoroughly(trials, together, mutant, texts[mutant.file], shown_to(mutant))
+
+    decided = set()
+    for some, attempt in ((together, quickly), (mutants, thoroughly)):
+        waiting = queue.Queue()
+        for mutant in some:
+            if mutant not in decided:
+                waiting.put(mutant)
+        print(f"{waiting.qsize()} mutants {attempt.__name__}", flush=True)
+        with concurrent.futures.ThreadPoolExecutor(max_workers=jobs) as pool:
+            for future in [pool.submit(work, worker, waiting, attempt) for worker in workers]:
+                future.result()
+        history.save()
 
 
 class Kept:
-    """Outcomes of earlier runs, one line of JSON each, with what the file held then."""
+    """Outcomes of earlier runs, one line of JSON each, with what the file held then and, of those that no test killed, the
+    name of a file that has the tests."""
 
     def __init__(self, path):
-        self.path, self.lock, self.results = path, threading.Lock(), {}
+        self.path, self.lock, self.results, self.shown = path, threading.Lock(), {}, {}
         for line in path.read_text().splitlines() if path.exists() else []:
             result = json.loads(line)
             self.results[result["id"]] = result
@@ -217,8 +242,27 @@ class Kept:
         result = self.results.get(mutant.id())
         return result if result and result["content"] == content(mutant.file) else None
 
+    def note_tests(self, tests):
+        """{program: the names of its tests}, as they are in this run."""
+        words = json.dumps({program: sorted(names) for program, names in sorted(tests.items())})
+        self.now = hashlib.sha1(words.encode()).hexdigest()
+        (self.path.parent / "shown").mkdir(exist_ok=True)
+        (self.path.parent / "shown" / self.now).write_text(words)
+
+    def shown_to(self, mutant):
+        """The tests, {program: names}, that did not kill it in earlier runs."""
+        name = (self.of(mutant) or {}).get("shown")
+        with self.lock:
+            path = self.path.parent / "shown" / (name or "none")
+            if name not in self.shown:
+                read = json.loads(path.read_text()) if path.exists() else {}
+                self.shown[name] = {program: set(names) for program, names in read.items()}
+            return self.shown[name]
+
     def add(self, mutant, outcome):
         result = {**result_of(mutant, outcome), "content": content(mutant.file)}
+        if outcome.verdict in ("survived", "explained"):
+            result["shown"] = self.now
         with self.lock, self.path.open("a") as out:
             self.results[result["id"]] = result
             out.write(json.dumps(result) + "\n")
@@ -264,8 +308,12 @@ def main():
     results, to_try = [], []
     for mutant in mutants:
         old = None if options.fresh else kept.of(mutant)
-        if old and old["verdict"] in LASTING:
+        if old and (old["verdict"] in LASTING or options.known):
+            if old["verdict"] in ("survived", "explained"):
+                old = {**old, "verdict": "explained" if mutant.key() in listed else "survived"}
             results.append(old)
+        elif options.known:
+            continue
         else:
             to_try.append(mutant)
     if results:
@@ -275,14 +323,18 @@ def main():
     if len(to_try) >= AT_ONCE_FROM:
         at_once = build_at_once(graph, [mutant for source in sources for mutant in found[source]], history,
                                 options.jobs)
+        kept.note_tests(graph.tests())
     elif to_try:
+        kept.note_tests(graph.tests())
         measure_programs(graph, Trials(graph, STATE / "worker-0", history, Originals()), history)
 
     def keep(mutant, outcome):
         kept.add(mutant, outcome)
         results.append(result_of(mutant, outcome))
 
-    try_all(graph, to_try, history, options.jobs, listed, keep, at_once)
+    nothing = {}
+    try_all(graph, to_try, history, options.jobs, listed, keep,
+            (lambda mutant: nothing) if options.fresh else kept.shown_to, at_once)
 
     for result in results:
         key = (result["file"], result["function"], result["before"], result["after"], result["number"])

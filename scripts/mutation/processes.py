@@ -1,13 +1,18 @@
-"""Programs of a mutant, which may loop, hang or eat memory: held to a time on the processor, a time by the clock and a size."""
+"""Programs of a mutant, which may loop, hang or eat memory: held to a time on the processor, a time by the clock, a time
+without any work and a size."""
 import os
+import pathlib
 import resource
 import signal
 import subprocess
 import tempfile
 import threading
+import time
 
 MEMORY = 6 << 30
-OUTPUT_KEPT = 20_000
+OUTPUT_KEPT = 200_000
+# Threads that all sleep for so long, in seconds, wait for one another.
+IDLE = 5
 LIVE = set()  # groups of processes that are running
 
 
@@ -16,7 +21,35 @@ class Ended:
         self.code, self.output, self.seconds, self.timed_out = code, output, seconds, timed_out
 
 
-def run(words, folder, environment=None, processor_seconds=600, clock_seconds=1200):
+def work_of(session):
+    """What the processes of a session have used of the processor so far, and whether any of their threads would like to."""
+    ticks, runs = 0, False
+    for process in pathlib.Path("/proc").glob("[0-9]*"):
+        try:
+            fields = (process / "stat").read_text().rpartition(")")[2].split()
+            if int(fields[3]) == session:
+                ticks += int(fields[11]) + int(fields[12])
+                runs = runs or any((task / "stat").read_text().rpartition(")")[2].split()[0] in "RD"
+                                   for task in (process / "task").iterdir())
+        except (OSError, IndexError):
+            continue  # has ended
+    return ticks, runs
+
+
+def watch(session, ended, end, clock_seconds, idle_seconds):
+    begin = worked = time.monotonic()
+    before = None
+    while not ended.wait(1):
+        now = time.monotonic()
+        ticks, runs = work_of(session)
+        if runs or ticks != before:
+            worked, before = now, ticks
+        if now - begin >= clock_seconds or now - worked >= idle_seconds:
+            end()
+            return
+
+
+def run(words, folder, environment=None, processor_seconds=600, clock_seconds=1200, idle_seconds=IDLE):
     """Runs a program and all that it starts; `seconds` of what it gives back are of the processor."""
     def limits():
         resource.setrlimit(resource.RLIMIT_CPU, (processor_seconds, processor_seconds + 5))
@@ -33,12 +66,14 @@ def run(words, folder, environment=None, processor_seconds=600, clock_seconds=12
             late.set()
             end_group(process.pid)
 
-        clock = threading.Timer(clock_seconds, end)
-        clock.start()
+        ended = threading.Event()
+        watcher = threading.Thread(target=watch, args=(process.pid, ended, end, clock_seconds, idle_seconds))
+        watcher.start()
         try:
             _, status, usage = os.wait4(process.pid, 0)
         finally:
-            clock.cancel()
+            ended.set()
+            watcher.join()
             end_group(process.pid)
             LIVE.discard(process.pid)
         process.returncode = os.waitstatus_to_exitcode(status)
@@ -46,7 +81,7 @@ def run(words, folder, environment=None, processor_seconds=600, clock_seconds=12
         output.seek(max(0, size - OUTPUT_KEPT))
         text = output.read().decode(errors="replace")
     seconds = usage.ru_utime + usage.ru_stime
-    timed_out = late.is_set() or process.returncode == -signal.SIGXCPU or seconds >= processor_seconds
+    timed_out = late.is_set() or process.returncode in (-signal.SIGXCPU, -signal.SIGPROF) or seconds >= processor_seconds
     return Ended(process.returncode, text, seconds, timed_out)
 
 

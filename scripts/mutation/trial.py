@@ -8,6 +8,7 @@ import shutil
 import threading
 
 import processes
+from build_graph import WHOLE
 
 # A mutant's programs get this many times what the unchanged ones took, and some seconds.
 PATIENCE = 8
@@ -39,7 +40,7 @@ class Trials:
         # Programs look for others beside themselves.
         for program in sorted((graph.build / "bin").iterdir()):
             (self.bin / program.name).symlink_to(program)
-        self.sees = {}          # (source, link) -> whether the program takes anything from the source
+        self.sees = {}          # (source, link, objects) -> whether the program takes anything from the source
         self.seconds = 0.0
 
     def run(self, words, folder, **limits):
@@ -49,16 +50,16 @@ class Trials:
 
     # Compiling.
 
-    def compile(self, source, text, place, with_tests=True):
+    def compile(self, source, text, place, with_tests=True, everywhere=True):
         """Compiles the file with `text` in its place; {object in the build: path}, or None if that fails. Of a file that is
-        compiled beside tests, too, those objects only `with_tests`."""
+        compiled beside tests, too, those objects only `with_tests`; of a header `everywhere` or for its own folder."""
         folder = self.folder / place / source.replace("/", "-")
         shutil.rmtree(folder, ignore_errors=True)
         copy = folder / pathlib.Path(source).relative_to("plugin")
         copy.parent.mkdir(parents=True)
         copy.write_bytes(text)
         made = {}
-        for number, (name, words) in enumerate(sorted(self.graph.objects_of(source).items())):
+        for number, (name, words) in enumerate(sorted(self.graph.objects_of(source, everywhere).items())):
             if "/Unity/" in name and not with_tests:
                 continue
             output = folder / f"{number}.o"
@@ -66,20 +67,20 @@ class Trials:
             # Optimised, so that mutants which are the same program are the same code. What is compiled with tests has the
             # options of their precompiled header.
             words += ["-w"] if "/Unity/" in name else ["-w", "-O2", "-g0"]
-            if self.run(words, self.graph.build, environment=quiet_environment()).code != 0:
+            if self.run(words, self.graph.build, environment=without_cache()).code != 0:
                 return None
             made[name] = str(output)
         return made
 
     def is_equal(self, source, made):
         with self.originals.lock:
-            if source not in self.originals.made:
+            original = self.originals.made.get(source)
+            if original is None:
                 text = (self.graph.root / source).read_bytes()
                 original = self.compile(source, text, "original", with_tests=False)
                 if original is None:
                     raise RuntimeError(f"{source} does not compile")
                 self.originals.made[source] = original
-            original = self.originals.made[source]
             # What is compiled beside tests is the same file as another object has.
             alone = [name for name in made if "/Unity/" not in name]
             return bool(alone) and all(filecmp.cmp(original[name], made[name], shallow=False) for name in alone)
@@ -92,20 +93,20 @@ class Trials:
 
     def link(self, name, words, source, made):
         """Links a program of the mutant into the folder; whether it has any of it."""
-        if self.sees.get((source, name)) is False:
+        if self.sees.get((source, name, len(made))) is False:
             return False
         target = self.bin / name
         output = self.folder / f"{name}.linked"
         words = self.graph.link_with(words, made, str(output), inline=source.endswith(".h"))
         if words is None:
-            self.sees[source, name] = False
+            self.sees[source, name, len(made)] = False
             return False
         ended = self.run(words, self.graph.build)
         if ended.code != 0:
             output.unlink(missing_ok=True)
             raise LookupError(ended.output)
         seen = any(path in ended.output for path in made.values())
-        self.sees[source, name] = seen
+        self.sees[source, name, len(made)] = seen
         target.unlink(missing_ok=True)
         if seen:
             output.rename(target)
@@ -120,28 +121,43 @@ class Trials:
                 program.unlink()
                 program.symlink_to(self.graph.build / "bin" / program.name)
 
-    def try_mutant(self, mutant, text):
+    def try_mutant(self, mutant, text, shown=None):
+        """Tests that are `shown`, {program: names}, are left out."""
         self.seconds = 0.0
-        outcome = self.judge(mutant, text)
+        outcome = self.judge(mutant, text, shown or {})
         outcome.seconds = self.seconds
         return outcome
 
-    def judge(self, mutant, text):
-        if not self.graph.objects_of(mutant.file):
-            return Outcome("invalid")
-        made = self.compile(mutant.file, mutant.apply(text), "mutant")
+    def judge(self, mutant, text, shown):
+        """Nearly all of a header are killed in the files of its folder, which are fewer to compile than all that have it."""
+        few, all_of_them = (self.graph.objects_of(mutant.file, everywhere) for everywhere in (False, True))
+        outcome = self.judge_in(mutant, text, shown, everywhere=False) if few else Outcome("invalid")
+        if outcome.verdict in ("survived", "equal") and len(few) < len(all_of_them):
+            outcome = self.judge_in(mutant, text, shown, everywhere=True)
+        return outcome
+
+    def judge_in(self, mutant, text, shown, everywhere):
+        made = self.compile(mutant.file, mutant.apply(text), "mutant", everywhere=everywhere)
         if made is None:
             return Outcome("invalid")
         try:
-            return self.test(mutant.file, made)
+            return self.test(mutant.file, made, shown)
         except LookupError:
             return Outcome("invalid")  # does not link
         finally:
             self.restore()
 
-    def test(self, source, made):
+    def test(self, source, made, shown):
         plugin_linked = compared = False
+        tests = self.graph.tests() if shown else {}
         for program in self.history.in_order(source, self.graph.tested_programs()):
+            only = None
+            if program.name in shown:
+                only = tests[program.name] - shown[program.name]
+                if not only:
+                    continue
+                if any(name.startswith(WHOLE) for name in only):
+                    only = None
             if program.loads_plugin:
                 if not plugin_linked:
                     plugin_linked = True
@@ -154,7 +170,7 @@ class Trials:
             if not seen:
                 continue
             before = self.seconds
-            killed = self.run_program(program)
+            killed = self.run_program(program, only=only)
             self.history.note(source, program.name, killed is not None, self.seconds - before)
             if killed:
                 return killed
@@ -165,11 +181,11 @@ class Trials:
                     return Outcome("equal")
         return Outcome("survived" if compared or not self.is_equal(source, made) else "equal")
 
-    def run_program(self, program, clock=None):
-        """The outcome by which the program kills a mutant, or None."""
+    def run_program(self, program, clock=None, only=None):
+        """The outcome by which the program, or `only` those tests of it, kills a mutant, or None."""
         clock = clock or self.history.clock_seconds(program.name)
         processor = processor_limit(self.history.processor_seconds(program.name))
-        for arguments, environment in self.runs(program):
+        for arguments, environment in self.runs(program, only):
             scratch = self.folder / "scratch"
             shutil.rmtree(scratch, ignore_errors=True)
             scratch.mkdir()
@@ -182,13 +198,14 @@ class Trials:
                 return Outcome("killed", program.name, failed_test(ended) or f"exit code {ended.code}")
         return None
 
-    def runs(self, program):
+    def runs(self, program, only=None):
+        apart = set(self.graph.tests_of(program, program.apart)) if program.apart else set()
         for environment, arguments in program.runs:
+            if only and any("gtest" in argument for argument in arguments):
+                arguments = ["--gtest_fail_fast", f"--gtest_filter={':'.join(sorted(only - apart))}"]
             yield arguments, environment
-        if program.apart:
-            environment = program.runs[0][0]
-            for test in self.graph.tests_of(program, program.apart):
-                yield [f"--gtest_filter={test}"], environment
+        for test in sorted(apart if only is None else apart & only):
+            yield [f"--gtest_filter={test}"], program.runs[0][0]
 
     def environment(self, scratch, extra):
         return {"PATH": os.environ["PATH"], "HOME": str(scratch), "TMPDIR": str(scratch), **extra,
@@ -231,5 +248,6 @@ def failed_test(ended):
     return found[1].rstrip(",") if found else ""
 
 
-def quiet_environment():
-    return {**os.environ, "CCACHE_SLOPPINESS": "pch_defines,time_macros"}
+def without_cache():
+    # A mutant is compiled once.
+    return {**os.environ, "CCACHE_DISABLE": "1"}

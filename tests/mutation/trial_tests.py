@@ -7,6 +7,7 @@ import unittest
 
 import scripts_path  # noqa: F401
 import at_once
+import processes
 from build_graph import BuildGraph
 from history import History
 from source_mutants import find_mutants
@@ -24,12 +25,25 @@ int steps(int a) {
     return n;
 }
 """
-HEADER = "#pragma once\nint twice(int a);\nint steps(int a);\ninline int same(int a) { return a + 1 - 1; }\n"
-OTHER = '#include "x/a.h"\nint other(int a) { return same(a) * 3; }\n'
+HEADER = """#pragma once
+int twice(int a);
+int steps(int a);
+inline int same(int a) { return a + 1 - 1; }
+__attribute__((noinline)) inline int half(int a) { return a / 2; }
+constexpr int rest(int a) { return a % 3; }
+static_assert(rest(5) == 2, "");
+"""
+OTHER = """#include "x/a.h"
+int other(int a) { return same(a) * 3; }
+int halfOf(int a) { return half(a); }
+int restOf(int a) { return rest(a); }
+"""
 TEST = """#include "x/a.h"
 int other(int a);
+int restOf(int a);
 #include <cstdio>
 int main() {
+    if (half(8) != 4 || restOf(2) != 2) return 5;
     if (twice(3) != 6 || steps(4) != 2) { std::puts("[  FAILED  ] Twice.IsTwice"); return 1; }
     return other(5) == 15 ? 0 : 3;
 }
@@ -53,6 +67,24 @@ build bin/a_tests: link tests/unit/t.o | plugin/libx.a
 build quick/a_tests.passed: test bin/a_tests
 build quick_all: phony quick/a_tests.passed
 """
+
+
+class Programs(unittest.TestCase):
+    def run_shell(self, words, **limits):
+        return processes.run(["sh", "-c", words], "/", **limits)
+
+    def test_threads_that_all_wait_are_not_waited_for(self):
+        ended = self.run_shell("sleep 1000", idle_seconds=0.5)
+        self.assertTrue(ended.timed_out)
+
+    def test_who_works_now_and_then_is_not_idle(self):
+        ended = self.run_shell("for i in 1 2 3 4; do sleep 0.4; cat /proc/*/stat; cat /proc/*/stat; done >/dev/null 2>&1; exit 3",
+                               idle_seconds=1.5)
+        self.assertEqual((ended.timed_out, ended.code), (False, 3))
+
+    def test_a_signal_at_the_limit_of_one_test_is_a_limit(self):
+        self.assertTrue(self.run_shell("kill -PROF $$").timed_out)
+        self.assertFalse(self.run_shell("kill -SEGV $$").timed_out)
 
 
 class MutantsOfASmallProject(unittest.TestCase):
@@ -113,11 +145,11 @@ class MutantsOfASmallProject(unittest.TestCase):
         outcome = self.outcome("plugin/x/a.h", "inline int same(int a) { return a - 1 - 1; }")
         self.assertEqual((outcome.verdict, outcome.test), ("killed", "exit code 3"))
 
-    def all_at_once(self, changed=lambda mutants: mutants):
+    def all_at_once(self, changed=lambda mutants: mutants, folder="at-once"):
         found = {source: changed(find_mutants(source, self.root / source, ["-x", "c++", f"-I{self.root}/plugin"]))
                  for source in ("plugin/x/a.cpp", "plugin/x/a.h")}
         texts = {source: (self.root / source).read_bytes() for source in found}
-        built = at_once.AtOnce(self.graph, self.root / "at-once", self.trials.history, self.trials, texts)
+        built = at_once.AtOnce(self.graph, self.root / folder, self.trials.history, self.trials, texts)
         self.told = []
         built.build([mutant for mutants in found.values() for mutant in mutants], tell=self.told.append)
         for program in self.graph.tested_programs():
@@ -137,10 +169,48 @@ class MutantsOfASmallProject(unittest.TestCase):
     def test_what_does_not_compile_beside_the_others_is_left_out(self):
         def spoilt(mutants):
             return [mutants[0].__class__(**{**mutants[0].__dict__, "replacement": ") no C++ ("}), *mutants[1:]]
-        built, found = self.all_at_once(spoilt)
+        built, found = self.all_at_once(spoilt, "beside")
         self.assertEqual(self.told, ["plugin/a.o: 2 mutants do not compile beside the others"])  # one of the header
         self.assertIsNone(built.try_mutant(found["plugin/x/a.cpp"][0]))
         self.assertEqual([mutant.after for mutant in found["plugin/x/a.cpp"][1:] if mutant not in built.numbers], [])
+
+    def test_what_did_not_compile_beside_the_others_is_not_tried_so_again(self):
+        def spoilt(mutants):
+            return [mutants[0].__class__(**{**mutants[0].__dict__, "replacement": ") no C++ at all ("}), *mutants[1:]]
+        first, found = self.all_at_once(spoilt, "again")
+        again, _ = self.all_at_once(spoilt, "again")
+        self.assertEqual(self.told, [])
+        self.assertEqual({mutant.after: number for mutant, number in again.numbers.items()},
+                         {mutant.after: number for mutant, number in first.numbers.items()})
+        self.assertIsNone(again.try_mutant(found["plugin/x/a.cpp"][0]))
+
+    def test_a_survivor_is_shown_new_tests_only(self):
+        built, found = self.all_at_once()
+        mutant = next(one for one in found["plugin/x/a.cpp"] if one.after == "int b = a - a;")
+        text = (self.root / mutant.file).read_bytes()
+        for shown, verdict in ((self.graph.tests(), "survived"), ({"a_tests": {"whole program as it was before"}}, "killed")):
+            self.assertEqual(built.try_mutant(mutant, shown=shown).verdict, verdict)
+            self.assertEqual(self.trials.try_mutant(mutant, text, shown).verdict, verdict)
+
+    def test_inline_functions_of_headers_are_not_those_of_the_tests(self):
+        built, found = self.all_at_once()
+        mutant = next(one for one in found["plugin/x/a.h"] if "a * 2" in one.after)
+        self.assertEqual(built.try_mutant(mutant).verdict, "killed")
+
+    def test_what_the_compiler_works_out_is_known(self):
+        built, found = self.all_at_once(folder="worked-out")
+        for again in (False, True):
+            with self.subTest(again=again):
+                self.assertEqual({mutant.after for mutants in found.values() for mutant in mutants
+                                  if mutant in built.numbers and built.is_worked_out(mutant)},
+                                 {"constexpr int rest(int a) { return a * 3; }", "constexpr int rest(int a) { return a % 4; }",
+                                  "constexpr int rest(int a) { return a % 2; }"})
+                self.assertEqual(self.told, [])
+            built, found = self.all_at_once(folder="worked-out")
+        mutant = next(one for one in found["plugin/x/a.h"] if "a % 4" in one.after)
+        self.assertEqual(built.try_mutant(mutant).verdict, "survived")
+        mutant = next(one for one in found["plugin/x/a.h"] if "a * 3" in one.after)
+        self.assertEqual(built.try_mutant(mutant).verdict, "killed")
 
     def test_what_no_test_reaches_survives_without_a_run(self):
         built, found = self.all_at_once()

@@ -65,6 +65,16 @@ const std::vector<Undescribed>& undescribedCalls() {
     return calls;
 }
 
+// What an exception says may hold anything, also what printf would read arguments for.
+TEST_F(PluginExceptions, PercentSignsOfATextAreWrittenAsTheyAre) {
+    logOn();
+    startAndInit();
+    describeClip();
+    const host::imFrameFormat unknown[] = {{0, 0, 0x6E257325}};
+    EXPECT_EQ(clip().getSourceVideo(0, unknown).result, 99);
+    EXPECT_TRUE(log().news().ends_with(" [%s%n]\n")) << "the fatal line";
+}
+
 class UndescribedClip : public PluginExceptions, public testing::WithParamInterface<std::size_t> {};
 
 TEST_P(UndescribedClip, AnswersNinetyNineAndPostsOneEventWithTheFatalLine) {

@@ -46,6 +46,22 @@ TEST_F(NullPointers, RecordsThatAreMissingAre99) {
     EXPECT_EQ(other, 0U);
 }
 
+TEST_F(NullPointers, WithoutMemoryFunctionsThereAreNoSubTypes) {
+    startAndInit();
+    const host::imStdParms whole = host().stdParms();
+    host::piSuites noMemory = *whole.piSuites;
+    noMemory.memFuncs = nullptr;
+    const host::piSuites* const tables[] = {nullptr, &noMemory};
+    for (const host::piSuites* const suites : tables) {
+        host::imStdParms parms = whole;
+        parms.piSuites = const_cast<host::piSuites*>(suites);
+        host::imSubTypeDescriptionRec* descriptions = nullptr;
+        EXPECT_EQ(plugin().entry()(host::imGetSubTypeNames, &parms, nullptr, &descriptions), 99);
+        EXPECT_TRUE(lastEvent().ends_with("memory functions are NULL")) << lastEvent();
+        EXPECT_EQ(descriptions, nullptr);
+    }
+}
+
 TEST_F(NullPointers, PrivateDataThatIsMissingIs99) {
     startAndInit();
     const auto expectNoImporter = [this](std::int32_t result) {
@@ -191,7 +207,8 @@ TEST_F(NullPointersInAClip, NoPlaceForAnAsynchronousFrameIs99AndKeepsTheRequest)
     record.inFrameFormats = formats;
     record.inNumFrameFormats = 1;
     EXPECT_EQ(async.call(host::aiGetFrame, &record), 99);
-    static_cast<void>(log().news());
+    EXPECT_TRUE(log().news().ends_with(
+        "\nxAsyncImportEntry: FATAL: Unhandled exception during aiGetFrame (3): outFrame is NULL\n"));
     // The frame that was asked for is still there.
     EXPECT_TRUE(async.getFrame(0, formats).frame.has_value());
     EXPECT_EQ(log().news().find("Frame not found"), std::string::npos);

@@ -30,6 +30,15 @@ TEST(SpareChunks, ABufferComesBackWithoutBeingAllocatedAnew) {
     EXPECT_EQ(spares.bytes(), 0u);
 }
 
+TEST(SpareChunks, EachBufferComesBackOnceTheLastOneFirst) {
+    SpareChunks spares;
+    spares.put(chunkOf(1000));
+    spares.put(chunkOf(2000));
+    EXPECT_EQ(spares.take().buffer.capacity(), 2000u);
+    EXPECT_EQ(spares.take().buffer.capacity(), 1000u);
+    EXPECT_EQ(spares.take().buffer.capacity(), 0u);
+}
+
 TEST(SpareChunks, WithoutSparesTheBufferIsEmpty) {
     SpareChunks spares;
     EXPECT_EQ(spares.take().buffer.capacity(), 0u);

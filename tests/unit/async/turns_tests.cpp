@@ -89,6 +89,19 @@ TEST(Turns, LeavingTwiceOrUnbookedDoesNothing) {
     EXPECT_EQ(turns.leave(a.place), nullptr);
 }
 
+TEST(Turns, LeavingTwiceDoesNotBringBackWhoHasLeftMeanwhile) {
+    Turns turns;
+    Booked a, b, c;
+    turns.book(a.place);
+    turns.book(b.place);
+    EXPECT_EQ(turns.leave(b.place), nullptr);
+    EXPECT_EQ(turns.leave(a.place), nullptr);
+    EXPECT_EQ(turns.leave(b.place), nullptr);
+    turns.book(c.place);
+    EXPECT_TRUE(Turns::enterOrPark(c.place)) << "nobody is left in front";
+    EXPECT_EQ(turns.leave(c.place), nullptr);
+}
+
 TEST(Turns, AWithdrawnOneIsHandedOnByTheWithdrawerAlone) {
     Turns turns;
     Booked a, b, c;

@@ -139,6 +139,22 @@ TEST(BadSector, InTheLastPieceOfALargeIndexLeavesThatStreamWithoutAnIndex) {
     EXPECT_NE(parsed.reader.errorText().find("failed to read index data"), std::string::npos);
 }
 
+TEST(BadSector, InTheLastPieceOfALargeIdx1LeavesNoListFromIt) {
+    AviBuilder avi;
+    avi.addStream(test::videoStream("O8Y2", 16, 8, 25, 1));
+    constexpr int kFrames = 10'000;  // 16 bytes each: three pieces of an index
+    for (int i = 0; i < kFrames; ++i) {
+        avi.addFilledChunk(0, 4, 1);
+    }
+    const Bytes bytes = avi.build();
+    const BadParse good(bytes, {});
+    ASSERT_EQ(good.reader.streams.at(0)->legacyEntries.size(), static_cast<std::size_t>(kFrames));
+
+    const BadParse parsed(bytes, {bytes.size() - 16, bytes.size()});
+    EXPECT_TRUE(parsed.usable);
+    EXPECT_EQ(parsed.reader.streams.at(0)->legacyEntries.size(), 0U);
+}
+
 TEST(BadSector, ElsewhereWindowsAreReadAsEver) {
     AviBuilder avi = test::smallClip(3);
     for (int i = 0; i < 40; ++i) {

@@ -102,6 +102,26 @@ TEST(HostileIndex, EightNestedSuperIndexesAreFollowed) {
     EXPECT_EQ(parsed.stream(0).entries()[0].offset, 1234U);
 }
 
+TEST(HostileIndex, SuperIndexesBesideEachOtherAreNotNested) {
+    constexpr std::uint32_t kNamed = 9;
+    constexpr std::uint64_t kSuper = 8 + kSuperHeader + kSuperEntry;
+    constexpr std::uint64_t kStandard = 8 + 24 + 8;
+    const Parsed parsed(fileWithIndex([](RiffBuilder& riff, std::uint64_t at) {
+        const std::uint64_t first = at + kSuperHeader + kNamed * kSuperEntry;
+        superHeader(riff, kNamed);
+        for (std::uint32_t i = 0; i < kNamed; ++i) {
+            superEntry(riff, first + i * (kSuper + kStandard), kSuperHeader + kSuperEntry);
+        }
+        for (std::uint32_t i = 0; i < kNamed; ++i) {
+            superHeader(riff.fill(8), 1);
+            superEntry(riff, first + i * (kSuper + kStandard) + kSuper, 24 + 8);
+            standardHeader(riff.fill(8), 1).u32(i).u32(4);
+        }
+    }));
+    EXPECT_TRUE(parsed.stream(0).hasOpenDmlIndex);
+    EXPECT_EQ(parsed.stream(0).openDmlEntries.size(), kNamed);
+}
+
 TEST(HostileIndex, NinthNestedSuperIndexFails) {
     const Parsed parsed(nestedSuperIndexes(9));
     EXPECT_FALSE(parsed.stream(0).hasOpenDmlIndex);

@@ -269,6 +269,7 @@ TEST_F(LogPlatform, TheEndOfTheProcessIsSilentWhileTheLogIsOff) {
 }
 
 TEST_F(LogPlatform, LastLinesAreLikeOthers) {
+    m_system.utc = 1'000'000;
     DiagnosticLog log("name", true);
     m_system.file.clear();
     m_system.console.clear();

@@ -13,6 +13,7 @@ import re
 import shutil
 import threading
 
+from processes import CLOCK
 from trial import Outcome, failed_test, plain_compile, processor_limit, without_cache
 
 HERE = pathlib.Path(__file__).resolve().parent
@@ -394,7 +395,7 @@ class AtOnce:
                     for names in [together, *alone] if names]
             limits["MUTANT_TEST_SECONDS"] = str(processor_limit(max(seconds)))
         for arguments, environment in runs:
-            ended = self.start(program, arguments, environment, processor_limit(sum(seconds)), 20 + 20 * sum(seconds), limits)
+            ended = self.start(program, arguments, environment, processor_limit(sum(seconds)), CLOCK, limits)
             if ended.timed_out:
                 return Outcome("timeout", program.name)
             if ended.code != 0:

@@ -39,4 +39,4 @@ class History:
 
     def clock_seconds(self, program):
         # Generous: the machine may be busy, and what waits for ever takes no processor time.
-        return 20 + 10 * self.seconds.get(program, [1.0, 30.0])[1]
+        return 600 + 10 * self.seconds.get(program, [1.0, 30.0])[1]

@@ -7,6 +7,7 @@ import concurrent.futures
 import dataclasses
 import functools
 import hashlib
+import itertools
 import json
 import os
 import pathlib
@@ -169,6 +170,10 @@ class Progress:
                 print(f"    - {mutant.before}\n    + {mutant.after}", flush=True)
 
 
+def folder_of(mutant):
+    return mutant.file.split("/")[1]
+
+
 def result_of(mutant, outcome):
     return {"id": mutant.id(), "file": mutant.file, "function": mutant.function, "line": mutant.line, "kind": mutant.kind,
             "before": mutant.before, "after": mutant.after, "number": mutant.number, "verdict": outcome.verdict,
@@ -176,7 +181,7 @@ def result_of(mutant, outcome):
 
 
 def try_all(graph, mutants, history, jobs, listed, keep, shown_to, at_once=None):
-    """First all with the quick tests, which kill nearly all of them, then the others with what takes long."""
+    """First those of a folder with the quick tests, which kill nearly all of them, then the others with what takes long."""
     progress, originals, spent = Progress(len(mutants)), Originals(), collections.Counter()
     texts = {source: (ROOT / source).read_bytes() for source in {mutant.file for mutant in mutants}}
     together = [mutant for mutant in mutants if at_once and mutant in at_once.numbers]
@@ -216,12 +221,14 @@ def try_all(graph, mutants, history, jobs, listed, keep, shown_to, at_once=None)
         return try_thoroughly(trials, together, mutant, texts[mutant.file], shown_to(mutant))
 
     decided = set()
-    for some, attempt in ((together, quickly), (mutants, thoroughly)):
+    # Folder by folder, so that a run that is ended has some whole.
+    folders = list(dict.fromkeys(folder_of(mutant) for mutant in mutants))
+    for folder, (some, attempt) in itertools.product(folders, ((together, quickly), (mutants, thoroughly))):
         waiting = queue.Queue()
         for mutant in some:
-            if mutant not in decided:
+            if folder_of(mutant) == folder and mutant not in decided:
                 waiting.put(mutant)
-        print(f"{waiting.qsize()} mutants {attempt.__name__}", flush=True)
+        print(f"{folder}: {waiting.qsize()} mutants {attempt.__name__}", flush=True)
         with concurrent.futures.ThreadPoolExecutor(max_workers=jobs) as pool:
             for future in [pool.submit(work, worker, waiting, attempt) for worker in workers]:
                 future.result()

@@ -11,8 +11,9 @@ import time
 
 MEMORY = 6 << 30
 OUTPUT_KEPT = 200_000
-# Threads that all sleep for so long, in seconds, wait for one another.
+# Threads that all sleep for so long, in seconds, wait for one another. What works may take long on a busy machine.
 IDLE = 5
+CLOCK = 1200
 LIVE = set()  # groups of processes that are running
 
 
@@ -49,7 +50,7 @@ def watch(session, ended, end, clock_seconds, idle_seconds):
             return
 
 
-def run(words, folder, environment=None, processor_seconds=600, clock_seconds=1200, idle_seconds=IDLE):
+def run(words, folder, environment=None, processor_seconds=600, clock_seconds=CLOCK, idle_seconds=IDLE):
     """Runs a program and all that it starts; `seconds` of what it gives back are of the processor."""
     def limits():
         resource.setrlimit(resource.RLIMIT_CPU, (processor_seconds, processor_seconds + 5))

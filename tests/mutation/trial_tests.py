@@ -134,11 +134,7 @@ class MutantsOfASmallProject(unittest.TestCase):
                                                 path.read_bytes()).verdict, "invalid")
 
     def test_one_that_never_ends_is_ended(self):
-        self.trials.history.seconds["a_tests"] = [0.01, -1.95]  # half a second by the clock
-        try:
-            outcome = self.outcome("plugin/x/a.cpp", "for (volatile bool on = true; on && a != 0; a += 2) on = true, ++n;")
-        finally:
-            self.trials.history.seconds["a_tests"] = [0.01, 0.01]
+        outcome = self.outcome("plugin/x/a.cpp", "for (volatile bool on = true; on && a != 0; a += 2) on = true, ++n;")
         self.assertEqual((outcome.verdict, outcome.program), ("timeout", "a_tests"))
 
     def test_one_in_a_header_reaches_every_file_that_includes_it(self):

@@ -102,6 +102,17 @@ TEST(HostileIndex, EightNestedSuperIndexesAreFollowed) {
     EXPECT_EQ(parsed.stream(0).entries()[0].offset, 1234U);
 }
 
+TEST(HostileIndex, OfAFileThatIsParsedAnewIsReadOnce) {
+    test::MemoryFile file(fileWithIndex([](RiffBuilder& riff, std::uint64_t) { riff.u32(0); }));
+    AviReader reader;
+    for (int i = 0; i < 2; ++i) {
+        file.seek(0);
+        ASSERT_TRUE(reader.parse(file, true));
+    }
+    reader.readIndexes();
+    EXPECT_EQ(countLines(reader.errorText(), "index data size too small"), 1U);
+}
+
 TEST(HostileIndex, SuperIndexesBesideEachOtherAreNotNested) {
     constexpr std::uint32_t kNamed = 9;
     constexpr std::uint64_t kSuper = 8 + kSuperHeader + kSuperEntry;

@@ -88,6 +88,22 @@ TEST_F(ImporterCallsTest, ManyImportersAreKeptApart) {
     EXPECT_EQ(destroyed(), 2000);
 }
 
+TEST_F(ImporterCallsTest, WhatIsLeftToTheOuterCallNamesItsFileAtOnce) {
+    const auto named = [this] {
+        const std::vector<std::string> lines = m_log.lines();
+        return std::ranges::count(lines, "m_streamIndex:  -1");
+    };
+    OrvantisImporter* const importer = open();
+    {
+        const ImporterCall call(importer);
+        quietImporter(importer);
+        EXPECT_EQ(named(), 1);
+        closeImporter(importer);
+        EXPECT_EQ(named(), 2);
+    }
+    EXPECT_EQ(destroyed(), 1);
+}
+
 TEST_F(ImporterCallsTest, CloseWaitsForTheCallsOfOtherThreads) {
     OrvantisImporter* const importer = open();
     test::Latch inside(2);

@@ -44,6 +44,8 @@ def read(path):
         else:
             words = line.split()
             ordinal = int(words.pop()[1:]) if words[-1][:1] == "#" and words[-1][1:].isdigit() else 1
+            if len(words) == 3 and words[1].endswith("operator"):
+                words[1:] = [" ".join(words[1:])]  # of a conversion
             if len(words) != 2:
                 raise wrong("expected: FILE FUNCTION [#NUMBER]")
             entries.append(Entry(number, words[0], words[1], ordinal))

@@ -24,7 +24,7 @@ from at_once import AtOnce
 from build_graph import BuildGraph
 from history import History
 from source_mutants import Mutant, find_mutants, joined
-from trial import Originals, Trials
+from trial import Originals, Outcome, Trials
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 BUILD = ROOT / "build/linux-quick"
@@ -137,9 +137,9 @@ def build_at_once(graph, mutants, history, jobs):
     return at_once
 
 
-def try_thoroughly(trials, at_once, mutant, text, shown):
+def try_thoroughly(trials, at_once, mutant, text, shown, quick):
     """Of a mutant that the quick tests did not kill."""
-    outcome = at_once.try_mutant(mutant, quick=False, shown=shown) if at_once else None
+    outcome = at_once.try_mutant(mutant, quick, shown) if at_once else None
     if outcome is None:
         return trials.try_mutant(mutant, text, shown)
     if outcome.verdict == "survived":
@@ -180,11 +180,13 @@ def result_of(mutant, outcome):
             "program": outcome.program, "test": outcome.test, "seconds": round(outcome.seconds, 2)}
 
 
-def try_all(graph, mutants, history, jobs, listed, keep, shown_to, at_once=None):
+def try_all(graph, mutants, history, jobs, listed, keep, kept, fresh, at_once=None):
     """First those of a folder with the quick tests, which kill nearly all of them, then the others with what takes long."""
     progress, originals, spent = Progress(len(mutants)), Originals(), collections.Counter()
     texts = {source: (ROOT / source).read_bytes() for source in {mutant.file for mutant in mutants}}
-    together = [mutant for mutant in mutants if at_once and mutant in at_once.numbers]
+    # What an earlier run put off is not shown to the quick tests alone again.
+    put_off = {mutant for mutant in mutants if not fresh and (kept.of(mutant) or {}).get("verdict") == "undecided"}
+    together = [mutant for mutant in mutants if at_once and mutant in at_once.numbers and mutant not in put_off]
     workers = []
     for number in range(jobs):
         trials = Trials(graph, STATE / f"worker-{number}", history, originals)
@@ -205,6 +207,7 @@ def try_all(graph, mutants, history, jobs, listed, keep, shown_to, at_once=None)
             if outcome.verdict == "survived":
                 if attempt is quickly:
                     progress.put_off(mutant)
+                    kept.add(mutant, Outcome("undecided"))
                     continue
                 if mutant.key() in listed:
                     outcome.verdict = "explained"
@@ -214,11 +217,14 @@ def try_all(graph, mutants, history, jobs, listed, keep, shown_to, at_once=None)
             if progress.done % 20 == 0:
                 history.save()
 
+    shown = {mutant: {} if fresh else kept.shown_to(mutant) for mutant in mutants}
+
     def quickly(_, together, mutant):
-        return together.try_mutant(mutant, quick=True, shown=shown_to(mutant))
+        return together.try_mutant(mutant, quick=True, shown=shown[mutant])
 
     def thoroughly(trials, together, mutant):
-        return try_thoroughly(trials, together, mutant, texts[mutant.file], shown_to(mutant))
+        quick = None if mutant in put_off else False
+        return try_thoroughly(trials, together, mutant, texts[mutant.file], shown[mutant], quick)
 
     decided = set()
     # Folder by folder, so that a run that is ended has some whole.
@@ -339,13 +345,11 @@ def main():
         kept.add(mutant, outcome)
         results.append(result_of(mutant, outcome))
 
-    nothing = {}
-    try_all(graph, to_try, history, options.jobs, listed, keep,
-            (lambda mutant: nothing) if options.fresh else kept.shown_to, at_once)
+    try_all(graph, to_try, history, options.jobs, listed, keep, kept, options.fresh, at_once)
 
     for result in results:
         key = (result["file"], result["function"], result["before"], result["after"], result["number"])
-        if key in listed and result["verdict"] != "explained":
+        if key in listed and result["verdict"] not in ("explained", "undecided"):
             by = f" by {result['program']} {result['test']}" if result["program"] else ""
             problems.append(f"{EXPLAINED.name}:{listed[key].line}: explained, but {result['verdict']}{by}")
     results.sort(key=lambda result: (result["file"], result["line"], result["after"]))
@@ -359,6 +363,9 @@ def main():
     for result in survivors:
         problems.append(f"survived: {result['file']}:{result['line']} {result['function']}\n    - {result['before']}\n"
                         f"    + {result['after']}")
+    undecided = sum(result["verdict"] == "undecided" for result in results)
+    if undecided:
+        problems.append(f"{undecided} mutants that quick tests do not see are not decided yet")
     spent = sum(result["seconds"] for result in results)
     print(f"{len(results)} mutants, {spent:.0f} s of the processor, {spent / max(1, len(results)):.1f} s each; "
           f"all of it: {(STATE / 'results.json').relative_to(ROOT)}")

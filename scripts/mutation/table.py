@@ -2,7 +2,7 @@
 import collections
 
 START, END = "<!-- mutants -->", "<!-- end of mutants -->"
-COLUMNS = ("killed", "timeout", "survived", "explained", "equal", "invalid")
+COLUMNS = ("killed", "timeout", "survived", "explained", "undecided", "equal", "invalid")
 
 
 def percent(part, whole):
@@ -23,15 +23,15 @@ def add_up(results):
 def table(results, existing=None):
     """A Markdown table. `existing`: {folder: mutants that there are}."""
     rows = ["| Folder | There are | Tried | Same code | Killed | of these by time | Survived, explained | Survived | "
-            "Killed of those that differ |",
-            "|---|--:|--:|--:|--:|--:|--:|--:|--:|"]
+            "Undecided | Killed of those that may differ |",
+            "|---|--:|--:|--:|--:|--:|--:|--:|--:|--:|"]
     for folder, counts in add_up(results).items():
         tried = sum(counts[name] for name in COLUMNS) - counts["invalid"]
         killed = counts["killed"] + counts["timeout"]
-        differ = killed + counts["survived"]
+        differ = killed + counts["survived"] + counts["undecided"]
         total = sum(existing.values()) if existing and folder == "all" else (existing or {}).get(folder, "")
         rows.append(f"| {folder} | {total} | {tried} | {counts['equal']} | {killed} | {counts['timeout']} | "
-                    f"{counts['explained']} | {counts['survived']} | {percent(killed, differ)} |")
+                    f"{counts['explained']} | {counts['survived']} | {counts['undecided']} | {percent(killed, differ)} |")
     return "\n".join(rows) + "\n"
 
 

@@ -49,6 +49,10 @@ class List(unittest.TestCase):
             with self.subTest(problem=problem), self.assertRaisesRegex(ValueError, problem):
                 self.read(text)
 
+    def test_a_conversion_is_a_function_with_a_blank(self):
+        (entry,) = self.read("plugin/a.h a::B::operator bool\n- old\n+ new\n= nobody asks\n")
+        self.assertEqual((entry.function, entry.number), ("a::B::operator bool", 1))
+
     def test_that_of_the_plugin_is_sound(self):
         for entry in explained.read(scripts_path.SOURCE / "tests/mutation/explained.txt"):
             self.assertTrue((scripts_path.SOURCE / entry.file).exists(), f"line {entry.line}: {entry.file}")
@@ -58,12 +62,12 @@ class List(unittest.TestCase):
 class Table(unittest.TestCase):
     def test_adds_up_by_folder(self):
         results = [{"file": "plugin/avi/a.cpp", "verdict": verdict}
-                   for verdict in ("killed", "killed", "timeout", "survived", "explained", "equal", "invalid")]
+                   for verdict in ("killed", "killed", "timeout", "survived", "explained", "undecided", "equal", "invalid")]
         results.append({"file": "plugin/diag/b.cpp", "verdict": "killed"})
         rows = table.table(results, {"avi": 40, "diag": 2}).splitlines()
-        self.assertEqual(rows[2:], ["| avi | 40 | 6 | 1 | 3 | 1 | 1 | 1 | 75.0 % |",
-                                    "| diag | 2 | 1 | 0 | 1 | 0 | 0 | 0 | 100.0 % |",
-                                    "| all | 42 | 7 | 1 | 4 | 1 | 1 | 1 | 80.0 % |"])
+        self.assertEqual(rows[2:], ["| avi | 40 | 7 | 1 | 3 | 1 | 1 | 1 | 1 | 60.0 % |",
+                                    "| diag | 2 | 1 | 0 | 1 | 0 | 0 | 0 | 0 | 100.0 % |",
+                                    "| all | 42 | 8 | 1 | 4 | 1 | 1 | 1 | 1 | 66.7 % |"])
 
     def test_what_is_not_all_does_not_look_like_it(self):
         self.assertEqual(table.percent(9999, 10000), "99.9 %")

@@ -207,8 +207,11 @@ TEST_F(NullPointersInAClip, NoPlaceForAnAsynchronousFrameIs99AndKeepsTheRequest)
     record.inFrameFormats = formats;
     record.inNumFrameFormats = 1;
     EXPECT_EQ(async.call(host::aiGetFrame, &record), 99);
-    EXPECT_TRUE(log().news().ends_with(
-        "\nxAsyncImportEntry: FATAL: Unhandled exception during aiGetFrame (3): outFrame is NULL\n"));
+    // Among those of the task that reads ahead.
+    EXPECT_NE(
+        log().news().find(
+            "\nxAsyncImportEntry: FATAL: Unhandled exception during aiGetFrame (3): outFrame is NULL\n"),
+        std::string::npos);
     // The frame that was asked for is still there.
     EXPECT_TRUE(async.getFrame(0, formats).frame.has_value());
     EXPECT_EQ(log().news().find("Frame not found"), std::string::npos);

@@ -134,7 +134,7 @@ class MutantsOfASmallProject(unittest.TestCase):
                                                 path.read_bytes()).verdict, "invalid")
 
     def test_one_that_never_ends_is_ended(self):
-        outcome = self.outcome("plugin/x/a.cpp", "for (volatile bool on = true; on && a != 0; a += 2) on = true, ++n;")
+        outcome = self.outcome("plugin/x/a.cpp", "for (volatile bool on = true; on || a != 0; a -= 2) on = true, ++n;")
         self.assertEqual((outcome.verdict, outcome.program), ("timeout", "a_tests"))
 
     def test_one_in_a_header_reaches_every_file_that_includes_it(self):

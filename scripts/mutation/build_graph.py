@@ -169,9 +169,11 @@ class BuildGraph:
         """{program: the names of its tests}. A program that does not tell has one, called by what it holds."""
         found = self.listed_tests
         for program in self.tested_programs() if not found else ():
-            takes_filters = any("gtest" in argument for _, arguments in program.runs for argument in arguments)
+            # Those that are run, which may be part of them.
+            filters = [argument.partition("=")[2] for _, arguments in program.runs for argument in arguments
+                       if argument.startswith("--gtest_filter=")] + [program.apart] * bool(program.apart)
             content = (self.build / "bin" / program.name).read_bytes()
-            found[program.name] = takes_filters and set(self.tests_of(program, "*")) \
+            found[program.name] = {test for chosen in filters for test in self.tests_of(program, chosen)} \
                 or {WHOLE + hashlib.sha1(content).hexdigest()}
         return found
 

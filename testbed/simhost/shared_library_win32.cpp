@@ -1,6 +1,7 @@
 #include <windows.h>
 
 #include <stdexcept>
+#include <string_view>
 #include <utility>
 
 #include "simhost/shared_library.h"
@@ -25,7 +26,8 @@ std::wstring absolutePath(const std::string& utf8) {
     return full.empty() ? path : full;
 }
 
-std::string systemMessage(DWORD error) {
+// `nameUtf8` is what the call was about: the system leaves a place for it in some of its sentences.
+std::string systemMessage(DWORD error, const std::string& nameUtf8) {
     wchar_t buffer[512];
     const DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
                                         error, 0, buffer, static_cast<DWORD>(std::size(buffer)), nullptr);
@@ -33,7 +35,16 @@ std::string systemMessage(DWORD error) {
     while (!text.empty() && (text.back() == '\n' || text.back() == '\r' || text.back() == ' ')) {
         text.pop_back();
     }
+    constexpr std::string_view kPlace = "%1";
+    for (std::size_t at = text.find(kPlace); at != std::string::npos;
+         at = text.find(kPlace, at + nameUtf8.size())) {
+        text.replace(at, kPlace.size(), nameUtf8);
+    }
     return text + " (error " + std::to_string(error) + ")";
+}
+
+std::string fileName(const std::string& pathUtf8) {
+    return pathUtf8.substr(pathUtf8.find_last_of("/\\") + 1);
 }
 
 }  // namespace
@@ -43,7 +54,8 @@ SharedLibrary::SharedLibrary(const std::string& pathUtf8, const std::string& ext
     // search of libraries that are loaded later is none of our business.
     const bool extra = !extraFolderUtf8.empty();
     if (extra && SetDllDirectoryW(absolutePath(extraFolderUtf8).c_str()) == 0) {
-        throw std::runtime_error("cannot search '" + extraFolderUtf8 + "': " + systemMessage(GetLastError()));
+        throw std::runtime_error("cannot search '" + extraFolderUtf8 +
+                                 "': " + systemMessage(GetLastError(), extraFolderUtf8));
     }
     m_handle = LoadLibraryExW(absolutePath(pathUtf8).c_str(), nullptr, 0);
     const DWORD error = GetLastError();
@@ -51,7 +63,8 @@ SharedLibrary::SharedLibrary(const std::string& pathUtf8, const std::string& ext
         SetDllDirectoryW(nullptr);
     }
     if (m_handle == nullptr) {
-        throw std::runtime_error("cannot load '" + pathUtf8 + "': " + systemMessage(error));
+        throw std::runtime_error("cannot load '" + pathUtf8 +
+                                 "': " + systemMessage(error, fileName(pathUtf8)));
     }
 }
 

@@ -44,6 +44,31 @@ TEST(PeFiles, OtherFilesAreNone) {
     EXPECT_FALSE(parsePe(std::vector<std::uint8_t>(4096, 0xFF)).has_value());
 }
 
+// A small file may name the same text thousands of times.
+TEST(PeFiles, NamesTakeNoMoreThanTheFileIsLong) {
+    constexpr std::size_t kRows = 2000;
+    constexpr std::size_t kName = 500;
+    constexpr std::size_t kExports = 0x400;  // where small_pe.h puts the table
+    std::vector<std::uint8_t> bytes = smallPe({.exports = {std::string(kName, 'n')}});
+    const std::size_t table = bytes.size();
+    const auto put = [&](std::size_t at, std::size_t value) {
+        for (std::size_t i = 0; i < 4; ++i) {
+            bytes[at + i] = static_cast<std::uint8_t>(value >> (8 * i));
+        }
+    };
+    bytes.resize(table + 4 * kRows);
+    for (std::size_t i = 0; i < kRows; ++i) {
+        put(table + 4 * i, kExports + 44);
+    }
+    put(kExports + 24, kRows);
+    put(kExports + 32, table);
+    const auto pe = parsePe(bytes);
+    ASSERT_TRUE(pe.has_value());
+    ASSERT_GT(pe->exports.size(), 1U);
+    EXPECT_EQ(pe->exports.back(), std::string(kName, 'n'));
+    EXPECT_LT(pe->exports.size() * kName, bytes.size() + kName);
+}
+
 // Wherever the file ends, and whatever one of its bytes becomes, nothing outside of it is read.
 TEST(PeFiles, DamagedOnesAreReadWithinTheirBounds) {
     const std::vector<std::uint8_t> whole = smallPe();

@@ -1,5 +1,6 @@
 // The validator as a program: importers that crash, hang and end the process, and ours.
 #include <algorithm>
+#include <filesystem>
 #include <regex>
 #include <set>
 #include <stdexcept>
@@ -180,6 +181,32 @@ TEST_F(ValidateTest, TheFileOfAModuleIsJudgedWithoutLoadingIt) {
     EXPECT_EQ(seen("module.resource"), "failed: there is none");
     EXPECT_EQ(seen("module.protection"), "warning: DYNAMIC_BASE (0x0040) is not set");
     EXPECT_THAT(seen("module.imports"), ::testing::StartsWith("failed: "));
+}
+
+TEST_F(ValidateTest, OfManyExportsTheFirstTenAreTold) {
+    std::vector<std::string> names;
+    for (int i = 0; i < 1000; ++i) {
+        names.push_back("x" + std::to_string(i));
+    }
+    names[1] = std::string(200, 'y');
+    const auto seen = [&](const std::vector<std::string>& exports) {
+        const ToolRun run =
+            runTool({"validate", write("many.prm", simhost::tool::smallPe({.exports = exports})), "--only",
+                     "module.entry", "--json"});
+        return run.json().at("checks")[0].at("findings")[0].at("seen").get<std::string>();
+    };
+    EXPECT_EQ(seen(names),
+              "x0, " + std::string(80, 'y') + "..., x2, x3, x4, x5, x6, x7, x8, x9 and 990 more");
+    names.resize(10);
+    EXPECT_THAT(seen(names), EndsWith(", x8, x9"));
+}
+
+TEST_F(ValidateTest, AFileThatIsLargerThanAnyModuleIsNotRead) {
+    const std::string file = write("huge.prm", simhost::tool::smallPe());
+    std::filesystem::resize_file(file, (std::uintmax_t{512} << 20) + 1);
+    const ToolRun run = runTool({"validate", file, "--only", "module.machine"});
+    EXPECT_EQ(run.code, 1);
+    EXPECT_THAT(run.out, HasSubstr("skipped   module.machine: the module is larger than 512 MiB\n"));
 }
 
 TEST_F(ValidateTest, AWrongWordIsToldWithTheNearestCheck) {

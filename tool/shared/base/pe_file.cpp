@@ -95,11 +95,16 @@ class Image {
         return {part.begin(), std::find(part.begin(), part.end(), 0)};
     }
 
+    // The rows of both tables may all lead to the same name: together no more is taken than the file holds.
+
     // A row for each library, of which the fourth word leads to its name; zeros end the table.
     void readImports(std::uint64_t table, PeFile& out) const {
-        for (std::size_t i = 0; i < kMostImports && u32(table + 20 * i + 12) != 0; ++i) {
+        std::size_t bytes = 0;
+        for (std::size_t i = 0; i < kMostImports && u32(table + 20 * i + 12) != 0 && bytes < m_bytes.size();
+             ++i) {
             if (const auto at = offset(u32(table + 20 * i + 12))) {
                 out.imports.push_back(name(*at));
+                bytes += out.imports.back().size();
             }
         }
     }
@@ -107,12 +112,15 @@ class Image {
     void readExports(std::uint64_t table, PeFile& out) const {
         const std::size_t count = std::min<std::size_t>(u32(table + 24), kMostExports);
         const auto names = offset(u32(table + 32));
-        for (std::size_t i = 0; names && i < count && *names + 4 * i < m_bytes.size(); ++i) {
+        std::size_t bytes = 0;
+        for (std::size_t i = 0;
+             names && i < count && *names + 4 * i < m_bytes.size() && bytes < m_bytes.size(); ++i) {
             const auto at = offset(u32(*names + 4 * i));
             if (!at || *at >= m_bytes.size()) {
                 continue;
             }
             out.exports.push_back(name(*at));
+            bytes += out.exports.back().size();
         }
     }
 

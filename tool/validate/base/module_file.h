@@ -6,7 +6,7 @@
 
 namespace simhost::tool::validate {
 
-/// Throws Skipped when the module is none of Windows.
+/// Throws Skipped when the module is none of Windows, or larger than any.
 PeFile moduleFile(const Trial& trial);
 
 }  // namespace simhost::tool::validate

@@ -255,6 +255,19 @@ TEST_F(ValidateTest, TheCommandLineWinsOverTheConfiguration) {
     EXPECT_EQ(report.at("checks")[1].at("id"), "selectors.starts");
 }
 
+TEST_F(ValidateTest, AConfigurationOfAnySizeIsRefused) {
+    std::string text = R"({"level": 3})";
+    EXPECT_EQ(runTool({"validate", ORVANTIS_PLUGIN_UNDER_VALIDATION, "--only", "module.loads", "--config",
+                       write("small.json", text)})
+                  .code,
+              0);
+    text.resize((std::size_t{1} << 20) + 1, ' ');
+    const ToolRun run =
+        runTool({"validate", ORVANTIS_PLUGIN_UNDER_VALIDATION, "--config", write("large.json", text)});
+    EXPECT_EQ(run.code, 2);
+    EXPECT_THAT(run.err, HasSubstr("the configuration file is larger than 1 MiB\n"));
+}
+
 TEST_F(ValidateTest, ExplainsACheck) {
     EXPECT_EQ(runTool({"validate", "--explain", "module.loads"}).out,
               "module.loads, level 1\n\nRule: The module loads and exports xImportEntry.\nWhy:  The host "

@@ -112,6 +112,31 @@ TEST(ValidateConfiguration, WhatItCannotSayIsRefused) {
     EXPECT_EQ(messageOf(R"({"level": 7} )"), "");
 }
 
+// As on the command line: no number is cut to fit, and none turns round.
+TEST(ValidateConfiguration, NumbersHaveTheLimitsOfTheCommandLine) {
+    const auto taken = [](const std::string& text) {
+        ValidateOptions options;
+        try {
+            applyConfiguration(options, text, "", {});
+        } catch (const ToolError&) {
+            return false;
+        }
+        return true;
+    };
+    for (const char* const right :
+         {R"({"level": 1})", R"({"level": 10})", R"({"seed": 0})", R"({"seed": 18446744073709551615})",
+          R"({"repeat": 1})", R"({"repeat": 1000000})", R"({"jobs": 1})", R"({"jobs": 64})",
+          R"({"timeout": 0.1})", R"({"timeout": 86400})"}) {
+        EXPECT_TRUE(taken(right)) << right;
+    }
+    for (const char* const wrong :
+         {R"({"level": 0})", R"({"level": 2.5})", R"({"seed": -1})", R"({"seed": 1.5})", R"({"repeat": 0})",
+          R"({"repeat": -1})", R"({"repeat": 1000001})", R"({"jobs": 0})", R"({"jobs": 65})",
+          R"({"timeout": 0.01})", R"({"timeout": 86401})", R"({"timeout": "1"})"}) {
+        EXPECT_FALSE(taken(wrong)) << wrong;
+    }
+}
+
 CheckResult failedResult() {
     CheckResult out;
     out.id = "frames.steady";

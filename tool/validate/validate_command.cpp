@@ -5,9 +5,9 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -31,6 +31,8 @@ namespace simhost::tool {
 namespace validate {
 namespace {
 
+constexpr std::size_t kMostConfiguration = std::size_t{1} << 20;
+
 struct ValidateWords {
     ValidateOptions options;
     std::string config;
@@ -43,12 +45,16 @@ struct ValidateWords {
     bool json = false;  // --json, with a file or without
 };
 
-std::string fileText(const std::string& path) {
+// The beginning of a file, up to `most` bytes: what is named by mistake may be a clip of any size.
+std::string fileText(const std::string& path, std::size_t most) {
     std::ifstream file(pathFromUtf8(path), std::ios::binary);
     if (!file) {
         throw ToolError(kUsage, "cannot read '" + path + "'");
     }
-    return {std::istreambuf_iterator<char>(file), {}};
+    std::string text(most, '\0');
+    file.read(text.data(), static_cast<std::streamsize>(most));
+    text.resize(static_cast<std::size_t>(file.gcount()));
+    return text;
 }
 
 std::string absolutePath(const std::string& path) {
@@ -65,8 +71,8 @@ void checkReport(const std::string& path, const char* begins) {
     if (path.empty() || !std::filesystem::is_regular_file(pathFromUtf8(path), error)) {
         return;
     }
-    const std::string text = fileText(path);
-    if (!text.empty() && !text.starts_with(begins)) {
+    const std::string text = fileText(path, std::string_view(begins).size());
+    if (!text.empty() && text != begins) {
         throw ToolError(kNoOutput, "'" + path + "' is there and no report of this kind",
                         "remove it, or name another file", "not-a-report");
     }
@@ -255,7 +261,7 @@ static Command addCommand(CLI::App& app) {
     parser
         ->add_option("--repeat", options.repeat, "Run everything so many times, with the next seed each time")
         ->capture_default_str()
-        ->check(CLI::Range(1, 1000000));
+        ->check(CLI::Range(1u, kMostRepeats));
     parser->add_flag("--randomise", options.randomise, "Run the checks in an order drawn by lot");
     parser
         ->add_option("--only", options.only,
@@ -270,10 +276,10 @@ static Command addCommand(CLI::App& app) {
     parser
         ->add_option("--jobs", options.jobs,
                      "Processes at a time (default: one for each processor, at most 4)")
-        ->check(CLI::Range(1, 64));
+        ->check(CLI::Range(1u, kMostJobs));
     parser->add_option("--timeout", options.timeout, "Seconds that a check may take")
         ->capture_default_str()
-        ->check(CLI::Range(0.1, 86400.0));
+        ->check(CLI::Range(kLeastTimeout, kMostTimeout));
     parser->add_option("--config", words->config,
                        "JSON file with options by their long names, and \"clips\"; the command line wins");
     parser->add_option("--library-folder", words->libraryFolder,
@@ -288,7 +294,12 @@ static Command addCommand(CLI::App& app) {
                 }
                 if (!words->config.empty()) {
                     const std::string folder = pathToUtf8(pathFromUtf8(words->config).parent_path());
-                    applyConfiguration(words->options, fileText(words->config), folder, given);
+                    const std::string text = fileText(words->config, kMostConfiguration + 1);
+                    if (text.size() > kMostConfiguration) {
+                        throw ToolError(kUsage, "the configuration file is larger than 1 MiB", "",
+                                        "bad-configuration");
+                    }
+                    applyConfiguration(words->options, text, folder, given);
                 }
                 return runValidate(global, *words);
             },

@@ -1,6 +1,7 @@
 #include "tool/validate/run/plan.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -45,6 +46,24 @@ void requireKnown(const std::vector<std::string>& words, const std::vector<Check
     }
 }
 
+// False for what is no whole number within the limits, such as -1 or 2.5.
+template <class Number>
+bool takeWhole(const ConfigJson& value, std::uint64_t least, std::uint64_t most, Number& out) {
+    if (!value.is_number_unsigned() || value.get<std::uint64_t>() < least ||
+        value.get<std::uint64_t>() > most) {
+        return false;
+    }
+    out = static_cast<Number>(value.get<std::uint64_t>());
+    return true;
+}
+
+// Throws what the parser throws for a value of another type.
+template <class Value>
+bool take(const ConfigJson& value, Value& out) {
+    out = value.get<Value>();
+    return true;
+}
+
 std::string clipFromFile(const std::string& clip, const std::string& folder) {
     const std::filesystem::path path = pathFromUtf8(clip);
     return path.is_absolute() ? clip : pathToUtf8(pathFromUtf8(folder) / path);
@@ -83,22 +102,31 @@ std::vector<PlannedCheck> plannedChecks(const ValidateOptions& options, const st
 
 void applyConfiguration(ValidateOptions& options, const std::string& text, const std::string& folder,
                         const std::vector<std::string>& given) {
-    const std::map<std::string, std::function<void(const ConfigJson&)>> known = {
+    const std::map<std::string, std::function<bool(const ConfigJson&)>> known = {
         {"clips",
          [&](const ConfigJson& value) {
              options.clips.clear();
              for (const std::string clip : value) {
                  options.clips.push_back(clipFromFile(clip, folder));
              }
+             return true;
          }},
-        {"level", [&](const ConfigJson& value) { options.level = value.get<int>(); }},
-        {"seed", [&](const ConfigJson& value) { options.seed = value.get<std::uint64_t>(); }},
-        {"repeat", [&](const ConfigJson& value) { options.repeat = value.get<std::uint32_t>(); }},
-        {"randomise", [&](const ConfigJson& value) { options.randomise = value.get<bool>(); }},
-        {"only", [&](const ConfigJson& value) { options.only = value.get<std::vector<std::string>>(); }},
-        {"skip", [&](const ConfigJson& value) { options.skip = value.get<std::vector<std::string>>(); }},
-        {"jobs", [&](const ConfigJson& value) { options.jobs = value.get<std::uint32_t>(); }},
-        {"timeout", [&](const ConfigJson& value) { options.timeout = value.get<double>(); }},
+        {"level",
+         [&](const ConfigJson& value) {
+             return takeWhole(value, kLowestLevel, kHighestLevel, options.level);
+         }},
+        {"seed", [&](const ConfigJson& value) { return takeWhole(value, 0, UINT64_MAX, options.seed); }},
+        {"repeat",
+         [&](const ConfigJson& value) { return takeWhole(value, 1, kMostRepeats, options.repeat); }},
+        {"jobs", [&](const ConfigJson& value) { return takeWhole(value, 1, kMostJobs, options.jobs); }},
+        {"randomise", [&](const ConfigJson& value) { return take(value, options.randomise); }},
+        {"only", [&](const ConfigJson& value) { return take(value, options.only); }},
+        {"skip", [&](const ConfigJson& value) { return take(value, options.skip); }},
+        {"timeout",
+         [&](const ConfigJson& value) {
+             return take(value, options.timeout) && options.timeout >= kLeastTimeout &&
+                    options.timeout <= kMostTimeout;
+         }},
     };
     const auto wrong = [](const std::string& what) -> ToolError {
         return {kUsage, "the configuration file " + what,
@@ -116,20 +144,14 @@ void applyConfiguration(ValidateOptions& options, const std::string& text, const
         if (std::find(given.begin(), given.end(), name) != given.end()) {
             continue;
         }
+        bool taken = false;
         try {
-            found->second(value);
+            taken = found->second(value);
         } catch (const ConfigJson::exception&) {
+        }
+        if (!taken) {
             throw wrong("has a wrong value for '" + name + "'");
         }
-    }
-    if (options.level < kLowestLevel || options.level > kHighestLevel) {
-        throw wrong("has a wrong value for 'level'");
-    }
-    if (options.repeat < 1) {
-        throw wrong("has a wrong value for 'repeat'");
-    }
-    if (!(options.timeout > 0)) {
-        throw wrong("has a wrong value for 'timeout'");
     }
 }
 

@@ -10,6 +10,11 @@
 
 namespace simhost::tool::validate {
 
+inline constexpr std::uint32_t kMostRepeats = 1000000;
+inline constexpr std::uint32_t kMostJobs = 64;
+inline constexpr double kLeastTimeout = 0.1;  // seconds
+inline constexpr double kMostTimeout = 86400;
+
 struct ValidateOptions {
     std::string plugin = {};
     std::vector<std::string> clips = {};
@@ -39,7 +44,8 @@ std::vector<PlannedCheck> plannedChecks(const ValidateOptions& options, const st
 
 /// Takes over what the text of a configuration file says: a JSON object with the long names of the options,
 /// "level": 7, "skip": ["cost"], "clips": […]. Only names that `given` does not hold: the command line wins.
-/// `folder` is what relative paths of clips count from. Throws ToolError (kUsage).
+/// Values have the limits of the command line. `folder` is what relative paths of clips count from. Throws
+/// ToolError (kUsage).
 void applyConfiguration(ValidateOptions& options, const std::string& text, const std::string& folder,
                         const std::vector<std::string>& given);
 

@@ -6,6 +6,26 @@
 namespace simhost::tool::validate {
 namespace {
 
+void tryOtherSize(Trial& trial, Playing& playing, const host::imFrameFormat& asked) {
+    const std::int32_t width = playing.info().vidInfo.imageWidth;
+    const std::int32_t height = playing.info().vidInfo.imageHeight;
+    const FrameAnswer answer = playing.clip().getSourceVideo(0, {&asked, 1});
+    if (!answer.frame) {
+        return;
+    }
+    const auto fits = [](std::int32_t seen, std::int32_t wanted, std::int32_t own) {
+        return seen == own || seen == wanted;
+    };
+    if (!fits(answer.frame->width(), asked.inFrameWidth, width) ||
+        !fits(answer.frame->height(), asked.inFrameHeight, height)) {
+        trial.fail({.call = frameCall(0, asked.inPixelFormat) + " in " + std::to_string(asked.inFrameWidth) +
+                            " x " + std::to_string(asked.inFrameHeight),
+                    .clip = playing.path(),
+                    .seen = "a frame of " + std::to_string(answer.frame->width()) + " x " +
+                            std::to_string(answer.frame->height())});
+    }
+}
+
 void framesOtherSize(Trial& trial) {
     Stage stage(trial);
     forPictures(trial, stage, [&](Playing& playing) {
@@ -13,22 +33,9 @@ void framesOtherSize(Trial& trial) {
         const std::int32_t height = playing.info().vidInfo.imageHeight;
         const std::int32_t sizes[][2] = {
             {width / 2 + 1, height / 2 + 1}, {1, 1}, {width + 3, height}, {-5, -5}, {width, 0}};
-        for (const auto& size : sizes) {
-            const host::imFrameFormat wanted[] = {{size[0], size[1], playing.formats().front()}};
-            const FrameAnswer answer = playing.clip().getSourceVideo(0, wanted);
-            if (!answer.frame) {
-                continue;
-            }
-            const auto fits = [](std::int32_t seen, std::int32_t asked, std::int32_t own) {
-                return seen == own || seen == asked;
-            };
-            if (!fits(answer.frame->width(), size[0], width) ||
-                !fits(answer.frame->height(), size[1], height)) {
-                trial.fail({.call = frameCall(0, wanted[0].inPixelFormat) + " in " + std::to_string(size[0]) +
-                                    " x " + std::to_string(size[1]),
-                            .clip = playing.path(),
-                            .seen = "a frame of " + std::to_string(answer.frame->width()) + " x " +
-                                    std::to_string(answer.frame->height())});
+        for (const std::uint32_t format : playing.formats()) {
+            for (const auto& size : sizes) {
+                tryOtherSize(trial, playing, {size[0], size[1], format});
             }
         }
     });

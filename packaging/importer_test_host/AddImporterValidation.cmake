@@ -3,7 +3,7 @@
 # A CTest test, <target>.validation by default, that lets `importer_host validate` judge the module that the target builds, at
 # level 5 by default, with the clips; without any, the tool makes clips of its own, AVI files. ARGUMENTS are handed to the command
 # as they are (`--skip`, `--seed`, ...). The test's output tells every check that failed, and how to run it alone; a report that
-# CI systems read is <target>.validation.xml in the folder of the build. It fails when a check does.
+# CI systems read is <name>.xml in the folder of the build. It fails when a check does.
 function(add_importer_validation)
     cmake_parse_arguments(PARSE_ARGV 0 arg "" "TARGET;NAME;LEVEL;TIMEOUT" "CLIPS;ARGUMENTS")
     if(NOT TARGET "${arg_TARGET}" OR arg_UNPARSED_ARGUMENTS)

@@ -1,11 +1,12 @@
 #!/usr/bin/env python3
 """Lets `importer_host validate` judge each piece: it has to fail the check that pieces.txt names, and no other. Each check
-has to have a piece there, or a reason why none can be made.
+has to have a piece there, or a reason why none can be made. The report for build servers has to say what the JSON says.
 
-    matrix.py --table pieces.txt --pieces FOLDER --clip FILE [--smoke] [--jobs N] [--sample MODULE --level N] -- TOOL...
+    matrix.py --table pieces.txt --pieces FOLDER --clip FILE [--smoke] [--jobs N] -- TOOL...
+    matrix.py --correct MODULE --level N [--clip FILE]... -- TOOL...
 
-With --sample it judges that correct module alone, which has to pass everything at that level. TOOL is the command that runs
-importer_host. Says what differs, and ends with 1 then."""
+With --correct it judges that module alone, which has to pass everything at that level; without a clip, with those that the tool
+makes. TOOL is the command that runs importer_host. Says what differs, and ends with 1 then."""
 
 import argparse
 import concurrent.futures
@@ -15,6 +16,7 @@ import re
 import subprocess
 import sys
 import tempfile
+import xml.etree.ElementTree
 
 BAD = ("failed", "crashed", "timed-out")
 
@@ -50,22 +52,57 @@ def unguarded(folder):
             if keeps.search(piece.read_text(encoding="utf-8")) and not guard.search(piece.read_text(encoding="utf-8"))]
 
 
-def validate(tool, module, clip, level):
-    """What became of each check, by id, and all that the tool wrote."""
+def junit_differences(path, report):
+    """Where the report in the format of JUnit is not what build servers read, or says something else than the JSON."""
+    try:
+        root = xml.etree.ElementTree.parse(path).getroot()
+    except (OSError, xml.etree.ElementTree.ParseError) as error:
+        return [f"JUnit: {error}"]
+    shape = [element.tag for element in (root, *root)]
+    if shape != ["testsuites", "testsuite"]:
+        return [f"JUnit: elements {shape}"]
+    [suite] = root
+    counts = report["counts"]
+    wanted = {"tests": sum(counts.values()), "failures": counts["failed"],
+              "errors": counts["crashed"] + counts["timed-out"], "skipped": counts["skipped"]}
+    seen = [{name: int(element.get(name)) for name in wanted} for element in (root, suite)]
+    inside = {"tests": len(suite.findall("testcase")), "failures": len(suite.findall("testcase/failure")),
+              "errors": len(suite.findall("testcase/error")), "skipped": len(suite.findall("testcase/skipped"))}
+    out = [f"JUnit: {numbers} instead of {wanted}" for numbers in (*seen, inside) if numbers != wanted]
+    # What a case has inside, for each outcome, and where its words are.
+    kinds = {"passed": [], "warning": ["system-out"], "failed": ["failure"], "crashed": ["error"], "timed-out": ["error"],
+             "skipped": ["skipped"]}
+    for case, check in zip(suite, report["checks"]):
+        name = f"{case.get('classname')}.{case.get('name')}"
+        if case.tag != "testcase" or name != check["id"] or [part.tag for part in case] != kinds[check["outcome"]]:
+            out.append(f"JUnit: <{case.tag}> {name} with {[part.tag for part in case]} for {check['id']}, {check['outcome']}")
+        elif float(case.get("time")) < 0:
+            out.append(f"JUnit: {name} took {case.get('time')} s")
+        out += [f"JUnit: {name} does not say how to run it again" for part in case
+                if part.tag != "skipped" and check["again"] not in part.text]
+        out += [f"JUnit: {name} has no message" for part in case if part.tag != "system-out" and not part.get("message")]
+    return out
+
+
+def validate(tool, module, clips, level):
+    """What became of each check, by id, the exit code, all that the tool wrote, and where its reports differ."""
     with tempfile.TemporaryDirectory() as folder:
-        report = pathlib.Path(folder) / "report.json"
-        done = subprocess.run([*tool, "validate", module, clip, "--level", str(level), "--jobs", "1", "--timeout", "20",
-                               "--json", report], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+        report, junit = pathlib.Path(folder) / "report.json", pathlib.Path(folder) / "report.xml"
+        done = subprocess.run([*tool, "validate", module, *clips, "--level", str(level), "--jobs", "1", "--timeout", "20",
+                               "--json", report, "--junit", junit], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                               stderr=subprocess.STDOUT, text=True)
         if not report.exists():
-            return {}, done.returncode, done.stdout
-        checks = json.loads(report.read_text(encoding="utf-8"))["checks"]
-        return {check["id"]: check["outcome"] for check in checks}, done.returncode, done.stdout
+            return {}, done.returncode, done.stdout, []
+        said = json.loads(report.read_text(encoding="utf-8"))
+        return ({check["id"]: check["outcome"] for check in said["checks"]}, done.returncode, done.stdout,
+                junit_differences(junit, said))
 
 
-def judge(tool, module, clip, level, expected, warns=False):
+def judge(tool, module, clips, level, expected, warns=False):
     """Empty when it failed what was expected (a set of ids), or warned of it, else what it did."""
-    outcomes, code, output = validate(tool, module, clip, level)
+    outcomes, code, output, differences = validate(tool, module, clips, level)
+    if differences:
+        return f"{module.name}: " + "\n".join(differences) + "\n"
     bad = {check: outcome for check, outcome in outcomes.items() if outcome in BAD}
     warned = {check for check, outcome in outcomes.items() if outcome == "warning"}
     passed = [check for check, outcome in outcomes.items() if outcome == "passed"]
@@ -75,6 +112,12 @@ def judge(tool, module, clip, level, expected, warns=False):
     return (f"{module.name}: expected {', '.join(sorted(expected)) or 'nothing'} to {'warn' if warns else 'fail'}, and exit "
             f"code {wanted_code}; seen: {bad or 'nothing'}, warnings {sorted(warned)}, exit code {code}, "
             f"{len(passed)} passed\n{output}")
+
+
+def too_long(folder):
+    """The pieces of more than 40 lines: who reads one is to see at once what it breaks."""
+    lines = {piece.name: len(piece.read_text(encoding="utf-8").splitlines()) for piece in sorted(folder.glob("*.cpp"))}
+    return [f"{name}: {count} lines, more than 40\n" for name, count in lines.items() if count > 40]
 
 
 def levels(tool):
@@ -92,8 +135,8 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--table", type=pathlib.Path)
     parser.add_argument("--pieces", type=pathlib.Path)
-    parser.add_argument("--clip", type=pathlib.Path, required=True)
-    parser.add_argument("--sample", type=pathlib.Path)
+    parser.add_argument("--clip", type=pathlib.Path, action="append", default=[])
+    parser.add_argument("--correct", type=pathlib.Path)
     parser.add_argument("--level", type=int, default=5)
     parser.add_argument("--smoke", action="store_true")
     parser.add_argument("--only", type=lambda text: text.split(","), help="these pieces, with commas between them")
@@ -101,14 +144,15 @@ def main():
     parser.add_argument("--jobs", type=int, default=2)
     given = parser.parse_args(options)
 
-    if given.sample:
-        wrong = [judge(tool, given.sample, given.clip, given.level, set())]
+    if given.correct:
+        wrong = [judge(tool, given.correct, given.clip, given.level, set())]
     else:
         known = levels(tool)
         table = [(piece, checks, "warning" in marks) for piece, checks, marks in rows(given.table)
                  if (given.windows or "windows" not in marks) and ("smoke" in marks or not given.smoke)
                  and (not given.only or piece in given.only)]
-        unknown = coverage(given.table, known) + unguarded(given.table.parent / "pieces")
+        pieces = given.table.parent / "pieces"
+        unknown = coverage(given.table, known) + unguarded(pieces) + too_long(pieces)
         with concurrent.futures.ThreadPoolExecutor(given.jobs) as pool:
             wrong = unknown + list(pool.map(
                 lambda row: judge(tool, given.pieces / f"{row[0]}.prm", given.clip,

@@ -2,13 +2,16 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <fstream>
 #include <optional>
 #include <set>
+#include <thread>
 #include <utility>
 
 #include "host/result_codes.h"
 #include "simhost/session.h"
+#include "tool/shared/base/crash_watch.h"
 #include "tool/shared/base/output_file.h"
 #include "tool/validate/base/playing.h"
 
@@ -138,6 +141,25 @@ std::vector<Finding> findingsOf(const std::vector<SeenViolation>& seen, Rule rul
     return out;
 }
 
+namespace {
+
+// What refused to start gives nothing back, as no imShutdown comes then, and forgets it when it is unloaded.
+// A thread of the system may hold a module for a while behind its last call, and some stay for good: those
+// still have what they got from a host that is gone, and the next one cannot judge them.
+bool isForgotten(const void* entry, const std::string& module) {
+    constexpr std::chrono::seconds kMost{5};
+    const auto begin = std::chrono::steady_clock::now();
+    while (!module.empty() && codePlace(entry).module == module) {
+        if (std::chrono::steady_clock::now() - begin > kMost) {
+            return false;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return true;
+}
+
+}  // namespace
+
 void playInTrouble(Trial& trial, const HostProfile& profile, const std::function<void(Host&)>& prepare,
                    const std::string& call) {
     const auto& usual = watchedSessions(trial);
@@ -145,8 +167,14 @@ void playInTrouble(Trial& trial, const HostProfile& profile, const std::function
         return std::any_of(usual.begin(), usual.end(),
                            [&](const SeenViolation& seen) { return seen.violation.rule == violation.rule; });
     };
+    static bool remembersAnother = false;
+    if (remembersAnother) {
+        return;
+    }
     Host host(profile, Stage::quiet());
     const std::unique_ptr<Plugin> plugin = loadForTrial(trial);
+    const void* const entry = reinterpret_cast<const void*>(plugin->entry());
+    const std::string module = codePlace(entry).module;
     const Importer importer(host, *plugin);
     prepare(host);
     const bool started = isStarted(importer.init().result);
@@ -155,6 +183,7 @@ void playInTrouble(Trial& trial, const HostProfile& profile, const std::function
         (void)importer.shutdown();
     }
     plugin->unload();
+    remembersAnother = !started && !isForgotten(entry, module);
     std::vector<Violation> broken = host.violations();
     if (started) {
         const std::vector<Violation> held = host.balance().violations();

@@ -33,10 +33,10 @@ class ValidateTest : public ToolTest {
 };
 
 TEST_F(ValidateTest, ACrashAHangAndAnEndCostTheirOwnChecksOnly) {
+    const std::string only =
+        "selectors.starts,selectors.supports8,selectors.formats-end,selectors.unknown,selectors.null-records";
     const ToolRun run = runTool({"validate", ORVANTIS_BAD_MODULE, "--timeout", "1", "--jobs", "1", "--only",
-                                 "selectors.starts,selectors.supports8,selectors.formats-end,selectors."
-                                 "unknown,selectors.null-records",
-                                 "--json", in("report.json")});
+                                 only, "--json", in("report.json")});
     EXPECT_EQ(run.code, 5);
     EXPECT_THAT(run.out, HasSubstr("TIMED-OUT selectors.formats-end\n"));
     EXPECT_EQ(lastLine(run.out), "FAILURE: 5 checks: 2 crashed, 1 timed out, 2 passed\n");

@@ -126,7 +126,8 @@ std::vector<Finding> findingsOf(const std::vector<SeenViolation>& seen, Rule rul
         }
         const std::string call = violation.call.empty() ? "the whole session" : violation.call;
         std::string field = violation.record;
-        field += (field.empty() || violation.field.empty() ? "" : ".") + violation.field;
+        field += field.empty() || violation.field.empty() ? "" : ".";
+        field += violation.field;
         const bool today = profile == kWatchedProfiles[0];
         if (today) {
             usual.emplace(call, field);

@@ -23,7 +23,7 @@ class RunningTool {
     int wait();
 
  private:
-    std::intptr_t m_process = 0;  // handle or id
+    std::intptr_t m_process = 0;                  // handle or id
     [[maybe_unused]] std::uint32_t m_number = 0;  // of the process, on Windows
     std::intptr_t m_errors = -1;
 };

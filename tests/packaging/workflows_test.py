@@ -17,6 +17,9 @@ DEBIAN = ".github/workflows/debian.yml"
 WINDOWS = ".github/workflows/windows.yml"
 CONTAINER = ".devcontainer/Dockerfile"
 LINKS = ".github/ISSUE_TEMPLATE/config.yml"
+# The forge's own once the project is there, and no place at all before.
+HOME = (settings.SOURCE_DIR / "packaging/home-url.txt").read_text().strip()
+ELSEWHERE = HOME[:HOME.rindex("/")] + "/another"
 STEPS = """# UNRUN
 name: Small
 permissions:
@@ -103,7 +106,7 @@ class WorkflowTest(unittest.TestCase):
             (".github/dependabot.yml", "interval: monthly", "interval: yearly", "dependabot.yml: updates/0/schedule/interval: 'yearly' is not"),
             (".github/ISSUE_TEMPLATE/bug.yml", "type: textarea", "type: text", "ISSUE_TEMPLATE/bug.yml: body/1/type: 'text' is not"),
             (LINKS, "blank_issues_enabled: true", "blank_issues_enabled: maybe", "ISSUE_TEMPLATE/config.yml: blank_issues_enabled: "),
-            (LINKS, "/orvantis-importer/", "/another/", "config.yml: https://example.com/another/security/advisories/new is not below https://"),
+            (LINKS, HOME, ELSEWHERE, f"config.yml: {ELSEWHERE}/security/advisories/new is not below {HOME}: "),
             (CONTAINER, "scripts/common.sh ", "", ".devcontainer: RUN ORVANTIS_EXTRA_PACKAGES="),
             (CONTAINER, "/tmp/scripts/install-packages.sh &&", "apt-get install -y cmake ninja-build &&",
              ".devcontainer: lacks packages that scripts/install-packages.sh installs: "),
@@ -177,7 +180,7 @@ class WorkflowTest(unittest.TestCase):
         for home in ("https://192.0.2.1/somebody/importer&co", "https://192.0.2.2/else"):
             self.assertEqual(self.script("set-home-url.sh", home).returncode, 0)
             self.assertEqual((self.folder / "packaging/home-url.txt").read_text(), home + "\n")
-            self.assertEqual((self.folder / LINKS).read_text(), before.replace("https://example.com/orvantis-importer", home))
+            self.assertEqual((self.folder / LINKS).read_text(), before.replace(HOME, home))
             self.assertEqual(steps(self.folder, "check").stdout.strip(), "")
         for home in ("http://192.0.2.1/a", "https://example.com/a", "https://192.0.2.1/a/"):
             result = self.script("set-home-url.sh", home)

@@ -3,7 +3,7 @@
 # plug-in, measures both, prints a table of ratios and writes docs/performance.md with its plot. Ends with one line that
 # counts the ratios reached. Needs about 1.5 GB of free memory; its files take 300 MB below build/ and go away again.
 #
-#   ./bench.sh            all of it, about 6 minutes once built; nothing else should run meanwhile
+#   ./bench.sh            all of it, about 4 minutes once built; nothing else should run meanwhile
 set -eu
 script="$(realpath "$0")"
 cd "$(dirname "$script")"

@@ -45,9 +45,14 @@ class Pool {
         callThread();
     }
 
-    bool tasksWait() const noexcept {
+    std::uint64_t firstInLine() const noexcept {
         const std::lock_guard lock(m_mutex);
-        return !m_tasks.isEmpty();
+        return m_tasks.firstInLine();
+    }
+
+    bool waitsStill(std::uint64_t first) const noexcept {
+        const std::lock_guard lock(m_mutex);
+        return m_tasks.isStillFirst(first);
     }
 
  private:
@@ -137,8 +142,12 @@ void ThreadPool::submit(PoolTask& task) noexcept {
     thePool().submit(task);
 }
 
-bool ThreadPool::tasksWait() const noexcept {
-    return thePool().tasksWait();
+std::uint64_t ThreadPool::firstInLine() const noexcept {
+    return thePool().firstInLine();
+}
+
+bool ThreadPool::waitsStill(std::uint64_t first) const noexcept {
+    return thePool().waitsStill(first);
 }
 
 }  // namespace orvantis

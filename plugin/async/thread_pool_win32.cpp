@@ -114,10 +114,16 @@ void ThreadPool::submit(PoolTask& task) noexcept {
     SubmitThreadpoolWork(pool.work);
 }
 
-bool ThreadPool::tasksWait() const noexcept {
+std::uint64_t ThreadPool::firstInLine() const noexcept {
     Pool& pool = thePool();
     const std::lock_guard lock(pool.mutex);
-    return !pool.tasks.isEmpty();
+    return pool.tasks.firstInLine();
+}
+
+bool ThreadPool::waitsStill(std::uint64_t first) const noexcept {
+    Pool& pool = thePool();
+    const std::lock_guard lock(pool.mutex);
+    return pool.tasks.isStillFirst(first);
 }
 
 }  // namespace orvantis

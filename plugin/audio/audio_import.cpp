@@ -9,6 +9,7 @@
 #include "audio/deinterleave.h"
 #include "audio/sample_arithmetic.h"
 #include "avi/audio_chunk.h"
+#include "avi/avi_stream.h"
 #include "diag/log.h"
 #include "host/audio_codes.h"
 #include "host/result_codes.h"

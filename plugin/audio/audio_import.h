@@ -7,10 +7,11 @@
 #include <span>
 
 #include "audio/audio_owner.h"
-#include "avi/avi_stream.h"
 #include "host/result_codes.h"
 
 namespace orvantis {
+
+class AviStream;
 
 /// Reads up to `sizeBytes` bytes of the stream from its byte `startBytes` on, chunk by chunk, each with the
 /// file's position to itself. Returns how many came; fewer at the end of the stream or after a failure, which

@@ -9,6 +9,7 @@
 #include "audio/channel_layout.h"
 #include "audio/sample_arithmetic.h"
 #include "audio/sample_type.h"
+#include "avi/avi_stream.h"
 #include "diag/format.h"
 #include "diag/log.h"
 #include "host/audio_codes.h"

@@ -8,7 +8,6 @@
 
 #include "audio/audio_owner.h"
 #include "audio/wave_format.h"
-#include "avi/avi_stream.h"
 #include "diag/atomic.h"
 #include "diag/spare.h"
 #include "fileio/read_buffer.h"
@@ -16,6 +15,8 @@
 #include "host/result_codes.h"
 
 namespace orvantis {
+
+class AviStream;
 
 class AudioInfo {
  public:

@@ -6,6 +6,7 @@
 #include <exception>
 #include <string>
 
+#include "avi/avi_stream.h"
 #include "avi/index_arithmetic.h"
 
 namespace orvantis {

@@ -7,7 +7,6 @@
 #include <span>
 #include <vector>
 
-#include "avi/avi_stream.h"
 #include "avi/avi_structs.h"
 #include "avi/chunk_list_builder.h"
 #include "avi/index_input.h"
@@ -15,6 +14,8 @@
 #include "avi/riff_chunk.h"
 
 namespace orvantis {
+
+class AviStream;
 
 /// Reads the OpenDML indexes of one file. Super indexes may name each other, and many may name one chunk, so
 /// what is read for one file is bounded by the file's size; beyond the bounds a read fails like any other.

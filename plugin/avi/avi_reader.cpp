@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "avi/avi_index.h"
+#include "avi/avi_stream.h"
 #include "avi/problems.h"
 
 namespace orvantis {
@@ -48,6 +49,10 @@ void addStreamProblem(Problems& problems, std::uint64_t ordinal, const char* pro
 }
 
 }  // namespace
+
+AviReader::AviReader() = default;
+
+AviReader::~AviReader() = default;
 
 void AviReader::reset() noexcept {
     chunks = {};

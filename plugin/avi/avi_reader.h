@@ -12,7 +12,6 @@
 #include <string>
 #include <vector>
 
-#include "avi/avi_stream.h"
 #include "avi/avi_structs.h"
 #include "avi/file_window.h"
 #include "avi/index_input.h"
@@ -23,9 +22,12 @@
 
 namespace orvantis {
 
+class AviStream;
+
 class AviReader {
  public:
-    AviReader() = default;
+    AviReader();
+    ~AviReader();
 
     /// Parses `file` from its current position (the start) and starts from an empty state each time. With
     /// `headerOnly` no index is read, and nothing behind the movi list unless the headers lie there:

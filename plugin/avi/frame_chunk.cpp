@@ -4,6 +4,7 @@
 #include <exception>
 #include <stdexcept>
 
+#include "avi/avi_stream.h"
 #include "avi/chunk_arithmetic.h"
 #include "fileio/error.h"
 

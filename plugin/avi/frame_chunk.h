@@ -7,11 +7,12 @@
 #include <optional>
 #include <string>
 
-#include "avi/avi_stream.h"
 #include "fileio/file.h"
 #include "fileio/read_buffer.h"
 
 namespace orvantis {
+
+class AviStream;
 
 /// Where a frame's compressed bytes are read to. Reused from frame to frame.
 struct FrameChunk {

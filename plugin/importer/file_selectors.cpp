@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "avi/avi_stream.h"
 #include "diag/format.h"
 #include "diag/log.h"
 #include "host/four_char_codes.h"

@@ -5,6 +5,7 @@
 
 #include <stdexcept>
 
+#include "avi/avi_stream.h"
 #include "diag/format.h"
 #include "diag/log.h"
 #include "diag/text.h"

@@ -7,7 +7,6 @@
 #include <string>
 #include <vector>
 
-#include "avi/avi_stream.h"
 #include "host/result_codes.h"
 #include "suites/importer_suites.h"
 #include "video/format_tables.h"
@@ -16,6 +15,8 @@
 #include "video/orvantis_codec.h"
 
 namespace orvantis {
+
+class AviStream;
 
 class VideoInfo {
  public:

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "avi/avi_reader.h"
+#include "avi/avi_stream.h"
 #include "avi/frame_chunk.h"
 #include "tests/support/allocation_meter/allocation_meter.h"
 #include "tests/support/memory_file.h"

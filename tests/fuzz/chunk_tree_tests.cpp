@@ -1,5 +1,6 @@
 // The tree of chunks that the mutator works on: nothing of a file is lost in it, and each change of it leaves
 // what it promises.
+#include "avi/avi_stream.h"
 #include "tests/fuzz/chunk_tree.h"
 
 #include <gtest/gtest.h>

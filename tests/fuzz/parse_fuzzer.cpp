@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "avi/avi_reader.h"
+#include "avi/avi_stream.h"
 #include "avi/frame_chunk.h"
 #include "tests/fuzz/fuzz_target.h"
 #include "tests/fuzz/memory_bound.h"

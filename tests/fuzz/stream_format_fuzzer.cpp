@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "audio/audio_info.h"
+#include "avi/avi_stream.h"
 #include "avi/chunk_list_builder.h"
 #include "diag/log.h"
 #include "host/audio_codes.h"

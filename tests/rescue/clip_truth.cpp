@@ -4,6 +4,7 @@
 #include <set>
 
 #include "avi/avi_reader.h"
+#include "avi/avi_stream.h"
 #include "avi/four_char_code.h"
 
 namespace simhost::tool {

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "avi/avi_reader.h"
+#include "avi/avi_stream.h"
 #include "tests/support/memory_file.h"
 #include "tests/support/temp_folder.h"
 #include "tool/excerpt/excerpt_check.h"

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "avi/avi_reader.h"
+#include "avi/avi_stream.h"
 #include "fileio/win_file.h"
 #include "tests/support/thorough.h"
 #include "tests/tool/tool_run.h"

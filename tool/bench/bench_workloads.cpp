@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "avi/avi_reader.h"
+#include "avi/avi_stream.h"
 #include "host/suites.h"
 #include "tool/bench/bench_host.h"
 #include "tool/shared/base/tool_error.h"

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "avi/avi_reader.h"
+#include "avi/avi_stream.h"
 #include "avi/riff_walk.h"
 
 namespace simhost::tool {

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "avi/avi_reader.h"
+#include "avi/avi_stream.h"
 #include "tool/shared/base/tool_error.h"
 #include "tool/shared/media/index_probe.h"
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "avi/avi_reader.h"
+#include "avi/avi_stream.h"
 #include "fileio/win_file.h"
 
 namespace simhost::tool {

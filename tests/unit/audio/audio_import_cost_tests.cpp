@@ -5,6 +5,7 @@
 
 #include <vector>
 
+#include "avi/avi_stream.h"
 #include "diag/log.h"
 #include "import_fixture.h"
 #include "tests/support/allocation_meter/allocation_meter.h"

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "avi/avi_stream.h"
 #include "import_fixture.h"
 #include "tests/support/captured_log.h"
 #include "tests/support/chunk_lists.h"

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "audio/audio_info.h"
+#include "avi/avi_stream.h"
 #include "avi/chunk_list_builder.h"
 #include "import_fixture.h"
 #include "tests/support/latch.h"

@@ -1,4 +1,5 @@
 #include "audio/audio_info.h"
+#include "avi/avi_stream.h"
 
 #include <gtest/gtest.h>
 

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "audio/audio_info.h"
+#include "avi/avi_stream.h"
 #include "diag/log.h"
 #include "host_record.h"
 #include "wave_bytes.h"

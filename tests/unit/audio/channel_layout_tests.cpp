@@ -1,4 +1,5 @@
 #include "audio/channel_layout.h"
+#include "avi/avi_stream.h"
 
 #include <gtest/gtest.h>
 

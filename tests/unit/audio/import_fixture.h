@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "audio/audio_info.h"
+#include "avi/avi_stream.h"
 #include "avi/chunk_list_builder.h"
 #include "recording_file.h"
 #include "tests/support/fake_host/fake_host.h"

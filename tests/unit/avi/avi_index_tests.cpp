@@ -1,5 +1,6 @@
 // The chunk lists: what idx1 and the OpenDML indexes become, and which of them is in force.
 #include "avi/avi_index.h"
+#include "avi/avi_stream.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,6 @@
 // The structure parser: which files it takes, what it keeps of them, and the text of each problem.
 #include "avi/avi_reader.h"
+#include "avi/avi_stream.h"
 
 #include <gtest/gtest.h>
 

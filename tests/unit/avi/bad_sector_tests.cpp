@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <string>
 
+#include "avi/avi_stream.h"
 #include "tests/support/failing_file.h"
 #include "tests/support/thorough.h"
 #include "tests/unit/avi/avi_test_support.h"

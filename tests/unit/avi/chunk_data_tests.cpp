@@ -3,6 +3,7 @@
 
 #include <array>
 
+#include "avi/avi_stream.h"
 #include "tests/unit/avi/avi_test_support.h"
 
 namespace orvantis {

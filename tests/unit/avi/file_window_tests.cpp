@@ -5,6 +5,7 @@
 
 #include <cstring>
 
+#include "tests/support/avi_builder/riff_builder.h"
 #include "tests/support/failing_file.h"
 #include "tests/support/memory_file.h"
 

@@ -1,4 +1,5 @@
 // Reading one frame's bytes: which chunk serves it, how the buffer grows, what is told of each failure.
+#include "avi/avi_stream.h"
 #include "avi/frame_chunk.h"
 
 #include <gtest/gtest.h>

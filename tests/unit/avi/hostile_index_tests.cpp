@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "avi/avi_index.h"
+#include "avi/avi_stream.h"
 #include "avi/error_text.h"
 #include "avi/index_input.h"
 #include "avi/problems.h"

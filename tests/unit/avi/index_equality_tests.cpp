@@ -11,6 +11,7 @@
 #include <random>
 
 #include "avi/avi_index.h"
+#include "avi/avi_stream.h"
 #include "avi/riff_walk.h"
 #include "tests/support/thorough.h"
 #include "tests/unit/avi/avi_test_support.h"

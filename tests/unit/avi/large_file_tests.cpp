@@ -6,6 +6,7 @@
 #include <random>
 #include <string>
 
+#include "avi/avi_stream.h"
 #include "avi/frame_chunk.h"
 #include "fileio/win_file.h"
 #include "tests/support/sparse_file.h"

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "avi/avi_reader.h"
+#include "avi/avi_stream.h"
 #include "avi/chunk_list_builder.h"
 #include "avi/frame_chunk.h"
 #include "tests/support/allocation_meter/allocation_meter.h"

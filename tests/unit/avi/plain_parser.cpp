@@ -4,6 +4,8 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "avi/avi_stream.h"
+
 namespace orvantis::test {
 
 namespace {

@@ -1,6 +1,7 @@
 // Every AVI on the machine passes through the reader: refusing or opening one costs few and large reads.
 #include <gtest/gtest.h>
 
+#include "avi/avi_stream.h"
 #include "tests/unit/avi/avi_test_support.h"
 
 namespace orvantis {

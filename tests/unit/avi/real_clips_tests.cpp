@@ -15,6 +15,7 @@
 #include <string>
 
 #include "avi/avi_reader.h"
+#include "avi/avi_stream.h"
 #include "avi/frame_chunk.h"
 #include "fileio/win_file.h"
 

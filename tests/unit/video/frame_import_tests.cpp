@@ -1,5 +1,6 @@
 // From a request to a decoded host frame: each step's results and log lines, every failure, and the running
 // session.
+#include "avi/avi_stream.h"
 #include "video/frame_import.h"
 
 #include <gtest/gtest.h>

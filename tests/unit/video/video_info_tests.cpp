@@ -1,4 +1,5 @@
 // The analysis of a video stream: every way it can end, with its log lines, and what it finds.
+#include "avi/avi_stream.h"
 #include "video/video_info.h"
 
 #include <gtest/gtest.h>

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "avi/avi_reader.h"
+#include "avi/avi_stream.h"
 #include "fileio/win_file.h"
 #include "simhost/text.h"
 #include "tool/shared/media/unindexed_chunks.h"

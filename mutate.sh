@@ -39,8 +39,8 @@ done
 ORVANTIS_EXTRA_PACKAGES="" scripts/install-packages.sh
 
 # The programs that mutants are linked into, and the clips that they read.
-[ -e build/linux-quick/build.ninja ] || cmake --preset linux-quick >/dev/null
+[ -e build/linux-mutation/build.ninja ] || cmake --preset linux-quick -B build/linux-mutation -DORVANTIS_EXCHANGEABLE=ON >/dev/null
 # shellcheck disable=SC2046 # a list of words on purpose
-cmake --build --preset linux-quick --target $(python3 scripts/mutation/build_graph.py build/linux-quick) -- --quiet
+cmake --build build/linux-mutation --target $(python3 scripts/mutation/build_graph.py build/linux-mutation) -- --quiet
 # The distribution's bindings of libclang belong to the distribution's Python.
 exec /usr/bin/python3 scripts/mutation/mutate.py "$@"

@@ -41,7 +41,7 @@ if [ "$what" = quick ]; then
     failed=0
     target="quick${2:+_all}"
     # All of them, whatever fails.
-    cmake --build --preset linux-quick -j "$jobs" --target "$target" -- -k 0 --quiet || failed=1
+    cmake --build --preset linux-quick -j "$((jobs + 1))" --target "$target" -- -k 0 --quiet || failed=1
     ran="$(find build/linux-quick/quick -name '*.log' -newer build/linux-quick/quick/begun | wc -l)"
     [ "$failed" = 0 ] && verdict="all passed" || verdict="FAILED"
     there="$(ninja -C build/linux-quick -t commands "$target" | grep -c run-quick-test.sh)"

@@ -112,6 +112,9 @@ endif()
 # Lint wants the single files.
 option(ORVANTIS_UNITY "Compile test equipment, and under a sanitizer all libraries, several files at a time" ON)
 
+# ./mutate.sh exchanges one file of a program.
+option(ORVANTIS_EXCHANGEABLE "Compile and link each file of the libraries for itself in a quick build" OFF)
+
 # The build that is to answer quickly reads the standard library's headers once for all libraries. That no file forgets to
 # include one, the other builds see.
 if(ORVANTIS_QUICK AND NOT ORVANTIS_COVERAGE AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
@@ -135,8 +138,10 @@ function(orvantis_add_library name)
         target_sources(${name} PRIVATE ${arg_POSIX_SOURCES})
     endif()
     target_link_libraries(${name} PUBLIC orvantis_options ${arg_LIBRARIES})
-    # Where a sanitizer watches, a folder is compiled as few pieces: headers once, which is half of the time.
-    if(ORVANTIS_SANITIZE AND ORVANTIS_UNITY AND NOT ORVANTIS_FUZZ)
+    # Where a sanitizer watches or an answer is to come quickly, a folder is compiled as few pieces: headers once, which is
+    # half of the time.
+    if((ORVANTIS_SANITIZE OR (ORVANTIS_QUICK AND NOT ORVANTIS_COVERAGE AND NOT ORVANTIS_EXCHANGEABLE))
+       AND ORVANTIS_UNITY AND NOT ORVANTIS_FUZZ)
         set_target_properties(${name} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 6)
     endif()
 endfunction()

@@ -139,9 +139,10 @@ function(orvantis_add_test)
     set_target_properties(${arg_NAME} PROPERTIES ORVANTIS_IS_TEST ON)
     target_precompile_headers(${arg_NAME} REUSE_FROM orvantis_test_headers)
     orvantis_unity_test(${arg_NAME} ${arg_SOURCES})
-    # The folder's own copies of its inline functions, which are counted, instead of those in the tests.
-    if(ORVANTIS_COVERAGE)
-        foreach(library orvantis_avi orvantis_audio orvantis_video orvantis_importer)
+    # Of inline functions the linker takes the first copy that it meets: that of what is tested, which is optimised (and
+    # counted), and not the test's own.
+    if(NOT WIN32 AND NOT ORVANTIS_EXCHANGEABLE)
+        foreach(library orvantis_avi orvantis_audio orvantis_video orvantis_importer orvantis_avi_builder)
             if(library IN_LIST arg_LIBRARIES)
                 target_link_options(${arg_NAME} PRIVATE
                     "SHELL:-Wl,--whole-archive $<TARGET_FILE:${library}> -Wl,--no-whole-archive")

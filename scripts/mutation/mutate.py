@@ -27,7 +27,7 @@ from source_mutants import Mutant, find_mutants, joined
 from trial import Originals, Outcome, Trials
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
-BUILD = ROOT / "build/linux-quick"
+BUILD = ROOT / "build/linux-mutation"
 STATE = ROOT / "build/mutation"
 EXPLAINED = ROOT / "tests/mutation/explained.txt"
 DOCUMENT = ROOT / "docs/mutation.md"

@@ -284,11 +284,15 @@ class AtOnce:
         map_file, tests_file = (self.folder / f"{what}-{program.name}" for what in ("reached", "tests"))
         reach, spent = {}, 0.0
         for arguments, environment in self.trials.runs(program):
-            map_file.write_bytes(bytes(max(1, len(self.functions))))
-            tests_file.write_bytes(b"")
-            ended = self.start(program, arguments, environment, 900, 1800, {
-                "MUTANT_FUNCTIONS_REACHED": str(map_file), "MUTANT_FUNCTIONS": str(len(self.functions)),
-                "MUTANT_TESTS_REACH": str(tests_file)})
+            # Some tests compare processor times, which a busy machine can spoil.
+            for _ in range(3):
+                map_file.write_bytes(bytes(max(1, len(self.functions))))
+                tests_file.write_bytes(b"")
+                ended = self.start(program, arguments, environment, 900, 1800, {
+                    "MUTANT_FUNCTIONS_REACHED": str(map_file), "MUTANT_FUNCTIONS": str(len(self.functions)),
+                    "MUTANT_TESTS_REACH": str(tests_file)})
+                if ended.code == 0:
+                    break
             if ended.code != 0:
                 raise RuntimeError(f"{program.name} fails without any mutant: {failed_test(ended)}")
             spent += ended.seconds

@@ -13,7 +13,7 @@
 #   ./test.sh quick all    the same with the tool's tests, the schedules, the fuzz corpora and clips of other programs
 #   ./test.sh golden       no test: writes the texts of tests/golden anew, for you to read in `git diff` before you keep them
 #
-# Without an argument it takes 11 to 13 minutes on 2 cores with an empty compiler cache, packaging 9 minutes more.
+# Without an argument it takes ten minutes on 2 idle cores with an empty compiler cache, packaging 9 minutes more.
 set -eu
 script="$(realpath "$0")"
 cd "$(dirname "$script")"

@@ -9,6 +9,7 @@ namespace orvantis {
 /// Work that the pool runs once each time that it is submitted. Owned by who submits it.
 class PoolTask {
  public:
+    virtual ~PoolTask() = default;
     PoolTask(const PoolTask&) = delete;
     PoolTask& operator=(const PoolTask&) = delete;
 
@@ -18,7 +19,6 @@ class PoolTask {
 
  protected:
     PoolTask() = default;
-    virtual ~PoolTask() = default;
 
  private:
     friend class TaskQueue;

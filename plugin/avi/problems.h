@@ -24,7 +24,9 @@ struct ProblemPlace {
     Part part;
     std::uint64_t ordinal = 0;
 
-    friend auto operator<=>(const ProblemPlace&, const ProblemPlace&) = default;
+    // The check takes the 0 that the compiler compares with for a pointer.
+    friend auto operator<=>(const ProblemPlace&,
+                            const ProblemPlace&) = default;  // NOLINT(modernize-use-nullptr)
 };
 
 class Problems {

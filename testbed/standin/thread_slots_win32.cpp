@@ -28,6 +28,7 @@ DWORD WINAPI takeSlot() {
 }  // namespace
 
 // Through this name every call of a function of the system goes.
+// NOLINTNEXTLINE(bugprone-reserved-identifier)
 extern "C" DWORD(WINAPI* const __imp_TlsAlloc)() = &takeSlot;
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID processEnds) {

@@ -214,12 +214,13 @@ TEST_F(ImporterHostReport, WhenNoFrameCanBeShownThatStandsAtTheTop) {
 TEST_F(ImporterHostReport, ThePageNamesCodingVersionsAndDates) {
     ASSERT_EQ(report(write(u8"a.avi", clips::builder().build())), kSuccess);
     const std::string page = read(u8"out/a.avi.html");
+    const std::string tool = "<dt>Tool</dt><dd>importer_host " ORVANTIS_PROJECT_VERSION "</dd>";
+    EXPECT_THAT(page, HasSubstr(tool));
     for (const char* text : {"<dt>Codec</dt><dd>Orvantis 8-bit YUV 4:2:2</dd>",
                              "<dt>Colour space</dt><dd>YUV, colour at half the width (4:2:2)",
                              "<dt>Bits per channel</dt><dd>8</dd>", "<dt>Every frame</dt><dd>128 bytes</dd>",
-                             "<dt>Last written</dt><dd>20", "<dt>Report made</dt><dd>20",
-                             "<dt>Tool</dt><dd>importer_host " ORVANTIS_PROJECT_VERSION "</dd>",
-                             "<dt>Plug-in</dt>", "<dt>Host profile</dt><dd>default</dd>",
+                             "<dt>Last written</dt><dd>20", "<dt>Report made</dt><dd>20", "<dt>Plug-in</dt>",
+                             "<dt>Host profile</dt><dd>default</dd>",
                              "aria-label=\"Sound track 1, waveform of channel 2, Front right"}) {
         EXPECT_THAT(page, HasSubstr(text));
     }

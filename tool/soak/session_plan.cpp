@@ -153,16 +153,16 @@ class Course {
 
     void addAsync() {
         const std::uint64_t what = m_random.below(24);
+        // One that is shared is closed when no thread uses it any more.
+        const bool oneMoreFrame = what >= 22 && m_sharedAsync;
         if (what < 10) {
             addFrame(SessionAct::kAsyncRead);
-        } else if (what < 19) {
+        } else if (what < 19 || oneMoreFrame) {
             addFrame(SessionAct::kAsyncFrame);
         } else if (what < 20) {
             addFrame(SessionAct::kAsyncCancel);
         } else if (what < 22) {
             add(SessionAct::kAsyncFlush, 0);
-        } else if (m_sharedAsync) {
-            addFrame(SessionAct::kAsyncFrame);  // it is closed when no thread uses it any more
         } else {
             add(what < 23 ? SessionAct::kAsyncOpen : SessionAct::kAsyncClose, 0);
         }

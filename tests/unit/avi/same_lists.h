@@ -53,7 +53,7 @@ inline std::string listDifference(const PlainChunkList& expected, const ChunkLis
         }
         for (const std::uint64_t position :
              {want.start, want.start + want.size / 2, want.start + want.size - 1, want.start + want.size}) {
-            const std::string difference = lookupDifference(expected, actual, position);
+            std::string difference = lookupDifference(expected, actual, position);
             if (!difference.empty()) {
                 return difference;
             }
@@ -67,7 +67,7 @@ inline std::string listDifference(const PlainChunkList& expected, const ChunkLis
     }
     for (const std::uint64_t position : {std::uint64_t{0}, expected.totalBytes() - 1, expected.totalBytes(),
                                          expected.totalBytes() + 1, ~std::uint64_t{0}}) {
-        const std::string difference = lookupDifference(expected, actual, position);
+        std::string difference = lookupDifference(expected, actual, position);
         if (!difference.empty()) {
             return difference;
         }

@@ -33,7 +33,7 @@ bool isAviName(std::string_view path) {
 
 // The place of a file to be written, once nothing is against it.
 FileFacts checkedTarget(const std::string& path) {
-    const FileFacts facts = fileFacts(path);
+    FileFacts facts = fileFacts(path);
     const auto refuse = [&path](const std::string& reason, const char* advice) {
         throw ToolError(kNoOutput, "'" + path + "' is not written: " + reason, advice);
     };

@@ -135,6 +135,7 @@ std::vector<std::string> dumpsOf(const std::string& program, const std::string& 
     FindClose(search);
     std::sort(found.begin(), found.end(), [](const auto& a, const auto& b) { return a.first > b.first; });
     std::vector<std::string> out;
+    out.reserve(found.size());
     for (auto& [time, path] : found) {
         out.push_back(std::move(path));
     }

@@ -213,8 +213,7 @@ std::string copyOfClip(Trial& trial, Stage& stage, const std::string& name) {
             continue;
         }
         const std::filesystem::path source = pathFromUtf8(clip.path);
-        const std::string path =
-            trial.freshPath((name.empty() ? "copy" : name) + pathToUtf8(source.extension()));
+        std::string path = trial.freshPath((name.empty() ? "copy" : name) + pathToUtf8(source.extension()));
         std::error_code error;
         std::filesystem::copy_file(source, pathFromUtf8(path), error);
         if (error) {

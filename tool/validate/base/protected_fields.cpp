@@ -16,6 +16,8 @@ namespace {
             sizeof(host::imImageInfoRec::field)                                              \
     }
 
+// Of a pointer its own size is meant.
+// NOLINTBEGIN(bugprone-sizeof-expression)
 constexpr ProtectedField kProtectedFields[] = {
     FIELD(imImportInfoRec, acceleratorFileExt),
     FIELD(imImportInfoRec, reserved),
@@ -60,6 +62,7 @@ constexpr ProtectedField kProtectedFields[] = {
     FIELD(imAsyncImporterCreationRec, inPrivateData),
     FIELD(imAsyncImporterCreationRec, inPrefs),
 };
+// NOLINTEND(bugprone-sizeof-expression)
 
 #undef IMAGE_FIELD
 #undef FIELD

@@ -11,8 +11,10 @@ void recordsSameAnswer(Trial& trial) {
     forClips(trial, stage, [&](Playing& playing) {
         const auto first = playing.clip().getInfo(0);
         const auto again = playing.clip().getInfo(0);
-        if (first.result != again.result ||
-            std::memcmp(&first.record, &again.record, sizeof first.record) != 0) {
+        // Between the members, too: the importer was given zeros there.
+        // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison)
+        const bool sameBytes = std::memcmp(&first.record, &again.record, sizeof first.record) == 0;
+        if (first.result != again.result || !sameBytes) {
             trial.fail({.call = "imGetInfo8, stream 0, twice",
                         .field = "imFileInfoRec8",
                         .clip = playing.path(),

@@ -13,6 +13,7 @@ void threadsOpenAndClose(Trial& trial) {
     Stage stage(trial);
     forClips(trial, stage, [&](Playing& playing) {
         std::vector<std::thread> threads;
+        threads.reserve(4);
         for (int i = 0; i < 4; ++i) {
             threads.emplace_back([&] {
                 for (int round = 0; round < 10; ++round) {

@@ -303,8 +303,7 @@ class Supervisor {
             return {};
         }
         makeFolder(m_options.dumps);
-        const std::string kept =
-            m_options.dumps + "/" + result.id + "-" + std::to_string(result.seed) + ".dmp";
+        std::string kept = m_options.dumps + "/" + result.id + "-" + std::to_string(result.seed) + ".dmp";
         try {
             std::ifstream dump(pathFromUtf8(made), std::ios::binary);
             const std::string bytes{std::istreambuf_iterator<char>(dump), {}};

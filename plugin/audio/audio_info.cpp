@@ -17,7 +17,7 @@
 
 namespace orvantis {
 
-AudioInfo::AudioInfo(AudioOwner owner) : m_owner(owner) {
+AudioInfo::AudioInfo(const AudioOwner& owner) : m_owner(owner) {
     logMessage("AudioInfo::AudioInfo()");
 }
 

@@ -20,7 +20,7 @@ class AviStream;
 
 class AudioInfo {
  public:
-    explicit AudioInfo(AudioOwner owner);
+    explicit AudioInfo(const AudioOwner& owner);
     ~AudioInfo();
     AudioInfo(const AudioInfo&) = delete;
     AudioInfo& operator=(const AudioInfo&) = delete;

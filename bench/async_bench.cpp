@@ -400,7 +400,7 @@ void addAsyncBenchmarks() {
     addBenchmark("overtaking", overtaking, 1);
     addBenchmark("fixed_rate", fixedRate, 1);
     addBenchmark("clips_at_once", clipsAtOnce);
-    addBenchmark("pipeline_cache", pipelineFromCache, 21);
+    addBenchmark("pipeline_cache", pipelineFromCache);
     addBenchmark("pipeline_device", pipelineFromDevice, 5);
     addBenchmark("idle_clips", idleClips, 1);
 }

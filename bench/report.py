@@ -50,9 +50,8 @@ REASONS = {
     "latency": "The steps themselves are timed by a sleep and a busy loop; what else the machine runs at that moment lengthens "
                "single ones.",
     "order": "Turns are handed out in the order in which requests are made; a frame that overtook another is a defect.",
-    "rate": "Linux looks for an idle processor only while it does not hold all of them for busy, which with two of them is often: "
-            "then the thread that is to read the next frame is woken behind the one that decodes, and both steps take turns on one "
-            "processor until something else moves them. The two threads of the pipeline stay where they are.",
+    "rate": "A thread that is to read the next frame is sometimes put behind the one that has begun to decode, and waits for its "
+            "whole step; a tenth of the time is too little to make good for that soon. A pipeline of two threads wakes none.",
     "clips": "Sixteen host threads and thirty-two steps share the processors, and each clip has buffers of its own, which the "
              "caches do not hold.",
     "pipeline": "Handing a frame to the host and taking the next request costs two changes of threads that the bare pipeline "

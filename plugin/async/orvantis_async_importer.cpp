@@ -56,12 +56,9 @@ void AsyncFrameRequest::run() noexcept {
 
 void OrvantisAsyncImporter::work(AsyncFrameRequest& first) noexcept {
     for (AsyncFrameRequest* request = &first; request != nullptr;) {
-        const std::uint64_t firstInLine = m_pool->firstInLine();
         request = advance(*request);
-        // The others that share the pool are not to wait behind a clip that keeps its threads busy. Who has
-        // waited for a whole step has found no other thread; for who came just now one may be waking up, and
-        // to hand over this clip's work each time would cost it a change of threads a frame.
-        if (request != nullptr && m_pool->waitsStill(firstInLine)) {
+        // The others that share the pool are not to wait behind a clip that keeps its threads busy.
+        if (request != nullptr && m_pool->tasksWait()) {
             m_pool->submit(*request);
             return;
         }

@@ -2,8 +2,6 @@
 // themselves, so that nothing is allocated and handing one over cannot fail.
 #pragma once
 
-#include <cstdint>
-
 namespace orvantis {
 
 /// Work that the pool runs once each time that it is submitted. Owned by who submits it.
@@ -41,20 +39,13 @@ class TaskQueue {
         PoolTask* const task = m_first;
         if (task != nullptr) {
             m_first = task->m_next;
-            ++m_popped;
         }
         return task;
     }
 
-    /// Which task is the first, for isStillFirst(): 0 when there is none.
-    std::uint64_t firstInLine() const noexcept { return isEmpty() ? 0 : m_popped + 1; }
-    /// False for 0.
-    bool isStillFirst(std::uint64_t first) const noexcept { return first != 0 && firstInLine() == first; }
-
  private:
     PoolTask* m_first = nullptr;
     PoolTask* m_last = nullptr;  ///< meaningful while there is a first
-    std::uint64_t m_popped = 0;
 };
 
 }  // namespace orvantis

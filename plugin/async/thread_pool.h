@@ -5,8 +5,6 @@
 // Tasks never wait for each other in a thread of the pool, so a full pool makes them later, never stuck.
 #pragma once
 
-#include <cstdint>
-
 #include "async/task_queue.h"
 
 namespace orvantis {
@@ -30,11 +28,8 @@ class ThreadPool {
     /// work and there can be no more of them, as soon as one is through. Tasks start in the order in which
     /// they came. The module stays loaded until the pool's thread has left it. Any thread.
     void submit(PoolTask& task) noexcept;
-    /// Which task is the next to start, for waitsStill(): 0 when all that were submitted have started. Any
-    /// thread.
-    std::uint64_t firstInLine() const noexcept;
-    /// True when the task that was `first` in line has not started yet. False for 0. Any thread.
-    bool waitsStill(std::uint64_t first) const noexcept;
+    /// True while a task that was submitted has not started. Any thread.
+    bool tasksWait() const noexcept;
 };
 
 }  // namespace orvantis

@@ -45,14 +45,9 @@ class Pool {
         callThread();
     }
 
-    std::uint64_t firstInLine() const noexcept {
+    bool tasksWait() const noexcept {
         const std::lock_guard lock(m_mutex);
-        return m_tasks.firstInLine();
-    }
-
-    bool waitsStill(std::uint64_t first) const noexcept {
-        const std::lock_guard lock(m_mutex);
-        return m_tasks.isStillFirst(first);
+        return !m_tasks.isEmpty();
     }
 
  private:
@@ -142,12 +137,8 @@ void ThreadPool::submit(PoolTask& task) noexcept {
     thePool().submit(task);
 }
 
-std::uint64_t ThreadPool::firstInLine() const noexcept {
-    return thePool().firstInLine();
-}
-
-bool ThreadPool::waitsStill(std::uint64_t first) const noexcept {
-    return thePool().waitsStill(first);
+bool ThreadPool::tasksWait() const noexcept {
+    return thePool().tasksWait();
 }
 
 }  // namespace orvantis

@@ -114,16 +114,10 @@ void ThreadPool::submit(PoolTask& task) noexcept {
     SubmitThreadpoolWork(pool.work);
 }
 
-std::uint64_t ThreadPool::firstInLine() const noexcept {
+bool ThreadPool::tasksWait() const noexcept {
     Pool& pool = thePool();
     const std::lock_guard lock(pool.mutex);
-    return pool.tasks.firstInLine();
-}
-
-bool ThreadPool::waitsStill(std::uint64_t first) const noexcept {
-    Pool& pool = thePool();
-    const std::lock_guard lock(pool.mutex);
-    return pool.tasks.isStillFirst(first);
+    return !pool.tasks.isEmpty();
 }
 
 }  // namespace orvantis

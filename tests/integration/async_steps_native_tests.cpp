@@ -2,11 +2,9 @@
 // Seen from the hooks of the native file and, where there is one, the sanitizer's account of the heap.
 #include <atomic>
 #include <cstdint>
-#include <deque>
 #include <future>
 #include <thread>
 
-#include "async/thread_pool.h"
 #include "bench/sparse_avi.h"
 #include "host/result_codes.h"
 #include "tests/integration/async_codec_gate.h"
@@ -66,73 +64,6 @@ TEST_F(AsyncSteps, BehindAFlushNoReadAndNoDecodeBegins) {
     dropClip();
     stop();
     EXPECT_EQ(hooks->opened, hooks->closes);
-}
-
-// Of the pool's threads one stands in the codec and one in a read of the same clip, all others in reads of
-// other clips: whoever asks for a frame now waits for the two.
-TEST_F(AsyncSteps, AFullPoolServesAnotherClipAfterOneMoreStep) {
-    constexpr std::uint32_t kFrames = 12;
-    constexpr int kHeld = orvantis::ThreadPool::kMaxThreads - 2;
-    constexpr std::uint64_t kOtherBytes = 4096;
-    orvantis::test::InstalledFileHooks hooks;
-    std::atomic<int> reads = 0, readsBehind = 0, readsBefore = -1;
-    orvantis::test::Latch reading(1), readOn(1), held(kHeld), goOn(1), served(1);
-    hooks->beforeRead = [&](std::uint64_t bytes) {
-        if (bytes == kOtherBytes) {
-            readsBefore = readsBehind.load();
-            served.countDown();
-        } else if (bytes == kFrameBytes) {
-            const int number = ++reads;
-            if (number == 2) {
-                reading.countDown();
-                readOn.wait();
-            } else if (number > 2 && number <= 2 + kHeld) {
-                held.countDown();
-                goOn.wait();
-            } else if (number > 2) {
-                ++readsBehind;
-            }
-        }
-    };
-    CodecGate gate("full-" + clipPath().parent_path().filename().string());
-    openAsync();
-    orvantis::test::TempFolder folder;
-    orvantis::bench::SparseAviPlan plan;
-    plan.codec = "O8RG";
-    plan.frames = 1;
-    plan.framesPerSecond = 25;
-    plan.frameBytes = kOtherBytes;
-    orvantis::bench::writeSparseAvi((folder / "other.avi").string(), plan);
-    simhost::Clip other(importer(), orvantis::test::utf8Path(folder / "other.avi"));
-    ASSERT_EQ(other.getInfo(0).result, host::imNoErr);
-    const simhost::AsyncClip otherAsync(other);
-    std::deque<simhost::AsyncClip> holding;
-    for (int i = 0; i < kHeld; ++i) {
-        holding.emplace_back(clip());
-    }
-
-    ASSERT_EQ(initiate(0), host::aiNoError);
-    ASSERT_TRUE(gate.arrived());
-    ASSERT_EQ(initiate(1), host::aiNoError);
-    reading.wait();
-    for (std::uint32_t i = 2; i < kFrames; ++i) {
-        ASSERT_EQ(initiate(i), host::aiNoError);
-    }
-    for (const simhost::AsyncClip& one : holding) {
-        ASSERT_EQ(one.initiate(timeOf(0), anySize(kBgra)), host::aiNoError);
-    }
-    held.wait();
-    ASSERT_EQ(otherAsync.initiate(timeOf(0), anySize(kBgra)), host::aiNoError);
-    readOn.countDown();
-    served.wait();
-    EXPECT_EQ(readsBefore, 1) << "of " << kFrames - 2 << " frames that were announced before";
-    goOn.countDown();
-    gate.letThrough(1000);
-    for (std::uint32_t i = 0; i < kFrames; ++i) {
-        const simhost::FrameAnswer answer = async().getFrame(timeOf(i), anySize(kBgra));
-        ASSERT_TRUE(answer.frame);
-        EXPECT_TRUE(showsFrame(*answer.frame, i));
-    }
 }
 
 class AsyncSpares : public AsyncSteps {

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <cstdint>
 #include <deque>
 #include <functional>
 #include <memory>
@@ -28,27 +27,6 @@ class Work final : public orvantis::PoolTask {
  private:
     std::function<void()> m_what;
 };
-
-TEST(TaskQueue, TellsWhetherTheSameTaskIsStillTheFirst) {
-    Work one([] {}), other([] {});
-    orvantis::TaskQueue tasks;
-    EXPECT_EQ(tasks.firstInLine(), 0u);
-    EXPECT_FALSE(tasks.isStillFirst(0)) << "nobody waits";
-    tasks.push(one);
-    const std::uint64_t first = tasks.firstInLine();
-    EXPECT_NE(first, 0u);
-    tasks.push(other);
-    EXPECT_TRUE(tasks.isStillFirst(first));
-    EXPECT_EQ(tasks.pop(), &one);
-    EXPECT_FALSE(tasks.isStillFirst(first)) << "the other is";
-    tasks.push(one);
-    EXPECT_EQ(tasks.pop(), &other);
-    EXPECT_EQ(tasks.pop(), &one);
-    EXPECT_EQ(tasks.pop(), nullptr);
-    EXPECT_FALSE(tasks.isStillFirst(tasks.firstInLine()));
-    tasks.push(one);
-    EXPECT_FALSE(tasks.isStillFirst(first)) << "the same task, but come anew";
-}
 
 TEST(ThreadPool, WorkRunsOnAnotherThread) {
     ThreadPool pool;
@@ -113,7 +91,7 @@ TEST(ThreadPool, ATaskGetsAThreadWhileOthersWait) {
         pool.submit(work);
     }
     started.wait();  // would wait for ever if one of them waited for another
-    EXPECT_EQ(pool.firstInLine(), 0u);
+    EXPECT_FALSE(pool.tasksWait());
     go.countDown();
     done.wait();
 }
@@ -141,14 +119,11 @@ TEST(ThreadPool, AFullPoolStartsWhatComesInOrderAsSoonAsThreadsAreThrough) {
         });
         pool.submit(more.back());
     }
-    const std::uint64_t first = pool.firstInLine();
-    EXPECT_NE(first, 0u);
-    EXPECT_TRUE(pool.waitsStill(first));
+    EXPECT_TRUE(pool.tasksWait());
     EXPECT_EQ(begun, 0) << "there are more threads than the pool may have";
     go.countDown();
     done.wait();
     EXPECT_EQ(begun, kMore);
-    EXPECT_FALSE(pool.waitsStill(first));
 }
 
 TEST(ThreadPool, TasksStartInTheOrderInWhichTheyCame) {
@@ -199,8 +174,7 @@ TEST(ThreadPool, SharesUseOnePool) {
     full.wait();
     Work late([&] { done.countDown(); });
     other.submit(late);
-    EXPECT_NE(one.firstInLine(), 0u);
-    EXPECT_TRUE(other.waitsStill(one.firstInLine()));
+    EXPECT_TRUE(one.tasksWait());
     go.countDown();
     done.wait();
 }

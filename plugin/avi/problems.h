@@ -25,8 +25,8 @@ struct ProblemPlace {
     std::uint64_t ordinal = 0;
 
     // The check takes the 0 that the compiler compares with for a pointer.
-    friend auto operator<=>(const ProblemPlace&,
-                            const ProblemPlace&) = default;  // NOLINT(modernize-use-nullptr)
+    // NOLINTNEXTLINE(modernize-use-nullptr)
+    friend auto operator<=>(const ProblemPlace&, const ProblemPlace&) = default;
 };
 
 class Problems {

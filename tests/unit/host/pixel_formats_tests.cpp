@@ -116,7 +116,7 @@ TEST(PixelFormats, AnyIsZero) {
 
 // The code of a name without "PrPixelFormat_".
 std::uint32_t code(const std::string& name) {
-    return codeNamed(kPixelFormats, "PrPixelFormat_" + name);
+    return codeNamed(kPixelFormats, ("PrPixelFormat_" + name).c_str());
 }
 
 TEST(PixelFormats, CapitalsTellTheDepthOfRgbFormats) {

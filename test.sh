@@ -26,7 +26,11 @@ case "$what" in
 esac
 [ $# -lt 2 ] || [ "$*" = "quick all" ] || wrong_usage "test.sh: unknown arguments: $*"
 # See tests/support/thorough.h.
-if [ "$what" = everything ]; then export ORVANTIS_TEST_EVERYTHING=1; else export ORVANTIS_TEST_SAMPLE=1; fi
+case "$what" in
+    everything) export ORVANTIS_TEST_EVERYTHING=1 ;;
+    quick) export ORVANTIS_TEST_SAMPLE=quick ;;
+    *) export ORVANTIS_TEST_SAMPLE=1 ;;
+esac
 jobs="$(nproc)"
 # Programs under Wine wait for its server half of the time.
 wine_jobs="$((jobs * 2))"

@@ -14,6 +14,7 @@
 #include "tests/support/environment.h"
 #include "tests/support/file_hooks.h"
 #include "tests/support/latch.h"
+#include "tests/support/thorough.h"
 
 namespace {
 
@@ -133,7 +134,8 @@ class AsyncStress : public AsyncTest {
 
     void run(const Faults& faults, std::uint64_t usualOperations, Close close = Close::kBehindTheCalls) {
         const std::uint64_t seed = numberFrom("ORVANTIS_STRESS_SEED", std::random_device{}());
-        const std::uint64_t operations = numberFrom("ORVANTIS_STRESS_OPERATIONS", usualOperations);
+        const std::uint64_t operations =
+            numberFrom("ORVANTIS_STRESS_OPERATIONS", orvantis::test::howManyAtRandom(usualOperations));
         RecordProperty("seed", std::to_string(seed));
         std::printf("seed %llu\n", static_cast<unsigned long long>(seed));
         // Loaded here too, so that its account can be read when the plug-in is gone.

@@ -12,6 +12,7 @@
 #include "standin/error_codes.h"
 #include "tests/integration/sync_calls_fixture.h"
 #include "tests/support/file_hooks.h"
+#include "tests/support/thorough.h"
 
 namespace {
 
@@ -44,7 +45,9 @@ class SyncStress : public SyncCallsTest {
  protected:
     void run(bool faults, std::uint64_t usualOperations) {
         const std::uint64_t seed = numberFrom("ORVANTIS_STRESS_SEED", std::random_device{}());
-        const std::uint64_t each = numberFrom("ORVANTIS_STRESS_OPERATIONS", usualOperations) / kThreads;
+        const std::uint64_t each =
+            numberFrom("ORVANTIS_STRESS_OPERATIONS", orvantis::test::howManyAtRandom(usualOperations)) /
+            kThreads;
         RecordProperty("seed", std::to_string(seed));
         std::printf("seed %llu\n", static_cast<unsigned long long>(seed));
         m_faults = faults;

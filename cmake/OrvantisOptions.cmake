@@ -122,7 +122,7 @@ if(ORVANTIS_QUICK AND NOT ORVANTIS_COVERAGE AND CMAKE_CXX_COMPILER_ID STREQUAL "
     target_link_libraries(orvantis_standard_headers PRIVATE orvantis_options)
     target_precompile_headers(orvantis_standard_headers PRIVATE
         <algorithm> <array> <atomic> <chrono> <condition_variable> <cstdint> <cstring> <functional> <future> <memory> <mutex>
-        <optional> <string> <string_view> <thread> <unordered_map> <utility> <vector>)
+        <optional> <span> <string> <string_view> <thread> <unordered_map> <utility> <vector>)
     target_compile_options(orvantis_standard_headers PRIVATE "SHELL:-Xclang -fno-pch-timestamp")
 endif()
 

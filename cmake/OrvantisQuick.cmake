@@ -2,13 +2,13 @@
 # by running the tests, and so runs again exactly what was linked anew or loads what was linked anew.
 
 # orvantis_quick_test([ALL] NAME name PROGRAM target [ARGUMENTS ...] [ENVIRONMENT NAME=VALUE...] [FILTER filter] [APART filter]
-#                     [FIXTURES name] [DEPENDS target-or-file...])
-# FILTER and APART as for orvantis_add_test. ALL: only for `quick_all`.
+#                     [WITHOUT filter] [FIXTURES name] [DEPENDS target-or-file...])
+# FILTER, APART and WITHOUT as for orvantis_add_test. ALL: only for `quick_all`.
 function(orvantis_quick_test)
     if(NOT ORVANTIS_QUICK)
         return()
     endif()
-    cmake_parse_arguments(arg "ALL" "NAME;PROGRAM;FILTER;APART;FIXTURES" "ARGUMENTS;ENVIRONMENT;DEPENDS" ${ARGN})
+    cmake_parse_arguments(arg "ALL" "NAME;PROGRAM;FILTER;APART;WITHOUT;FIXTURES" "ARGUMENTS;ENVIRONMENT;DEPENDS" ${ARGN})
     set(passed "${CMAKE_BINARY_DIR}/quick/${arg_NAME}.passed")
     set(run "${PROJECT_SOURCE_DIR}/cmake/run-quick-test.sh")
     foreach(fixture IN LISTS arg_FIXTURES)
@@ -16,6 +16,7 @@ function(orvantis_quick_test)
     endforeach()
     add_custom_command(OUTPUT "${passed}"
         COMMAND "${CMAKE_COMMAND}" -E env ${arg_ENVIRONMENT} "QUICK_FILTER=${arg_FILTER}" "QUICK_APART=${arg_APART}"
+            "QUICK_WITHOUT=${arg_WITHOUT}"
             sh "${run}" "${passed}" "$<TARGET_FILE:${arg_PROGRAM}>" ${arg_ARGUMENTS}
         DEPENDS ${arg_PROGRAM} ${arg_DEPENDS} "${run}"
         COMMENT "Testing ${arg_NAME}"

@@ -41,7 +41,9 @@ set_target_properties(orvantis_test_headers PROPERTIES ORVANTIS_IS_TEST ON
     RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/test-headers")
 target_link_libraries(orvantis_test_headers PRIVATE orvantis_options GTest::gtest GTest::gmock)
 target_precompile_headers(orvantis_test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h>
-    <algorithm> <array> <cstdint> <cstring> <filesystem> <fstream> <functional> <memory> <mutex> <string> <thread> <vector>)
+    <algorithm> <array> <atomic> <chrono> <cmath> <condition_variable> <cstdint> <cstring> <filesystem> <fstream> <functional>
+    <future> <map> <memory> <mutex> <numeric> <optional> <random> <span> <string> <string_view> <thread> <unordered_map> <utility>
+    <vector>)
 target_compile_options(orvantis_test_headers PRIVATE ${test_options})
 # The tests of the tool, most of which run under Wine, read JSON.
 if(WIN32 AND TARGET orvantis_json)
@@ -118,27 +120,33 @@ function(orvantis_unity_test target)
     endforeach()
 endfunction()
 
-# orvantis_add_test(NAME name SOURCES ... [LIBRARIES ...] [LABELS ...] [LOADS target...] [DATA file...] [TIMEOUT seconds]
-#                   [FIXTURES name] [PARTS number] [COST seconds] [APART filter] [QUICK_FILTER filter] [QUICK_ALL | NOT_QUICK]
-#                   [NIGHTLY | PORTABLE])
+# orvantis_add_test(NAME name SOURCES ... [PIECE ...] [LIBRARIES ...] [LABELS ...] [LOADS target...] [DATA file...]
+#                   [TIMEOUT seconds] [FIXTURES name] [PARTS number] [COST seconds] [APART filter] [QUICK_FILTER filter]
+#                   [QUICK_WITHOUT filter] [QUICK_ALL | NOT_QUICK] [NIGHTLY | PORTABLE])
 # A GoogleTest program and the CTest test <name> that runs it; with PARTS that many, <name>.1 and so on, which share its
 # tests and may run side by side. All in one process, since its start is most of the time that a test takes under Wine.
 # Tests that the GoogleTest filter APART names need a process of their own each; they are CTest tests
 # <name>.<Suite>.<Test>. LOADS names targets that the tests start or load, DATA files that they read. What takes more than some
-# seconds says so by COST: long ones start first. For the target `quick` QUICK_FILTER chooses from what takes long, QUICK_ALL
-# leaves to `quick_all` what sees the plug-in from afar, as FIXTURES does, whose files have to be made, and NOT_QUICK leaves out what no
-# edit of the plug-in can break. NIGHTLY: see orvantis_nightly; PORTABLE is that for Windows only, for code of ours that knows no
-# system and is tested natively every day.
+# seconds says so by COST: long ones start first. For the target `quick` QUICK_FILTER chooses from what takes long and
+# QUICK_WITHOUT leaves out single long tests; QUICK_ALL leaves to `quick_all` what sees the plug-in from afar, as FIXTURES does,
+# whose files have to be made, and NOT_QUICK leaves out what no edit of the plug-in can break. NIGHTLY: see orvantis_nightly; PORTABLE is that for Windows only, for code of ours that knows no
+# system and is tested natively every day. PIECE: sources that see fewer or more headers of the plug-in than SOURCES, and for
+# the target `quick` are compiled apart from these.
 function(orvantis_add_test)
-    cmake_parse_arguments(arg "NOT_QUICK;QUICK_ALL;NIGHTLY;PORTABLE" "NAME;TIMEOUT;FIXTURES;PARTS;COST;APART;QUICK_FILTER"
-        "SOURCES;LIBRARIES;LABELS;LOADS;DATA" ${ARGN})
-    add_executable(${arg_NAME} ${arg_SOURCES})
+    cmake_parse_arguments(arg "NOT_QUICK;QUICK_ALL;NIGHTLY;PORTABLE" "NAME;TIMEOUT;FIXTURES;PARTS;COST;APART;QUICK_FILTER;QUICK_WITHOUT"
+        "SOURCES;PIECE;LIBRARIES;LABELS;LOADS;DATA" ${ARGN})
+    add_executable(${arg_NAME} ${arg_SOURCES} ${arg_PIECE})
     target_link_libraries(${arg_NAME} PRIVATE
         orvantis_options ${arg_LIBRARIES} orvantis_test_main GTest::gtest GTest::gmock)
     target_compile_options(${arg_NAME} PRIVATE ${test_options})
     set_target_properties(${arg_NAME} PROPERTIES ORVANTIS_IS_TEST ON)
     target_precompile_headers(${arg_NAME} REUSE_FROM orvantis_test_headers)
-    orvantis_unity_test(${arg_NAME} ${arg_SOURCES})
+    orvantis_unity_test(${arg_NAME} ${arg_SOURCES} ${arg_PIECE})
+    if(arg_PIECE AND ORVANTIS_QUICK)
+        set_target_properties(${arg_NAME} PROPERTIES UNITY_BUILD_MODE GROUP)
+        set_source_files_properties(${arg_SOURCES} PROPERTIES UNITY_GROUP "rest")
+        set_source_files_properties(${arg_PIECE} PROPERTIES UNITY_GROUP "piece")
+    endif()
     # Of inline functions the linker takes the first copy that it meets: that of what is tested, which is optimised (and
     # counted), and not the test's own.
     if(NOT WIN32 AND NOT ORVANTIS_EXCHANGEABLE)
@@ -229,7 +237,7 @@ function(orvantis_add_test)
                 set(all "")
             endif()
             orvantis_quick_test(${all} NAME ${name} PROGRAM ${arg_NAME} ENVIRONMENT ${environment} ${shard}
-                FILTER "${arg_QUICK_FILTER}" APART "${arg_APART}" FIXTURES "${arg_FIXTURES}"
+                FILTER "${arg_QUICK_FILTER}" APART "${arg_APART}" WITHOUT "${arg_QUICK_WITHOUT}" FIXTURES "${arg_FIXTURES}"
                 DEPENDS ${arg_LOADS} ${arg_DATA})
         endif()
     endforeach()

@@ -1,7 +1,8 @@
 #!/bin/sh
 # Runs a test program for the target `quick` and makes the file PASSED when all went well; else shows what was said.
-#   QUICK_FILTER=... QUICK_APART=... run-quick-test.sh PASSED PROGRAM ARGUMENT...
-# QUICK_FILTER chooses from the program's tests; each test that QUICK_APART names runs in a process of its own.
+#   QUICK_FILTER=... QUICK_APART=... QUICK_WITHOUT=... run-quick-test.sh PASSED PROGRAM ARGUMENT...
+# QUICK_FILTER chooses from the program's tests, QUICK_WITHOUT names some to leave out; each test that QUICK_APART names runs in a
+# process of its own.
 set -eu
 passed="$1"
 shift
@@ -26,9 +27,9 @@ if [ -n "${QUICK_APART:-}" ]; then
         run "$@" "--gtest_filter=$test"
     done <"$log.apart"
     rm "$log.apart"
-    run "$@" "--gtest_filter=${QUICK_FILTER:-*}-$QUICK_APART"
-elif [ -n "${QUICK_FILTER:-}" ]; then
-    run "$@" "--gtest_filter=$QUICK_FILTER"
+    run "$@" "--gtest_filter=${QUICK_FILTER:-*}-$QUICK_APART:${QUICK_WITHOUT:-}"
+elif [ -n "${QUICK_FILTER:-}${QUICK_WITHOUT:-}" ]; then
+    run "$@" "--gtest_filter=${QUICK_FILTER:-*}-${QUICK_WITHOUT:-}"
 else
     run "$@"
 fi

@@ -76,6 +76,7 @@ class BuildGraph:
         folder = pathlib.Path(words[script + 1])
         environment = dict(word.split("=", 1) for word in words[3:script - 1])
         apart, chosen = environment.pop("QUICK_APART", ""), environment.pop("QUICK_FILTER", "")
+        environment.pop("QUICK_WITHOUT", "")  # what takes long is asked, too, if last
         # The parts of a program are all run, so they need not be parts.
         for name in ("GTEST_TOTAL_SHARDS", "GTEST_SHARD_INDEX", "ORVANTIS_TEST_HANG_SECONDS"):
             environment.pop(name, None)

@@ -57,7 +57,7 @@ rule ar
 rule link
   command = : && clang++ -fuse-ld=lld $in -o $out $libraries && :
 rule test
-  command = cd {build} && cmake -E env NAME=value QUICK_FILTER= QUICK_APART= sh run-quick-test.sh {build}/quick/a_tests.passed {build}/bin/a_tests
+  command = cd {build} && cmake -E env NAME=value QUICK_FILTER= QUICK_APART= QUICK_WITHOUT=Slow.* sh run-quick-test.sh {build}/quick/a_tests.passed {build}/bin/a_tests
 build plugin/a.o: cc {root}/plugin/x/a.cpp
 build plugin/b.o: cc {root}/plugin/x/b.cpp
 build tests/unit/t.o: cc {root}/tests/unit/t.cpp
@@ -115,6 +115,9 @@ class MutantsOfASmallProject(unittest.TestCase):
         found = find_mutants(source, path, ["-x", "c++", f"-I{self.root}/plugin"])
         (mutant,) = [one for one in found if one.after == after]
         return self.trials.try_mutant(mutant, path.read_bytes())
+
+    def test_what_quick_leaves_out_of_a_program_is_asked_here(self):
+        self.assertEqual(self.graph.programs["a_tests"].runs, [({"NAME": "value"}, ["--gtest_fail_fast", "--gtest_filter=*"])])
 
     def test_one_that_a_test_sees_is_killed_by_it(self):
         outcome = self.outcome("plugin/x/a.cpp", "int b = a - a;")

@@ -182,6 +182,41 @@ case "$*" in *--assume-no*) echo "Need to get 3,141 kB of archives."; exit 1 ;; 
         self.assertIn("install -y -qq --no-install-recommends nsis", self.called())
 
 
+class QuickTest(Folder):
+    def run_test(self, **environment):
+        """What the program was started with, once for each time."""
+        program = self.root / "x_tests"
+        program.write_text(RECORD + 'case "$*" in *--gtest_list_tests*) printf "A.\\n  x\\nB.\\n  y  # T\\n" ;; esac\nexit $EXIT\n')
+        program.chmod(0o755)
+        self.calls.write_text("")
+        self.passed = self.root / "quick/x_tests.passed"
+        return subprocess.run(["sh", SOURCE / "cmake/run-quick-test.sh", self.passed, program, "--flag"], text=True,
+                              stdout=subprocess.PIPE, env={"PATH": os.environ["PATH"], "CALLS": str(self.calls), "EXIT": "0",
+                                                           **environment})
+
+    def test_everything_unless_told_otherwise(self):
+        self.run_test(QUICK_FILTER="", QUICK_APART="", QUICK_WITHOUT="")
+        self.assertEqual(self.calls.read_text(), "x_tests --flag\n")
+        self.assertTrue(self.passed.exists())
+
+    def test_what_is_chosen_without_what_is_left_out(self):
+        for environment, filters in ((dict(QUICK_FILTER="A.*"), "A.*-"), (dict(QUICK_WITHOUT="B.y"), "*-B.y"),
+                                     (dict(QUICK_FILTER="A.*", QUICK_WITHOUT="A.x"), "A.*-A.x")):
+            self.run_test(**environment)
+            self.assertEqual(self.calls.read_text(), f"x_tests --flag --gtest_filter={filters}\n")
+
+    def test_each_of_those_apart_by_itself_then_the_others(self):
+        self.run_test(QUICK_APART="?.?", QUICK_WITHOUT="C.*")
+        self.assertEqual(self.calls.read_text().splitlines(), [
+            "x_tests --gtest_list_tests --gtest_filter=?.?", "x_tests --flag --gtest_filter=A.x", "x_tests --flag --gtest_filter=B.y",
+            "x_tests --flag --gtest_filter=*-?.?:C.*"])
+
+    def test_a_failure_is_no_pass(self):
+        result = self.run_test(EXIT="1")
+        self.assertEqual((result.returncode, self.passed.exists()), (1, False))
+        self.assertIn("All of it: ", result.stdout)
+
+
 class WineRun(Folder):
     """The wrapper that starts Windows programs, with a Wine in which the first BROKEN systems start no program."""
 

@@ -23,12 +23,12 @@ using fakecodec::FakeCodec;
 using test::FakeHost;
 
 // The value of four characters in memory order, as the host's pixel formats have them.
-const auto format = formatlists::formatValue;
+const auto formatOf = formatlists::formatValue;
 
 // The value of four characters as a sub-type has them: the first in the highest byte.
 std::uint32_t subTypeValue(const char* tag) {
     const char backwards[]{tag[3], tag[2], tag[1], tag[0], 0};
-    return format(backwards);
+    return formatOf(backwards);
 }
 
 std::string asText(std::u16string_view text) {
@@ -53,7 +53,7 @@ TEST(SubTypeInfos, AreTheRowsOfTheListInOrder) {
         EXPECT_EQ(row.colorModel, expected.modelNumber());
         std::vector<std::uint32_t> preferred;
         for (const char* code : expected.preferred) {
-            preferred.push_back(format(code));
+            preferred.push_back(formatOf(code));
         }
         EXPECT_EQ(std::vector(row.preferredFormats.begin(), row.preferredFormats.end()), preferred);
     }
@@ -88,7 +88,7 @@ TEST(FormatInfos, AreTheRowsOfTheListInOrder) {
         const FormatInfo& row = FormatInfos()[i];
         const formatlists::DeliveredFormat& expected = kFormats[i];
         SCOPED_TRACE(expected.name);
-        EXPECT_EQ(row.pixelFormat, format(expected.code));
+        EXPECT_EQ(row.pixelFormat, formatOf(expected.code));
         EXPECT_STREQ(row.name, expected.name);
         EXPECT_EQ(row.orvType, expected.orvType);
         EXPECT_EQ(row.colorSpace, expected.colorSpace);
@@ -146,7 +146,7 @@ TEST(FormatTablesBuild, AsksOncePerRowInOrderWithAClearedAnswer) {
     std::vector<FakeHost::AskedFormat> expected;
     expected.reserve(std::size(kFormats));
     for (const formatlists::DeliveredFormat& row : kFormats) {
-        expected.push_back({FakeHost::kTopLeft, format(row.code), 0});
+        expected.push_back({FakeHost::kTopLeft, formatOf(row.code), 0});
     }
     EXPECT_EQ(host.asked, expected);
 }
@@ -204,12 +204,12 @@ TEST(FormatTablesBuild, RefusedSuiteThrowsAndLeavesTheTablesInForce) {
 TEST(FormatTablesBuild, RowsInUseStayAsTheyWere) {
     FakeHost host;
     buildFormatTables(host.basicSuite());
-    const FormatInfo& held = GetFormatInfo_by_pixelFormat(format("bgra"));
+    const FormatInfo& held = GetFormatInfo_by_pixelFormat(formatOf("bgra"));
     EXPECT_FALSE(held.isTopLeft());
     host.answer = [](FakeHost::Question, std::uint32_t) { return true; };
     buildFormatTables(host.basicSuite());
     EXPECT_FALSE(held.isTopLeft());
-    EXPECT_TRUE(GetFormatInfo_by_pixelFormat(format("bgra")).isTopLeft());
+    EXPECT_TRUE(GetFormatInfo_by_pixelFormat(formatOf("bgra")).isTopLeft());
 }
 
 TEST(FormatTablesBuild, SameAnswersBringTheSameTableBack) {
@@ -280,11 +280,11 @@ TEST(FormatLookup, UnknownTypeIsNamedByTheLibrary) {
 }
 
 TEST(FormatLookup, UnknownPixelFormatIsNamedByTheHostsIdentifier) {
-    EXPECT_EQ(messageOf([] { GetFormatInfo_by_pixelFormat(format("BGra")); }),
+    EXPECT_EQ(messageOf([] { GetFormatInfo_by_pixelFormat(formatOf("BGra")); }),
               "GetFormatInfo_by_pixelFormat(): pixel format not found: PrPixelFormat_BGRA_4444_32f [BGra]");
     EXPECT_EQ(messageOf([] { GetFormatInfo_by_pixelFormat(0); }),
               "GetFormatInfo_by_pixelFormat(): pixel format not found: PrPixelFormat_Any [[0][0][0][0]]");
-    EXPECT_EQ(messageOf([] { GetFormatInfo_by_pixelFormat(format("zzz9")); }),
+    EXPECT_EQ(messageOf([] { GetFormatInfo_by_pixelFormat(formatOf("zzz9")); }),
               "GetFormatInfo_by_pixelFormat(): pixel format not found: ???? [zzz9]");
 }
 

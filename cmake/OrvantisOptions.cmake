@@ -178,6 +178,10 @@ function(orvantis_compile_as_test library)
         set_target_properties(${library} PROPERTIES ORVANTIS_IS_TEST ON)
         target_compile_options(${library} PRIVATE ${test_options})
         target_precompile_headers(${library} REUSE_FROM orvantis_test_headers)
+        # g++ takes compiled headers only where what they were compiled with is defined.
+        foreach(framework gtest gmock)
+            target_compile_options(${library} PRIVATE $<TARGET_PROPERTY:${framework},INTERFACE_COMPILE_OPTIONS>)
+        endforeach()
         # Compiled headers serve the kind of code that they were compiled to, and test programs are position-independent ones.
         if(NOT WIN32)
             set_target_properties(${library} PROPERTIES POSITION_INDEPENDENT_CODE OFF)

@@ -46,7 +46,6 @@ void SuiteRef::acquireLocked() {
 }
 
 void SuiteRef::release() {
-    const std::lock_guard lock(m_mutex);
     if (!held()) {
         return;
     }

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <memory>
 #include <stdexcept>
 #include <string>
 
@@ -91,7 +92,7 @@ struct BuiltTables {
     Mutex mutex;
     std::array<FormatTable, kInPlace> inPlace;
     std::size_t inPlaceCount = 0;
-    std::vector<const FormatTable*> others;
+    std::vector<std::unique_ptr<const FormatTable>> others;
 
     std::span<const FormatTable> tablesInPlace() const noexcept { return {inPlace.data(), inPlaceCount}; }
 };
@@ -118,13 +119,12 @@ const FormatTable& keep(const FormatTable& built) {
     if (kept.inPlaceCount < BuiltTables::kInPlace) {
         return kept.inPlace[kept.inPlaceCount++] = built;
     }
-    for (const FormatTable* const table : kept.others) {
+    for (const auto& table : kept.others) {
         if (sameAnswers(*table, built)) {
             return *table;
         }
     }
-    kept.others.reserve(kept.others.size() + 1);
-    return *kept.others.emplace_back(new FormatTable(built));
+    return *kept.others.emplace_back(std::make_unique<FormatTable>(built));
 }
 
 void putInForce(const FormatTable& built) {

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "audio/channel_layout.h"
+
 #if defined(__SSE2__) || defined(_M_X64)
 #include <emmintrin.h>
 #define ORVANTIS_SSE2 1
@@ -154,8 +156,8 @@ void deinterleaveFloat(const std::byte* source, float* const* channels, std::uin
     // The source is read once for each group of channels: in blocks that stay in the first-level cache
     // meanwhile, together with the lines of all channels that are being written.
     constexpr std::size_t kBlockBytes = 4096;
-    const std::size_t blockFrames =
-        std::max<std::size_t>(4, kBlockBytes / (channelCount * kWordBytes) / 4 * 4);
+    static_assert(kBlockBytes / (kMaxAudioChannels * kWordBytes) >= 4);
+    const std::size_t blockFrames = kBlockBytes / (channelCount * kWordBytes) / 4 * 4;
     for (std::size_t first = 0; first < frames; first += blockFrames) {
         copyFrames(source, channels, channelCount, first, std::min(first + blockFrames, frames));
     }

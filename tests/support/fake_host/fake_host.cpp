@@ -45,7 +45,8 @@ host::prSuiteError FakeHost::convert(const void* source, float** destination, st
     }
     if (currentHost->keepsConverterCalls) {
         const std::size_t count = std::size_t{frames} * channels * kSampleBytes;
-        currentHost->converterCalls.push_back({bits, destination, channels, frames, {bytes, bytes + count}});
+        currentHost->converterCalls.push_back(
+            {bits, destination, channels, frames, source, {bytes, bytes + count}});
     }
     return currentHost->converterResult;
 }

@@ -60,6 +60,7 @@ class FakeHost {
         float** destination;
         std::uint32_t channels;
         std::uint32_t frames;
+        const void* from;                  ///< the address that was handed in
         std::vector<std::uint8_t> source;  ///< frames * channels * bits / 8 bytes
     };
     std::vector<ConverterCall> converterCalls;

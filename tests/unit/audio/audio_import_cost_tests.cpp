@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <new>
 #include <vector>
 
 #include "avi/avi_stream.h"
@@ -93,6 +94,37 @@ TEST(AudioImportCost, TheBufferNeverShrinks) {
     ASSERT_EQ(reads.size(), 3u);
     EXPECT_EQ(reads[0].target, reads[1].target);
     EXPECT_EQ(reads[0].target, reads[2].target);
+}
+
+// What a stream was before does not show through when its next analysis does not come to its end.
+TEST(AudioImportCost, AnAnalysisWithoutMemoryLeavesNoUsableStream) {
+    if (!test::canCountAllocations()) {
+        GTEST_SKIP() << "the sanitizer has operator new";
+    }
+    ImportFixture fixture;
+    ASSERT_EQ(fixture.analyse({}, 1000), 0);
+    ASSERT_TRUE(fixture.info.valid());
+    fixture.stream.format = waveBytes({.bits = 12});
+    test::failAllocation(0, true);
+    EXPECT_THROW(static_cast<void>(fixture.info.init(fixture.stream)), std::bad_alloc);
+    test::failAllocation(-1, false);
+    EXPECT_FALSE(fixture.info.valid());
+}
+
+TEST(AudioImportCost, AReadWithoutMemoryDoesNotMoveThePosition) {
+    if (!test::canCountAllocations()) {
+        GTEST_SKIP() << "the sanitizer has operator new";
+    }
+    ImportFixture fixture;
+    fixture.layOut({4000});
+    ASSERT_EQ(fixture.analyse({}, 1000), 0);
+    fixture.expectFrames(20, 10, 20, 10);
+    HostBuffers buffers(2, 500);
+    test::failAllocationsFrom(2000);
+    EXPECT_THROW(fixture.importFrames(-1, 500, buffers), std::bad_alloc);
+    test::failAllocationsFrom(0);
+    EXPECT_TRUE(buffers.untouched());
+    fixture.expectFrames(-1, 10, 30, 10);
 }
 
 class QuietImport : public testing::Test, protected ImportFixture {

@@ -273,6 +273,7 @@ TEST_F(AudioImportTest, ARequestForNoFramesGoesTheWholeWay) {
     ASSERT_EQ(audioHost.converterCalls.size(), 1u) << "the host converts nothing, but is asked";
     EXPECT_EQ(audioHost.converterCalls[0].frames, 0u);
     EXPECT_EQ(audioHost.converterCalls[0].channels, 2u);
+    EXPECT_NE(audioHost.converterCalls[0].from, nullptr) << "even for nothing it is given an address";
     EXPECT_TRUE(file.reads.empty());
     EXPECT_TRUE(buffers.untouched());
     expectFrames(-1, 10, 20, 10);  // the position has moved there
@@ -486,6 +487,15 @@ TEST_F(AudioImportTest, ARequestOf4GiBKeepsOnlyTheRestAndTheOtherFramesAreSilenc
     m_log.clear();
     EXPECT_EQ(importFrames(-1, 0, pointers.data()), 0);
     EXPECT_EQ(m_log.takeWithoutSuites()[1], "m_audioPosition           : 33554437");
+}
+
+TEST_F(AudioImportTest, ARequestOf4GiBWithoutABufferArrayWritesNothing) {
+    layOut({4000});
+    for (const WaveBytes& wave :
+         {WaveBytes{.channels = 1, .bits = 32}, WaveBytes{.tag = kTagFloat, .channels = 1, .bits = 32}}) {
+        ASSERT_EQ(analyse(wave, 1000), 0);
+        EXPECT_EQ(importFrames(0, 0x4000'0005, nullptr), 0);
+    }
 }
 
 TEST_F(AudioImportTest, ARequestOfExactly4GiBReadsNothing) {
@@ -788,6 +798,19 @@ TEST_F(AudioImportTest, AChannelWithoutABufferIsLeftOut) {
             }
         }
         EXPECT_TRUE(buffers.guardsHold());
+    }
+}
+
+// The converter writes all channels, so that those without a buffer are given one of ours, block by block.
+TEST_F(AudioImportTest, TheConverterIsCalledOnceForEachBlockThatHasFrames) {
+    layOut({6000});
+    ASSERT_EQ(analyse({.channels = 3, .bits = 16}, 1000), 0);
+    for (const auto& [size, calls] : {std::pair{511u, 1u}, {512u, 1u}, {513u, 2u}, {1000u, 2u}}) {
+        HostBuffers buffers(3, size);
+        buffers.pointers[1] = nullptr;
+        audioHost.converterCalls.clear();
+        EXPECT_EQ(importFrames(0, size, buffers), 0);
+        EXPECT_EQ(audioHost.converterCalls.size(), calls) << size;
     }
 }
 

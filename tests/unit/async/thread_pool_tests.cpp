@@ -98,6 +98,7 @@ TEST(ThreadPool, ATaskGetsAThreadWhileOthersWait) {
 
 TEST(ThreadPool, AFullPoolStartsWhatComesInOrderAsSoonAsThreadsAreThrough) {
     constexpr int kMore = 20;
+    ASSERT_EQ(ThreadPool::kMaxThreads, 128U) << "as the documents have it";
     ThreadPool pool;
     Latch full(ThreadPool::kMaxThreads), go(1), done(ThreadPool::kMaxThreads + kMore);
     std::deque<Work> holding;

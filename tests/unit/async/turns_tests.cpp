@@ -89,6 +89,16 @@ TEST(Turns, LeavingTwiceOrUnbookedDoesNothing) {
     EXPECT_EQ(turns.leave(a.place), nullptr);
 }
 
+TEST(Turns, LeavingUnbookedTakesNobodysTurn) {
+    Turns turns;
+    Booked a, b, never;
+    turns.book(a.place);
+    turns.book(b.place);
+    EXPECT_EQ(turns.leave(never.place), nullptr);
+    EXPECT_FALSE(Turns::enterOrPark(b.place));
+    EXPECT_EQ(turns.leave(a.place), &b);
+}
+
 TEST(Turns, LeavingTwiceDoesNotBringBackWhoHasLeftMeanwhile) {
     Turns turns;
     Booked a, b, c;

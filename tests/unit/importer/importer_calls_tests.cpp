@@ -193,6 +193,27 @@ TEST_F(ImporterCallsTest, AQuietFromInsideACallLeavesTheImporter) {
     closeImporter(importer);
 }
 
+TEST_F(ImporterCallsTest, AQuietFromInsideACallWaitsForOtherThreads) {
+    OrvantisImporter* const importer = open();
+    test::Latch inside(1);
+    test::Latch leave(1);
+    std::thread other([&] {
+        const ImporterCall call(importer);
+        inside.countDown();
+        leave.wait();
+    });
+    inside.wait();
+    auto quieted = std::async(std::launch::async, [&] {
+        const ImporterCall call(importer);
+        quietImporter(importer);
+    });
+    EXPECT_EQ(quieted.wait_for(kWrongCodeWouldBeDone), std::future_status::timeout);
+    leave.countDown();
+    quieted.get();
+    other.join();
+    closeImporter(importer);
+}
+
 TEST_F(ImporterCallsTest, ACallThatComesAfterAQuietFromInsideACallFindsTheImporterQuieted) {
     OrvantisImporter* const importer = open();
     std::future<bool> later;

@@ -84,9 +84,7 @@ OpenDmlIndexReader::OpenDmlIndexReader(IndexInput& input, Problems& errors)
     : m_input(input),
       m_errors(errors),
       m_chunksLeft(input.fileSize() / kIndexChunkBytes + kSpareIndexChunks),
-      m_bytesLeft(indexByteBudget(input.fileSize(), kSpareIndexBytes)) {
-    m_chain.reserve(kMaxSuperIndexDepth);
-}
+      m_bytesLeft(indexByteBudget(input.fileSize(), kSpareIndexBytes)) {}
 
 void OpenDmlIndexReader::record(const AviStream& stream, std::uint64_t position, std::uint32_t size,
                                 const char* message) noexcept {
@@ -127,7 +125,8 @@ bool OpenDmlIndexReader::readEntries(std::uint64_t position, std::uint32_t size,
     constexpr std::uint32_t kEntryBytes = sizeof(AviSuperIndexEntry);
     constexpr std::uint32_t kPieceBytes =
         (IndexInput::kPieceBytes - kHeaderBytes) / kEntryBytes * kEntryBytes;
-    static_assert(kEntryBytes % sizeof(AviStdIndexEntry) == 0);
+    static_assert(kEntryBytes % sizeof(AviStdIndexEntry) == 0 &&
+                  kHeaderBytes + kPieceBytes <= IndexInput::kPieceBytes);
 
     const std::byte* piece = m_input.read(position, std::min(size, kHeaderBytes + kPieceBytes));
     if (piece == nullptr) {

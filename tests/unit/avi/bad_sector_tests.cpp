@@ -140,6 +140,27 @@ TEST(BadSector, InTheLastPieceOfALargeIndexLeavesThatStreamWithoutAnIndex) {
     EXPECT_NE(parsed.reader.errorText().find("failed to read index data"), std::string::npos);
 }
 
+TEST(BadSector, InTheLastPieceOfALargeSuperIndexLeavesNothingOfIt) {
+    AviBuilder avi;
+    avi.addStream(test::videoStream("O8Y2", 16, 8, 25, 1))
+        .openDml(OpenDml::kSuperIndex)
+        .entriesPerStandardIndex(1);
+    constexpr std::size_t kIndexes = 5000;  // 16 bytes each: two pieces of an index
+    for (std::size_t i = 0; i < kIndexes; ++i) {
+        avi.addFilledChunk(0, 4, 1);
+    }
+    const Bytes bytes = avi.build();
+    const BadParse good(bytes, {});
+    ASSERT_EQ(good.reader.streams.at(0)->superIndex.size(), kIndexes);
+
+    const auto index = std::search(bytes.begin(), bytes.end(), kIndexCode.begin(), kIndexCode.end());
+    ASSERT_NE(index, bytes.end());
+    const auto at = static_cast<std::uint64_t>(index - bytes.begin());
+    const BadParse parsed(bytes, sectorOf(at + 8 + 24 + 16U * kIndexes - 16));
+    EXPECT_TRUE(parsed.usable);
+    EXPECT_EQ(parsed.reader.streams.at(0)->superIndex.size(), 0U);
+}
+
 TEST(BadSector, InTheLastPieceOfALargeIdx1LeavesNoListFromIt) {
     AviBuilder avi;
     avi.addStream(test::videoStream("O8Y2", 16, 8, 25, 1));

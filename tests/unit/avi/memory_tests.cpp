@@ -6,9 +6,11 @@
 #include <new>
 #include <string>
 
+#include "avi/avi_index.h"
 #include "avi/avi_reader.h"
 #include "avi/avi_stream.h"
 #include "avi/chunk_list_builder.h"
+#include "avi/error_text.h"
 #include "avi/frame_chunk.h"
 #include "tests/support/allocation_meter/allocation_meter.h"
 #include "tests/support/memory_file.h"
@@ -67,6 +69,21 @@ TEST(IndexMemory, MillionOpenDmlEntriesTakeEightBytesEach) {
         EXPECT_LE(cost.peak, kMillionChunks + kWhileParsing);
         EXPECT_LE(cost.retained, kMillionChunks + 4096U + reader.streams[0]->standardIndexes.size() * 64);
     }
+}
+
+// A hostile file has problems by the million: what there is no room for any more is not even put into words.
+TEST(IndexMemory, ProblemsWithoutRoomAllocateNothing) {
+    test::MemoryFile file(Bytes(64));
+    FileWindow window;
+    window.attach(file, 64);
+    IndexInput input(window);
+    Problems problems;
+    problems.add({ProblemPlace::Part::kStructure}, std::string(kMaxErrorText, 'x'));
+    OpenDmlIndexReader reader(input, problems);
+    AviStream stream(0);
+    test::startCounting();
+    EXPECT_FALSE(reader.readOpenDmlIndex(8, 3, stream));
+    EXPECT_EQ(test::counted().calls, 0U);
 }
 
 TEST(IndexMemory, MillionIdx1EntriesTakeEightBytesEach) {

@@ -38,8 +38,9 @@ for argument in "$@"; do
 done
 ORVANTIS_EXTRA_PACKAGES="" scripts/install-packages.sh
 
-# The programs that mutants are linked into, and the clips that they read.
-[ -e build/linux-mutation/build.ninja ] || cmake --preset linux-quick -B build/linux-mutation -DORVANTIS_EXCHANGEABLE=ON >/dev/null
+# The programs that mutants are linked into, and the clips that they read. Configured anew, so that all that there are by now
+# are asked for.
+cmake --preset linux-quick -B build/linux-mutation -DORVANTIS_EXCHANGEABLE=ON >/dev/null
 # shellcheck disable=SC2046 # a list of words on purpose
 cmake --build build/linux-mutation --target $(python3 scripts/mutation/build_graph.py build/linux-mutation) -- --quiet
 # The distribution's bindings of libclang belong to the distribution's Python.

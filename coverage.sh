@@ -20,7 +20,8 @@ for argument in "$@"; do
 done
 ORVANTIS_EXTRA_PACKAGES="" scripts/install-packages.sh
 
-[ -e build/linux-coverage/build.ninja ] || cmake --preset linux-coverage >/dev/null
+# Configured anew, so that all programs that there are by now are asked for.
+cmake --preset linux-coverage >/dev/null
 # shellcheck disable=SC2046 # a list of words on purpose
 cmake --build --preset linux-coverage --target $(python3 scripts/mutation/build_graph.py build/linux-coverage) -- --quiet
 exec python3 scripts/coverage/coverage.py "$@"

@@ -51,8 +51,7 @@ class CodecCallFaults : public SessionFaults, public ::testing::WithParamInterfa
     std::uint64_t failEach(const char* suffix) {
         const std::string function = GetParam();
         for (std::uint64_t n = 1; n < kMost;
-             n = orvantis::test::nextCase(n, orvantis::test::takesSample() ? kSampled : kAlwaysTaken,
-                                          kStep * orvantis::test::sampleStep(3))) {
+             n = orvantis::test::nextCase(n, alwaysTaken(), kStep * orvantis::test::sampleStep(3))) {
             const std::string plan = function + ':' + std::to_string(n) + suffix;
             orvantis::test::writeFile(path("codec-calls.txt"), "");
             bool reached = false;
@@ -76,8 +75,9 @@ class CodecCallFaults : public SessionFaults, public ::testing::WithParamInterfa
     }
 
  private:
-    static constexpr std::uint64_t kAlwaysTaken = 16;
-    static constexpr std::uint64_t kSampled = 6;
+    static std::uint64_t alwaysTaken() {
+        return orvantis::test::takesQuickSample() ? 2 : orvantis::test::takesSample() ? 6 : 16;
+    }
     static constexpr std::uint64_t kStep = 9;
 
     std::optional<ScopedEnvironment> m_trace;

@@ -26,7 +26,8 @@ class SuiteRef {
     /// Asks the host for the suite and logs the answer; does nothing when it is held already. A refusal is no
     /// error yet.
     void acquire();
-    /// Gives the suite back if it is held; otherwise does nothing. At its owner's end: no other thread uses it.
+    /// Gives the suite back if it is held; otherwise does nothing. At its owner's end: no other thread uses
+    /// it.
     void release();
     /// The suite's table, acquired once more if it is not held. Throws std::runtime_error "Could not acquire
     /// suite: '…". Any thread.

@@ -8,7 +8,9 @@
 // Times, threads and addresses are masked; a '$' shows where a line ends in a blank.
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "host/four_char_codes.h"
@@ -17,6 +19,7 @@
 #include "host/selectors.h"
 #include "tests/integration/plugin_clip_test.h"
 #include "tests/support/golden.h"
+#include "tests/support/temp_folder.h"
 
 namespace {
 
@@ -30,6 +33,18 @@ class ClipLifeLog : public ClipTest {
         const std::vector<std::string> threads = log().newsByThread();
         for (std::size_t i = 0; i < threads.size(); ++i) {
             m_told += (i == 0 ? "" : "--- another thread") + threads[i];
+        }
+    }
+    /// The module goes with the last thread of its pool, which may be a moment behind the call that unloads
+    /// it.
+    void awaitTheEnd() {
+        const auto late = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+        while (std::chrono::steady_clock::now() < late) {
+            const std::string text = orvantis::test::readFile(logCapture().files().at(0));
+            if (text.find("] Log closed") != std::string::npos && text.ends_with('\n')) {
+                return;
+            }
+            std::this_thread::yield();
         }
     }
     const std::string& told() const { return m_told; }
@@ -147,6 +162,7 @@ TEST_F(ClipLifeLog, TellsEveryStepOfTheHost) {
     tell("imCloseFile");
 
     stop();
+    awaitTheEnd();
     tell("imShutdown, and the plug-in is unloaded");
     orvantis::test::expectGolden("clip_life.log", told());
 }

@@ -129,9 +129,9 @@ endfunction()
 # <name>.<Suite>.<Test>. LOADS names targets that the tests start or load, DATA files that they read. What takes more than some
 # seconds says so by COST: long ones start first. For the target `quick` QUICK_FILTER chooses from what takes long and
 # QUICK_WITHOUT leaves out single long tests; QUICK_ALL leaves to `quick_all` what sees the plug-in from afar, as FIXTURES does,
-# whose files have to be made, and NOT_QUICK leaves out what no edit of the plug-in can break. NIGHTLY: see orvantis_nightly; PORTABLE is that for Windows only, for code of ours that knows no
-# system and is tested natively every day. PIECE: sources that see fewer or more headers of the plug-in than SOURCES, and for
-# the target `quick` are compiled apart from these.
+# whose files have to be made, and NOT_QUICK leaves out what no edit of the plug-in can break. NIGHTLY: see orvantis_nightly;
+# PORTABLE is that for Windows only, for code of ours that knows no system and is tested natively every day. PIECE: sources that
+# see fewer or more headers of the plug-in than SOURCES, and for the target `quick` are compiled apart from these.
 function(orvantis_add_test)
     cmake_parse_arguments(arg "NOT_QUICK;QUICK_ALL;NIGHTLY;PORTABLE" "NAME;TIMEOUT;FIXTURES;PARTS;COST;APART;QUICK_FILTER;QUICK_WITHOUT"
         "SOURCES;PIECE;LIBRARIES;LABELS;LOADS;DATA" ${ARGN})

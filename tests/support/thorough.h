@@ -57,7 +57,7 @@ inline int howManyOfSample(int few, int many) {
 
 /// That many operations of something at random, fewer in a quick sample.
 inline std::uint64_t howManyAtRandom(std::uint64_t usual) {
-    return takesQuickSample() ? usual / 2 : usual;
+    return takesQuickSample() ? usual / kQuickTimes : usual;
 }
 
 }  // namespace orvantis::test

@@ -55,10 +55,16 @@ void AsyncFrameRequest::run() noexcept {
 }
 
 void OrvantisAsyncImporter::work(AsyncFrameRequest& first) noexcept {
-    for (AsyncFrameRequest* request = &first; request != nullptr;) {
+    std::uint64_t waiting = 0;
+    for (AsyncFrameRequest* request = &first;;) {
         request = advance(*request);
-        // The others that share the pool are not to wait behind a clip that keeps its threads busy.
-        if (request != nullptr && m_pool->tasksWait()) {
+        if (request == nullptr) {
+            return;
+        }
+        // The others that share the pool are not to wait behind a clip that keeps its threads busy: what is
+        // still there after a whole step finds no thread.
+        const std::uint64_t before = std::exchange(waiting, m_pool->nextToStart());
+        if (waiting != 0 && waiting == before) {
             m_pool->submit(*request);
             return;
         }
@@ -109,9 +115,11 @@ AsyncFrameRequest* OrvantisAsyncImporter::advance(AsyncFrameRequest& request) no
             if (!Turns::enterOrPark(request.decodePlace)) {
                 return reader;
             }
-            // Read on another thread while this one decodes.
+            // Decoded on another thread while this one reads on. It is the one that waits, for the device,
+            // and leaves its processor to whichever thread the system has put behind it.
             if (reader != nullptr) {
-                m_pool->submit(*reader);
+                m_pool->submit(request);
+                return reader;
             }
         }
     }

@@ -2,6 +2,8 @@
 // themselves, so that nothing is allocated and handing one over cannot fail.
 #pragma once
 
+#include <cstdint>
+
 namespace orvantis {
 
 /// Work that the pool runs once each time that it is submitted. Owned by who submits it.
@@ -34,11 +36,15 @@ class TaskQueue {
         m_last = &task;
     }
 
+    /// The place of the first one among all that ever came, counted from 1; 0 when there is none.
+    std::uint64_t firstNumber() const noexcept { return isEmpty() ? 0 : m_taken + 1; }
+
     /// Null when there is none.
     PoolTask* pop() noexcept {
         PoolTask* const task = m_first;
         if (task != nullptr) {
             m_first = task->m_next;
+            ++m_taken;
         }
         return task;
     }
@@ -46,6 +52,7 @@ class TaskQueue {
  private:
     PoolTask* m_first = nullptr;
     PoolTask* m_last = nullptr;  ///< meaningful while there is a first
+    std::uint64_t m_taken = 0;
 };
 
 }  // namespace orvantis

@@ -5,6 +5,8 @@
 // Tasks never wait for each other in a thread of the pool, so a full pool makes them later, never stuck.
 #pragma once
 
+#include <cstdint>
+
 #include "async/task_queue.h"
 
 namespace orvantis {
@@ -28,8 +30,10 @@ class ThreadPool {
     /// work and there can be no more of them, as soon as one is through. Tasks start in the order in which
     /// they came. The module stays loaded until the pool's thread has left it. Any thread.
     void submit(PoolTask& task) noexcept;
-    /// True while a task that was submitted has not started. Any thread.
-    bool tasksWait() const noexcept;
+    /// Which of the tasks that were submitted is the next to start, counted from 1 in the order in which they
+    /// came; 0 while none waits. Who finds the same one twice knows that it has waited all the time in
+    /// between. Any thread.
+    std::uint64_t nextToStart() const noexcept;
 };
 
 }  // namespace orvantis

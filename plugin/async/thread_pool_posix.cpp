@@ -45,17 +45,27 @@ class Pool {
         callThread();
     }
 
-    bool tasksWait() const noexcept {
+    std::uint64_t nextToStart() const noexcept {
         const std::lock_guard lock(m_mutex);
-        return !m_tasks.isEmpty();
+        return m_tasks.firstNumber();
     }
 
  private:
+    /// A thread without work. Who came last is called first, as by the system: its processor still has what
+    /// it worked on.
+    struct Idle {
+        Idle* before;
+        std::condition_variable wake;
+        bool called = false;
+    };
+
     void end() {
         {
             const std::lock_guard lock(m_mutex);
             m_ending = true;
-            m_wake.notify_all();
+            while (m_idle != nullptr) {
+                callThread();
+            }
         }
         // No thread comes any more, so the list stands still.
         for (std::thread& thread : m_threads) {
@@ -75,8 +85,13 @@ class Pool {
     }
 
     void callThread() noexcept {
-        if (m_ending || m_idle > 0 || m_starting > 0 || m_threads.size() == ThreadPool::kMaxThreads) {
-            m_wake.notify_one();
+        if (m_idle != nullptr) {
+            Idle& last = *std::exchange(m_idle, m_idle->before);
+            last.called = true;
+            last.wake.notify_one();
+            return;
+        }
+        if (m_ending || m_starting > 0 || m_threads.size() == ThreadPool::kMaxThreads) {
             return;
         }
         try {
@@ -90,12 +105,15 @@ class Pool {
         std::unique_lock lock(m_mutex);
         --m_starting;
         for (;;) {
-            ++m_idle;
-            m_wake.wait(lock, [this] { return m_ending || !m_tasks.isEmpty(); });
-            --m_idle;
             PoolTask* const task = m_tasks.pop();
             if (task == nullptr) {
-                return;
+                if (m_ending) {
+                    return;
+                }
+                Idle self{m_idle, {}, false};
+                m_idle = &self;
+                self.wake.wait(lock, [&self] { return self.called; });
+                continue;
             }
             if (!m_tasks.isEmpty()) {
                 callThread();
@@ -110,9 +128,8 @@ class Pool {
     std::size_t m_shares = 0;
 
     mutable std::mutex m_mutex;  ///< guards everything below
-    std::condition_variable m_wake;
     TaskQueue m_tasks;
-    std::size_t m_idle = 0;
+    Idle* m_idle = nullptr;  ///< who came last
     std::size_t m_starting = 0;
     bool m_ending = false;
     std::vector<std::thread> m_threads;
@@ -137,8 +154,8 @@ void ThreadPool::submit(PoolTask& task) noexcept {
     thePool().submit(task);
 }
 
-bool ThreadPool::tasksWait() const noexcept {
-    return thePool().tasksWait();
+std::uint64_t ThreadPool::nextToStart() const noexcept {
+    return thePool().nextToStart();
 }
 
 }  // namespace orvantis

@@ -114,10 +114,10 @@ void ThreadPool::submit(PoolTask& task) noexcept {
     SubmitThreadpoolWork(pool.work);
 }
 
-bool ThreadPool::tasksWait() const noexcept {
+std::uint64_t ThreadPool::nextToStart() const noexcept {
     Pool& pool = thePool();
     const std::lock_guard lock(pool.mutex);
-    return !pool.tasks.isEmpty();
+    return pool.tasks.firstNumber();
 }
 
 }  // namespace orvantis

@@ -179,6 +179,62 @@ TEST_F(AsyncTurns, AFullPoolMakesFramesLaterNeverStuck) {
     }
 }
 
+// The pool's threads are held but for one, which has six frames of a clip to decompress; another clip's task
+// comes, and finds none free.
+TEST_F(AsyncTurns, AClipDoesNotKeepTheOnlyFreeThreadFromAnother) {
+    constexpr unsigned kThreads = 128;  // that the pool has at most
+    constexpr std::uint32_t kEach = 7, kOther = 20;
+    orvantis::test::TempFolder folder;
+    const std::filesystem::path trace = folder / "codec.txt";
+    const orvantis::test::ScopedEnvironment traced("ORVANTIS_STANDIN_LOG", orvantis::test::utf8Path(trace));
+    openAsync();
+    dropAsync();
+    struct Held {
+        std::atomic<unsigned> calls = 0;
+        orvantis::test::Latch first{1}, full{kThreads}, openFirst{1}, openOthers{1};
+    };
+    const auto held = std::make_shared<Held>();
+    host().setHook([held](simhost::Service called) {
+        if (called != simhost::Service::kCreatePPix) {
+            return;
+        }
+        const unsigned number = held->calls++;
+        if (number < kThreads) {
+            held->first.countDown();
+            held->full.countDown();
+            (number == 0 ? held->openFirst : held->openOthers).wait();
+        }
+    });
+    orvantis::test::writeFile(folder / "growing.avi", clipOfGrowingFrames());
+    simhost::Clip growing(importer(), orvantis::test::utf8Path(folder / "growing.avi"));
+    ASSERT_EQ(growing.openResult(), host::imNoErr);
+    ASSERT_EQ(growing.getInfo(0).result, host::imNoErr);
+    const simhost::AsyncClip busy(growing), other(growing);
+    for (std::uint32_t i = 0; i < kEach; ++i) {
+        ASSERT_EQ(busy.initiate(timeOf(i), anySize(kBgra)), host::aiNoError);
+    }
+    held->first.wait();
+    std::vector<std::unique_ptr<simhost::AsyncClip>> holding;
+    for (unsigned i = 1; i < kThreads; ++i) {
+        holding.push_back(std::make_unique<simhost::AsyncClip>(clip()));
+        ASSERT_EQ(holding.back()->initiate(timeOf(0), anySize(kBgra)), host::aiNoError);
+    }
+    // With every thread held, all of the busy clip's frames have been read and wait for their turn.
+    held->full.wait();
+    ASSERT_EQ(other.initiate(timeOf(kOther), anySize(kBgra)), host::aiNoError);
+    held->openFirst.countDown();
+    EXPECT_TRUE(other.getFrame(timeOf(kOther), anySize(kBgra)).frame);
+    for (std::uint32_t i = 0; i < kEach; ++i) {
+        EXPECT_TRUE(busy.getFrame(timeOf(i), anySize(kBgra)).frame);
+    }
+    std::vector<std::uint32_t> frames;
+    for (const std::uint32_t bytes : decompressedBytes(trace)) {
+        frames.push_back(bytes - kPictureBytes);
+    }
+    EXPECT_EQ(frames, (std::vector<std::uint32_t>{0, 1, kOther, 2, 3, 4, 5, 6}));
+    held->openOthers.countDown();
+}
+
 // Nobody waits for the blocked frame: neither the flush, since a call has taken that frame out of the list,
 // nor what is asked for of another clip.
 TEST_F(AsyncTurns, HundredsOfRequestsBehindABlockedFrameAreDroppedWhileItIsBlocked) {

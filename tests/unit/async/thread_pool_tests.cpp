@@ -4,29 +4,19 @@
 
 #include <atomic>
 #include <deque>
-#include <functional>
 #include <memory>
 #include <set>
 #include <thread>
-#include <utility>
 #include <vector>
 
 #include "async/thread_pool.h"
 #include "tests/support/latch.h"
+#include "tests/unit/async/work.h"
 
 namespace {
 
 using orvantis::ThreadPool;
 using orvantis::test::Latch;
-
-class Work final : public orvantis::PoolTask {
- public:
-    explicit Work(std::function<void()> what) : m_what(std::move(what)) {}
-    void run() noexcept override { m_what(); }
-
- private:
-    std::function<void()> m_what;
-};
 
 TEST(ThreadPool, WorkRunsOnAnotherThread) {
     ThreadPool pool;
@@ -91,7 +81,7 @@ TEST(ThreadPool, ATaskGetsAThreadWhileOthersWait) {
         pool.submit(work);
     }
     started.wait();  // would wait for ever if one of them waited for another
-    EXPECT_FALSE(pool.tasksWait());
+    EXPECT_EQ(pool.nextToStart(), 0U);
     go.countDown();
     done.wait();
 }
@@ -120,7 +110,7 @@ TEST(ThreadPool, AFullPoolStartsWhatComesInOrderAsSoonAsThreadsAreThrough) {
         });
         pool.submit(more.back());
     }
-    EXPECT_TRUE(pool.tasksWait());
+    EXPECT_NE(pool.nextToStart(), 0U);
     EXPECT_EQ(begun, 0) << "there are more threads than the pool may have";
     go.countDown();
     done.wait();
@@ -175,7 +165,8 @@ TEST(ThreadPool, SharesUseOnePool) {
     full.wait();
     Work late([&] { done.countDown(); });
     other.submit(late);
-    EXPECT_TRUE(one.tasksWait());
+    EXPECT_NE(one.nextToStart(), 0U);
+    EXPECT_EQ(one.nextToStart(), other.nextToStart());
     go.countDown();
     done.wait();
 }

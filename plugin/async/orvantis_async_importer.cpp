@@ -93,6 +93,12 @@ AsyncFrameRequest* OrvantisAsyncImporter::advance(AsyncFrameRequest& request) no
     for (;;) {
         host::ImporterResult code = host::ImporterResult::imOtherErr;
         std::exception_ptr failure;
+        if (request.step == Step::kDecode) {
+            // Whoever waited for the frame before is ready now, perhaps on this processor, which the step
+            // keeps busy for as long as it takes: a system that does not interrupt it would show that frame a
+            // step late.
+            std::this_thread::yield();
+        }
         const bool dropped = request.dropped;
         if (!dropped) {
             try {
@@ -142,9 +148,6 @@ AsyncFrameRequest* OrvantisAsyncImporter::finish(AsyncFrameRequest& request, hos
     } else {
         promise.set_value(code);
     }
-    // Whoever waited is ready now, perhaps on this processor, which the next step keeps busy for as long as
-    // it takes: a system that does not interrupt it would show the frame a step late.
-    std::this_thread::yield();
     return decoder != nullptr ? decoder : reader;
 }
 

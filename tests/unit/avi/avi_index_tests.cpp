@@ -99,6 +99,23 @@ TEST(LegacyIndex, ChunkBelongsToThePositionOfItsTwoDigits) {
     EXPECT_EQ(parsed.stream(1).entries().size(), 1U);
 }
 
+TEST(LegacyIndex, TheCharacterBehindTheNineIsNoDigit) {
+    RiffBuilder riff;
+    riff.beginList("RIFF", "AVI ").beginList("LIST", "hdrl").begin("avih").fill(56).end();
+    for (int stream = 0; stream <= 10; ++stream) {
+        riff.beginList("LIST", "strl")
+            .chunk("strh", test::streamHeader("auds"))
+            .chunk("strf", Bytes(16))
+            .end();
+    }
+    riff.end().beginList("LIST", "movi").end().begin("idx1");
+    riff.code("0:wb").u32(0).u32(4).u32(1);
+    riff.end();
+    const Parsed parsed(riff.take());
+    ASSERT_EQ(parsed.reader.streams.size(), 11U);
+    EXPECT_TRUE(parsed.stream(10).entries().empty());
+}
+
 TEST(LegacyIndex, PositionDecidesAfterADroppedStreamList) {
     // Three lists, the first one without strf: "00" means the second list, "02" nobody.
     RiffBuilder riff;

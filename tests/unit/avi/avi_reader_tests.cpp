@@ -542,6 +542,26 @@ TEST(AviReader, EachParseStartsFromAnEmptyState) {
     EXPECT_EQ(test::firstDifference(test::parsePlainly(other), test::asPlain(parsed.reader, true)), "none");
 }
 
+// What lies in the windows on the file is the other file's as long as its indexes are not read.
+TEST(AviReader, HeadersOfAFileBeforeWithIndexesUnreadAreForgotten) {
+    Parsed parsed(test::smallClip(9).openDml(test::OpenDml::kSuperIndex).build(), true);
+    ASSERT_TRUE(parsed.usable);
+    const Bytes other = test::smallClip(5).build();
+    test::MemoryFile next(other);
+    const bool usable = parsed.reader.parse(next, false);
+    EXPECT_EQ(test::firstDifference(test::parsePlainly(other), test::asPlain(parsed.reader, usable)), "none");
+}
+
+TEST(AviReader, DroppedIndexesAreNotReadLater) {
+    Parsed parsed(test::smallClip(9).build(), true);
+    ASSERT_TRUE(parsed.usable);
+    parsed.reader.dropIndexes();
+    parsed.reader.readIndexes();
+    ASSERT_FALSE(parsed.reader.streams.empty());
+    EXPECT_TRUE(parsed.stream(0).entries().empty());
+    EXPECT_EQ(parsed.reader.errorText(), "");
+}
+
 TEST(AviReader, SameFileParsedTwiceGivesTheSame) {
     Parsed parsed(test::smallClip(7).openDml(test::OpenDml::kSuperIndex).build());
     const test::PlainAvi first = test::asPlain(parsed.reader, parsed.usable);

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <utility>
 
 #include "tests/support/chunk_lists.h"
 
@@ -36,6 +37,15 @@ std::int64_t found(const AviStream& stream, std::uint64_t position) {
     EXPECT_LT(position - entry.start, entry.size);
     EXPECT_EQ(entry.offset, stream.entries()[chunk.number()].offset);
     return static_cast<std::int64_t>(chunk.number());
+}
+
+TEST(AviStream, ChunkIdNamesTheLastTwoDigitsOfTheOrdinal) {
+    const std::pair<std::uint64_t, std::uint32_t> named[] = {{0, riffCode("00??")},  {9, riffCode("09??")},
+                                                             {10, riffCode("10??")}, {42, riffCode("42??")},
+                                                             {99, riffCode("99??")}, {108, riffCode("08??")}};
+    for (const auto& [ordinal, code] : named) {
+        EXPECT_EQ(AviStream(ordinal).chunkId, code) << ordinal;
+    }
 }
 
 TEST(AviStream, PositionIsFoundInTheChunkThatHoldsIt) {

@@ -50,12 +50,12 @@ REASONS = {
     "latency": "The steps themselves are timed by a sleep and a busy loop; what else the machine runs at that moment lengthens "
                "single ones.",
     "order": "Turns are handed out in the order in which requests are made; a frame that overtook another is a defect.",
-    "rate": "A thread that is to read the next frame is sometimes put behind the one that has begun to decode, and waits for its "
-            "whole step; a tenth of the time is too little to make good for that soon. A pipeline of two threads wakes none.",
+    "rate": "Now and then the system puts a thread that it wakes, to take a frame or to go on with one, behind another that is busy "
+            "for a whole step; a tenth of the time is too little to make good for that soon. A pipeline of two threads wakes fewer.",
     "clips": "Sixteen host threads and thirty-two steps share the processors, and each clip has buffers of its own, which the "
              "caches do not hold.",
     "pipeline": "Handing a frame to the host and taking the next request costs two changes of threads that the bare pipeline "
-                "does not have.",
+                "does not have, while both processors are busy.",
     "log": "The switch is tested a few times in every call.",
 }
 

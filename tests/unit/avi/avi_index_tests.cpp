@@ -496,6 +496,21 @@ TEST(OpenDmlIndex, SuperIndexEntryOutsideTheFileFailsWithItsSignedPosition) {
                   problem(7, 23, "index data size too small"));
 }
 
+// Sizes in a super index include the chunk's header.
+TEST(OpenDmlIndex, NamedIndexWithoutRoomForItsChunkHeaderHasNoData) {
+    RiffBuilder entries = indexData(4, 0, 4);
+    for (const std::uint32_t size : {7U, 8U, 9U, 31U}) {
+        entries.u64(0).u32(size).u32(0);
+    }
+    const IndexFile file(entries.take());
+    const Parsed parsed(file.bytes);
+    std::string expected;
+    for (const std::uint32_t data : {0U, 0U, 1U, 23U}) {
+        expected += problem(8, data, "index data size too small");
+    }
+    EXPECT_EQ(parsed.reader.errorText(), expected);
+}
+
 TEST(OpenDmlIndex, ClaimOfFourGigabytesAllocatesNothing) {
     const IndexFile file(indexData(4, 0, 1).u64(0).u32(0xFFFFFFFF).u32(0).take());
     const Parsed parsed(file.bytes);

@@ -81,5 +81,42 @@ TEST_F(FileWindowTest, AWindowThatWouldReachIntoTroubleIsNotAskedForAgain) {
     EXPECT_EQ(file.faults(), faults);
 }
 
+TEST_F(FileWindowTest, MissesAreBoundedByTwoWaysThroughTheFileAndSomeMore) {
+    constexpr std::uint64_t kMost = 2 * (kFileBytes / FileWindow::kWindowBytes) + 2048;
+    ASSERT_TRUE(readsWordAt(0));
+    std::uint64_t misses = 1;
+    while (misses <= kMost && readsWordAt((misses % 2 + 1) * 128 * 1024)) {
+        ++misses;
+    }
+    EXPECT_EQ(misses, kMost);
+    EXPECT_EQ(reads(), kMost);
+    std::uint32_t word = 0;
+    EXPECT_FALSE(window.readSmall(200 * 1024, &word, sizeof word));
+    EXPECT_TRUE(readsWordAt(0)) << "what a window has is no miss";
+}
+
+TEST_F(FileWindowTest, NothingOfAFileBeforeIsLeft) {
+    file.makeUnreadable(300 * 1024, 4);
+    constexpr std::uint64_t kSecond = 128 * 1024 + 4;
+    EXPECT_FALSE(readsWordAt(300 * 1024));
+    ASSERT_TRUE(readsWordAt(4));
+    ASSERT_TRUE(readsWordAt(kSecond));
+    MemoryFile zeros{Bytes(kFileBytes)};
+    FailingFile other(zeros);
+    other.makeUnreadable(8 * 1024, 4);
+    window.attach(other, kFileBytes);
+    for (const std::uint64_t position : {std::uint64_t{4}, kSecond}) {
+        std::uint8_t first = 1;
+        EXPECT_TRUE(window.readSmall(position, &first, sizeof first)) << position;
+        EXPECT_EQ(first, 0U) << position;
+    }
+    EXPECT_FALSE(readsWordAt(8 * 1024));
+    const std::uint64_t before = zeros.counts().reads;
+    std::uint32_t word = 1;
+    EXPECT_TRUE(window.readSmall(220 * 1024, &word, sizeof word));
+    EXPECT_TRUE(window.readSmall(220 * 1024 + 8, &word, sizeof word));
+    EXPECT_EQ(zeros.counts().reads - before, 1U) << "the trouble was the other file's";
+}
+
 }  // namespace
 }  // namespace orvantis
